@@ -1,0 +1,98 @@
+// Runs a program's benchmarks and prints one row a work and peer: work, ours, peer, ratio.
+//
+// A benchmark's name is "work|who", with "ours" for this library. The ratio is the peer's time over
+// ours: above 1, ours is the faster one. Other arguments are Google Benchmark's.
+#include "bench/support/profile.h"
+
+#include <cstdio>
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <benchmark/benchmark.h>
+
+namespace {
+
+class TableReporter : public benchmark::BenchmarkReporter {
+  public:
+    bool ReportContext(const Context& /*context*/) override { return true; }
+
+    void ReportRuns(const std::vector<Run>& runs) override {
+        for (const auto& run : runs) {
+            if (run.error_occurred) {
+                std::fprintf(stderr, "%s: %s\n", run.benchmark_name().c_str(),
+                             run.error_message.c_str());
+                m_failed = true;
+            } else if (run.run_type == Run::RT_Aggregate ? run.aggregate_name == "median"
+                                                         : run.repetitions <= 1) {
+                keep(run);
+            }
+        }
+    }
+
+    void Finalize() override {
+        for (const auto& work : m_order) print_rows(work, m_times[work]);
+    }
+
+    [[nodiscard]] bool failed() const { return m_failed; }
+
+  private:
+    using Times = std::vector<std::pair<std::string, double>>;
+
+    void keep(const Run& run) {
+        const auto& name = run.run_name.function_name;
+        const auto bar = name.find('|');
+        const auto work = name.substr(0, bar);
+        if (m_times.count(work) == 0) m_order.push_back(work);
+        // Seconds for one iteration, whatever unit the run reports in.
+        const auto seconds =
+            run.GetAdjustedRealTime() / benchmark::GetTimeUnitMultiplier(run.time_unit);
+        m_times[work].emplace_back(name.substr(bar + 1), seconds);
+    }
+
+    static std::string readable(double seconds) {
+        const char* unit = "ns";
+        double value = seconds * 1e9;
+        if (value >= 1e9) {
+            value /= 1e9;
+            unit = "s";
+        } else if (value >= 1e6) {
+            value /= 1e6;
+            unit = "ms";
+        } else if (value >= 1e3) {
+            value /= 1e3;
+            unit = "us";
+        }
+        char text[32];
+        std::snprintf(text, sizeof text, "%.4g %s", value, unit);
+        return text;
+    }
+
+    static void print_rows(const std::string& work, const Times& times) {
+        double ours = 0;
+        for (const auto& [who, time] : times) {
+            if (who == "ours") ours = time;
+        }
+        for (const auto& [who, time] : times) {
+            if (who == "ours" && times.size() > 1) continue;
+            std::printf("%-44s %12s %12s  %-28s %8.2f\n", work.c_str(), readable(ours).c_str(),
+                        readable(time).c_str(), who.c_str(), time / ours);
+        }
+    }
+
+    std::vector<std::string> m_order;
+    std::map<std::string, Times> m_times;
+    bool m_failed = false;
+};
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    bench::profile_folder();
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 2;
+    TableReporter reporter;
+    benchmark::RunSpecifiedBenchmarks(&reporter);
+    return reporter.failed() ? 1 : 0;
+}

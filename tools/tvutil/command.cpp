@@ -1,0 +1,206 @@
+#include "tools/tvutil/command.h"
+
+#include "tvutil2/platform/base/last_error.h"
+#include "tvutil2/platform/base/utf.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <iostream>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include <termios.h>
+#include <unistd.h>
+
+namespace tool {
+namespace {
+
+constexpr std::size_t kLongestSecret = std::size_t{1} << 20;
+
+std::vector<std::function<void(CLI::App&)>>& commands() {
+    static std::vector<std::function<void(CLI::App&)>> list;
+    return list;
+}
+
+Exit g_exit = Exit::success;
+
+// Keeps a terminal from showing what is typed.
+class NoEcho {
+  public:
+    NoEcho() : m_active(tcgetattr(STDIN_FILENO, &m_before) == 0) {
+        if (!m_active) return;
+        termios quiet = m_before;
+        quiet.c_lflag &= ~static_cast<tcflag_t>(ECHO);
+        tcsetattr(STDIN_FILENO, TCSAFLUSH, &quiet);
+    }
+    ~NoEcho() {
+        if (m_active) tcsetattr(STDIN_FILENO, TCSAFLUSH, &m_before);
+    }
+    NoEcho(const NoEcho&) = delete;
+    NoEcho& operator=(const NoEcho&) = delete;
+
+  private:
+    termios m_before{};
+    bool m_active;
+};
+
+struct CloseFile {
+    void operator()(std::FILE* file) const {
+        if (file != stdin) std::fclose(file);
+    }
+};
+
+std::string_view system_text(unsigned int error) {
+    switch (error) {
+        case ERROR_FILE_NOT_FOUND:
+            return "not found";
+        case ERROR_PATH_NOT_FOUND:
+            return "path not found";
+        case ERROR_ACCESS_DENIED:
+            return "access denied";
+        case ERROR_INVALID_HANDLE:
+            return "invalid handle";
+        case ERROR_SHARING_VIOLATION:
+            return "in use by another program";
+        case ERROR_INVALID_PARAMETER:
+            return "invalid parameter";
+        case ERROR_DISK_FULL:
+            return "the disk is full";
+        case ERROR_INVALID_NAME:
+            return "invalid name";
+        case ERROR_ALREADY_EXISTS:
+            return "it exists already";
+        case ERROR_MORE_DATA:
+            return "more data than there is room for";
+        case ERROR_WRITE_PROTECT:
+            return "write-protected";
+        case ERROR_BADDB:
+        case ERROR_REGISTRY_CORRUPT:
+            return "the store is damaged";
+        case ERROR_CANTOPEN:
+            return "the store can't be opened";
+        case ERROR_CANTWRITE:
+            return "the store can't be written";
+        case ERROR_BUSY:
+        case ERROR_TIMEOUT:
+            return "busy for too long";
+        default:
+            return "the system refused";
+    }
+}
+
+}  // namespace
+
+Command::Command(std::function<void(CLI::App&)> add) {
+    commands().push_back(std::move(add));
+}
+
+void exit_with(Exit code) {
+    g_exit = code;
+}
+
+void add_json_flag(CLI::App& command, bool& flag) {
+    command.add_flag("--json", flag, "Print JSON");
+}
+
+std::u16string wide(std::string_view argument) {
+    auto text = tvutil2::to_utf16(argument);
+    if (!text) throw Failure{Exit::usage, "an argument isn't valid UTF-8"};
+    return std::move(*text);
+}
+
+std::string narrow(std::u16string_view text) {
+    return tvutil2::to_utf8_lossy(text);
+}
+
+void print(std::string_view line) {
+    std::cout << line << '\n';
+}
+
+void print(const nlohmann::ordered_json& value) {
+    std::cout << value.dump(2) << '\n';
+}
+
+std::string error_text(std::string_view what, unsigned int error) {
+    return std::string(what) + ": " + std::string(system_text(error)) + " (" +
+           std::to_string(error) + ")";
+}
+
+SecretOption::SecretOption(CLI::App& command, const std::string& name, const std::string& what,
+                           bool standard_input_by_default)
+    : m_what(what), m_standard_input_by_default(standard_input_by_default) {
+    command.add_option("--" + name + "-file", m_file,
+                       "File with " + what + "; \"-\"" +
+                           (standard_input_by_default ? " (the default)" : "") +
+                           " is standard input");
+}
+
+bool SecretOption::given() const {
+    return m_standard_input_by_default || !m_file.empty();
+}
+
+std::u16string SecretOption::read() const {
+    std::optional<NoEcho> quiet;
+    const bool typed = (m_file.empty() || m_file == "-") && isatty(STDIN_FILENO) == 1;
+    std::string bytes;
+    if (typed) {
+        std::cerr << m_what << ": " << std::flush;
+        quiet.emplace();
+        std::getline(std::cin, bytes);
+        std::cerr << '\n';
+    } else {
+        bytes = read_input(m_file.empty() ? "-" : m_file, kLongestSecret);
+    }
+    if (bytes.ends_with('\n')) bytes.pop_back();
+    if (bytes.ends_with('\r')) bytes.pop_back();
+    auto text = tvutil2::to_utf16(bytes);
+    if (!text) throw Failure{Exit::refused, m_what + " isn't valid UTF-8"};
+    return std::move(*text);
+}
+
+std::string read_input(const std::string& file, std::size_t limit) {
+    const std::unique_ptr<std::FILE, CloseFile> input(file == "-" ? stdin
+                                                                  : std::fopen(file.c_str(), "rb"));
+    if (!input) throw Failure{Exit::failed, file + ": " + std::strerror(errno)};
+    std::string content;
+    char block[65536];
+    while (const auto count = std::fread(block, 1, sizeof block, input.get())) {
+        content.append(block, count);
+        if (content.size() > limit) {
+            throw Failure{Exit::refused,
+                          file + ": larger than " + std::to_string(limit) + " bytes"};
+        }
+    }
+    if (std::ferror(input.get()) != 0) throw Failure{Exit::failed, file + ": can't be read"};
+    return content;
+}
+
+}  // namespace tool
+
+int main(int argc, char** argv) {
+    CLI::App app("tvutil: what the tvutil2 library can do, from a shell.", "tvutil");
+    app.require_subcommand(1);
+    app.set_version_flag("--version", "tvutil2 8.0.0");
+    app.footer(
+        "Exit codes: 0 done; 1 the answer is no (not there, doesn't match); 2 wrong command line;\n"
+        "3 malformed or refused input; 4 the system couldn't do it.\n"
+        "TVUTIL_PROFILE=DIR keeps all that the library stores below DIR.");
+    for (const auto& add : tool::commands()) add(app);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? 0 : static_cast<int>(tool::Exit::usage);
+    } catch (const tool::Failure& failure) {
+        std::cout.flush();
+        std::cerr << "tvutil: " << failure.message << '\n';
+        return static_cast<int>(failure.code);
+    }
+    std::cout.flush();
+    if (!std::cout) {
+        std::cerr << "tvutil: standard output can't be written\n";
+        return static_cast<int>(tool::Exit::failed);
+    }
+    return static_cast<int>(tool::g_exit);
+}

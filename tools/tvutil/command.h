@@ -1,0 +1,75 @@
+// What the commands of the program share: how they enter themselves, fail, and print.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <string_view>
+
+#include <CLI/CLI.hpp>
+#include <nlohmann/json.hpp>
+
+namespace tool {
+
+/// The program's exit codes. Scripts may rely on them; --help shows them.
+enum class Exit : int {
+    success = 0,
+    no = 1,       ///< the answer is no: it isn't there, it doesn't match
+    usage = 2,    ///< the command line is wrong
+    refused = 3,  ///< the input is malformed, or was refused
+    failed = 4,   ///< the system couldn't do it
+};
+
+/// Ends a command: one clear line on standard error, and the code.
+struct Failure {
+    Exit code;
+    std::string message;
+};
+
+/// Enters a command in the program when a static object of it is built. `add` makes the
+/// sub-command and gives it a callback; the callback reports with exit_with() or throws Failure.
+class Command {
+  public:
+    explicit Command(std::function<void(CLI::App&)> add);
+};
+
+/// The code that the program ends with when the running command has no failure to report.
+void exit_with(Exit code);
+
+/// Adds "--json" to a command whose output is data.
+void add_json_flag(CLI::App& command, bool& flag);
+
+/// 16-bit text of a UTF-8 argument; Failure{usage} when it isn't valid UTF-8.
+[[nodiscard]] std::u16string wide(std::string_view argument);
+/// UTF-8 for printing and for JSON; a lone surrogate becomes U+FFFD.
+[[nodiscard]] std::string narrow(std::u16string_view text);
+
+/// Prints a line on standard output.
+void print(std::string_view line);
+void print(const nlohmann::ordered_json& value);
+
+/// "what: the system's text for the error (code)".
+[[nodiscard]] std::string error_text(std::string_view what, unsigned int error);
+
+/// Where a secret comes from: a file, or standard input (without echo when that is a terminal),
+/// never the command line, where every user of the machine could read it.
+class SecretOption {
+  public:
+    /// Adds "--<name>-file FILE"; "-" and, when `standard_input_by_default`, the missing option
+    /// mean standard input.
+    SecretOption(CLI::App& command, const std::string& name, const std::string& what,
+                 bool standard_input_by_default);
+    [[nodiscard]] bool given() const;
+    /// The text without its last line end; Failure when it can't be read or isn't UTF-8.
+    [[nodiscard]] std::u16string read() const;
+
+  private:
+    std::string m_what;
+    std::string m_file;
+    bool m_standard_input_by_default;
+};
+
+/// All of a file, "-" being standard input, up to `limit` bytes; Failure beyond or when it can't
+/// be read.
+[[nodiscard]] std::string read_input(const std::string& file, std::size_t limit);
+
+}  // namespace tool

@@ -1,0 +1,202 @@
+// CString and CStringA: the framework's string classes, as far as the library and its products use
+// them.
+//
+// Values with their own storage: a copy is a copy. An object belongs to one thread at a time. Text
+// is held with its length, so it may contain NUL units; what takes a plain pointer reads up to the
+// first one.
+#pragma once
+
+#include "tvutil2/framework/format.h"
+#include "tvutil2/platform/base/export.h"
+#include "tvutil2/platform/base/types.h"
+
+#include <string>
+#include <string_view>
+
+/// 16-bit text.
+class TVUTIL_API CString {
+  public:
+    CString() = default;
+    /// Null gives empty text.
+    CString(const char16_t* text);
+    CString(const char16_t* text, int length);
+    explicit CString(std::u16string_view text) : m_text(text) {}
+    explicit CString(std::u16string&& text) noexcept : m_text(std::move(text)) {}
+    explicit CString(char16_t c, int count = 1);
+    /// From text in the ANSI code page; null gives empty text.
+    CString(const char* text);
+
+    CString& operator=(const char16_t* text);
+    CString& operator=(const char* text);
+    CString& operator=(char16_t c);
+    CString& operator=(std::u16string_view text);
+
+    [[nodiscard]] int GetLength() const { return static_cast<int>(m_text.size()); }
+    [[nodiscard]] bool IsEmpty() const { return m_text.empty(); }
+    /// Empties the text and gives its storage back.
+    void Empty();
+    [[nodiscard]] const char16_t* GetString() const { return m_text.c_str(); }
+    operator const char16_t*() const { return m_text.c_str(); }
+    [[nodiscard]] std::u16string_view View() const { return m_text; }
+
+    /// A unit; an index below 0 or above the length throws CInvalidArgException. The index of the
+    /// length gives the zero.
+    [[nodiscard]] char16_t GetAt(int index) const;
+    char16_t operator[](int index) const { return GetAt(index); }
+    void SetAt(int index, char16_t c);
+
+    CString& operator+=(const CString& text);
+    CString& operator+=(const char16_t* text);
+    CString& operator+=(std::u16string_view text);
+    CString& operator+=(char16_t c);
+    void Append(const char16_t* text) { *this += text; }
+    void Append(const char16_t* text, int length);
+    void AppendChar(char16_t c) { *this += c; }
+
+    /// By code unit: negative, 0 or positive. Null counts as empty.
+    [[nodiscard]] int Compare(const char16_t* text) const;
+    [[nodiscard]] int CompareNoCase(const char16_t* text) const;
+
+    /// First, last and middle units; counts and positions below 0 count as 0, and what lies behind
+    /// the end is not there.
+    [[nodiscard]] CString Left(int count) const;
+    [[nodiscard]] CString Right(int count) const;
+    [[nodiscard]] CString Mid(int first) const;
+    [[nodiscard]] CString Mid(int first, int count) const;
+
+    /// Positions; -1 when nothing is found or `start` lies outside the text.
+    [[nodiscard]] int Find(char16_t c, int start = 0) const;
+    [[nodiscard]] int Find(const char16_t* text, int start = 0) const;
+    [[nodiscard]] int ReverseFind(char16_t c) const;
+    [[nodiscard]] int FindOneOf(const char16_t* set) const;
+
+    /// How many were replaced or removed. Occurrences are looked for from the left and don't
+    /// overlap; an empty `what` replaces nothing.
+    int Replace(const char16_t* what, const char16_t* with);
+    int Replace(char16_t what, char16_t with);
+    int Remove(char16_t c);
+    /// Removes units and gives the new length. An index below 0 counts as 0.
+    int Delete(int index, int count = 1);
+    /// Inserts and gives the new length. An index beyond the end appends.
+    int Insert(int index, const char16_t* text);
+    int Insert(int index, char16_t c);
+
+    CString& Trim();
+    CString& Trim(char16_t c);
+    CString& Trim(const char16_t* set);
+    CString& TrimLeft();
+    CString& TrimLeft(char16_t c);
+    CString& TrimLeft(const char16_t* set);
+    CString& TrimRight();
+    CString& TrimRight(char16_t c);
+    CString& TrimRight(const char16_t* set);
+    CString& MakeUpper();
+    CString& MakeLower();
+    CString& MakeReverse();
+
+    /// The next run of units outside `set` from `position` on, which moves behind the run and its
+    /// delimiter. At the end an empty text, and `position` is -1.
+    CString Tokenize(const char16_t* set, int& position) const;
+
+    /// Storage to be filled from outside, with room for `length` units and a zero. The text is
+    /// what it was until ReleaseBuffer.
+    char16_t* GetBuffer(int length = 0);
+    char16_t* GetBufferSetLength(int length);
+    /// Ends the filling: `length` units are the text, or those before the first zero for -1.
+    void ReleaseBuffer(int length = -1);
+
+    /// printf-style, type-safe: see format.h.
+    template <class... Arguments>
+    void Format(const char16_t* format, const Arguments&... arguments) {
+        // One more than there are, so that the list is never empty.
+        const tvutil2::FormatArgument list[] = {arguments..., nullptr};
+        FormatV(format, {list, sizeof...(arguments)});
+    }
+    void FormatV(const char16_t* format, tvutil2::FormatArguments arguments);
+    template <class... Arguments>
+    void AppendFormat(const char16_t* format, const Arguments&... arguments) {
+        CString text;
+        text.Format(format, arguments...);
+        *this += text;
+    }
+
+    /// The string with that id in the application's resources, in the language of the thread; 0,
+    /// and empty text, when there is none.
+    int LoadString(UINT id);
+
+    friend bool operator==(const CString& a, const CString& b) { return a.m_text == b.m_text; }
+    friend bool operator==(const CString& a, const char16_t* b) { return a.Compare(b) == 0; }
+    friend bool operator<(const CString& a, const CString& b) { return a.m_text < b.m_text; }
+    friend bool operator>(const CString& a, const CString& b) { return b < a; }
+    friend bool operator<=(const CString& a, const CString& b) { return !(b < a); }
+    friend bool operator>=(const CString& a, const CString& b) { return !(a < b); }
+
+    friend CString operator+(CString a, const CString& b) {
+        a += b;
+        return a;
+    }
+    friend CString operator+(CString a, const char16_t* b) {
+        a += b;
+        return a;
+    }
+    friend CString operator+(const char16_t* a, const CString& b) {
+        CString sum(a);
+        sum += b;
+        return sum;
+    }
+    friend CString operator+(CString a, char16_t b) {
+        a += b;
+        return a;
+    }
+
+  private:
+    std::u16string m_text;
+    /// Length before GetBuffer made room; -1 when no buffer is out.
+    int m_kept = -1;
+};
+
+/// Narrow text: what Utf16ToUtf8 and its kin give. The encoding is whatever the maker says.
+class TVUTIL_API CStringA {
+  public:
+    CStringA() = default;
+    CStringA(const char* text);
+    CStringA(const char* text, int length);
+    explicit CStringA(std::string_view text) : m_text(text) {}
+    /// From wide text, in the ANSI code page; null gives empty text.
+    explicit CStringA(const char16_t* text);
+
+    CStringA& operator=(const char* text);
+
+    [[nodiscard]] int GetLength() const { return static_cast<int>(m_text.size()); }
+    [[nodiscard]] bool IsEmpty() const { return m_text.empty(); }
+    void Empty();
+    [[nodiscard]] const char* GetString() const { return m_text.c_str(); }
+    operator const char*() const { return m_text.c_str(); }
+    [[nodiscard]] std::string_view View() const { return m_text; }
+    [[nodiscard]] char GetAt(int index) const;
+    char operator[](int index) const { return GetAt(index); }
+
+    CStringA& operator+=(const CStringA& text);
+    CStringA& operator+=(const char* text);
+    CStringA& operator+=(char c);
+    void Append(const char* text, int length);
+
+    [[nodiscard]] int Compare(const char* text) const;
+    [[nodiscard]] CStringA Left(int count) const;
+    [[nodiscard]] CStringA Right(int count) const;
+    [[nodiscard]] CStringA Mid(int first) const;
+    [[nodiscard]] CStringA Mid(int first, int count) const;
+    [[nodiscard]] int Find(char c, int start = 0) const;
+    [[nodiscard]] int Find(const char* text, int start = 0) const;
+
+    char* GetBuffer(int length = 0);
+    char* GetBufferSetLength(int length);
+    void ReleaseBuffer(int length = -1);
+
+    friend bool operator==(const CStringA& a, const CStringA& b) { return a.m_text == b.m_text; }
+    friend bool operator==(const CStringA& a, const char* b) { return a.Compare(b) == 0; }
+
+  private:
+    std::string m_text;
+    int m_kept = -1;
+};

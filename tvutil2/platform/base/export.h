@@ -1,0 +1,8 @@
+// Visibility of what the library offers. Everything else is hidden.
+#pragma once
+
+#if defined(TVUTIL2_BUILDING)
+#define TVUTIL_API __attribute__((visibility("default")))
+#else
+#define TVUTIL_API
+#endif

@@ -1,0 +1,30 @@
+// The system's default language and the locale of a thread.
+#pragma once
+
+#include "tvutil2/platform/base/export.h"
+#include "tvutil2/platform/base/types.h"
+
+/// The language of the installation: from LC_ALL, LC_MESSAGES or LANG, the first that is set.
+/// 0x0409 (English) when that is none of the languages that have an id here.
+TVUTIL_API LANGID GetSystemDefaultLangID();
+
+/// The calling thread's locale; GetSystemDefaultLangID until the thread sets one.
+TVUTIL_API LCID GetThreadLocale();
+/// Non-zero, and the thread has the locale. 0 with ERROR_INVALID_PARAMETER for a locale whose low
+/// 16 bits are 0.
+TVUTIL_API BOOL SetThreadLocale(LCID locale);
+
+/// Language part of a locale, and primary language (low 10 bits) of a language.
+[[nodiscard]] constexpr LANGID LANGIDFROMLCID(LCID locale) {
+    return static_cast<LANGID>(locale & 0xFFFF);
+}
+[[nodiscard]] constexpr WORD PRIMARYLANGID(LANGID language) {
+    return static_cast<WORD>(language & 0x3FF);
+}
+
+namespace tvutil2 {
+
+/// The default locale under the name that ICU knows it by ("de_AT"); valid for the process's life.
+[[nodiscard]] const char* default_locale_name();
+
+}  // namespace tvutil2

@@ -1,0 +1,30 @@
+// Where the ground floor keeps what it keeps, on the host.
+//
+// With TVUTIL_PROFILE=DIR in the environment everything lives below DIR: tests and demonstrations
+// run without touching the person's own data. Environment variables are read at each call, so a
+// process may change them before it makes the first call that matters.
+#pragma once
+
+#include "tvutil2/platform/base/export.h"
+
+#include <string>
+
+namespace tvutil2 {
+
+/// TVUTIL_PROFILE, without a trailing slash; empty when it isn't set.
+[[nodiscard]] TVUTIL_API std::string profile_root();
+
+/// Folder of the user's hive: DIR/user, or $XDG_DATA_HOME/tvutil2 (~/.local/share/tvutil2).
+[[nodiscard]] TVUTIL_API std::string user_store();
+
+/// Folder of the machine's hive: DIR/machine, or /var/lib/tvutil2.
+[[nodiscard]] TVUTIL_API std::string machine_store();
+
+/// The person's home folder: $HOME, else what the account database says, else "/".
+[[nodiscard]] TVUTIL_API std::string home_folder();
+
+/// Creates a folder and its missing parents (mode 0777 less the umask; 0700 when `is_private`).
+/// False with errno set.
+bool make_host_folders(const std::string& folder, bool is_private);
+
+}  // namespace tvutil2
