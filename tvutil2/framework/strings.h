@@ -2,14 +2,16 @@
 // them.
 //
 // Values with their own storage: a copy is a copy. An object belongs to one thread at a time. Text
-// is held with its length, so it may contain NUL units; what takes a plain pointer reads up to the
-// first one.
+// is held with its length, so it may contain zero units; what takes a plain pointer reads up to the
+// first one. An argument may lie in the very text that the call changes. Lengths are int: texts
+// beyond 2^31 units are outside the contract.
 #pragma once
 
 #include "tvutil2/framework/format.h"
 #include "tvutil2/platform/base/export.h"
 #include "tvutil2/platform/base/types.h"
 
+#include <compare>
 #include <string>
 #include <string_view>
 
@@ -23,9 +25,14 @@ class TVUTIL_API CString {
     explicit CString(std::u16string_view text) : m_text(text) {}
     explicit CString(std::u16string&& text) noexcept : m_text(std::move(text)) {}
     explicit CString(char16_t c, int count = 1);
+    CString(const CString&) = default;
+    CString(CString&&) noexcept = default;
+    ~CString() = default;
     /// From text in the ANSI code page; null gives empty text.
     CString(const char* text);
 
+    CString& operator=(const CString&) = default;
+    CString& operator=(CString&&) noexcept = default;
     CString& operator=(const char16_t* text);
     CString& operator=(const char* text);
     CString& operator=(char16_t c);
@@ -53,8 +60,9 @@ class TVUTIL_API CString {
     void Append(const char16_t* text, int length);
     void AppendChar(char16_t c) { *this += c; }
 
-    /// By code unit: negative, 0 or positive. Null counts as empty.
+    /// By code unit, up to the first zero of either: negative, 0 or positive. Null counts as empty.
     [[nodiscard]] int Compare(const char16_t* text) const;
+    /// The same with each unit lowered by simple case mapping.
     [[nodiscard]] int CompareNoCase(const char16_t* text) const;
 
     /// First, last and middle units; counts and positions below 0 count as 0, and what lies behind
@@ -81,6 +89,7 @@ class TVUTIL_API CString {
     int Insert(int index, const char16_t* text);
     int Insert(int index, char16_t c);
 
+    /// Without an argument: white space.
     CString& Trim();
     CString& Trim(char16_t c);
     CString& Trim(const char16_t* set);
@@ -90,17 +99,20 @@ class TVUTIL_API CString {
     CString& TrimRight();
     CString& TrimRight(char16_t c);
     CString& TrimRight(const char16_t* set);
+    /// Simple case mapping, unit by unit.
     CString& MakeUpper();
     CString& MakeLower();
     CString& MakeReverse();
 
     /// The next run of units outside `set` from `position` on, which moves behind the run and its
-    /// delimiter. At the end an empty text, and `position` is -1.
+    /// delimiter. When there is none, or for a position outside the text, an empty text, and
+    /// `position` is -1. With an empty `set` all that is left is one run.
     CString Tokenize(const char16_t* set, int& position) const;
 
-    /// Storage to be filled from outside, with room for `length` units and a zero. The text is
-    /// what it was until ReleaseBuffer.
+    /// Storage to be filled from outside, with room for `length` units and a zero. It begins with
+    /// the text; the units behind are zero. Until ReleaseBuffer they count as text.
     char16_t* GetBuffer(int length = 0);
+    /// The same, and `length` units are the text.
     char16_t* GetBufferSetLength(int length);
     /// Ends the filling: `length` units are the text, or those before the first zero for -1.
     void ReleaseBuffer(int length = -1);
@@ -126,33 +138,32 @@ class TVUTIL_API CString {
 
     friend bool operator==(const CString& a, const CString& b) { return a.m_text == b.m_text; }
     friend bool operator==(const CString& a, const char16_t* b) { return a.Compare(b) == 0; }
-    friend bool operator<(const CString& a, const CString& b) { return a.m_text < b.m_text; }
-    friend bool operator>(const CString& a, const CString& b) { return b < a; }
-    friend bool operator<=(const CString& a, const CString& b) { return !(b < a); }
-    friend bool operator>=(const CString& a, const CString& b) { return !(a < b); }
-
-    friend CString operator+(CString a, const CString& b) {
-        a += b;
-        return a;
+    friend std::strong_ordering operator<=>(const CString& a, const CString& b) {
+        return a.m_text <=> b.m_text;
     }
-    friend CString operator+(CString a, const char16_t* b) {
-        a += b;
-        return a;
+    friend std::strong_ordering operator<=>(const CString& a, const char16_t* b) {
+        return a.Compare(b) <=> 0;
+    }
+
+    friend CString operator+(const CString& a, const CString& b) { return Sum(a.m_text, b.m_text); }
+    friend CString operator+(const CString& a, const char16_t* b) {
+        return Sum(a.m_text, ViewOf(b));
     }
     friend CString operator+(const char16_t* a, const CString& b) {
-        CString sum(a);
-        sum += b;
-        return sum;
+        return Sum(ViewOf(a), b.m_text);
     }
-    friend CString operator+(CString a, char16_t b) {
-        a += b;
-        return a;
-    }
+    friend CString operator+(const CString& a, char16_t b) { return Sum(a.m_text, {&b, 1}); }
+    friend CString operator+(CString&& a, const CString& b) { return std::move(a += b); }
+    friend CString operator+(CString&& a, const char16_t* b) { return std::move(a += b); }
+    friend CString operator+(CString&& a, char16_t b) { return std::move(a += b); }
 
   private:
+    static std::u16string_view ViewOf(const char16_t* text) {
+        return text == nullptr ? std::u16string_view() : std::u16string_view(text);
+    }
+    static CString Sum(std::u16string_view a, std::u16string_view b);
+
     std::u16string m_text;
-    /// Length before GetBuffer made room; -1 when no buffer is out.
-    int m_kept = -1;
 };
 
 /// Narrow text: what Utf16ToUtf8 and its kin give. The encoding is whatever the maker says.
@@ -198,5 +209,4 @@ class TVUTIL_API CStringA {
 
   private:
     std::string m_text;
-    int m_kept = -1;
 };
