@@ -1,0 +1,65 @@
+// The platform's reference-counted objects: identity, life time, creation by class.
+#pragma once
+
+#include "tvutil2/platform/base/export.h"
+#include "tvutil2/platform/base/types.h"
+
+struct GUID {
+    DWORD Data1;
+    WORD Data2;
+    WORD Data3;
+    BYTE Data4[8];
+    friend bool operator==(const GUID&, const GUID&) = default;
+};
+using IID = GUID;
+using CLSID = GUID;
+
+inline constexpr HRESULT REGDB_E_CLASSNOTREG = static_cast<HRESULT>(0x80040154);
+inline constexpr HRESULT CLASS_E_NOAGGREGATION = static_cast<HRESULT>(0x80040110);
+inline constexpr DWORD CLSCTX_INPROC_SERVER = 1;
+
+[[nodiscard]] constexpr HRESULT HRESULT_FROM_WIN32(DWORD error) {
+    return error == 0 ? S_OK : static_cast<HRESULT>((error & 0xFFFF) | 0x80070000);
+}
+
+inline constexpr IID IID_IUnknown{0, 0, 0, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}};
+
+/// An object belongs to its references: it is gone with the last Release. AddRef and Release are
+/// safe from any thread.
+class IUnknown {
+  public:
+    /// Another interface of the object, with a reference for the caller. E_NOINTERFACE and null
+    /// when it has none of that id.
+    virtual HRESULT QueryInterface(const IID& id, void** object) = 0;
+    virtual DWORD AddRef() = 0;
+    virtual DWORD Release() = 0;
+
+  protected:
+    ~IUnknown() = default;
+};
+
+/// A new object of a class and one of its interfaces. REGDB_E_CLASSNOTREG for a class that isn't
+/// there; `outer` must be null. There is no apartment to initialise.
+TVUTIL_API HRESULT CoCreateInstance(const CLSID& class_id, IUnknown* outer, DWORD context,
+                                    const IID& id, void** object);
+
+namespace tvutil2 {
+
+/// Enters a class when a static object of it is built; for the rooms that implement one.
+class ComClass {
+  public:
+    using Create = HRESULT (*)(const IID& id, void** object);
+    ComClass(const CLSID& class_id, Create create);
+    ComClass(const ComClass&) = delete;
+    ComClass& operator=(const ComClass&) = delete;
+
+    /// Null when no such class was entered.
+    [[nodiscard]] static Create find(const CLSID& class_id);
+
+  private:
+    CLSID m_class_id;
+    Create m_create;
+    const ComClass* m_next;
+};
+
+}  // namespace tvutil2
