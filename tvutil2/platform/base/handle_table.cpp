@@ -82,9 +82,12 @@ std::shared_ptr<HandleObject> remove(std::uintptr_t handle, HandleKind kind) {
 
 BOOL CloseHandle(HANDLE handle) {
     using tvutil2::HandleKind;
+    const auto has_own_close = [](HandleKind kind) {
+        return kind == HandleKind::search || kind == HandleKind::key || kind == HandleKind::module;
+    };
     const auto value = reinterpret_cast<std::uintptr_t>(handle);
     const auto object = tvutil2::handle_table::find(value);
-    if (object && object->kind() != HandleKind::search && object->kind() != HandleKind::key &&
+    if (object && !has_own_close(object->kind()) &&
         tvutil2::handle_table::remove(value, object->kind())) {
         return TRUE;
     }

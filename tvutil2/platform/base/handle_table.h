@@ -12,7 +12,7 @@
 
 namespace tvutil2 {
 
-enum class HandleKind : std::uint8_t { file, search, key, event, mutex, process, thread };
+enum class HandleKind : std::uint8_t { file, search, key, event, mutex, process, thread, module };
 
 /// Base of everything that a handle can stand for.
 class HandleObject {
@@ -70,6 +70,7 @@ bool close_handle_of(Handle handle) {
 
 }  // namespace tvutil2
 
-/// Closes a file, event, mutex, process or thread. Searches are closed with FindClose and keys with
-/// RegCloseKey; here they give 0 and ERROR_INVALID_HANDLE, as any other stranger does.
+/// Closes a file, event, mutex, process or thread. Searches are closed with FindClose, keys with
+/// RegCloseKey and modules with FreeLibrary; here they give 0 and ERROR_INVALID_HANDLE, as any
+/// other stranger does.
 TVUTIL_API BOOL CloseHandle(HANDLE handle);

@@ -1,0 +1,65 @@
+// The framework's application object and its start-up.
+#pragma once
+
+#include "tvutil2/platform/base/export.h"
+#include "tvutil2/platform/base/types.h"
+
+/// A program, or a library with resources of its own, as one object: a static one, built before
+/// the module starts. It enters itself among the process's application objects.
+class TVUTIL_API CWinApp {
+  public:
+    /// `name` is shown as the caption of messages; null stands for the executable's base name. The
+    /// text isn't copied.
+    explicit CWinApp(const char16_t* name = nullptr);
+    virtual ~CWinApp();
+    CWinApp(const CWinApp&) = delete;
+    CWinApp& operator=(const CWinApp&) = delete;
+
+    /// The module's own start; FALSE fails the start.
+    virtual BOOL InitInstance() { return TRUE; }
+    /// The module's own end; the process's exit code.
+    virtual int ExitInstance() { return 0; }
+
+    HINSTANCE m_hInstance = nullptr;
+    const char16_t* m_pszAppName;
+};
+
+/// One module in the framework's resource chain: where AfxFindResourceHandle looks once the
+/// application's own resources don't have something. Entered when it is built, taken out when it is
+/// destroyed.
+class TVUTIL_API CDynLinkLibrary {
+  public:
+    explicit CDynLinkLibrary(HINSTANCE module);
+    ~CDynLinkLibrary();
+    CDynLinkLibrary(const CDynLinkLibrary&) = delete;
+    CDynLinkLibrary& operator=(const CDynLinkLibrary&) = delete;
+
+    HINSTANCE m_hModule;
+};
+
+/// The application object built last: the executable's, where it has one, else the library's. Null
+/// before the first one.
+TVUTIL_API CWinApp* AfxGetApp();
+
+/// Gives the application object its instance. FALSE with ERROR_INVALID_PARAMETER when there is
+/// neither an application object nor an instance.
+TVUTIL_API BOOL AfxWinInit(HINSTANCE instance);
+
+/// Starts a module: AfxWinInit, then the application object's InitInstance. When that fails
+/// ExitInstance runs and the result is FALSE: the module must not be used.
+TVUTIL_API BOOL AfxStartModule(CWinApp& app, HINSTANCE instance);
+
+/// Instance of the application object; the executable's until it has one.
+TVUTIL_API HINSTANCE AfxGetInstanceHandle();
+/// Where the application's resources are looked for first: its instance unless set otherwise.
+TVUTIL_API HINSTANCE AfxGetResourceHandle();
+TVUTIL_API void AfxSetResourceHandle(HINSTANCE module);
+/// The module that has the resource: the application's first, then the chain's, the latest one
+/// first. AfxGetResourceHandle() when none has.
+TVUTIL_API HINSTANCE AfxFindResourceHandle(const char16_t* name, const char16_t* type);
+
+/// MessageBoxW under the application's name. A type without an icon gets the one that suits its
+/// buttons.
+TVUTIL_API int AfxMessageBox(const char16_t* text, UINT type = 0, UINT help = 0);
+/// The same with a string of the resources; the id itself is shown when there is no such string.
+TVUTIL_API int AfxMessageBox(UINT id, UINT type = 0, UINT help = ~0U);

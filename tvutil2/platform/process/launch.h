@@ -1,0 +1,46 @@
+// Start of another program or of the program for a document.
+#pragma once
+
+#include "tvutil2/platform/base/export.h"
+#include "tvutil2/platform/base/types.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// Results of ShellExecuteW, all of them below 33.
+inline constexpr int SE_ERR_FNF = 2;  ///< no such file
+inline constexpr int SE_ERR_PNF = 3;  ///< no such folder
+inline constexpr int SE_ERR_ACCESSDENIED = 5;
+inline constexpr int SE_ERR_OOM = 8;          ///< no memory, or arguments beyond the host's limit
+inline constexpr int SE_ERR_BAD_FORMAT = 11;  ///< no program of this machine
+inline constexpr int SE_ERR_SHARE = 26;       ///< the file is being written
+inline constexpr int SE_ERR_NOASSOC = 31;     ///< nothing opens such a document
+
+inline constexpr int SW_HIDE = 0;
+inline constexpr int SW_SHOWNORMAL = 1;
+
+/// Starts the executable `file` with a text of arguments, in `folder` or, when that is null, in the
+/// current one. The started program gets the text split by split_command_line(); no shell reads
+/// it. A file that isn't executable is handed to the desktop's opener (xdg-open), if there is one.
+/// `verb` is null, empty or "open". `owner` and `show` are for the started program's window, of
+/// which the host's programs decide for themselves.
+///
+/// Above 32 when the program has started, else a SE_ERR_ code, which is the last error as well. The
+/// program belongs to nobody: it has a session of its own, the default signal actions and none of
+/// the caller's open files but the three standard ones. It isn't waited for and leaves no zombie.
+/// Safe from any thread.
+TVUTIL_API HINSTANCE ShellExecuteW(HWND owner, const char16_t* verb, const char16_t* file,
+                                   const char16_t* parameters, const char16_t* folder, int show);
+
+namespace tvutil2 {
+
+/// The arguments in a command line, by the rules of the platform's C run-time library: blanks and
+/// tabs part arguments; a pair of quotes keeps them together; 2n backslashes before a quote are n
+/// backslashes and the quote counts; one backslash more makes the quote a plain character; two
+/// quotes inside a quoted part are one plain quote; backslashes elsewhere are themselves. The
+/// text holds arguments only: the program's name isn't part of it.
+[[nodiscard]] TVUTIL_API std::vector<std::u16string> split_command_line(std::u16string_view text);
+
+}  // namespace tvutil2

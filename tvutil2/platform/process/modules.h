@@ -1,0 +1,49 @@
+// Modules of the process: the executable, the library itself, host shared objects, and the
+// platform's system modules, which are tables of functions here.
+//
+// A module handle counts its references: LoadLibraryW of a module that is loaded gives the same
+// handle once more, and FreeLibrary lets go of one. All functions are safe from any thread.
+#pragma once
+
+#include "tvutil2/platform/base/export.h"
+#include "tvutil2/platform/base/types.h"
+
+/// Bits of SetDefaultDllDirectories.
+inline constexpr DWORD LOAD_LIBRARY_SEARCH_APPLICATION_DIR = 0x0200;
+inline constexpr DWORD LOAD_LIBRARY_SEARCH_USER_DIRS = 0x0400;
+inline constexpr DWORD LOAD_LIBRARY_SEARCH_SYSTEM32 = 0x0800;
+inline constexpr DWORD LOAD_LIBRARY_SEARCH_DEFAULT_DIRS = 0x1000;
+
+/// The platform path of a module's file, the executable's for null: its length without the zero.
+/// `size` counts the zero. A path that has no room is cut: the result is then `size`, the buffer
+/// ends in a zero and the last error is ERROR_INSUFFICIENT_BUFFER. 0 with ERROR_INVALID_HANDLE for
+/// a handle that is no module, and with ERROR_INVALID_NAME when the host's path has no form here.
+TVUTIL_API DWORD GetModuleFileNameW(HMODULE module, char16_t* buffer, DWORD size);
+
+/// The handle of a loaded module, by file name without regard to case (".dll" is added to a name
+/// without a dot); the executable's for null. No reference is taken. Null with
+/// ERROR_MOD_NOT_FOUND.
+TVUTIL_API HMODULE GetModuleHandleW(const char16_t* name);
+
+/// Loads a module and takes a reference. Names without regard to case; ".dll" is added to a name
+/// without a dot, and a dot at the end is dropped. A system module is found by its name alone. A
+/// name with a folder is that file. A bare name is looked for beside the executable, unless
+/// SetDefaultDllDirectories took that folder out, and then where the host's loader looks.
+/// Null with ERROR_MOD_NOT_FOUND, or ERROR_BAD_EXE_FORMAT for a file that is no module.
+TVUTIL_API HMODULE LoadLibraryW(const char16_t* name);
+
+/// Lets go of one reference; the last one unloads. The executable and the library itself stay. 0
+/// with ERROR_INVALID_HANDLE (null included).
+TVUTIL_API BOOL FreeLibrary(HMODULE module);
+
+/// A function that the module itself exports, not one of the modules it stands on. Null with
+/// ERROR_INVALID_HANDLE or ERROR_PROC_NOT_FOUND; ordinals are never found.
+TVUTIL_API FARPROC GetProcAddress(HMODULE module, const char* name);
+
+namespace tvutil2 {
+
+/// The library's own module: its string tables and dialogs are found under it. The same value for
+/// the life of the process.
+[[nodiscard]] TVUTIL_API HINSTANCE library_instance();
+
+}  // namespace tvutil2
