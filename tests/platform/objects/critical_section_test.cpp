@@ -1,0 +1,51 @@
+#include "tvutil2/platform/objects/critical_section.h"
+
+#include <gtest/gtest.h>
+
+#include <thread>
+#include <vector>
+
+namespace {
+
+TEST(CriticalSection, ExcludesOtherThreadsAndAdmitsItsOwnerAgain) {
+    CRITICAL_SECTION section;
+    InitializeCriticalSection(&section);
+    const auto is_free_elsewhere = [&section] {
+        bool is_free = false;
+        std::thread([&] {
+            is_free = TryEnterCriticalSection(&section) != 0;
+            if (is_free) LeaveCriticalSection(&section);
+        }).join();
+        return is_free;
+    };
+    EnterCriticalSection(&section);
+    EXPECT_TRUE(TryEnterCriticalSection(&section));
+    LeaveCriticalSection(&section);
+    EXPECT_FALSE(is_free_elsewhere());
+    LeaveCriticalSection(&section);
+    EXPECT_TRUE(is_free_elsewhere());
+    DeleteCriticalSection(&section);
+}
+
+TEST(CriticalSection, LosesNoCountUnderContention) {
+    CRITICAL_SECTION section;
+    InitializeCriticalSection(&section);
+    constexpr int kThreads = 4;
+    constexpr int kRounds = 20000;
+    int count = 0;
+    std::vector<std::thread> threads;
+    for (int i = 0; i < kThreads; ++i) {
+        threads.emplace_back([&] {
+            for (int round = 0; round < kRounds; ++round) {
+                EnterCriticalSection(&section);
+                ++count;
+                LeaveCriticalSection(&section);
+            }
+        });
+    }
+    for (auto& thread : threads) thread.join();
+    EXPECT_EQ(count, kThreads * kRounds);
+    DeleteCriticalSection(&section);
+}
+
+}  // namespace

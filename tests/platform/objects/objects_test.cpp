@@ -1,0 +1,327 @@
+#include "tvutil2/platform/objects/objects.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <atomic>
+#include <chrono>
+#include <thread>
+#include <vector>
+
+namespace {
+
+// Owner of a handle, so that a failed test leaves nothing behind.
+class Object {
+  public:
+    explicit Object(HANDLE handle) : m_handle(handle) { EXPECT_NE(handle, nullptr); }
+    ~Object() { CloseHandle(m_handle); }
+    Object(const Object&) = delete;
+    Object& operator=(const Object&) = delete;
+    operator HANDLE() const { return m_handle; }
+
+  private:
+    HANDLE m_handle;
+};
+
+HANDLE auto_event(bool is_set = false) {
+    return CreateEventW(nullptr, FALSE, is_set, nullptr);
+}
+HANDLE manual_event() {
+    return CreateEventW(nullptr, TRUE, FALSE, nullptr);
+}
+HANDLE mutex(bool is_owned = false) {
+    return CreateMutexW(nullptr, is_owned, nullptr);
+}
+
+DWORD wait(HANDLE object, DWORD milliseconds = INFINITE) {
+    return WaitForSingleObject(object, milliseconds);
+}
+
+template <std::size_t count>
+DWORD wait_any(const std::array<HANDLE, count>& objects, DWORD milliseconds = INFINITE) {
+    return WaitForMultipleObjects(count, objects.data(), FALSE, milliseconds);
+}
+template <std::size_t count>
+DWORD wait_all(const std::array<HANDLE, count>& objects, DWORD milliseconds = INFINITE) {
+    return WaitForMultipleObjects(count, objects.data(), TRUE, milliseconds);
+}
+
+// Runs something on a thread that has ended when this returns.
+template <class Work>
+void on_other_thread(Work work) {
+    std::thread(work).join();
+}
+
+template <class Work>
+void on_threads(int count, Work work) {
+    std::vector<std::thread> threads;
+    for (int i = 0; i < count; ++i) threads.emplace_back(work, i);
+    for (auto& thread : threads) thread.join();
+}
+
+TEST(Objects, AutoResetEventIsTakenByTheWaitAndManualOneIsNot) {
+    const Object once(auto_event(true));
+    EXPECT_EQ(wait(once, 0), WAIT_OBJECT_0);
+    EXPECT_EQ(wait(once, 0), WAIT_TIMEOUT);
+    SetEvent(once);
+    SetEvent(once);  // counts no further
+    EXPECT_EQ(wait(once, 0), WAIT_OBJECT_0);
+    EXPECT_EQ(wait(once, 0), WAIT_TIMEOUT);
+
+    const Object lasting(manual_event());
+    SetEvent(lasting);
+    EXPECT_EQ(wait(lasting, 0), WAIT_OBJECT_0);
+    EXPECT_EQ(wait(lasting, 0), WAIT_OBJECT_0);
+    ResetEvent(lasting);
+    EXPECT_EQ(wait(lasting, 0), WAIT_TIMEOUT);
+}
+
+TEST(Objects, WrongHandlesAndArgumentsAreRefused) {
+    const Object event(auto_event());
+    const Object lock(mutex());
+    auto* const closed = manual_event();
+    CloseHandle(closed);
+
+    for (auto* const handle : {HANDLE(lock), closed, HANDLE(nullptr), INVALID_HANDLE_VALUE}) {
+        SetLastError(0);
+        EXPECT_FALSE(SetEvent(handle));
+        EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
+        EXPECT_FALSE(ResetEvent(handle));
+    }
+    SetLastError(0);
+    EXPECT_FALSE(ReleaseMutex(event));
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
+    EXPECT_FALSE(ReleaseMutex(lock));
+    EXPECT_EQ(GetLastError(), ERROR_NOT_OWNER);
+    EXPECT_EQ(wait(closed), WAIT_FAILED);
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
+
+    const std::array<HANDLE, 65> same = [&] {
+        std::array<HANDLE, 65> all{};
+        all.fill(event);
+        return all;
+    }();
+    for (const DWORD count : {0U, 2U, 65U}) {
+        SetLastError(0);
+        EXPECT_EQ(WaitForMultipleObjects(count, same.data(), FALSE, 0), WAIT_FAILED) << count;
+        EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER) << count;
+    }
+
+    SetLastError(0);
+    EXPECT_EQ(CreateEventW(nullptr, FALSE, FALSE, u"Global\\name"), nullptr);
+    EXPECT_EQ(GetLastError(), ERROR_NOT_SUPPORTED);
+    EXPECT_EQ(CreateMutexW(nullptr, FALSE, u"name"), nullptr);
+    EXPECT_EQ(GetLastError(), ERROR_NOT_SUPPORTED);
+}
+
+TEST(Objects, AWaitEndsAtItsTimeAndNotBefore) {
+    const Object event(auto_event());
+    const Object other(manual_event());
+    for (const auto kind : {0, 1, 2}) {
+        const auto start = std::chrono::steady_clock::now();
+        const std::array<HANDLE, 2> both{event, other};
+        const auto result = kind == 0   ? wait(event, 20)
+                            : kind == 1 ? wait_any(both, 20)
+                                        : wait_all(both, 20);
+        EXPECT_EQ(result, WAIT_TIMEOUT);
+        EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(20));
+    }
+    // Nothing is left in a queue that a later signal could be lost to.
+    SetEvent(event);
+    EXPECT_EQ(wait(event, 0), WAIT_OBJECT_0);
+}
+
+TEST(Objects, AMutexBelongsToItsThreadAndIsGivenBackAsOftenAsItWasTaken) {
+    const Object lock(mutex(true));
+    EXPECT_EQ(wait(lock), WAIT_OBJECT_0);
+    const auto elsewhere = [&lock] {
+        DWORD result = 0;
+        on_other_thread([&] {
+            result = wait(lock, 0);
+            if (result == WAIT_OBJECT_0) {
+                EXPECT_TRUE(ReleaseMutex(lock));
+            } else {
+                EXPECT_FALSE(ReleaseMutex(lock));
+            }
+        });
+        return result;
+    };
+    EXPECT_EQ(elsewhere(), WAIT_TIMEOUT);
+    EXPECT_TRUE(ReleaseMutex(lock));
+    EXPECT_EQ(elsewhere(), WAIT_TIMEOUT);
+    EXPECT_TRUE(ReleaseMutex(lock));
+    EXPECT_EQ(elsewhere(), WAIT_OBJECT_0);
+    EXPECT_FALSE(ReleaseMutex(lock));
+}
+
+TEST(Objects, AThreadThatEndsAbandonsWhatItOwns) {
+    const Object first(mutex());
+    const Object second(mutex());
+    const Object given_back(mutex());
+    on_other_thread([&] {
+        wait(first);
+        wait(first);
+        wait(second);
+        wait(given_back);
+        ReleaseMutex(given_back);
+        Object made_here(mutex(true));  // and closed while it is owned
+    });
+    const std::array<HANDLE, 2> both{given_back, second};
+    EXPECT_EQ(wait_all(both, 0), WAIT_ABANDONED_0 + 1);
+    EXPECT_EQ(wait(first, 0), WAIT_ABANDONED);
+    // The news is told once.
+    EXPECT_TRUE(ReleaseMutex(first));
+    EXPECT_EQ(wait(first, 0), WAIT_OBJECT_0);
+}
+
+TEST(Objects, AnAbandonedMutexGoesToWhoWaits) {
+    const Object lock(mutex());
+    const Object is_taken(auto_event());
+    std::thread owner([&] {
+        wait(lock);
+        SetEvent(is_taken);
+    });
+    wait(is_taken);
+    const std::array<HANDLE, 2> both{is_taken, lock};
+    EXPECT_EQ(wait_any(both), WAIT_ABANDONED_0 + 1);
+    owner.join();
+    EXPECT_TRUE(ReleaseMutex(lock));
+}
+
+TEST(Objects, TheLowestReadyObjectIsTakenAndNoOther) {
+    const Object a(auto_event());
+    const Object b(auto_event(true));
+    const Object c(auto_event(true));
+    const std::array<HANDLE, 3> all{a, b, c};
+    EXPECT_EQ(wait_any(all, 0), WAIT_OBJECT_0 + 1);
+    EXPECT_EQ(wait_any(all, 0), WAIT_OBJECT_0 + 2);
+    EXPECT_EQ(wait_any(all, 0), WAIT_TIMEOUT);
+}
+
+TEST(Objects, AWaitForAllTakesNothingUntilItCanTakeAll) {
+    const Object event(auto_event(true));
+    const Object lock(mutex());
+    const Object late(auto_event());
+    const std::array<HANDLE, 3> all{event, lock, late};
+    EXPECT_EQ(wait_all(all, 1), WAIT_TIMEOUT);
+    on_other_thread([&] {
+        EXPECT_EQ(wait(lock, 0), WAIT_OBJECT_0);
+        EXPECT_TRUE(ReleaseMutex(lock));
+    });
+    EXPECT_EQ(wait(event, 0), WAIT_OBJECT_0);
+    SetEvent(event);
+    SetEvent(late);
+    EXPECT_EQ(wait_all(all, 0), WAIT_OBJECT_0);
+    EXPECT_EQ(wait(event, 0), WAIT_TIMEOUT);
+    EXPECT_TRUE(ReleaseMutex(lock));
+}
+
+TEST(Objects, NoSignalIsLostBetweenTwoThreads) {
+    const Object ping(auto_event());
+    const Object pong(auto_event());
+    constexpr int kRounds = 5000;
+    std::thread other([&] {
+        for (int i = 0; i < kRounds; ++i) {
+            wait(ping);
+            SetEvent(pong);
+        }
+    });
+    for (int i = 0; i < kRounds; ++i) {
+        SetEvent(ping);
+        ASSERT_EQ(wait(pong), WAIT_OBJECT_0);
+    }
+    other.join();
+}
+
+TEST(Objects, AManualResetEventLetsAllThrough) {
+    const Object gate(manual_event());
+    const Object lock(mutex());
+    std::atomic<int> passed = 0;
+    std::thread opener([&] { SetEvent(gate); });
+    on_threads(8, [&](int i) {
+        // Half of them wait for the gate together with something else.
+        const std::array<HANDLE, 2> both{lock, gate};
+        if (i % 2 == 0) {
+            wait(gate);
+        } else {
+            wait_all(both);
+            ReleaseMutex(lock);
+        }
+        ++passed;
+    });
+    opener.join();
+    EXPECT_EQ(passed, 8);
+}
+
+TEST(Objects, MutexesExcludeAlsoWhenTwoAreTakenAtOnce) {
+    const Object a(mutex());
+    const Object b(mutex());
+    const Object c(mutex());
+    const std::array<HANDLE, 3> mutexes{a, b, c};
+    std::array<int, 3> counts{};  // each guarded by its mutex
+    constexpr int kRounds = 1000;
+    on_threads(3, [&](int i) {
+        const auto left = static_cast<std::size_t>(i);
+        const auto right = (left + 1) % 3;
+        const std::array<HANDLE, 2> pair{mutexes[left], mutexes[right]};
+        for (int round = 0; round < kRounds; ++round) {
+            wait_all(pair);
+            ++counts[left];
+            ++counts[right];
+            ReleaseMutex(pair[0]);
+            ReleaseMutex(pair[1]);
+            wait(pair[1]);
+            ++counts[right];
+            ReleaseMutex(pair[1]);
+        }
+    });
+    for (const auto count : counts) EXPECT_EQ(count, 3 * kRounds);
+}
+
+// Several consumers wait for any of several events; a producer sets each event again only once it
+// has been consumed, so that every signal must be taken exactly once.
+TEST(Objects, EachSignalIsTakenExactlyOnce) {
+    constexpr std::size_t kEvents = 4;
+    constexpr int kRounds = 3000;
+    const Object e0(auto_event());
+    const Object e1(auto_event());
+    const Object e2(auto_event());
+    const Object e3(auto_event());
+    const Object stop(manual_event());
+    const Object consumed(auto_event());
+    const std::array<HANDLE, kEvents + 1> objects{e0, e1, e2, e3, stop};
+    std::array<std::atomic<int>, kEvents> pending{};
+    std::atomic<int> surplus = 0;
+    std::atomic<int> taken = 0;
+
+    std::thread producer([&] {
+        int sent = 0;
+        while (sent < kRounds) {
+            bool has_sent = false;
+            for (std::size_t i = 0; i < kEvents && sent < kRounds; ++i) {
+                if (pending[i] != 0) continue;
+                ++pending[i];
+                ++sent;
+                has_sent = true;
+                SetEvent(objects[i]);
+            }
+            if (!has_sent) wait(consumed);
+        }
+        while (taken < kRounds) wait(consumed);
+        SetEvent(stop);
+    });
+    on_threads(3, [&](int /*i*/) {
+        for (;;) {
+            const auto result = wait_any(objects);
+            if (result >= kEvents) return;
+            if (--pending[result] != 0) ++surplus;
+            ++taken;
+            SetEvent(consumed);
+        }
+    });
+    producer.join();
+    EXPECT_EQ(surplus, 0);
+    EXPECT_EQ(taken, kRounds);
+}
+
+}  // namespace
