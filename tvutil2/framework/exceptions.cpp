@@ -8,6 +8,10 @@ const char* CInvalidArgException::what() const noexcept {
     return "invalid argument";
 }
 
+const char* CResourceException::what() const noexcept {
+    return "the system refused a resource";
+}
+
 void tvutil2::throw_invalid_argument() {
     throw CInvalidArgException();
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "tvutil2/platform/base/export.h"
+#include "tvutil2/platform/base/types.h"
 
 #include <exception>
 
@@ -15,6 +16,15 @@ class TVUTIL_API CException : public std::exception {
 class TVUTIL_API CInvalidArgException : public CException {
   public:
     [[nodiscard]] const char* what() const noexcept override;
+};
+
+/// The system refused a resource, such as a mutex. `m_lOsError` is the last error.
+class TVUTIL_API CResourceException : public CException {
+  public:
+    explicit CResourceException(DWORD error) : m_lOsError(error) {}
+    [[nodiscard]] const char* what() const noexcept override;
+
+    DWORD m_lOsError;
 };
 
 namespace tvutil2 {

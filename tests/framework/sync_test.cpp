@@ -1,0 +1,76 @@
+#include "tvutil2/framework/sync.h"
+
+#include "tvutil2/framework/exceptions.h"
+
+#include <gtest/gtest.h>
+
+#include <thread>
+#include <vector>
+
+namespace {
+
+// Whether another thread could have the object at once.
+bool is_free(CSyncObject& object) {
+    bool result = false;
+    std::thread([&] {
+        result = object.Lock(0) != 0;
+        if (result) object.Unlock();
+    }).join();
+    return result;
+}
+
+TEST(Sync, ALockGivesBackAsOftenAsItLocked) {
+    CMutex mutex;
+    {
+        CSingleLock lock(&mutex);
+        EXPECT_FALSE(lock.Unlock());
+        EXPECT_TRUE(lock.Lock(0));
+        EXPECT_TRUE(lock.Lock(0));
+        EXPECT_TRUE(lock.Unlock());
+        EXPECT_TRUE(lock.IsLocked());
+        EXPECT_FALSE(is_free(mutex));
+        EXPECT_TRUE(lock.Unlock());
+        EXPECT_FALSE(lock.IsLocked());
+        EXPECT_TRUE(is_free(mutex));
+        lock.Lock();
+        lock.Lock();
+    }
+    EXPECT_TRUE(is_free(mutex));
+    const CSingleLock lock(&mutex, TRUE);
+    EXPECT_FALSE(is_free(mutex));
+}
+
+TEST(Sync, AStrangersUnlockChangesNothing) {
+    CMutex mutex;
+    CSingleLock lock(&mutex, TRUE);
+    std::thread([&lock] { EXPECT_FALSE(lock.Unlock()); }).join();
+    EXPECT_TRUE(lock.IsLocked());
+    EXPECT_FALSE(is_free(mutex));
+}
+
+// As in a buffer that carries its own lock: a record that changed outside the mutex would leave it
+// locked for good.
+TEST(Sync, OneLockMayBeSharedByThreads) {
+    CMutex mutex;
+    CSingleLock shared(&mutex);
+    int count = 0;
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([&] {
+            for (int round = 0; round < 2000; ++round) {
+                shared.Lock();
+                ++count;
+                shared.Unlock();
+            }
+        });
+    }
+    for (auto& thread : threads) thread.join();
+    EXPECT_EQ(count, 8000);
+    EXPECT_FALSE(shared.IsLocked());
+}
+
+TEST(Sync, ANameIsRefused) {
+    EXPECT_THROW(CMutex(FALSE, u"Global\\name"), CResourceException);
+}
+
+}  // namespace
