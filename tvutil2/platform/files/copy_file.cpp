@@ -1,0 +1,176 @@
+// CopyFileW.
+#include "tvutil2/platform/base/last_error.h"
+#include "tvutil2/platform/files/files.h"
+#include "tvutil2/platform/files/host_files.h"
+#include "tvutil2/platform/files/sharing.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstdlib>
+#include <memory>
+
+namespace tvutil2 {
+namespace {
+
+// Up to here two calls through a buffer are cheaper than the kernel's own road.
+constexpr std::size_t kBufferSize = std::size_t{64} << 10;
+
+bool write_all(int to, const char* data, std::size_t size) {
+    while (size > 0) {
+        const auto written = write(to, data, size);
+        if (written < 0 && errno == EINTR) continue;
+        if (written < 0) return false;
+        data += written;
+        size -= static_cast<std::size_t>(written);
+    }
+    return true;
+}
+
+// From both file pointers to the end of the source.
+bool copy_rest_through_buffer(int from, int to, std::size_t buffer_size) {
+    const auto buffer = std::make_unique_for_overwrite<char[]>(buffer_size);
+    for (;;) {
+        const auto size = read(from, buffer.get(), buffer_size);
+        if (size < 0 && errno == EINTR) continue;
+        if (size <= 0) return size == 0;
+        if (!write_all(to, buffer.get(), static_cast<std::size_t>(size))) return false;
+        // Shorter than asked for, and not at the end: only a signal or a special file does that.
+    }
+}
+
+bool is_refusal(int error) {
+    return error == ENOSYS || error == EXDEV || error == EINVAL || error == EOPNOTSUPP ||
+           error == EPERM || error == EBADF;
+}
+
+// Inside the kernel, or by sharing blocks where the file system can; what that road doesn't take
+// goes through a buffer. `size` units from both file pointers.
+bool copy_range(int from, int to, off_t size) {
+    constexpr off_t kMostAtOnce = off_t{1} << 30;
+    while (size > 0) {
+        const auto copied = copy_file_range(
+            from, nullptr, to, nullptr, static_cast<std::size_t>(std::min(size, kMostAtOnce)), 0);
+        if (copied < 0 && errno == EINTR) continue;
+        if (copied < 0 && !is_refusal(errno)) return false;
+        if (copied <= 0) return copy_rest_through_buffer(from, to, 4 * kBufferSize);
+        size -= copied;
+    }
+    return true;
+}
+
+// A file with holes: only what holds data is copied, so that a huge empty one stays cheap.
+bool copy_sparse(int from, int to, off_t size) {
+    off_t position = 0;
+    while (position < size) {
+        const off_t data = lseek(from, position, SEEK_DATA);
+        if (data < 0 && errno == ENXIO) break;  // a hole up to the end
+        if (data < 0) return false;
+        const off_t end = lseek(from, data, SEEK_HOLE);
+        if (end < 0 || lseek(from, data, SEEK_SET) < 0 || lseek(to, data, SEEK_SET) < 0 ||
+            !copy_range(from, to, end - data)) {
+            return false;
+        }
+        position = end;
+    }
+    return ftruncate(to, size) == 0;
+}
+
+bool copy_content(int from, int to, const struct stat& info) {
+    if (info.st_size <= static_cast<off_t>(kBufferSize)) {
+        // Files below /proc have size 0 and content all the same: read on to the end.
+        const auto size = static_cast<std::size_t>(std::max<off_t>(info.st_size, 4095)) + 1;
+        return copy_rest_through_buffer(from, to, size);
+    }
+    constexpr off_t kBlock = 512;
+    if (info.st_blocks < info.st_size / kBlock) return copy_sparse(from, to, info.st_size);
+    return copy_range(from, to, info.st_size) && copy_rest_through_buffer(from, to, kBufferSize);
+}
+
+bool copy_all(int from, int to, const struct stat& info) {
+    return (copy_content(from, to, info) || fail_with_errno()) && keep_times_and_mode(to, info);
+}
+
+Descriptor open_source(const std::string& path, struct stat& info) {
+    Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK));
+    if (!file || fstat(file.get(), &info) != 0) {
+        fail_at(path);
+        return {};
+    }
+    if (!S_ISREG(info.st_mode)) {
+        SetLastError(S_ISDIR(info.st_mode) ? ERROR_ACCESS_DENIED : ERROR_NOT_SUPPORTED);
+        return {};
+    }
+    constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+    if (!claim_sharing(file.get(), FILE_READ_DATA, kShareAll)) return {};
+    return file;
+}
+
+bool copy_to_new(int from, const struct stat& info, const std::string& to, Descriptor target) {
+    if (claim_sharing(target.get(), FILE_WRITE_DATA, 0) && copy_all(from, target.get(), info)) {
+        return true;
+    }
+    unlink(to.c_str());
+    return false;
+}
+
+// What a link leads to is what gets replaced.
+std::string behind_links(const std::string& path) {
+    const std::unique_ptr<char, decltype(&std::free)> real(realpath(path.c_str(), nullptr),
+                                                           &std::free);
+    return real ? real.get() : path;
+}
+
+bool may_replace(const std::string& to, const struct stat& from, Descriptor& claim) {
+    struct stat info {};
+    if (stat(to.c_str(), &info) != 0) return fail_at(to);
+    if (info.st_dev == from.st_dev && info.st_ino == from.st_ino) {
+        return fail_with(ERROR_SHARING_VIOLATION);
+    }
+    if (!S_ISREG(info.st_mode) || is_read_only(info)) return fail_with(ERROR_ACCESS_DENIED);
+    claim = Descriptor(open(to.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK));
+    // One that can't even be read can't be marked, and is still the caller's to replace.
+    return !claim || claim_sharing(claim.get(), FILE_WRITE_DATA, 0);
+}
+
+// The new content gets the old one's name only when it is whole.
+bool copy_over(int from, const struct stat& info, const std::string& name) {
+    const auto to = behind_links(name);
+    Descriptor claim;
+    if (!may_replace(to, info, claim)) return false;
+    auto temporary = std::string(folder_of(to)) + "/.tvutil2-copy-XXXXXX";
+    const Descriptor target(mkostemp(temporary.data(), O_CLOEXEC));
+    if (!target) return fail_at(to);
+    if (copy_all(from, target.get(), info)) {
+        if (rename(temporary.c_str(), to.c_str()) == 0) return true;
+        fail_with_errno();
+    }
+    unlink(temporary.c_str());
+    return false;
+}
+
+}  // namespace
+
+bool copy_host_file(const std::string& from, const std::string& to, bool fail_if_exists) {
+    struct stat info {};
+    const auto source = open_source(from, info);
+    if (!source) return false;
+    Descriptor target(
+        open(to.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOCTTY, info.st_mode & 0777));
+    if (target) return copy_to_new(source.get(), info, to, std::move(target));
+    if (errno != EEXIST) return fail_at(to);
+    if (fail_if_exists) return fail_with(ERROR_FILE_EXISTS);
+    return copy_over(source.get(), info, to);
+}
+
+}  // namespace tvutil2
+
+BOOL CopyFileW(const char16_t* from, const char16_t* to, BOOL fail_if_exists) {
+    const auto source = tvutil2::host_path_of(from);
+    const auto target = source ? tvutil2::host_path_of(to) : std::nullopt;
+    return target && tvutil2::copy_host_file(*source, *target, fail_if_exists != FALSE);
+}

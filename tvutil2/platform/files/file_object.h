@@ -1,0 +1,32 @@
+// What a file's handle stands for.
+#pragma once
+
+#include "tvutil2/platform/base/handle_table.h"
+#include "tvutil2/platform/files/host_files.h"
+
+namespace tvutil2 {
+
+/// An open file or folder. The sharing marks hang on the descriptor and go with it.
+class FileObject : public HandleObject {
+  public:
+    static constexpr HandleKind kHandleKind = HandleKind::file;
+
+    FileObject(Descriptor file, DWORD access, std::string path)
+        : HandleObject(kHandleKind),
+          m_file(std::move(file)),
+          m_access(access),
+          m_path(std::move(path)) {}
+
+    [[nodiscard]] int descriptor() const { return m_file.get(); }
+    /// FILE_ rights, without the generic ones.
+    [[nodiscard]] bool may(DWORD rights) const { return (m_access & rights) != 0; }
+    /// The host path under which it was opened.
+    [[nodiscard]] const std::string& path() const { return m_path; }
+
+  private:
+    Descriptor m_file;
+    DWORD m_access;
+    std::string m_path;
+};
+
+}  // namespace tvutil2

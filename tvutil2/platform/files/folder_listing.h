@@ -1,0 +1,24 @@
+// The names of a host folder that a pattern takes in.
+#pragma once
+
+#include "tvutil2/platform/files/host_files.h"
+#include "tvutil2/platform/files/name_pattern.h"
+
+#include <string>
+#include <vector>
+
+namespace tvutil2 {
+
+struct ListedName {
+    std::u16string name;
+    std::string host_name;
+};
+
+/// The matching names in the order of a search, "." and ".." first; names that the platform can't
+/// express are left out. False with errno set when the folder can't be read.
+bool list_folder(int folder, const NamePattern& pattern, std::vector<ListedName>& names);
+
+/// Opens a host folder for list_folder; "" is the root. Empty with errno set.
+[[nodiscard]] Descriptor open_folder(const std::string& path);
+
+}  // namespace tvutil2

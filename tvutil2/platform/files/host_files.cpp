@@ -1,0 +1,71 @@
+#include "tvutil2/platform/files/host_files.h"
+
+#include "tvutil2/platform/base/host_path.h"
+#include "tvutil2/platform/base/last_error.h"
+#include "tvutil2/platform/files/files.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+namespace tvutil2 {
+
+Descriptor::~Descriptor() {
+    if (m_value >= 0) close(m_value);
+}
+
+bool is_read_only(const struct stat& info) {
+    return (info.st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)) == 0;
+}
+
+DWORD attributes_of(const struct stat& info, std::string_view name) {
+    DWORD attributes = 0;
+    if (S_ISDIR(info.st_mode)) attributes |= FILE_ATTRIBUTE_DIRECTORY;
+    if (S_ISLNK(info.st_mode)) {
+        attributes |= FILE_ATTRIBUTE_REPARSE_POINT;
+    } else if (is_read_only(info)) {
+        attributes |= FILE_ATTRIBUTE_READONLY;
+    }
+    if (name.starts_with('.') && name != "." && name != "..") attributes |= FILE_ATTRIBUTE_HIDDEN;
+    return attributes != 0 ? attributes : FILE_ATTRIBUTE_NORMAL;
+}
+
+std::string_view name_in(std::string_view path) {
+    return path.substr(path.rfind('/') + 1);
+}
+
+std::string_view folder_of(std::string_view path) {
+    const auto slash = path.rfind('/');
+    return slash == std::string_view::npos ? std::string_view() : path.substr(0, slash);
+}
+
+bool is_folder(const std::string& path) {
+    struct stat info {};
+    return stat(path.empty() ? "/" : path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
+}
+
+bool fail_at(const std::string& path) {
+    if (errno != ENOENT) return fail_with_errno();
+    return fail_with(is_folder(std::string(folder_of(path))) ? ERROR_FILE_NOT_FOUND
+                                                             : ERROR_PATH_NOT_FOUND);
+}
+
+std::optional<std::string> host_path_of(const char16_t* path) {
+    return host_path(path != nullptr ? std::u16string_view(path) : std::u16string_view());
+}
+
+bool keep_times_and_mode(int target, const struct stat& source) {
+    constexpr mode_t kPermissions = 0777;
+    struct stat info {};
+    if (fstat(target, &info) != 0) return fail_with_errno();
+    // The umask took bits away when the target was made.
+    if (((info.st_mode ^ source.st_mode) & kPermissions) != 0 &&
+        fchmod(target, source.st_mode & kPermissions) != 0) {
+        return fail_with_errno();
+    }
+    const timespec times[] = {source.st_atim, source.st_mtim};
+    return futimens(target, times) == 0 || fail_with_errno();
+}
+
+}  // namespace tvutil2
