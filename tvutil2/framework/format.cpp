@@ -108,8 +108,9 @@ Directive take_directive(std::u16string_view& text, Reader& arguments) {
     }
     if (text.starts_with(u'.')) {
         text.remove_prefix(1);
-        d.precision = take_number(text, arguments);
-        d.has_precision = d.precision >= 0;
+        const int precision = take_number(text, arguments);
+        d.has_precision = precision >= 0;
+        d.precision = std::max(precision, 0);
     }
     skip_prefixes(text, d);
     if (!text.empty()) {
