@@ -47,7 +47,7 @@ TVUTIL_API BOOL AfxWinInit(HINSTANCE instance);
 
 /// Starts a module: AfxWinInit, then the application object's InitInstance. When that fails
 /// ExitInstance runs and the result is FALSE: the module must not be used.
-TVUTIL_API BOOL AfxStartModule(CWinApp& app, HINSTANCE instance);
+TVUTIL_API BOOL AfxStartModule(HINSTANCE instance);
 
 /// Instance of the application object; the executable's until it has one.
 TVUTIL_API HINSTANCE AfxGetInstanceHandle();

@@ -15,6 +15,8 @@ inline constexpr DWORD LOAD_LIBRARY_SEARCH_SYSTEM32 = 0x0800;
 inline constexpr DWORD LOAD_LIBRARY_SEARCH_DEFAULT_DIRS = 0x1000;
 
 /// The platform path of a module's file, the executable's for null: its length without the zero.
+/// Links are followed, so that a program started through a link finds what lies beside its file. A
+/// system module has no file and gives its name.
 /// `size` counts the zero. A path that has no room is cut: the result is then `size`, the buffer
 /// ends in a zero and the last error is ERROR_INSUFFICIENT_BUFFER. 0 with ERROR_INVALID_HANDLE for
 /// a handle that is no module, and with ERROR_INVALID_NAME when the host's path has no form here.
@@ -41,6 +43,16 @@ TVUTIL_API BOOL FreeLibrary(HMODULE module);
 TVUTIL_API FARPROC GetProcAddress(HMODULE module, const char* name);
 
 namespace tvutil2 {
+
+/// What GetProcAddress gave, under its real type, and the way back.
+template <class Function>
+[[nodiscard]] Function* as_function(FARPROC address) {
+    return reinterpret_cast<Function*>(reinterpret_cast<void (*)()>(address));
+}
+template <class Function>
+[[nodiscard]] FARPROC as_export(Function* function) {
+    return reinterpret_cast<FARPROC>(reinterpret_cast<void (*)()>(function));
+}
 
 /// The library's own module: its string tables and dialogs are found under it. The same value for
 /// the life of the process.

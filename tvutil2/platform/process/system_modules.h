@@ -37,6 +37,10 @@ TVUTIL_API HRESULT SetProcessDpiAwareness(int awareness);
 
 namespace tvutil2 {
 
+/// The handle of a system module by its name without regard to case; null when there is none of
+/// that name or it was taken away. The last error stays.
+[[nodiscard]] HMODULE system_module(const char16_t* name);
+
 /// The process's context: one of DPI_AWARENESS_CONTEXT_, null until it is set.
 [[nodiscard]] TVUTIL_API DPI_AWARENESS_CONTEXT process_dpi_awareness();
 /// What SetDefaultDllDirectories was given; 0 until then.
