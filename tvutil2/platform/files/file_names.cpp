@@ -49,10 +49,10 @@ bool rename_without_replacing(const std::string& from, const std::string& to) {
 }
 
 bool move_between_file_systems(const std::string& from, const std::string& to, DWORD flags) {
+    if ((flags & MOVEFILE_COPY_ALLOWED) == 0) return fail_with(ERROR_NOT_SAME_DEVICE);
     struct stat info {};
     if (lstat(from.c_str(), &info) != 0) return fail_at(from);
     if (S_ISDIR(info.st_mode)) return fail_with(ERROR_ACCESS_DENIED);
-    if ((flags & MOVEFILE_COPY_ALLOWED) == 0) return fail_with(ERROR_NOT_SAME_DEVICE);
     return copy_host_file(from, to, (flags & MOVEFILE_REPLACE_EXISTING) == 0) &&
            (unlink(from.c_str()) == 0 || fail_at(from));
 }
@@ -67,6 +67,8 @@ bool may_take_name(const std::string& to, DWORD flags, Descriptor& claim) {
     }
     return !S_ISREG(info.st_mode) || claim_for_deletion(to, claim);
 }
+
+}  // namespace
 
 bool move_host_file(const std::string& from, const std::string& to, DWORD flags) {
     struct stat info {};
@@ -84,7 +86,6 @@ bool move_host_file(const std::string& from, const std::string& to, DWORD flags)
     return fail_at(errno == ENOENT ? to : from);
 }
 
-}  // namespace
 }  // namespace tvutil2
 
 using tvutil2::fail_at;

@@ -55,6 +55,7 @@ bool fail_at(const std::string& path);
 /// Host forms of the functions in files.h: false with the last error set.
 bool copy_host_file(const std::string& from, const std::string& to, bool fail_if_exists);
 bool delete_host_file(const std::string& path);
+bool move_host_file(const std::string& from, const std::string& to, DWORD flags);
 
 /// Opens a file that is about to be deleted or replaced, if it can be opened, and claims it. False
 /// with ERROR_SHARING_VIOLATION when a handle forbids that. Hold `claim` until the deed is done.
