@@ -1,6 +1,6 @@
 #include "tvutil2/framework/format.h"
 
-#include "tvutil2/framework/text_search.h"
+#include "tvutil2/framework/format_output.h"
 #include "tvutil2/platform/base/utf.h"
 
 #include <algorithm>
@@ -84,15 +84,23 @@ int take_number(std::u16string_view& text, Reader& arguments) {
 }
 
 void skip_prefixes(std::u16string_view& text, Directive& d) {
-    for (;;) {
-        if (text.starts_with(u"I64") || text.starts_with(u"I32")) {
-            text.remove_prefix(3);
-        } else if (!text.empty() && std::u16string_view(u"hlwztjLI").find(text.front()) !=
-                                        std::u16string_view::npos) {
-            d.halvings += text.front() == u'h' ? 1 : 0;
-            text.remove_prefix(1);
-        } else {
-            return;
+    for (; !text.empty(); text.remove_prefix(1)) {
+        switch (text.front()) {
+            case u'h':
+                ++d.halvings;
+                break;
+            case u'l':
+            case u'w':
+            case u'z':
+            case u't':
+            case u'j':
+            case u'L':
+                break;
+            case u'I':
+                if (text.starts_with(u"I64") || text.starts_with(u"I32")) text.remove_prefix(2);
+                break;
+            default:
+                return;
         }
     }
 }
@@ -125,27 +133,24 @@ std::size_t missing(const Directive& d, std::size_t length) {
     return width > length ? width - length : 0;
 }
 
-void append_ascii(std::u16string& out, std::string_view text) {
-    for (const char c : text) out.push_back(static_cast<char16_t>(c));
-}
-
-void put_text(std::u16string& out, const Directive& d, std::u16string_view text) {
+void put_text(FormatOutput& out, const Directive& d, std::u16string_view text) {
     const auto padding = missing(d, text.size());
-    if (!d.left) out.append(padding, u' ');
-    out.append(text);
-    if (d.left) out.append(padding, u' ');
+    if (!d.left) out.put(padding, u' ');
+    out.put(text);
+    if (d.left) out.put(padding, u' ');
 }
 
 // Sign or base, zeros and digits, in that order, in the field.
-void put_number(std::u16string& out, const Directive& d, std::string_view prefix, std::size_t zeros,
-                std::string_view digits) {
+template <class Digits>
+void put_number(FormatOutput& out, const Directive& d, std::string_view prefix, std::size_t zeros,
+                Digits digits) {
     auto padding = missing(d, prefix.size() + zeros + digits.size());
     if (d.zero && !d.left) zeros += std::exchange(padding, 0);
-    if (!d.left) out.append(padding, u' ');
-    append_ascii(out, prefix);
-    out.append(zeros, u'0');
-    append_ascii(out, digits);
-    if (d.left) out.append(padding, u' ');
+    if (!d.left) out.put(padding, u' ');
+    out.put(prefix);
+    out.put(zeros, u'0');
+    out.put(digits);
+    if (d.left) out.put(padding, u' ');
 }
 
 std::string_view sign_of(const Directive& d, bool negative) {
@@ -158,21 +163,55 @@ void make_upper(char* first, char* last) {
     }
 }
 
-// Digits of an integer, in the base of the conversion.
-struct Digits {
-    char text[24];
-    std::size_t length = 0;
-
+// Digits of an integer, in the base of the conversion, written from the right.
+class Digits {
+  public:
     Digits(std::uint64_t value, char16_t conversion) {
-        const int base = conversion == u'o' ? 8 : (conversion | 0x20) == u'x' ? 16 : 10;
-        auto* const end = std::to_chars(text, text + sizeof text, value, base).ptr;
-        if (conversion == u'X') make_upper(text, end);
-        length = static_cast<std::size_t>(end - text);
+        switch (conversion) {
+            case u'x':
+                write_bits(value, 4, u'a' - 10);
+                break;
+            case u'X':
+                write_bits(value, 4, u'A' - 10);
+                break;
+            case u'o':
+                write_bits(value, 3, 0);
+                break;
+            default:
+                write_decimal(value);
+        }
     }
-    [[nodiscard]] std::string_view view() const { return {text, length}; }
+    Digits(const Digits&) = delete;
+    Digits& operator=(const Digits&) = delete;
+
+    [[nodiscard]] std::u16string_view view() const {
+        return {m_first, static_cast<std::size_t>(std::end(m_text) - m_first)};
+    }
+
+  private:
+    void write_decimal(std::uint64_t value) {
+        // Most numbers have 32 bits, which divide much faster.
+        for (; value > 0xFFFFFFFF; value /= 10) *--m_first = digit(value % 10);
+        auto small = static_cast<std::uint32_t>(value);
+        do {
+            *--m_first = digit(small % 10);
+            small /= 10;
+        } while (small != 0);
+    }
+    void write_bits(std::uint64_t value, unsigned bits, int letter) {
+        do {
+            const auto part = static_cast<int>(value & ((1U << bits) - 1));
+            *--m_first = static_cast<char16_t>(part + (part < 10 ? u'0' : letter));
+            value >>= bits;
+        } while (value != 0);
+    }
+    static char16_t digit(std::uint64_t value) { return static_cast<char16_t>(u'0' + value); }
+
+    char16_t m_text[22];  // octal digits of 64 bits
+    char16_t* m_first = std::end(m_text);
 };
 
-void put_integer(std::u16string& out, Directive d, const FormatArgument& argument) {
+void put_integer(FormatOutput& out, Directive d, const FormatArgument& argument) {
     // Narrower types come as int, as they do through an ellipsis, until "h" says otherwise.
     const std::size_t least = d.halvings == 0 ? 4 : d.halvings == 1 ? 2 : 1;
     const auto size = d.halvings == 0 ? std::max(argument.size(), least) : least;
@@ -195,7 +234,7 @@ void put_integer(std::u16string& out, Directive d, const FormatArgument& argumen
     std::string_view prefix = is_decimal ? sign_of(d, negative) : "";
     if (d.alternate && value != 0 && d.conversion == u'x') prefix = "0x";
     if (d.alternate && value != 0 && d.conversion == u'X') prefix = "0X";
-    if (d.alternate && d.conversion == u'o' && zeros == 0 && !shown.starts_with('0')) zeros = 1;
+    if (d.alternate && d.conversion == u'o' && zeros == 0 && !shown.starts_with(u'0')) zeros = 1;
     put_number(out, d, prefix, zeros, shown);
 }
 
@@ -274,14 +313,14 @@ class RealText {
     std::size_t m_length = 0;
 };
 
-void put_real(std::u16string& out, Directive d, double value) {
+void put_real(FormatOutput& out, Directive d, double value) {
     const auto sign = sign_of(d, std::signbit(value));
     if (!std::isfinite(value)) {
         d.zero = false;
         const bool upper = d.conversion < u'a';
         const auto* const name =
             std::isnan(value) ? (upper ? "NAN" : "nan") : (upper ? "INF" : "inf");
-        return put_number(out, d, sign, 0, name);
+        return put_number(out, d, sign, 0, std::string_view(name));
     }
     std::string prefix(sign);
     if ((d.conversion | 0x20) == u'a') prefix += d.conversion == u'a' ? "0x" : "0X";
@@ -289,10 +328,10 @@ void put_real(std::u16string& out, Directive d, double value) {
 }
 
 // Every digit of an address, as the platform shows it.
-void put_address(std::u16string& out, Directive d, const void* pointer) {
+void put_address(FormatOutput& out, Directive d, const void* pointer) {
     const Digits digits(reinterpret_cast<std::uintptr_t>(pointer), u'X');
     d.zero = false;
-    put_number(out, d, "", 2 * sizeof pointer - digits.length, digits.view());
+    put_number(out, d, "", 2 * sizeof pointer - digits.view().size(), digits.view());
 }
 
 template <class Unit>
@@ -303,7 +342,7 @@ std::basic_string_view<Unit> bounded_text(const Directive& d, const Unit* text) 
     return {text, static_cast<std::size_t>(end - text)};
 }
 
-void put_text_argument(std::u16string& out, const Directive& d, const FormatArgument& argument) {
+void put_text_argument(FormatOutput& out, const Directive& d, const FormatArgument& argument) {
     if (argument.pointer() == nullptr) return put_text(out, d, bounded_text(d, u"(null)"));
     if (argument.kind() == FormatArgument::Kind::wide) {
         return put_text(out, d, bounded_text(d, argument.wide()));
@@ -311,7 +350,7 @@ void put_text_argument(std::u16string& out, const Directive& d, const FormatArgu
     put_text(out, d, to_utf16_lossy(bounded_text(d, argument.narrow())));
 }
 
-void put_character(std::u16string& out, const Directive& d, const FormatArgument& argument) {
+void put_character(FormatOutput& out, const Directive& d, const FormatArgument& argument) {
     if (argument.size() == 1) {
         const char byte = static_cast<char>(argument.integer());
         return put_text(out, d, to_utf16_lossy({&byte, 1}));
@@ -321,7 +360,7 @@ void put_character(std::u16string& out, const Directive& d, const FormatArgument
 }
 
 // What an argument is shown as when its conversion asks for something else.
-void put_as_it_is(std::u16string& out, Directive d, const FormatArgument& argument) {
+void put_as_it_is(FormatOutput& out, Directive d, const FormatArgument& argument) {
     switch (argument.kind()) {
         case FormatArgument::Kind::integer:
             d.conversion = argument.is_signed() ? u'd' : u'u';
@@ -337,7 +376,34 @@ void put_as_it_is(std::u16string& out, Directive d, const FormatArgument& argume
     }
 }
 
-void put_argument(std::u16string& out, const Directive& d, const FormatArgument& argument) {
+bool is_conversion(char16_t c) {
+    switch (c) {
+        case u'd':
+        case u'i':
+        case u'u':
+        case u'o':
+        case u'x':
+        case u'X':
+        case u'c':
+        case u'C':
+        case u's':
+        case u'S':
+        case u'p':
+        case u'e':
+        case u'E':
+        case u'f':
+        case u'F':
+        case u'g':
+        case u'G':
+        case u'a':
+        case u'A':
+            return true;
+        default:
+            return false;
+    }
+}
+
+void put_argument(FormatOutput& out, const Directive& d, const FormatArgument& argument) {
     using Kind = FormatArgument::Kind;
     const auto kind = argument.kind();
     switch (d.conversion) {
@@ -375,18 +441,12 @@ void put_argument(std::u16string& out, const Directive& d, const FormatArgument&
     put_as_it_is(out, d, argument);
 }
 
-bool is_conversion(char16_t c) {
-    return c != 0 &&
-           std::u16string_view(u"diuoxXcCsSpeEfFgGaA").find(c) != std::u16string_view::npos;
-}
-
-}  // namespace
-
-void format_to(std::u16string& out, std::u16string_view format, FormatArguments arguments) {
+void put_all(FormatOutput& out, std::u16string_view format, FormatArguments arguments) {
     Reader reader(arguments);
     while (!format.empty()) {
-        const auto plain = std::min(find_unit(format, u'%'), format.size());
-        out.append(format.substr(0, plain));
+        // Seldom more than a few units, which are copied sooner one by one.
+        std::size_t plain = 0;
+        for (; plain < format.size() && format[plain] != u'%'; ++plain) out.put(format[plain]);
         format.remove_prefix(plain);
         if (format.empty()) return;
         const auto rest = format;
@@ -395,13 +455,27 @@ void format_to(std::u16string& out, std::u16string_view format, FormatArguments 
         if (is_conversion(d.conversion)) {
             if (const auto* argument = reader.next()) put_argument(out, d, *argument);
         } else if (d.conversion == u'%') {
-            out.push_back(u'%');
+            out.put(u'%');
         } else if (d.conversion == u'n') {
             reader.next();
         } else {
-            out.append(rest.substr(0, rest.size() - format.size()));
+            out.put(rest.substr(0, rest.size() - format.size()));
         }
     }
+}
+
+}  // namespace
+
+void format_to(std::u16string& out, std::u16string_view format, FormatArguments arguments) {
+    FormatOutput text;
+    put_all(text, format, arguments);
+    out.append(text.view());
+}
+
+void format_over(std::u16string& out, std::u16string_view format, FormatArguments arguments) {
+    FormatOutput text;
+    put_all(text, format, arguments);
+    out.assign(text.view());
 }
 
 }  // namespace tvutil2

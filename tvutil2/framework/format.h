@@ -86,9 +86,12 @@ class FormatArgument {
 /// The arguments of one call: a view of a list that the caller keeps on its stack.
 using FormatArguments = std::span<const FormatArgument>;
 
-/// Appends the formatted text to `out`. Neither `format` nor an argument may lie in `out`. Widths
-/// and precisions are honoured up to 65536. Safe from any thread; the host's locale has no say.
+/// Appends the formatted text to `out`; format_over puts it in the place of what `out` holds.
+/// Format and arguments may lie in `out`. Widths and precisions are honoured up to 65536. Safe from
+/// any thread; the host's locale has no say.
 TVUTIL_API void format_to(std::u16string& out, std::u16string_view format,
                           FormatArguments arguments);
+TVUTIL_API void format_over(std::u16string& out, std::u16string_view format,
+                            FormatArguments arguments);
 
 }  // namespace tvutil2

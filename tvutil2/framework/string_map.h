@@ -126,7 +126,7 @@ class StringMap {
         for (auto i = hash & mask();; i = (i + 1) & mask()) {
             const auto& slot = m_slots[i];
             if (slot.node == nullptr) return nullptr;
-            if (slot.hash == hash && slot.node->key.View() == key) return &slot;
+            if (slot.hash == hash && same_text(slot.node->key.View(), key)) return &slot;
         }
     }
     [[nodiscard]] Slot* find_slot(std::u16string_view key, std::uint64_t hash) {

@@ -82,14 +82,6 @@ void trim_set(const char16_t* set, Trim trim) {
     trim([&units](char16_t c) { return is_in(c, units); });
 }
 
-int occurrences(std::u16string_view text, std::u16string_view what) {
-    int count = 0;
-    for (std::size_t at = 0; (at = tvutil2::find_text(text, what)) != text.npos; ++count) {
-        text.remove_prefix(at + what.size());
-    }
-    return count;
-}
-
 }  // namespace
 
 CString::CString(const char16_t* text) : m_text(view_of(text)) {}
@@ -132,26 +124,6 @@ char16_t CString::GetAt(int index) const {
 void CString::SetAt(int index, char16_t c) {
     if (index < 0 || index >= GetLength()) throw_invalid_argument();
     m_text[static_cast<std::size_t>(index)] = c;
-}
-
-CString& CString::operator+=(const CString& text) {
-    m_text.append(text.m_text);
-    return *this;
-}
-
-CString& CString::operator+=(const char16_t* text) {
-    m_text.append(view_of(text));
-    return *this;
-}
-
-CString& CString::operator+=(std::u16string_view text) {
-    m_text.append(text);
-    return *this;
-}
-
-CString& CString::operator+=(char16_t c) {
-    m_text.push_back(c);
-    return *this;
 }
 
 void CString::Append(const char16_t* text, int length) {
@@ -218,20 +190,18 @@ int CString::Replace(const char16_t* what, const char16_t* with) {
     const auto old = view_of(what);
     const auto fresh = view_of(with);
     if (old.empty()) return 0;
-    const int count = occurrences(View(), old);
-    if (count == 0) return 0;
+    const auto found = tvutil2::find_all(m_text, old);
+    if (found.empty()) return 0;
     std::u16string out;
-    const auto replaced = static_cast<std::size_t>(count);
-    out.reserve(m_text.size() - replaced * old.size() + replaced * fresh.size());
-    auto rest = View();
-    for (int i = 0; i < count; ++i) {
-        const auto at = tvutil2::find_text(rest, old);
-        out.append(rest.substr(0, at)).append(fresh);
-        rest.remove_prefix(at + old.size());
+    out.reserve(m_text.size() - found.size() * old.size() + found.size() * fresh.size());
+    std::size_t copied = 0;
+    for (const auto at : found) {
+        out.append(m_text, copied, at - copied).append(fresh);
+        copied = at + old.size();
     }
-    out.append(rest);
+    out.append(m_text, copied);
     m_text = std::move(out);
-    return count;
+    return static_cast<int>(found.size());
 }
 
 int CString::Replace(char16_t what, char16_t with) {
@@ -351,10 +321,7 @@ void CString::ReleaseBuffer(int length) {
 }
 
 void CString::FormatV(const char16_t* format, tvutil2::FormatArguments arguments) {
-    // Made aside: the format and the arguments may lie in this very text.
-    std::u16string out;
-    tvutil2::format_to(out, view_of(format), arguments);
-    m_text = std::move(out);
+    tvutil2::format_over(m_text, view_of(format), arguments);
 }
 
 CStringA::CStringA(const char* text) : m_text(view_of(text)) {}

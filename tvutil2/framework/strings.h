@@ -8,6 +8,7 @@
 #pragma once
 
 #include "tvutil2/framework/format.h"
+#include "tvutil2/framework/text_search.h"
 #include "tvutil2/platform/base/export.h"
 #include "tvutil2/platform/base/types.h"
 
@@ -52,17 +53,30 @@ class TVUTIL_API CString {
     char16_t operator[](int index) const { return GetAt(index); }
     void SetAt(int index, char16_t c);
 
-    CString& operator+=(const CString& text);
-    CString& operator+=(const char16_t* text);
-    CString& operator+=(std::u16string_view text);
-    CString& operator+=(char16_t c);
+    CString& operator+=(const CString& text) {
+        m_text.append(text.m_text);
+        return *this;
+    }
+    CString& operator+=(const char16_t* text) { return *this += ViewOf(text); }
+    CString& operator+=(std::u16string_view text) {
+        m_text.append(text);
+        return *this;
+    }
+    CString& operator+=(char16_t c) {
+        m_text.push_back(c);
+        return *this;
+    }
     void Append(const char16_t* text) { *this += text; }
     void Append(const char16_t* text, int length);
     void AppendChar(char16_t c) { *this += c; }
 
-    /// By code unit, up to the first zero of either: negative, 0 or positive. Null counts as empty.
+    /// By code unit: negative, 0 or positive. With a pointer up to the first zero of either; null
+    /// counts as empty.
+    [[nodiscard]] int Compare(const CString& text) const {
+        return tvutil2::compare_units(m_text, text.m_text);
+    }
     [[nodiscard]] int Compare(const char16_t* text) const;
-    /// The same with each unit lowered by simple case mapping.
+    /// As with a pointer, each unit lowered by simple case mapping.
     [[nodiscard]] int CompareNoCase(const char16_t* text) const;
 
     /// First, last and middle units; counts and positions below 0 count as 0, and what lies behind
@@ -136,10 +150,12 @@ class TVUTIL_API CString {
     /// and empty text, when there is none.
     int LoadString(UINT id);
 
-    friend bool operator==(const CString& a, const CString& b) { return a.m_text == b.m_text; }
+    friend bool operator==(const CString& a, const CString& b) {
+        return tvutil2::same_text(a.m_text, b.m_text);
+    }
     friend bool operator==(const CString& a, const char16_t* b) { return a.Compare(b) == 0; }
     friend std::strong_ordering operator<=>(const CString& a, const CString& b) {
-        return a.m_text <=> b.m_text;
+        return a.Compare(b) <=> 0;
     }
     friend std::strong_ordering operator<=>(const CString& a, const char16_t* b) {
         return a.Compare(b) <=> 0;

@@ -1,7 +1,6 @@
 #include "tvutil2/framework/text_search.h"
 
-#include <cstring>
-#include <vector>
+#include <algorithm>
 
 #if defined(__SSE2__)
 #include <emmintrin.h>
@@ -12,13 +11,24 @@ namespace {
 
 constexpr auto kNone = std::u16string_view::npos;
 
-// How many units the quick search may compare in vain, for each unit that it has passed, before the
-// text counts as adversarial and the search with the linear bound takes over.
-constexpr std::size_t kPatience = 4;
+// Eight units at a time where the processor has the instructions: a mask has two bits a unit. The
+// plain loops behind each block loop do what is left, or everything.
+#if defined(__SSE2__)
+constexpr std::size_t kBlock = 8;
 
-bool same_units(const char16_t* a, const char16_t* b, std::size_t count) {
-    return std::memcmp(a, b, count * sizeof(char16_t)) == 0;
+__m128i load(const char16_t* units) {
+    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(units));
 }
+__m128i splat(char16_t unit) {
+    return _mm_set1_epi16(static_cast<short>(unit));
+}
+unsigned mask_of(__m128i lanes) {
+    return static_cast<unsigned>(_mm_movemask_epi8(lanes));
+}
+std::size_t first_unit(unsigned mask) {
+    return static_cast<std::size_t>(__builtin_ctz(mask)) / 2;
+}
+#endif
 
 // Knuth, Morris and Pratt: never looks at a unit of the text twice.
 std::size_t find_text_linear(std::u16string_view text, std::u16string_view what) {
@@ -36,46 +46,62 @@ std::size_t find_text_linear(std::u16string_view text, std::u16string_view what)
     return kNone;
 }
 
-// Positions, from `from` on, where both the first and the last unit of `what` are in place.
-class Candidates {
+// Looks for places where the first and the last unit are right, eight at a time, and compares
+// there. A text on which too much is compared in vain is searched with the linear bound from there
+// on.
+class Finder {
   public:
-    Candidates(std::u16string_view text, std::u16string_view what)
+    // `what` has two units at least.
+    Finder(std::u16string_view text, std::u16string_view what)
         : m_text(text),
-          m_first(what.front()),
-          m_last(what.back()),
+          m_what(what),
           m_distance(what.size() - 1),
-          m_end(text.size() - what.size() + 1) {}
+          m_end(text.size() < what.size() ? 0 : text.size() - m_distance) {}
 
-    // kNone when there is no further one.
-    [[nodiscard]] std::size_t next(std::size_t from) const {
+    // The first occurrence at `from` or behind.
+    std::size_t next(std::size_t from) {
+        while ((from = candidate(from)) != kNone && !is_at(from)) {
+            m_wasted += m_what.size();
+            ++from;
+            if (m_wasted > kPatience * (from + m_what.size())) {
+                const auto found = find_text_linear(m_text.substr(from), m_what);
+                return found == kNone ? kNone : from + found;
+            }
+        }
+        return from;
+    }
+
+  private:
+    // Units compared in vain for each unit passed.
+    static constexpr std::size_t kPatience = 4;
+
+    [[nodiscard]] bool is_at(std::size_t at) const {
+        return same_text(m_text.substr(at, m_what.size()), m_what);
+    }
+
+    [[nodiscard]] std::size_t candidate(std::size_t from) const {
+        const auto first = m_what.front();
+        const auto last = m_what.back();
 #if defined(__SSE2__)
-        const auto first = _mm_set1_epi16(static_cast<short>(m_first));
-        const auto last = _mm_set1_epi16(static_cast<short>(m_last));
-        for (; from + 8 <= m_end; from += 8) {
-            const auto heads = _mm_cmpeq_epi16(load(from), first);
-            const auto tails = _mm_cmpeq_epi16(load(from + m_distance), last);
-            const auto mask = static_cast<unsigned>(_mm_movemask_epi8(_mm_and_si128(heads, tails)));
-            if (mask != 0) return from + static_cast<std::size_t>(__builtin_ctz(mask)) / 2;
+        for (; from + kBlock <= m_end; from += kBlock) {
+            const auto* const units = m_text.data() + from;
+            const auto heads = _mm_cmpeq_epi16(load(units), splat(first));
+            const auto tails = _mm_cmpeq_epi16(load(units + m_distance), splat(last));
+            const auto mask = mask_of(_mm_and_si128(heads, tails));
+            if (mask != 0) return from + first_unit(mask);
         }
 #endif
         for (; from < m_end; ++from) {
-            if (m_text[from] == m_first && m_text[from + m_distance] == m_last) return from;
+            if (m_text[from] == first && m_text[from + m_distance] == last) return from;
         }
         return kNone;
     }
 
-  private:
-#if defined(__SSE2__)
-    [[nodiscard]] __m128i load(std::size_t position) const {
-        return _mm_loadu_si128(reinterpret_cast<const __m128i*>(m_text.data() + position));
-    }
-#endif
-
     std::u16string_view m_text;
-    char16_t m_first;
-    char16_t m_last;
+    std::u16string_view m_what;
     std::size_t m_distance;
     std::size_t m_end;
+    std::size_t m_wasted = 0;
 };
 
 }  // namespace
@@ -83,11 +109,19 @@ class Candidates {
 std::size_t find_unit(std::u16string_view text, char16_t unit) {
     std::size_t i = 0;
 #if defined(__SSE2__)
-    const auto wanted = _mm_set1_epi16(static_cast<short>(unit));
-    for (; i + 8 <= text.size(); i += 8) {
-        const auto units = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text.data() + i));
-        const auto mask = static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi16(units, wanted)));
-        if (mask != 0) return i + static_cast<std::size_t>(__builtin_ctz(mask)) / 2;
+    const auto wanted = splat(unit);
+    // Four blocks a turn: the test for a hit is what costs.
+    for (; i + 4 * kBlock <= text.size(); i += 4 * kBlock) {
+        const auto* const units = text.data() + i;
+        const auto a = _mm_cmpeq_epi16(load(units), wanted);
+        const auto b = _mm_cmpeq_epi16(load(units + kBlock), wanted);
+        const auto c = _mm_cmpeq_epi16(load(units + 2 * kBlock), wanted);
+        const auto d = _mm_cmpeq_epi16(load(units + 3 * kBlock), wanted);
+        if (mask_of(_mm_or_si128(_mm_or_si128(a, b), _mm_or_si128(c, d))) != 0) break;
+    }
+    for (; i + kBlock <= text.size(); i += kBlock) {
+        const auto mask = mask_of(_mm_cmpeq_epi16(load(text.data() + i), wanted));
+        if (mask != 0) return i + first_unit(mask);
     }
 #endif
     for (; i < text.size(); ++i) {
@@ -98,19 +132,36 @@ std::size_t find_unit(std::u16string_view text, char16_t unit) {
 
 std::size_t find_text(std::u16string_view text, std::u16string_view what) {
     if (what.empty()) return 0;
-    if (what.size() > text.size()) return kNone;
     if (what.size() == 1) return find_unit(text, what.front());
-    const Candidates candidates(text, what);
-    std::size_t wasted = 0;
-    for (auto at = candidates.next(0); at != kNone; at = candidates.next(at + 1)) {
-        if (same_units(text.data() + at, what.data(), what.size())) return at;
-        wasted += what.size();
-        if (wasted > kPatience * (at + what.size())) {
-            const auto found = find_text_linear(text.substr(at + 1), what);
-            return found == kNone ? kNone : at + 1 + found;
+    return Finder(text, what).next(0);
+}
+
+std::vector<std::size_t> find_all(std::u16string_view text, std::u16string_view what) {
+    std::vector<std::size_t> positions;
+    if (what.size() == 1) {
+        for (std::size_t i = 0; i < text.size(); ++i) {
+            if (text[i] == what.front()) positions.push_back(i);
         }
+        return positions;
     }
-    return kNone;
+    Finder finder(text, what);
+    for (std::size_t at = 0; (at = finder.next(at)) != kNone; at += what.size()) {
+        positions.push_back(at);
+    }
+    return positions;
+}
+
+std::size_t common_length(std::u16string_view a, std::u16string_view b) {
+    const auto size = std::min(a.size(), b.size());
+    std::size_t i = 0;
+#if defined(__SSE2__)
+    for (; i + kBlock <= size; i += kBlock) {
+        const auto same = mask_of(_mm_cmpeq_epi16(load(a.data() + i), load(b.data() + i)));
+        if (same != 0xFFFF) return i + first_unit(~same);
+    }
+#endif
+    while (i < size && a[i] == b[i]) ++i;
+    return i;
 }
 
 }  // namespace tvutil2
