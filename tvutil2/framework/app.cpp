@@ -70,7 +70,18 @@ CWinApp::~CWinApp() {
     leave(state().applications, this);
 }
 
-CDynLinkLibrary::CDynLinkLibrary(HINSTANCE module) : m_hModule(module) {
+BOOL AfxInitExtensionModule(AFX_EXTENSION_MODULE& extension, HMODULE module) {
+    if (module == nullptr) return FALSE;
+    extension = {TRUE, module};
+    return TRUE;
+}
+
+void AfxTermExtensionModule(AFX_EXTENSION_MODULE& extension) {
+    extension = {};
+}
+
+CDynLinkLibrary::CDynLinkLibrary(const AFX_EXTENSION_MODULE& extension)
+    : m_hModule(extension.hModule) {
     enter(state().chain, this);
 }
 

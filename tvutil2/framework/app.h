@@ -24,17 +24,28 @@ class TVUTIL_API CWinApp {
     const char16_t* m_pszAppName;
 };
 
-/// One module in the framework's resource chain: where AfxFindResourceHandle looks once the
+/// A library that offers its resources to the process.
+struct AFX_EXTENSION_MODULE {
+    BOOL bInitialized = FALSE;
+    HMODULE hModule = nullptr;
+};
+
+/// Makes a library known; FALSE for a null module. Called at its load.
+TVUTIL_API BOOL AfxInitExtensionModule(AFX_EXTENSION_MODULE& state, HMODULE module);
+/// The end of that, at its unload.
+TVUTIL_API void AfxTermExtensionModule(AFX_EXTENSION_MODULE& state);
+
+/// One library in the framework's resource chain: where AfxFindResourceHandle looks once the
 /// application's own resources don't have something. Entered when it is built, taken out when it is
 /// destroyed.
 class TVUTIL_API CDynLinkLibrary {
   public:
-    explicit CDynLinkLibrary(HINSTANCE module);
+    explicit CDynLinkLibrary(const AFX_EXTENSION_MODULE& state);
     ~CDynLinkLibrary();
     CDynLinkLibrary(const CDynLinkLibrary&) = delete;
     CDynLinkLibrary& operator=(const CDynLinkLibrary&) = delete;
 
-    HINSTANCE m_hModule;
+    HMODULE m_hModule;
 };
 
 /// The application object built last: the executable's, where it has one, else the library's. Null

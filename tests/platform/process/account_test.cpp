@@ -67,6 +67,21 @@ TEST(Account, NamesFollowTheirSizeContracts) {
     EXPECT_EQ(std::u16string(buffer).size(), size);
 }
 
+TEST(Account, NarrowNamesSayTheSame) {
+    char narrow[256];
+    char16_t wide[256];
+    DWORD size = 256;
+    ASSERT_NE(GetUserNameA(narrow, &size), FALSE);
+    EXPECT_EQ(size, std::strlen(narrow) + 1);
+    EXPECT_EQ(narrow, tvutil2::to_utf8(user_name()));
+    size = 256;
+    ASSERT_NE(GetComputerNameA(narrow, &size), FALSE);
+    EXPECT_EQ(size, std::strlen(narrow));
+    size = 256;
+    ASSERT_NE(GetComputerNameW(wide, &size), FALSE);
+    EXPECT_EQ(narrow, tvutil2::to_utf8(wide));
+}
+
 TEST(Account, IdentifierIsTheAccountsAndTheSameAtEveryCall) {
     const auto name = user_name();
     const auto first = look_up(name);

@@ -3,6 +3,7 @@
 #include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/base/utf.h"
 #include "tvutil2/platform/base/wide_text.h"
+#include "tvutil2/platform/codepage/codepage.h"
 #include "tvutil2/platform/process/machine_number.h"
 
 #include <pwd.h>
@@ -77,6 +78,14 @@ std::u16string computer_name() {
     return name;
 }
 
+std::string ansi(const std::u16string& text) {
+    std::string out(text.size() * 4 + 1, '\0');
+    const int size = WideCharToMultiByte(CP_ACP, 0, text.data(), static_cast<int>(text.size()),
+                                         out.data(), static_cast<int>(out.size()), nullptr, nullptr);
+    out.resize(static_cast<std::size_t>(std::max(size, 0)));
+    return out;
+}
+
 // The number that an account without an entry shows as its name.
 std::optional<uid_t> numeric_id(std::string_view name) {
     if (!name.starts_with(kNumericName)) return std::nullopt;
@@ -149,8 +158,17 @@ BOOL GetUserNameW(char16_t* buffer, DWORD* size) {
     return name ? tvutil2::give_name(*name, buffer, size) : FALSE;
 }
 
+BOOL GetUserNameA(char* buffer, DWORD* size) {
+    const auto name = tvutil2::user_name();
+    return name ? tvutil2::give_name(tvutil2::ansi(*name), buffer, size) : FALSE;
+}
+
 BOOL GetComputerNameW(char16_t* buffer, DWORD* size) {
     return tvutil2::give_computer_name(tvutil2::computer_name(), buffer, size);
+}
+
+BOOL GetComputerNameA(char* buffer, DWORD* size) {
+    return tvutil2::give_computer_name(tvutil2::ansi(tvutil2::computer_name()), buffer, size);
 }
 
 BOOL LookupAccountNameW(const char16_t* system, const char16_t* account, PSID sid, DWORD* sid_size,

@@ -1,0 +1,17 @@
+// Runs of real programs.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace tests {
+
+/// Copies a program of TESTS_STARTED into a folder under another name; its host path.
+std::string copy_program(const std::string& program, const std::string& folder,
+                         const std::string& name);
+
+/// Runs a program to its end and gives what it prints on standard output. A program that fails
+/// fails the test.
+std::string output_of(const std::string& file, const std::vector<std::string>& arguments = {});
+
+}  // namespace tests
