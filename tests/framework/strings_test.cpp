@@ -317,4 +317,13 @@ TEST(Strings, NarrowTwinSharesTheRules) {
     EXPECT_EQ(sum, "abcabcabcabcx");
 }
 
+TEST(Strings, NarrowTextIsInTheAnsiCodePage) {
+    EXPECT_EQ(CString("gr\xC3\xBC\xC3\x9F"), u"grüß");
+    EXPECT_EQ(CStringA(u"grüß"), "gr\xC3\xBC\xC3\x9F");
+    EXPECT_EQ(CStringA(u"u\u0308\xD800"), "\xC3\xBC?");
+    CString text(u"old");
+    text = "\xF0\x9F\x98\x80\xFF";
+    EXPECT_EQ(text, u"\xD83D\xDE00\xFFFD");
+}
+
 }  // namespace

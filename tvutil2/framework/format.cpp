@@ -1,7 +1,7 @@
 #include "tvutil2/framework/format.h"
 
 #include "tvutil2/framework/format_output.h"
-#include "tvutil2/platform/base/utf.h"
+#include "tvutil2/framework/narrow_text.h"
 
 #include <algorithm>
 #include <charconv>
@@ -347,13 +347,13 @@ void put_text_argument(FormatOutput& out, const Directive& d, const FormatArgume
     if (argument.kind() == FormatArgument::Kind::wide) {
         return put_text(out, d, bounded_text(d, argument.wide()));
     }
-    put_text(out, d, to_utf16_lossy(bounded_text(d, argument.narrow())));
+    put_text(out, d, from_ansi(bounded_text(d, argument.narrow())));
 }
 
 void put_character(FormatOutput& out, const Directive& d, const FormatArgument& argument) {
     if (argument.size() == 1) {
         const char byte = static_cast<char>(argument.integer());
-        return put_text(out, d, to_utf16_lossy({&byte, 1}));
+        return put_text(out, d, from_ansi({&byte, 1}));
     }
     const auto unit = static_cast<char16_t>(argument.integer());
     put_text(out, d, {&unit, 1});

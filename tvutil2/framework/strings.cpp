@@ -1,8 +1,8 @@
 #include "tvutil2/framework/strings.h"
 
 #include "tvutil2/framework/exceptions.h"
+#include "tvutil2/framework/narrow_text.h"
 #include "tvutil2/framework/text_search.h"
-#include "tvutil2/platform/base/utf.h"
 #include "tvutil2/platform/base/wide_text.h"
 
 #include <algorithm>
@@ -90,7 +90,7 @@ CString::CString(const char16_t* text, int length) : m_text(view_of(text, length
 
 CString::CString(char16_t c, int count) : m_text(size_of(count), c) {}
 
-CString::CString(const char* text) : m_text(tvutil2::to_utf16_lossy(view_of(text))) {}
+CString::CString(const char* text) : m_text(tvutil2::from_ansi(view_of(text))) {}
 
 CString& CString::operator=(const char16_t* text) {
     m_text.assign(view_of(text));
@@ -98,7 +98,7 @@ CString& CString::operator=(const char16_t* text) {
 }
 
 CString& CString::operator=(const char* text) {
-    m_text = tvutil2::to_utf16_lossy(view_of(text));
+    m_text = tvutil2::from_ansi(view_of(text));
     return *this;
 }
 
@@ -328,7 +328,7 @@ CStringA::CStringA(const char* text) : m_text(view_of(text)) {}
 
 CStringA::CStringA(const char* text, int length) : m_text(view_of(text, length)) {}
 
-CStringA::CStringA(const char16_t* text) : m_text(tvutil2::to_utf8_lossy(view_of(text))) {}
+CStringA::CStringA(const char16_t* text) : m_text(tvutil2::to_ansi(view_of(text))) {}
 
 CStringA& CStringA::operator=(const char* text) {
     m_text.assign(view_of(text));
