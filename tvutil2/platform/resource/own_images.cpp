@@ -1,0 +1,35 @@
+#include "tvutil2/platform/resource/own_images.h"
+
+// The assembler puts the files in; TVUTIL2_IMAGES is the folder that the build compiled them to.
+// clang-format off
+#define IMAGE(symbol, file)                                       \
+    asm(".pushsection .rodata.resources,\"a\",@progbits\n"        \
+        ".balign 4\n"                                             \
+        ".hidden tvutil2_image_" #symbol "\n"                     \
+        ".hidden tvutil2_image_" #symbol "_end\n"                 \
+        ".globl tvutil2_image_" #symbol "\n"                      \
+        ".globl tvutil2_image_" #symbol "_end\n"                  \
+        "tvutil2_image_" #symbol ":\n"                            \
+        ".incbin \"" TVUTIL2_IMAGES "/" file ".res\"\n"           \
+        "tvutil2_image_" #symbol "_end:\n"                        \
+        ".byte 0\n"                                               \
+        ".popsection\n");                                         \
+    extern "C" __attribute__((visibility("hidden")))              \
+    const std::byte tvutil2_image_##symbol[], tvutil2_image_##symbol##_end[]
+// clang-format on
+
+#define BYTES(symbol)                                        \
+    std::span<const std::byte> {                             \
+        tvutil2_image_##symbol, tvutil2_image_##symbol##_end \
+    }
+
+IMAGE(en, "en");
+
+namespace tvutil2 {
+
+std::span<const std::span<const std::byte>> own_images() {
+    static const std::span<const std::byte> images[] = {BYTES(en)};
+    return images;
+}
+
+}  // namespace tvutil2
