@@ -1,0 +1,187 @@
+#include "tvutil2/frame/ansi_string.h"
+
+#include "tvutil2/platform/codepage/codepage.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cstdarg>
+#include <cstdio>
+#include <cstring>
+#include <utility>
+
+namespace {
+
+constexpr std::size_t kFormatRoom = 4096;
+
+// A new array with `size` characters; null for none.
+char* copy_of(const char* text, std::size_t size) {
+    if (size == 0) return nullptr;
+    char* const copy = new char[size + 1];
+    std::memcpy(copy, text, size);
+    copy[size] = 0;
+    return copy;
+}
+
+char* narrow_copy_of(const char16_t* text) {
+    if (text == nullptr) return nullptr;
+    const auto convert = [text](char* out, int room) {
+        return WideCharToMultiByte(CP_ACP, WC_COMPOSITECHECK, text, -1, out, room, "?", nullptr);
+    };
+    const int size = convert(nullptr, 0);
+    if (size <= 0) return nullptr;
+    char* const copy = new char[static_cast<std::size_t>(size)];
+    convert(copy, size);
+    return copy;
+}
+
+int is_class(int (*test)(int), char c) {
+    return test(static_cast<unsigned char>(c));
+}
+
+}  // namespace
+
+CAnsiString::CAnsiString(const char* s) : m_text(copy_of(s, std::strlen(s))) {}
+
+CAnsiString::CAnsiString(const char16_t* s) : m_text(narrow_copy_of(s)) {}
+
+CAnsiString::CAnsiString(const CAnsiString& other) : CAnsiString(static_cast<const char*>(other)) {}
+
+CAnsiString::~CAnsiString() {
+    delete[] m_text;
+}
+
+// The new text is always made before the old one goes, which it may have been made from.
+void CAnsiString::take(char* text) {
+    delete[] std::exchange(m_text, text);
+}
+
+CAnsiString& CAnsiString::operator=(const char* s) {
+    take(copy_of(s, std::strlen(s)));
+    return *this;
+}
+
+CAnsiString& CAnsiString::operator=(const char16_t* s) {
+    take(narrow_copy_of(s));
+    return *this;
+}
+
+CAnsiString& CAnsiString::operator=(const CAnsiString& other) {
+    if (this == &other) return *this;
+    return *this = static_cast<const char*>(other);
+}
+
+CAnsiString& CAnsiString::operator+=(const char* s) {
+    if (s == nullptr || *s == 0) return *this;
+    const auto size = std::strlen(*this);
+    const auto added = std::strlen(s);
+    char* const text = new char[size + added + 1];
+    std::memcpy(text, static_cast<const char*>(*this), size);
+    std::memcpy(text + size, s, added);
+    text[size + added] = 0;
+    take(text);
+    return *this;
+}
+
+CAnsiString& CAnsiString::operator+=(const char16_t* s) {
+    return *this += static_cast<const char*>(CAnsiString(s));
+}
+
+CAnsiString& CAnsiString::operator+=(char c) {
+    const char text[] = {c, 0};
+    return *this += text;
+}
+
+void CAnsiString::SetString(const char* s, int n) {
+    take(n > 0 ? copy_of(s, static_cast<std::size_t>(n)) : nullptr);
+}
+
+void CAnsiString::Format(const char* format, ...) {
+    char text[kFormatRoom];
+    std::va_list arguments;
+    va_start(arguments, format);
+    const int size = std::vsnprintf(text, sizeof text, format, arguments);
+    va_end(arguments);
+    take(size > 0 ? copy_of(text, std::strlen(text)) : nullptr);
+}
+
+int CAnsiString::GetLength() const {
+    return static_cast<int>(std::strlen(*this));
+}
+
+int CAnsiString::IsEmpty() const {
+    return *static_cast<const char*>(*this) == 0 ? 1 : 0;
+}
+
+void CAnsiString::Empty() {
+    take(nullptr);
+}
+
+CAnsiString CAnsiString::Left(int n) const {
+    CAnsiString result;
+    result.SetString(*this, std::min(n, GetLength()));
+    return result;
+}
+
+CAnsiString CAnsiString::Right(int n) const {
+    if (n < 0) return {};
+    return CAnsiString(static_cast<const char*>(*this) + (n > GetLength() ? 0 : n));
+}
+
+void CAnsiString::Trim() {
+    TrimLeft();
+    TrimRight();
+}
+
+void CAnsiString::TrimLeft() {
+    if (m_text == nullptr) return;
+    const char* first = m_text;
+    while (is_class(std::isspace, *first) != 0) ++first;
+    std::memmove(m_text, first, std::strlen(first) + 1);
+}
+
+void CAnsiString::TrimRight() {
+    if (m_text == nullptr) return;
+    auto size = std::strlen(m_text);
+    while (size > 0 && is_class(std::isspace, m_text[size - 1]) != 0) --size;
+    m_text[size] = 0;
+}
+
+void CAnsiString::MakeUpper() {
+    if (m_text == nullptr) return;
+    for (char* c = m_text; *c != 0; ++c) {
+        if (is_class(std::islower, *c) != 0) *c = static_cast<char>(*c - 32);
+    }
+}
+
+void CAnsiString::MakeLower() {
+    if (m_text == nullptr) return;
+    for (char* c = m_text; *c != 0; ++c) {
+        if (is_class(std::isupper, *c) != 0) *c = static_cast<char>(*c + 32);
+    }
+}
+
+void CAnsiString::Delete(int index, int count) {
+    CString text(static_cast<const char*>(*this));
+    text.Delete(index, count);
+    *this = text.GetString();
+}
+
+char CAnsiString::GetAt(int i) const {
+    return i < GetLength() ? m_text[i] : '\0';
+}
+
+void CAnsiString::SetAt(int i, char c) {
+    if (i < GetLength()) m_text[i] = c;
+}
+
+CAnsiString::operator CString() const {
+    return CString(static_cast<const char*>(*this));
+}
+
+bool operator==(const CAnsiString& a, const CAnsiString& b) {
+    return a == static_cast<const char*>(b);
+}
+
+bool operator==(const CAnsiString& a, const char* b) {
+    return std::strcmp(a, b) == 0;
+}

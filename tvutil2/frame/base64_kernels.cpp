@@ -1,0 +1,95 @@
+#include "tvutil2/frame/base64_kernels.h"
+
+#include <array>
+#include <cstdint>
+#include <string>
+
+namespace tvutil2 {
+namespace {
+
+constexpr std::uint8_t kBad = 0x80;  // no value has this bit
+
+constexpr auto kValues = [] {
+    std::array<std::uint8_t, 256> values{};
+    values.fill(kBad);
+    for (std::uint8_t i = 0; i < 64; ++i)
+        values[static_cast<unsigned char>(kBase64Alphabet[i])] = i;
+    return values;
+}();
+
+// Two characters for each 12 bits: half the look-ups of one at a time.
+struct Pair {
+    char16_t first;
+    char16_t second;
+};
+
+constexpr auto kPairs = [] {
+    std::array<Pair, 4096> pairs{};
+    for (std::size_t i = 0; i < pairs.size(); ++i) {
+        pairs[i] = {static_cast<char16_t>(kBase64Alphabet[i >> 6U]),
+                    static_cast<char16_t>(kBase64Alphabet[i & 63U])};
+    }
+    return pairs;
+}();
+
+std::size_t encode(const unsigned char* from, std::size_t size, char16_t* to) {
+    std::size_t taken = 0;
+    for (; size - taken >= 3; taken += 3, from += 3, to += 4) {
+        const unsigned int group = from[0] << 16U | from[1] << 8U | from[2];
+        const Pair high = kPairs[group >> 12U];
+        const Pair low = kPairs[group & 0xFFFU];
+        to[0] = high.first;
+        to[1] = high.second;
+        to[2] = low.first;
+        to[3] = low.second;
+    }
+    return taken;
+}
+
+std::size_t decode(const char16_t* from, std::size_t size, unsigned char* to) {
+    std::size_t taken = 0;
+    for (; size - taken >= 4; taken += 4, from += 4, to += 3) {
+        if ((from[0] | from[1] | from[2] | from[3]) > 0xFF) break;
+        const std::uint32_t a = kValues[from[0]];
+        const std::uint32_t b = kValues[from[1]];
+        const std::uint32_t c = kValues[from[2]];
+        const std::uint32_t d = kValues[from[3]];
+        if (((a | b | c | d) & kBad) != 0) break;
+        const std::uint32_t group = a << 18U | b << 12U | c << 6U | d;
+        to[0] = static_cast<unsigned char>(group >> 16U);
+        to[1] = static_cast<unsigned char>(group >> 8U);
+        to[2] = static_cast<unsigned char>(group);
+    }
+    return taken;
+}
+
+}  // namespace
+
+const Base64Kernel kPortableBase64{"portable", encode, decode, std::char_traits<char16_t>::length};
+
+std::span<const Base64Kernel> base64_kernels() {
+    struct Available {
+        Base64Kernel list[3];
+        std::size_t count;
+    };
+    static const auto available = [] {
+        Available kernels{{kPortableBase64}, 1};
+#if defined(__x86_64__)
+        const bool has_avx2 = __builtin_cpu_supports("avx2") != 0;
+        if (has_avx2) kernels.list[kernels.count++] = kAvx2Base64;
+        if (has_avx2 && __builtin_cpu_supports("avx512bw") != 0 &&
+            __builtin_cpu_supports("avx512vbmi") != 0) {
+            kernels.list[kernels.count++] = kAvx512Base64;
+        }
+#endif
+        return kernels;
+    }();
+    return {available.list, available.count};
+}
+
+int base64_value(char16_t c) {
+    const auto value = c < kValues.size() ? kValues[c] : kBad;
+    return value == kBad ? -1 : value;
+}
+
+}  // namespace tvutil2
