@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <climits>
 #include <cstdlib>
 #include <memory>
 
@@ -167,10 +168,32 @@ bool copy_host_file(const std::string& from, const std::string& to, bool fail_if
     return copy_over(source.get(), info, to);
 }
 
+bool copy_host_link(const std::string& from, const std::string& to, bool fail_if_exists) {
+    std::array<char, PATH_MAX> text{};
+    if (readlink(from.c_str(), text.data(), text.size() - 1) < 0) return fail_at(from);
+    if (symlink(text.data(), to.c_str()) == 0) return true;
+    if (errno != EEXIST) return fail_at(to);
+    if (fail_if_exists) return fail_with(ERROR_FILE_EXISTS);
+    return (unlink(to.c_str()) == 0 && symlink(text.data(), to.c_str()) == 0) || fail_with_errno();
+}
+
 }  // namespace tvutil2
 
 BOOL CopyFileW(const char16_t* from, const char16_t* to, BOOL fail_if_exists) {
+    return CopyFileExW(from, to, nullptr, nullptr, nullptr,
+                       fail_if_exists != FALSE ? COPY_FILE_FAIL_IF_EXISTS : 0);
+}
+
+BOOL CopyFileExW(const char16_t* from, const char16_t* to, void* /*progress*/, void* /*data*/,
+                 BOOL* /*cancel*/, DWORD flags) {
     const auto source = tvutil2::host_path_of(from);
     const auto target = source ? tvutil2::host_path_of(to) : std::nullopt;
-    return target && tvutil2::copy_host_file(*source, *target, fail_if_exists != FALSE);
+    if (!target) return FALSE;
+    const bool fail_if_exists = (flags & COPY_FILE_FAIL_IF_EXISTS) != 0;
+    struct stat info {};
+    if ((flags & COPY_FILE_COPY_SYMLINK) != 0 && lstat(source->c_str(), &info) == 0 &&
+        S_ISLNK(info.st_mode)) {
+        return tvutil2::copy_host_link(*source, *target, fail_if_exists);
+    }
+    return tvutil2::copy_host_file(*source, *target, fail_if_exists);
 }

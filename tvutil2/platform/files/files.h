@@ -58,6 +58,9 @@ inline constexpr DWORD FILE_END = 2;
 inline constexpr DWORD INVALID_SET_FILE_POINTER = 0xFFFFFFFF;
 inline constexpr DWORD INVALID_FILE_SIZE = 0xFFFFFFFF;
 
+inline constexpr DWORD COPY_FILE_FAIL_IF_EXISTS = 0x1;
+inline constexpr DWORD COPY_FILE_COPY_SYMLINK = 0x800;
+
 inline constexpr DWORD MOVEFILE_REPLACE_EXISTING = 0x1;
 inline constexpr DWORD MOVEFILE_COPY_ALLOWED = 0x2;
 inline constexpr DWORD MOVEFILE_WRITE_THROUGH = 0x8;
@@ -142,6 +145,12 @@ TVUTIL_API BOOL DeleteFileW(const char16_t* path);
 /// `fail_if_exists` is set and the target is there; ERROR_SHARING_VIOLATION when both names are one
 /// file or the target is open anywhere.
 TVUTIL_API BOOL CopyFileW(const char16_t* from, const char16_t* to, BOOL fail_if_exists);
+
+/// The same; with COPY_FILE_COPY_SYMLINK a link is copied as the link that it is, be it to a file
+/// or a folder, and replaces a file or link. No progress is told: `progress`, `data` and `cancel`
+/// are passed over.
+TVUTIL_API BOOL CopyFileExW(const char16_t* from, const char16_t* to, void* progress, void* data,
+                            BOOL* cancel, DWORD flags);
 
 /// Renames a file, folder or link. ERROR_ALREADY_EXISTS when the target is there and
 /// MOVEFILE_REPLACE_EXISTING isn't given; a folder is never replaced (ERROR_ACCESS_DENIED). A name

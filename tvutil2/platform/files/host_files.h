@@ -54,6 +54,7 @@ bool fail_at(const std::string& path);
 
 /// Host forms of the functions in files.h: false with the last error set.
 bool copy_host_file(const std::string& from, const std::string& to, bool fail_if_exists);
+bool copy_host_link(const std::string& from, const std::string& to, bool fail_if_exists);
 bool delete_host_file(const std::string& path);
 bool move_host_file(const std::string& from, const std::string& to, DWORD flags);
 

@@ -10,9 +10,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <array>
 #include <cerrno>
-#include <climits>
 #include <memory>
 #include <vector>
 
@@ -163,15 +161,6 @@ bool TreeWork::may_replace(const std::string& target) {
     return false;
 }
 
-void TreeWork::copy_link(const std::string& from, const std::string& to, bool is_taken) {
-    std::array<char, PATH_MAX> text{};
-    if (readlink(from.c_str(), text.data(), text.size() - 1) < 0 ||
-        (is_taken && unlink(to.c_str()) != 0) || symlink(text.data(), to.c_str()) != 0) {
-        fail_with_errno();
-        fail();
-    }
-}
-
 void TreeWork::copy_folder(const std::string& from, const std::string& to, const struct stat& info,
                            bool is_taken) {
     std::vector<std::string> names;
@@ -199,8 +188,9 @@ void TreeWork::copy(const std::string& from, const std::string& to) {
     }
     if (S_ISDIR(source.st_mode)) return copy_folder(from, to, source, is_taken);
     if (is_taken && !may_replace(to)) return;
-    if (S_ISLNK(source.st_mode)) return copy_link(from, to, is_taken);
-    if (!copy_host_file(from, to, false)) fail();
+    const bool copied =
+        S_ISLNK(source.st_mode) ? copy_host_link(from, to, false) : copy_host_file(from, to, false);
+    if (!copied) fail();
 }
 
 void TreeWork::merge(const std::string& from, const std::string& to) {

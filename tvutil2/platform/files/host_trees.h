@@ -33,7 +33,6 @@ class TreeWork {
 
   private:
     [[nodiscard]] bool may_replace(const std::string& target);
-    void copy_link(const std::string& from, const std::string& to, bool is_taken);
     void copy_folder(const std::string& from, const std::string& to, const struct stat& info,
                      bool is_taken);
     void merge(const std::string& from, const std::string& to);

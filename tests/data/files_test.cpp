@@ -1,0 +1,242 @@
+#include "tvutil2/data/files.h"
+
+#include "tvutil2/data/folders.h"
+#include "tvutil2/data/names.h"
+#include "tvutil2/data/shell.h"
+#include "tvutil2/framework/collections.h"
+#include "tvutil2/platform/base/last_error.h"
+#include "tvutil2/platform/base/utf.h"
+#include "tvutil2/platform/files/shell_link.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "tests/support/profile.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using tests::new_folder;
+using tests::read_file;
+using tests::write_file;
+
+std::u16string wide(const std::string& host) {
+    return tests::platform_path(host);
+}
+
+// Files with their content, folders and links, in one text.
+std::string tree(const std::string& folder) {
+    std::set<std::string> lines;
+    for (const auto& entry : fs::recursive_directory_iterator(folder)) {
+        const auto name = entry.path().string().substr(folder.size() + 1);
+        if (entry.is_symlink()) {
+            lines.insert(name + "->");
+        } else {
+            lines.insert(entry.is_directory() ? name + "/" : name + "=" + read_file(entry.path()));
+        }
+    }
+    std::string text;
+    for (const auto& line : lines) text += line + " ";
+    return text;
+}
+
+TEST(DataFiles, Existence) {
+    const auto folder = new_folder();
+    write_file(folder + "/file.txt", "");
+    fs::create_directory(folder + "/sub");
+    const auto path = [&folder](const char* name) { return wide(folder + "/" + name); };
+    EXPECT_EQ(DoesFileExist(path("file.txt").c_str()), 1);
+    EXPECT_EQ(DoesFileExist(path("FILE.TXT").c_str()), 1);
+    EXPECT_EQ(DoesFileExist(path("*.txt").c_str()), 1);
+    EXPECT_EQ(DoesFileExist(path("sub").c_str()), 1);
+    EXPECT_EQ(DoesFileExist(path("none").c_str()), 0);
+    EXPECT_EQ(DoesFileExist(nullptr), 0);
+    EXPECT_EQ(DoesFolderExist(path("sub").c_str()), 1);
+    EXPECT_EQ(DoesFolderExist(path("file.txt").c_str()), 0);
+    EXPECT_EQ(DoesFolderExist(path("*").c_str()), 0);
+    EXPECT_EQ(DoesFolderExist(nullptr), 0);
+}
+
+TEST(DataFiles, FoldersAreMadeAsDeepAsTold) {
+    const auto folder = new_folder();
+    write_file(folder + "/file", "");
+    const auto path = [&folder](const char* name) { return wide(folder + "/" + name); };
+    EXPECT_EQ(EnsureFolderExist(path("a/b").c_str()), 0);
+    EXPECT_EQ(EnsureFolderExistRecursive(path("a/b/c").c_str()), 1);
+    EXPECT_EQ(EnsureFolderExistRecursive(path("a/b/c").c_str()), 1);
+    EXPECT_EQ(EnsureFolderExistRecursive(path("file").c_str()), 1);
+    EXPECT_EQ(EnsureFolderExistRecursive(path("file/x").c_str()), 0);
+    EXPECT_EQ(EnsureFolderExistRecursive(u"Q:\\x"), 0);
+    EXPECT_EQ(EnsureFolderExistRecursive(u""), 0);
+    EXPECT_EQ(EnsureFolderExistRecursive(nullptr), 0);
+    EXPECT_EQ(tree(folder), "a/ a/b/ a/b/c/ file= ");
+
+    // A hundred thousand separators, alone and between names, end and are quick.
+    const auto hostile = wide(folder) + std::u16string(100000, u'\\') + u"d";
+    EXPECT_EQ(EnsureFolderExistRecursive(hostile.c_str()), 1);
+    auto deep = wide(folder);
+    for (int i = 0; i < 50000; ++i) deep += u"\\x";
+    EXPECT_EQ(EnsureFolderExistRecursive(deep.c_str()), 0);
+
+    fs::current_path(folder);
+    EXPECT_EQ(EnsureFolderExistRecursive(u"r\\s"), 1);
+    EXPECT_TRUE(fs::is_directory(folder + "/r/s"));
+}
+
+TEST(DataFiles, AfxGetValidFolderPath) {
+    const auto folder = new_folder();
+    const auto check = [](std::u16string_view text, int create) {
+        CString path(text);
+        const int result = AfxGetValidFolderPath(path, create);
+        return std::to_string(result) + " " + tvutil2::to_utf8_lossy(path.View());
+    };
+    const auto base = tvutil2::to_utf8_lossy(wide(folder));
+    EXPECT_EQ(check(u"C:\\", 0), "1 C:");
+    EXPECT_EQ(check(u"relative\\dir", 1), "0 relative\\dir");
+    EXPECT_EQ(check(u"", 1), "0 ");
+    EXPECT_EQ(check(wide(folder) + u"\\new\\\\", 0), "0 " + base + "\\new");
+    EXPECT_EQ(check(wide(folder) + u"\\new\\\\", 1), "1 " + base + "\\new");
+    EXPECT_EQ(check(u"\\\\server\\x\\", 1), "0 \\\\server\\x");
+    EXPECT_EQ(check(u"\\\\\\", 1), "0 ");
+}
+
+TEST(Names, WildcardMatch) {
+    const struct {
+        const char16_t* pattern;
+        const char16_t* text;
+        int result;
+    } cases[] = {
+        {u"***", u"", 1},   {u"", u"", 1},     {u"", u"a", 0},     {u"a*b", u"axxb", 1},
+        {u"a?", u"a", 0},   {u"A*", u"a", 0},  {u"*b", u"aab", 1}, {u"*ab*ab", u"abab", 1},
+        {u"a*", u"a", 1},   {u"?*?", u"a", 0}, {u"*?", u"ab", 1},  {u"*.txt", u"a.txt.bak", 0},
+        {u"*b", u"*xb", 0}, {u"*x", u"*x", 1},  // a "*" that meets a "*" is that character
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(WildcardMatch(c.pattern, c.text), c.result)
+            << tvutil2::to_utf8_lossy(c.pattern) << " " << tvutil2::to_utf8_lossy(c.text);
+    }
+    EXPECT_EQ(WildcardMatch(nullptr, nullptr), 1);
+}
+
+std::vector<std::u16string> g_seen;
+int see(const char16_t* name, LONG limit) {
+    g_seen.emplace_back(name);
+    return static_cast<LONG>(g_seen.size()) < limit ? 1 : 0;
+}
+
+TEST(Names, Enumeration) {
+    const auto folder = new_folder();
+    EXPECT_EQ(EnumFile(wide(folder).c_str(), u"ext", see, 9), 0);
+    EXPECT_EQ(DoesFolderHave(wide(folder).c_str(), u"ext"), 0);
+    EXPECT_EQ(DoesFolderHave(wide(folder + "/none").c_str(), u"ext"), 0);
+    EXPECT_TRUE(g_seen.empty());
+    for (const auto* name : {"b.ext", "A.EXT", "c.d.ext", "other.txt", "bare"}) {
+        write_file(folder + "/" + name, "");
+    }
+    EXPECT_EQ(DoesFolderHave(wide(folder).c_str(), u"Ext"), 1);
+    EXPECT_EQ(DoesFolderHave(wide(folder).c_str(), u"xt"), 0);
+    fs::create_directory(folder + "/sub");
+    EXPECT_EQ(DoesFolderHave(wide(folder).c_str(), u"xt"), 1);
+    EXPECT_EQ(EnumFile(wide(folder).c_str(), u"ext", see, 9), 1);
+    EXPECT_EQ(g_seen, (std::vector<std::u16string>{u"A", u"b", u"c.d"}));
+    g_seen.clear();
+    EXPECT_EQ(EnumFile(wide(folder).c_str(), u"ext", see, 2), 1);
+    EXPECT_EQ(g_seen.size(), 2U);
+    CStringList names;
+    GetFileNamesInADir(wide(folder).c_str(), names);
+    std::string all;
+    for (POSITION at = names.GetHeadPosition(); at != nullptr;) {
+        all += tvutil2::to_utf8_lossy(names.GetNext(at).View()) + "|";
+    }
+    EXPECT_EQ(all, "A|b|bare|c.d|other|");
+}
+
+std::string folder_with_tree() {
+    const auto folder = new_folder();
+    fs::create_directories(folder + "/from/sub/deep");
+    fs::create_directory(folder + "/from/empty");
+    fs::create_directory(folder + "/outside");
+    write_file(folder + "/outside/kept", "kept");
+    write_file(folder + "/from/1.ssn", "1");
+    write_file(folder + "/from/2.txt", "2");
+    write_file(folder + "/from/sub/deep/3.SSN", "3");
+    fs::create_directory_symlink(folder + "/outside", folder + "/from/link");
+    fs::create_directory_symlink("..", folder + "/from/sub/up");
+    return folder;
+}
+
+TEST(Folders, CopyFolderOverwritesAndPassesOverFailures) {
+    const auto folder = folder_with_tree();
+    fs::create_directory(folder + "/to");
+    write_file(folder + "/to/1.SSN", "old");
+    write_file(folder + "/to/2.txt", "locked");
+    chmod((folder + "/to/2.txt").c_str(), 0444);
+    CopyFolder(wide(folder + "/from").c_str(), wide(folder + "/to").c_str());
+    EXPECT_EQ(tree(folder + "/to"),
+              "1.SSN=1 2.txt=locked empty/ link-> sub/ sub/deep/ sub/deep/3.SSN=3 sub/up-> ");
+    CopyFolder(wide(folder + "/missing").c_str(), wide(folder + "/new").c_str());
+    EXPECT_FALSE(fs::exists(folder + "/new"));
+    // Into itself: once, and not without end.
+    CopyFolder(wide(folder + "/outside").c_str(), wide(folder + "/outside/Copy").c_str());
+    EXPECT_EQ(tree(folder + "/outside"), "Copy/ Copy/kept=kept kept=kept ");
+}
+
+TEST(Folders, MoveFolderTakesWhatEndsSo) {
+    const auto folder = folder_with_tree();
+    EXPECT_EQ(MoveFolder(wide(folder + "/from").c_str(), wide(folder + "/to").c_str(), u".ssn"), 1);
+    EXPECT_EQ(tree(folder + "/to"), "1.ssn=1 sub/ sub/deep/ sub/deep/3.SSN=3 ");
+    EXPECT_EQ(tree(folder + "/from"), "2.txt=2 empty/ link-> sub/ sub/deep/ sub/up-> ");
+    EXPECT_EQ(MoveFolder(wide(folder + "/from").c_str(), wide(folder + "/to").c_str(), u".none"),
+              1);
+    setsid();  // a file in the way is a question, and there is nobody to ask
+    write_file(folder + "/to/2.txt", "in the way");
+    EXPECT_EQ(MoveFolder(wide(folder + "/from").c_str(), wide(folder + "/to").c_str(), u""), 0);
+    EXPECT_EQ(read_file(folder + "/to/2.txt"), "in the way");
+    EXPECT_EQ(read_file(folder + "/from/2.txt"), "2");
+}
+
+TEST(Folders, DeletionAndRenaming) {
+    const auto folder = folder_with_tree();
+    EXPECT_EQ(DeleteFolderFiles(wide(folder + "/from").c_str(), 0), 1);
+    EXPECT_EQ(tree(folder), "from/ outside/ outside/kept=kept ");
+    EXPECT_EQ(DeleteFolderFiles(wide(folder + "/from").c_str(), 0), 1);
+    EXPECT_EQ(DeleteFolderFiles(wide(folder + "/from").c_str(), 1), 1);
+    EXPECT_EQ(DeleteFolderFiles(wide(folder + "/from").c_str(), 0), 0);
+    EXPECT_EQ(DeleteFolderFiles(wide(folder + "/from").c_str(), 1), 0);
+
+    write_file(folder + "/a", "a");
+    EXPECT_EQ(SHRenameFile(wide(folder + "/a").c_str(), wide(folder + "/b").c_str()), 0);
+    EXPECT_EQ(SHRenameFile(wide(folder + "/b").c_str(), wide(folder + "/outside").c_str()),
+              static_cast<int>(ERROR_ALREADY_EXISTS));
+    EXPECT_EQ(SHDeleteFile(wide(folder + "/b").c_str()), 0);
+    EXPECT_EQ(read_file(tests::profile_folder() + "/Trash/files/b"), "a");
+    EXPECT_EQ(SHDeleteFile(wide(folder + "/b").c_str()), static_cast<int>(ERROR_FILE_NOT_FOUND));
+}
+
+TEST(Shortcuts, ComeBackOrFail) {
+    const auto folder = new_folder();
+    write_file(folder + "/target", "");
+    const auto target = wide(folder + "/target");
+    const auto link = wide(folder + "/x.lnk");
+    SHORTCUTSTRUCT info{target.c_str(), u"description", nullptr, u"-a b", 7, -3};
+    EXPECT_EQ(SHCreateShortcutEx(link.c_str(), nullptr), E_FAIL);
+    EXPECT_EQ(SHCreateShortcutEx(wide(folder + "/none/x").c_str(), &info),
+              HRESULT_FROM_WIN32(ERROR_PATH_NOT_FOUND));
+    EXPECT_EQ(SHCreateShortcutEx(link.c_str(), &info), S_OK);
+    CString found(u"before");
+    EXPECT_EQ(ResolveShortcut(link.c_str(), found, 0), S_OK);
+    EXPECT_EQ(std::u16string(found.View()), target);
+    fs::remove(folder + "/target");
+    found = u"before";
+    EXPECT_EQ(ResolveShortcut(link.c_str(), found, 1), HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND));
+    EXPECT_EQ(ResolveShortcut(nullptr, found, 1), HRESULT_FROM_WIN32(ERROR_PATH_NOT_FOUND));
+    EXPECT_EQ(std::u16string(found.View()), u"before");
+}
+
+}  // namespace

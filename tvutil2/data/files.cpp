@@ -1,0 +1,54 @@
+#include "tvutil2/data/files.h"
+
+#include "tvutil2/platform/files/files.h"
+#include "tvutil2/platform/files/find.h"
+
+#include <string>
+#include <string_view>
+
+namespace {
+
+bool is_there(const char16_t* path) {
+    return GetFileAttributesW(path) != INVALID_FILE_ATTRIBUTES;
+}
+
+}  // namespace
+
+int DoesFileExist(const char16_t* path) {
+    WIN32_FIND_DATAW data;
+    const HANDLE search = FindFirstFileW(path, &data);
+    if (search == INVALID_HANDLE_VALUE) return 0;
+    FindClose(search);
+    return 1;
+}
+
+int DoesFolderExist(const char16_t* path) {
+    const auto attributes = GetFileAttributesW(path);
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0
+               ? 1
+               : 0;
+}
+
+int EnsureFolderExist(const char16_t* path) {
+    return is_there(path) || CreateDirectoryW(path, nullptr) != FALSE ? 1 : 0;
+}
+
+// From the top down and not by recursion: the depth of a path is the caller's.
+int EnsureFolderExistRecursive(const char16_t* path) {
+    if (path == nullptr || is_there(path)) return path == nullptr ? 0 : 1;
+    const std::u16string_view text(path);
+    for (std::size_t end = 0; end < text.size();) {
+        const auto start = text.find_first_not_of(u"\\/", end);
+        if (start == std::u16string_view::npos) break;
+        end = std::min(text.find_first_of(u"\\/", start), text.size());
+        if (EnsureFolderExist(std::u16string(text.substr(0, end)).c_str()) == 0) return 0;
+    }
+    return EnsureFolderExist(path);
+}
+
+int AfxGetValidFolderPath(CString& path, int create) {
+    const auto text = path.View();
+    if (!text.starts_with(u"\\\\") && (text.size() < 2 || text[1] != u':')) return 0;
+    path.TrimRight(u'\\');
+    return create != 0 ? EnsureFolderExistRecursive(path) : DoesFolderExist(path);
+}
