@@ -1,6 +1,7 @@
 #include "tvutil2/framework/strings.h"
 
 #include "tvutil2/framework/exceptions.h"
+#include "tvutil2/platform/resource/resource.h"
 
 #include <gtest/gtest.h>
 
@@ -324,6 +325,23 @@ TEST(Strings, NarrowTextIsInTheAnsiCodePage) {
     CString text(u"old");
     text = "\xF0\x9F\x98\x80\xFF";
     EXPECT_EQ(text, u"\xD83D\xDE00\xFFFD");
+}
+
+TEST(Strings, LoadFromTheApplicationsResources) {
+    // A compiled image: its empty first entry, then block 2 of the strings, where only the one at
+    // index 1, id 17, has text.
+    alignas(4) const char16_t image[] = {
+        0,  0, 32,   0,    0xFFFF, 0, 0xFFFF, 0, 0, 0, 0,      0, 0, 0, 0, 0,  // 32 bytes
+        38, 0, 32,   0,    0xFFFF, 6, 0xFFFF, 2, 0, 0, 0x1030, 0, 0, 0, 0, 0,  // its header
+        0,  3, u'w', u'e', u'b',   0, 0,      0, 0, 0, 0,      0, 0, 0, 0, 0, 0, 0, 0, 0};
+    ASSERT_TRUE(tvutil2::add_module_resources(nullptr, image, sizeof image));
+    CString text(u"old");
+    EXPECT_TRUE(text.LoadString(17));
+    EXPECT_EQ(text, u"web");
+    for (const UINT id : {16U, 18U, 1U, 70000U}) {
+        EXPECT_FALSE(text.LoadString(id)) << id;
+        EXPECT_TRUE(text.IsEmpty()) << id;
+    }
 }
 
 }  // namespace

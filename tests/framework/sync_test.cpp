@@ -54,9 +54,9 @@ TEST(Sync, OneLockMayBeSharedByThreads) {
     CMutex mutex;
     CSingleLock shared(&mutex);
     int count = 0;
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i) {
-        threads.emplace_back([&] {
+    std::vector<std::thread> threads(4);
+    for (auto& thread : threads) {
+        thread = std::thread([&] {
             for (int round = 0; round < 2000; ++round) {
                 shared.Lock();
                 ++count;

@@ -35,6 +35,7 @@ class StringMap {
     StringMap(StringMap&& other) noexcept : StringMap() { swap(other); }
     ~StringMap() { RemoveAll(); }
     StringMap& operator=(const StringMap& other) {
+        if (this == &other) return *this;
         StringMap copy(other);
         swap(copy);
         return *this;

@@ -1,9 +1,11 @@
 #include "tvutil2/framework/strings.h"
 
+#include "tvutil2/framework/app.h"
 #include "tvutil2/framework/exceptions.h"
 #include "tvutil2/framework/narrow_text.h"
 #include "tvutil2/framework/text_search.h"
 #include "tvutil2/platform/base/wide_text.h"
+#include "tvutil2/platform/resource/resource.h"
 
 #include <algorithm>
 #include <utility>
@@ -322,6 +324,15 @@ void CString::ReleaseBuffer(int length) {
 
 void CString::FormatV(const char16_t* format, tvutil2::FormatArguments arguments) {
     tvutil2::format_over(m_text, view_of(format), arguments);
+}
+
+int CString::LoadString(UINT id) {
+    // With no room to copy to, the call gives the place of the text in the module.
+    const char16_t* text = nullptr;
+    const int length =
+        LoadStringW(AfxGetResourceHandle(), id, reinterpret_cast<char16_t*>(&text), 0);
+    m_text.assign(view_of(text, length));
+    return length > 0 ? TRUE : FALSE;
 }
 
 CStringA::CStringA(const char* text) : m_text(view_of(text)) {}

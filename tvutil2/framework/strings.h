@@ -146,8 +146,8 @@ class TVUTIL_API CString {
         *this += text;
     }
 
-    /// The string with that id in the application's resources, in the language of the thread; 0,
-    /// and empty text, when there is none.
+    /// The string with that id in the application's resources (AfxGetResourceHandle), in the
+    /// language that the system chooses; 0, and empty text, when there is none or it is empty.
     int LoadString(UINT id);
 
     friend bool operator==(const CString& a, const CString& b) {

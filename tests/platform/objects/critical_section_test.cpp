@@ -33,9 +33,9 @@ TEST(CriticalSection, LosesNoCountUnderContention) {
     constexpr int kThreads = 4;
     constexpr int kRounds = 20000;
     int count = 0;
-    std::vector<std::thread> threads;
-    for (int i = 0; i < kThreads; ++i) {
-        threads.emplace_back([&] {
+    std::vector<std::thread> threads(kThreads);
+    for (auto& thread : threads) {
+        thread = std::thread([&] {
             for (int round = 0; round < kRounds; ++round) {
                 EnterCriticalSection(&section);
                 ++count;

@@ -55,6 +55,7 @@ void on_other_thread(Work work) {
 template <class Work>
 void on_threads(int count, Work work) {
     std::vector<std::thread> threads;
+    threads.reserve(static_cast<std::size_t>(count));
     for (int i = 0; i < count; ++i) threads.emplace_back(work, i);
     for (auto& thread : threads) thread.join();
 }
