@@ -1,0 +1,184 @@
+// MD5 and RC4 are used through their plain functions: they need no provider and no allocation, and
+// the format has no choice of algorithms that the newer interface would serve.
+#define OPENSSL_SUPPRESS_DEPRECATED
+
+#include "tvutil2/url/string_protection.h"
+
+#include "tvutil2/frame/ansi_string.h"
+#include "tvutil2/frame/base64.h"
+#include "tvutil2/platform/base/wide_text.h"
+#include "tvutil2/platform/codepage/codepage.h"
+#include "tvutil2/platform/process/account.h"
+
+#include <openssl/md5.h>
+#include <openssl/rc4.h>
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <memory>
+#include <new>
+#include <string>
+
+namespace tvutil2 {
+namespace {
+
+constexpr int kNoMac = 0;
+constexpr int kMd5Mac = 1;
+
+using Digest = std::array<unsigned char, MD5_DIGEST_LENGTH>;
+
+Digest md5(const void* data, std::size_t size) {
+    Digest digest;
+    MD5_CTX context;
+    MD5_Init(&context);
+    MD5_Update(&context, data, size);
+    MD5_Final(digest.data(), &context);
+    return digest;
+}
+
+// In place: the bytes never stand anywhere but in the block that is wiped at the end.
+void apply_cipher(const char* key_text, unsigned char* bytes, std::size_t size) {
+    const auto key = md5(key_text, std::strlen(key_text));
+    RC4_KEY schedule;
+    RC4_set_key(&schedule, static_cast<int>(key.size()), key.data());
+    RC4(&schedule, size, bytes, bytes);
+}
+
+// The plain bytes of a text, with `more` bytes of room behind them. One block from the beginning:
+// growth would leave the secret in the old one.
+unsigned int put_plain_bytes(const CString& text, unsigned int more, CBuffer& out) {
+    const auto convert = [&text](char* to, int room) {
+        return WideCharToMultiByte(CP_ACP, WC_COMPOSITECHECK, text, -1, to, room, "?", nullptr);
+    };
+    const int with_zero = convert(nullptr, 0);
+    if (with_zero <= 0) throw std::bad_alloc();  // more bytes than a conversion can count
+    const auto size = static_cast<unsigned int>(with_zero);
+    unsigned char* const bytes = out.AppendSpace(std::max(size, size - 1 + more));
+    convert(reinterpret_cast<char*>(bytes), with_zero);
+    out.ConsumeEnd(out.Len() - (size - 1));
+    return size - 1;
+}
+
+// The first live byte, to be written to.
+unsigned char* bytes_of(CBuffer& buffer) {
+    return buffer.InsertSpace(0);
+}
+
+struct FreeLocal {
+    void operator()(char16_t* text) const { LocalFree(reinterpret_cast<HLOCAL>(text)); }
+};
+using LocalText = std::unique_ptr<char16_t, FreeLocal>;
+
+// The identifier of an account as text; null when it has none.
+LocalText identifier_of(const char16_t* account) {
+    unsigned char sid[4096];
+    DWORD sid_size = sizeof sid;
+    char16_t domain[1024];
+    DWORD domain_size = 1023;
+    int use = 0;
+    char16_t* text = nullptr;
+    if (LookupAccountNameW(nullptr, account, sid, &sid_size, domain, &domain_size, &use) == 0 ||
+        ConvertSidToStringSidW(sid, &text) == 0) {
+        return nullptr;
+    }
+    return LocalText(text);
+}
+
+struct CipherKey {
+    char text[256] = {};
+};
+
+CipherKey make_cipher_key() {
+    CipherKey key;
+    DWORD room = sizeof key.text;
+    GetUserNameA(key.text, &room);
+    auto size = std::strlen(key.text);
+    if (size + 1 < sizeof key.text) key.text[size++] = ':';
+    room = static_cast<DWORD>(sizeof key.text - size);
+    GetComputerNameA(key.text + size, &room);
+    return key;
+}
+
+// The text's own storage, which stays where it is until the text is changed.
+char16_t* storage_of(CString& text) {
+    const int length = text.GetLength();
+    char16_t* const storage = text.GetBuffer(length);
+    text.ReleaseBuffer(length);
+    return storage;
+}
+
+}  // namespace
+
+int encrypt_string(const char* key, CString& text, int mac) {
+    if (mac != kNoMac && mac != kMd5Mac) return 0;
+    if (key == nullptr) key = TvGetCipherKey();
+    CBuffer work;
+    const auto size = put_plain_bytes(text, mac == kMd5Mac ? MD5_DIGEST_LENGTH : 0, work);
+    const auto digest = mac == kMd5Mac ? md5(work.Ptr(), size) : Digest{};
+    apply_cipher(key, bytes_of(work), size);
+    if (mac == kMd5Mac) work.Append(digest.data(), MD5_DIGEST_LENGTH);
+    CBase64::Encode(work, text);
+    work.Clear(1);
+    return 1;
+}
+
+int decrypt_string(const char* key, CString& text, int mac) {
+    if (mac != kNoMac && mac != kMd5Mac) return 0;
+    if (key == nullptr) key = TvGetCipherKey();
+    CBuffer work;
+    if (CBase64::Decode(text, work) == 0) return 0;
+    Digest expected{};
+    if (mac == kMd5Mac) {
+        if (work.Len() < expected.size()) return 0;
+        const auto size = work.Len() - MD5_DIGEST_LENGTH;
+        std::memcpy(expected.data(), work.Ptr() + size, expected.size());
+        work.ConsumeEnd(MD5_DIGEST_LENGTH);
+    }
+    apply_cipher(key, bytes_of(work), work.Len());
+    if (mac == kMd5Mac && md5(work.Ptr(), work.Len()) != expected) return 0;
+    work.PutByte(0);
+    text = reinterpret_cast<const char*>(work.Ptr());
+    return 1;
+}
+
+}  // namespace tvutil2
+
+const char* TvGetCipherKey() {
+    static const tvutil2::CipherKey key = tvutil2::make_cipher_key();
+    return key.text;
+}
+
+char16_t* TvGetEncryptedString(const char16_t* key, const char16_t* text) {
+    static CString result;
+    result.Format(u"%s", text);
+    tvutil2::encrypt_string(CAnsiString(key), result, tvutil2::kMd5Mac);
+    return tvutil2::storage_of(result);
+}
+
+char16_t* TvGetDecryptedString(const char16_t* key, const char16_t* text) {
+    static CString result;
+    result.Format(u"%s", text);
+    tvutil2::decrypt_string(CAnsiString(key), result, tvutil2::kMd5Mac);
+    return tvutil2::storage_of(result);
+}
+
+int GetCurSID(CString& out, const char16_t* version) {
+    char16_t name[256] = {};
+    DWORD name_size = 255;
+    if (GetUserNameW(name, &name_size) == 0) return 0;
+    const auto sid = tvutil2::identifier_of(name);
+    out.Empty();
+    if (!sid) return 0;
+    if (lstrcmpW(version, u"5.2") <= 0) {
+        out = sid.get();
+    } else if (lstrcmpW(version, u"7.0") <= 0) {
+        out = name;
+        out += sid.get();
+    } else {
+        out = sid.get();
+        out.MakeReverse();
+        out += name;
+    }
+    return 1;
+}
