@@ -19,8 +19,10 @@ std::atomic<std::uintptr_t>& owner_of(CRITICAL_SECTION* section) {
     return reinterpret_cast<std::atomic<std::uintptr_t>&>(section->owner);
 }
 
+// Its address tells a thread from all others that live. The model saves a call for each look.
+[[gnu::tls_model("initial-exec")]] thread_local constinit char identity = 0;
+
 std::uintptr_t this_thread() {
-    static thread_local constinit char identity = 0;
     return reinterpret_cast<std::uintptr_t>(&identity);
 }
 

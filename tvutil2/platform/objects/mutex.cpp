@@ -10,7 +10,7 @@ namespace tvutil2 {
 namespace {
 
 // Plain, so that it can be looked at however late in the life of its thread.
-thread_local constinit OwnedMutexes* g_current = nullptr;
+[[gnu::tls_model("initial-exec")]] thread_local constinit OwnedMutexes* g_current = nullptr;
 
 void end_thread(void* owned) {
     delete static_cast<OwnedMutexes*>(owned);
@@ -76,11 +76,7 @@ void Mutex::abandon() {
 }
 
 void Mutex::on_taken(const std::shared_ptr<WaitableObject>& self, OwnedMutexes& thread) {
-    {
-        const std::lock_guard guard(lock());
-        if (m_times_owned > 1) return;
-    }
-    thread.add(std::static_pointer_cast<Mutex>(self));
+    if (m_times_owned == 1) thread.add(std::static_pointer_cast<Mutex>(self));
 }
 
 bool Mutex::is_available(const OwnedMutexes& thread) const {

@@ -39,12 +39,12 @@ class Mutex : public WaitableObject {
     /// False when the calling thread isn't the owner.
     bool release();
     void abandon();
-    void on_taken(const std::shared_ptr<WaitableObject>& self, OwnedMutexes& thread) override;
 
   protected:
     [[nodiscard]] bool is_available(const OwnedMutexes& thread) const override;
     [[nodiscard]] DWORD outcome() const override;
     void take(OwnedMutexes& thread) override;
+    void on_taken(const std::shared_ptr<WaitableObject>& self, OwnedMutexes& thread) override;
 
   private:
     OwnedMutexes* m_owner;

@@ -27,10 +27,12 @@ HANDLE enter(std::shared_ptr<WaitableObject> object) {
 
 // Null with ERROR_INVALID_HANDLE for what can't be waited for.
 std::shared_ptr<WaitableObject> waitable(HANDLE handle) {
-    auto object = std::dynamic_pointer_cast<WaitableObject>(
-        tvutil2::handle_table::find(reinterpret_cast<std::uintptr_t>(handle)));
-    if (!object) SetLastError(ERROR_INVALID_HANDLE);
-    return object;
+    auto object = tvutil2::handle_table::find(reinterpret_cast<std::uintptr_t>(handle));
+    if (object && WaitableObject::is_kind(object->kind())) {
+        return std::static_pointer_cast<WaitableObject>(std::move(object));
+    }
+    SetLastError(ERROR_INVALID_HANDLE);
+    return nullptr;
 }
 
 bool has_duplicates(std::span<const HANDLE> handles) {

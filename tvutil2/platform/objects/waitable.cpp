@@ -67,14 +67,14 @@ class Wait {
             }
         }
         m_waiter.settle(WAIT_TIMEOUT);
-        for (std::size_t i = 0; i < entered; ++i) {
-            const std::lock_guard guard(m_objects[i]->lock());
-            m_objects[i]->unlink(m_entries[i]);
-        }
         const auto result = m_waiter.outcome.load();
-        if (result != WAIT_TIMEOUT) {
-            const auto& taken = m_objects[result % WAIT_ABANDONED_0];
-            taken->on_taken(taken, m_thread);
+        for (std::size_t i = 0; i < entered; ++i) {
+            const auto& object = m_objects[i];
+            const std::lock_guard guard(object->lock());
+            object->unlink(m_entries[i]);
+            if (result != WAIT_TIMEOUT && i == result % WAIT_ABANDONED_0) {
+                object->on_taken(object, m_thread);
+            }
         }
         return result;
     }
@@ -84,11 +84,13 @@ class Wait {
     std::size_t enter_queues(bool may_wait) {
         std::size_t i = 0;
         for (; i < m_objects.size() && is_waiting(); ++i) {
-            auto& object = *m_objects[i];
-            const std::lock_guard guard(object.lock());
-            if (object.is_available(m_thread)) {
-                const auto result = object.outcome() + static_cast<DWORD>(i);
-                if (m_waiter.settle(result)) object.take(m_thread);
+            const auto& object = m_objects[i];
+            const std::lock_guard guard(object->lock());
+            if (object->is_available(m_thread)) {
+                if (m_waiter.settle(object->outcome() + static_cast<DWORD>(i))) {
+                    object->take(m_thread);
+                    object->on_taken(object, m_thread);
+                }
                 return i;
             }
             if (may_wait) link(i);
@@ -123,18 +125,16 @@ class Wait {
     DWORD leave_all(bool is_ready) {
         DWORD result = is_ready ? WAIT_OBJECT_0 : WAIT_TIMEOUT;
         for (std::size_t i = 0; i < m_objects.size(); ++i) {
-            auto& object = *m_objects[i];
-            object.unlink(m_entries[i]);
+            const auto& object = m_objects[i];
+            object->unlink(m_entries[i]);
             if (!is_ready) continue;
-            if (object.outcome() == WAIT_ABANDONED_0 && result == WAIT_OBJECT_0) {
+            if (object->outcome() == WAIT_ABANDONED_0 && result == WAIT_OBJECT_0) {
                 result = WAIT_ABANDONED_0 + static_cast<DWORD>(i);
             }
-            object.take(m_thread);
+            object->take(m_thread);
+            object->on_taken(object, m_thread);
         }
         for (const auto& object : m_objects) object->lock().unlock();
-        if (is_ready) {
-            for (const auto& object : m_objects) object->on_taken(object, m_thread);
-        }
         return result;
     }
 

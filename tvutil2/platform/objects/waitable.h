@@ -71,9 +71,10 @@ class WaitableObject : public HandleObject {
   public:
     using HandleObject::HandleObject;
 
-    /// A wait has taken the object for this thread. Called by the thread itself, without the lock.
-    virtual void on_taken(const std::shared_ptr<WaitableObject>& /*self*/,
-                          OwnedMutexes& /*thread*/) {}
+    /// The kinds whose objects derive from this class.
+    static constexpr bool is_kind(HandleKind kind) {
+        return kind == HandleKind::event || kind == HandleKind::mutex;
+    }
 
   protected:
     // With the lock held:
@@ -81,6 +82,9 @@ class WaitableObject : public HandleObject {
     /// What a wait that takes it now gives: WAIT_OBJECT_0 or WAIT_ABANDONED_0.
     [[nodiscard]] virtual DWORD outcome() const { return 0; }
     virtual void take(OwnedMutexes& thread) = 0;
+    /// A wait of the calling thread has taken the object, which may have been done by another one.
+    virtual void on_taken(const std::shared_ptr<WaitableObject>& /*self*/,
+                          OwnedMutexes& /*thread*/) {}
     /// Serves waiters for as long as the object is available.
     void offer(WakeList& woken);
 
