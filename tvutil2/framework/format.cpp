@@ -144,13 +144,15 @@ void put_text(FormatOutput& out, const Directive& d, std::u16string_view text) {
 template <class Digits>
 void put_number(FormatOutput& out, const Directive& d, std::string_view prefix, std::size_t zeros,
                 Digits digits) {
-    auto padding = missing(d, prefix.size() + zeros + digits.size());
+    const auto length = prefix.size() + zeros + digits.size();
+    auto padding = missing(d, length);
+    auto* at = out.take(length + padding);
     if (d.zero && !d.left) zeros += std::exchange(padding, 0);
-    if (!d.left) out.put(padding, u' ');
-    out.put(prefix);
-    out.put(zeros, u'0');
-    out.put(digits);
-    if (d.left) out.put(padding, u' ');
+    if (!d.left) at = std::fill_n(at, padding, u' ');
+    for (const char c : prefix) *at++ = static_cast<char16_t>(c);
+    at = std::fill_n(at, zeros, u'0');
+    for (const auto c : digits) *at++ = static_cast<char16_t>(c);
+    if (d.left) std::fill_n(at, padding, u' ');
 }
 
 std::string_view sign_of(const Directive& d, bool negative) {

@@ -19,24 +19,20 @@ class FormatOutput {
     void put(std::u16string_view text) {
         std::char_traits<char16_t>::copy(take(text.size()), text.data(), text.size());
     }
-    /// ASCII only.
-    void put(std::string_view text) { std::copy(text.begin(), text.end(), take(text.size())); }
-    void put(std::size_t count, char16_t unit) {
-        if (count != 0) std::fill_n(take(count), count, unit);
-    }
+    void put(std::size_t count, char16_t unit) { std::fill_n(take(count), count, unit); }
 
-    [[nodiscard]] std::u16string_view view() const { return {m_begin, size()}; }
-
-  private:
-    [[nodiscard]] std::size_t size() const { return static_cast<std::size_t>(m_at - m_begin); }
-
-    // Room for so many units, which count as text at once.
+    /// Room for so many units, which count as text at once.
     char16_t* take(std::size_t count) {
         if (static_cast<std::size_t>(m_end - m_at) < count) grow(count);
         auto* const taken = m_at;
         m_at += count;
         return taken;
     }
+
+    [[nodiscard]] std::u16string_view view() const { return {m_begin, size()}; }
+
+  private:
+    [[nodiscard]] std::size_t size() const { return static_cast<std::size_t>(m_at - m_begin); }
 
     void grow(std::size_t count) {
         const auto kept = size();
