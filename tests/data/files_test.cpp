@@ -83,6 +83,7 @@ TEST(DataFiles, FoldersAreMadeAsDeepAsTold) {
     auto deep = wide(folder);
     for (int i = 0; i < 50000; ++i) deep += u"\\x";
     EXPECT_EQ(EnsureFolderExistRecursive(deep.c_str()), 0);
+    EXPECT_FALSE(fs::exists(folder + "/x"));
 
     fs::current_path(folder);
     EXPECT_EQ(EnsureFolderExistRecursive(u"r\\s"), 1);

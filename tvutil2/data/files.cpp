@@ -1,8 +1,10 @@
 #include "tvutil2/data/files.h"
 
+#include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/files/files.h"
 #include "tvutil2/platform/files/find.h"
 
+#include <algorithm>
 #include <string>
 #include <string_view>
 
@@ -35,7 +37,10 @@ int EnsureFolderExist(const char16_t* path) {
 
 // From the top down and not by recursion: the depth of a path is the caller's.
 int EnsureFolderExistRecursive(const char16_t* path) {
-    if (path == nullptr || is_there(path)) return path == nullptr ? 0 : 1;
+    if (path == nullptr) return 0;
+    if (is_there(path)) return 1;
+    // Nothing is made on the way to a path that the host can't have.
+    if (GetLastError() == ERROR_FILENAME_EXCED_RANGE) return 0;
     const std::u16string_view text(path);
     for (std::size_t end = 0; end < text.size();) {
         const auto start = text.find_first_not_of(u"\\/", end);

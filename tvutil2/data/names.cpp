@@ -42,9 +42,15 @@ int WildcardMatch(const char16_t* pattern_text, const char16_t* text_start) {
             saved_t = t;
         } else if (saved_p == kNowhere) {
             return 0;
+        } else if (saved_p == pattern.size()) {
+            return 1;  // the "*" at the end takes the rest
         } else {
             p = saved_p;
             t = ++saved_t;
+            // Where a character must follow, the next place to try is where it stands.
+            if (pattern[p] != u'*' && pattern[p] != u'?') t = text.find(pattern[p], t);
+            if (t == kNowhere) return 0;
+            saved_t = t;
         }
     }
     while (p < pattern.size() && pattern[p] == u'*') ++p;

@@ -95,7 +95,7 @@ TEST(ShellOperation, DeleteTakesTheTreeAndNothingBehindItsLinks) {
 TEST(ShellOperation, DeleteOfAVeryDeepTree) {
     const auto folder = new_folder();
     fs::current_path(folder);
-    for (int depth = 0; depth < 3000; ++depth) {
+    for (int depth = 0; depth < 2200; ++depth) {
         fs::create_directory("deeper");
         fs::current_path("deeper");
     }

@@ -4,7 +4,7 @@
 #include "tvutil2/platform/base/wide_text.h"
 
 #include <dirent.h>
-#include <fcntl.h>
+#include <pthread.h>
 #include <sys/inotify.h>
 #include <sys/stat.h>
 #include <sys/vfs.h>
@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <climits>
 #include <functional>
 #include <list>
@@ -77,6 +78,11 @@ bool changes_are_local(const OpenFolder& folder) {
     return std::find(kLocal.begin(), kLocal.end(), static_cast<std::uint32_t>(info.f_type)) !=
            kLocal.end();
 }
+
+// How many forks this process is away from the one that loaded the library.
+std::atomic<unsigned> g_forks{0};
+[[maybe_unused]] const int g_counts_forks =
+    pthread_atfork(nullptr, nullptr, [] { g_forks.fetch_add(1, std::memory_order_relaxed); });
 
 class Names {
   public:
@@ -163,24 +169,27 @@ class WatchedFolders {
 
     // A child that was forked shares the queue: events that it read would be lost to its parent.
     void forget_in_child() {
-        const auto process = getpid();
-        if (m_owner == process) return;
-        m_owner = process;
+        const auto forks = g_forks.load(std::memory_order_relaxed);
+        if (m_forks == forks) return;
+        m_forks = forks;
         m_folders.clear();
         if (m_queue >= 0) close(m_queue);
         m_queue = -1;
     }
 
     void read_changes() {
-        alignas(inotify_event) std::array<char, 16384> buffer{};
+        alignas(inotify_event) std::array<char, 16384> buffer;
+        constexpr std::size_t kLongestEvent = sizeof(inotify_event) + NAME_MAX + 1;
         ssize_t size = 0;
-        while ((size = read(m_queue, buffer.data(), buffer.size())) > 0) {
+        do {
+            size = read(m_queue, buffer.data(), buffer.size());
             for (const char* next = buffer.data(); next < buffer.data() + size;) {
                 const auto* event = reinterpret_cast<const inotify_event*>(next);
                 apply(*event);
                 next += sizeof *event + event->len;
             }
-        }
+            // A buffer with room for one more event has emptied the queue.
+        } while (size > 0 && static_cast<std::size_t>(size) + kLongestEvent > buffer.size());
     }
 
     void apply(const inotify_event& event) {
@@ -210,7 +219,7 @@ class WatchedFolders {
     std::array<FolderId, kMostFolders> m_asked_once;
     std::size_t m_next_asked = 0;
     int m_queue = -1;
-    pid_t m_owner = getpid();
+    unsigned m_forks = g_forks.load(std::memory_order_relaxed);
 };
 
 struct SharedFolders {
@@ -226,13 +235,15 @@ SharedFolders& shared_folders() {
 
 }  // namespace
 
-std::optional<std::string> find_without_case(const std::string& folder, std::string_view name) {
-    const auto key = folded(name);
-    if (!key) return std::nullopt;
+std::optional<std::string> find_without_case(const std::string& folder, std::string_view name,
+                                             bool* is_there) {
     const char* path = folder.empty() ? "/" : folder.c_str();
-    auto& shared = shared_folders();
     struct stat info {};
-    if (stat(path, &info) != 0) return std::nullopt;
+    const bool is_folder = stat(path, &info) == 0 && S_ISDIR(info.st_mode);
+    if (is_there != nullptr) *is_there = is_folder;
+    const auto key = folded(name);
+    if (!key || !is_folder) return std::nullopt;
+    auto& shared = shared_folders();
     {
         const std::lock_guard guard(shared.lock);
         if (const auto* names = shared.folders.find({info.st_dev, info.st_ino})) {

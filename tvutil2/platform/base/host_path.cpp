@@ -114,14 +114,14 @@ bool exists(const std::string& path) {
 std::string found_part_by_part(std::string folder, std::span<const std::string_view> parts,
                                LastPart last) {
     // Most of what is missing is a new name in a folder that is there.
-    if (auto parent = joined(folder, parts.first(parts.size() - 1)); exists(parent)) {
-        if (last == LastPart::found) {
-            if (const auto other = find_without_case(parent, parts.back())) {
-                return parent + "/" + *other;
-            }
-        }
-        return joined(std::move(parent), parts.last(1));
+    auto parent = joined(folder, parts.first(parts.size() - 1));
+    bool has_parent = false;
+    if (last == LastPart::as_written) {
+        has_parent = exists(parent);
+    } else if (const auto other = find_without_case(parent, parts.back(), &has_parent)) {
+        return parent + "/" + *other;
     }
+    if (has_parent) return joined(std::move(parent), parts.last(1));
     while (!parts.empty() && (parts.size() > 1 || last == LastPart::found)) {
         auto next = joined(folder, parts.first(1));
         if (!exists(next)) {

@@ -70,6 +70,10 @@ int compare_words(const char16_t* a, const char16_t* b, UCollationStrength stren
     if (const int order = collate(c, without_word_marks(left), without_word_marks(right))) {
         return order;
     }
+    const auto marks = [](std::u16string_view text) {
+        return std::count_if(text.begin(), text.end(), is_word_mark);
+    };
+    if (const auto more = marks(left) - marks(right)) return more < 0 ? -1 : 1;
     return collate(c, left, right);
 }
 

@@ -32,15 +32,16 @@ bool write_all(int to, const char* data, std::size_t size) {
     return true;
 }
 
-// From both file pointers to the end of the source.
-bool copy_rest_through_buffer(int from, int to, std::size_t buffer_size) {
+// From both file pointers to the end of the source. `ends_short`: a read that doesn't fill the
+// buffer has met the end, which is so for files on a disk and saves a call for each small one.
+bool copy_rest_through_buffer(int from, int to, std::size_t buffer_size, bool ends_short = false) {
     const auto buffer = std::make_unique_for_overwrite<char[]>(buffer_size);
     for (;;) {
         const auto size = read(from, buffer.get(), buffer_size);
         if (size < 0 && errno == EINTR) continue;
         if (size <= 0) return size == 0;
         if (!write_all(to, buffer.get(), static_cast<std::size_t>(size))) return false;
-        // Shorter than asked for, and not at the end: only a signal or a special file does that.
+        if (ends_short && static_cast<std::size_t>(size) < buffer_size) return true;
     }
 }
 
@@ -85,7 +86,7 @@ bool copy_content(int from, int to, const struct stat& info) {
     if (info.st_size <= static_cast<off_t>(kBufferSize)) {
         // Files below /proc have size 0 and content all the same: read on to the end.
         const auto size = static_cast<std::size_t>(std::max<off_t>(info.st_size, 4095)) + 1;
-        return copy_rest_through_buffer(from, to, size);
+        return copy_rest_through_buffer(from, to, size, info.st_size > 0);
     }
     constexpr off_t kBlock = 512;
     if (info.st_blocks < info.st_size / kBlock) return copy_sparse(from, to, info.st_size);
@@ -106,8 +107,7 @@ Descriptor open_source(const std::string& path, struct stat& info) {
         SetLastError(S_ISDIR(info.st_mode) ? ERROR_ACCESS_DENIED : ERROR_NOT_SUPPORTED);
         return {};
     }
-    constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
-    if (!claim_sharing(file.get(), FILE_READ_DATA, kShareAll)) return {};
+    if (!may_be_read(file.get())) return {};
     return file;
 }
 

@@ -97,6 +97,10 @@ void step_back(int attempt) {
 
 }  // namespace
 
+bool may_be_read(int file) {
+    return !others_have(file, kForbidsRead) || fail_with(ERROR_SHARING_VIOLATION);
+}
+
 bool claim_sharing(int file, DWORD access, DWORD sharing) {
     constexpr int kAttempts = 8;
     static std::mutex one_at_a_time;  // threads need no second attempt against one another

@@ -1,0 +1,216 @@
+// The small rooms of the base: texts, UTF, handles, locale, clock.
+#include "tvutil2/platform/base/clock.h"
+#include "tvutil2/platform/base/handle_table.h"
+#include "tvutil2/platform/base/last_error.h"
+#include "tvutil2/platform/base/locale.h"
+#include "tvutil2/platform/base/utf.h"
+#include "tvutil2/platform/base/wide_text.h"
+#include "tvutil2/platform/files/files.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstdlib>
+#include <limits>
+#include <set>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "tests/support/profile.h"
+
+namespace {
+
+int sign(int value) {
+    return (value > 0) - (value < 0);
+}
+
+TEST(WideText, Comparisons) {
+    const struct {
+        const char16_t* a;
+        const char16_t* b;
+        int with_case;
+        int without_case;
+    } cases[] = {
+        {u"a", u"a", 0, 0},          {u"a", u"B", -1, -1},       {u"a", u"A", -1, 0},
+        {u"10", u"8", -1, -1},       {u"1.0", u"1.0.1", -1, -1}, {u"co-op", u"coop", 1, 1},
+        {u"co-op", u"copy", -1, -1}, {u"\u00E4", u"b", -1, -1},  {u"", u"a", -1, -1},
+        {nullptr, u"", -1, -1},      {nullptr, nullptr, 0, 0},   {u"\u00C4", u"\u00E4", 1, 0},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(sign(lstrcmpW(c.a, c.b)), c.with_case);
+        EXPECT_EQ(sign(lstrcmpW(c.b, c.a)), -c.with_case);
+        EXPECT_EQ(sign(lstrcmpiW(c.a, c.b)), c.without_case);
+    }
+    EXPECT_EQ(_wcsicmp(u"ABC\u00C4", u"abc\u00E4"), 0);
+    EXPECT_GT(_wcsicmp(u"Z", u"_"), 0) << "lowered, not raised";
+    EXPECT_EQ(lstrlenW(nullptr), 0);
+}
+
+TEST(WideText, Numbers) {
+    const struct {
+        const char16_t* text;
+        int value;
+    } cases[] = {
+        {u"", 0},
+        {nullptr, 0},
+        {u" \t-12x", -12},
+        {u"+7", 7},
+        {u"- 7", 0},
+        {u"0x10", 0},
+        {u"2147483648", std::numeric_limits<int>::max()},
+        {u"-2147483648", std::numeric_limits<int>::min()},
+        {u"-99999999999999999999999", std::numeric_limits<int>::min()},
+    };
+    for (const auto& c : cases) EXPECT_EQ(_wtoi(c.text), c.value);
+
+    constexpr int kLargest = std::numeric_limits<int>::max();
+    EXPECT_EQ(MulDiv(7, 96, 72), 9);
+    EXPECT_EQ(MulDiv(-1, 1, 2), -1);
+    EXPECT_EQ(MulDiv(1, 1, -2), -1);
+    EXPECT_EQ(MulDiv(kLargest, kLargest, kLargest), kLargest);
+    EXPECT_EQ(MulDiv(kLargest, 2, 1), -1);
+    EXPECT_EQ(MulDiv(1, 1, 0), -1);
+    EXPECT_EQ(MulDiv(std::numeric_limits<int>::min(), 1, std::numeric_limits<int>::min()), 1);
+}
+
+TEST(WideText, SplitPath) {
+    const struct {
+        const char16_t* path;
+        std::u16string drive, folder, name, extension;
+    } cases[] = {
+        {u"C:\\a\\b.c.d", u"C:", u"\\a\\", u"b.c", u".d"},
+        {u"b", u"", u"", u"b", u""},
+        {u"a/b\\", u"", u"a/b\\", u"", u""},
+        {u"C:b.c", u"C:", u"", u"b", u".c"},
+        {u"a.b\\c", u"", u"a.b\\", u"c", u""},
+        {u".c", u"", u"", u"", u".c"},
+        {u"", u"", u"", u"", u""},
+    };
+    char16_t drive[3], folder[16], name[8], extension[8];
+    for (const auto& c : cases) {
+        EXPECT_EQ(_wsplitpath_s(c.path, drive, 3, folder, 16, name, 8, extension, 8), 0);
+        EXPECT_EQ(drive, c.drive);
+        EXPECT_EQ(folder, c.folder);
+        EXPECT_EQ(name, c.name);
+        EXPECT_EQ(extension, c.extension);
+    }
+    EXPECT_EQ(_wsplitpath_s(u"C:\\a\\12345678", drive, 3, folder, 16, name, 8, extension, 8),
+              ERANGE);
+    EXPECT_EQ(std::u16string(drive) + folder + name + extension, u"");
+    EXPECT_EQ(_wsplitpath_s(u"C:\\a\\b", nullptr, 0, nullptr, 0, name, 8, nullptr, 0), 0);
+    EXPECT_EQ(std::u16string(name), u"b");
+    EXPECT_EQ(_wsplitpath_s(nullptr, drive, 3, folder, 16, name, 8, extension, 8), EINVAL);
+    EXPECT_EQ(_wsplitpath_s(u"x", drive, 0, folder, 16, name, 8, extension, 8), EINVAL);
+}
+
+TEST(Utf, RoundTripsAndRefusals) {
+    for (const std::u16string text : {u"", u"a\u0080\u07FF\u0800\uFFFF", u"\U00010000\U0010FFFF"}) {
+        const auto utf8 = tvutil2::to_utf8(text);
+        ASSERT_TRUE(utf8.has_value());
+        EXPECT_EQ(tvutil2::to_utf16(*utf8), text);
+    }
+    for (const std::u16string lone : {u"\xD800", u"a\xDC00z", u"\xDC00\xD800", u"\xD800\xD800"}) {
+        EXPECT_EQ(tvutil2::to_utf8(lone), std::nullopt);
+        EXPECT_NE(tvutil2::to_utf8_lossy(lone).find("\xEF\xBF\xBD"), std::string::npos);
+    }
+    const struct {
+        const char* bytes;
+        std::u16string lossy;
+    } bad[] = {
+        {"a\xC0\x80z", u"a\uFFFD\uFFFDz"},                  // overlong
+        {"\xED\xA0\x80", u"\uFFFD\uFFFD\uFFFD"},            // a surrogate
+        {"\xF4\x90\x80\x80", u"\uFFFD\uFFFD\uFFFD\uFFFD"},  // above U+10FFFF
+        {"\xE4\xB8", u"\uFFFD\uFFFD"},                      // cut short
+        {"\xC3z", u"\uFFFDz"},
+        {"\x80", u"\uFFFD"},
+    };
+    for (const auto& c : bad) {
+        EXPECT_EQ(tvutil2::to_utf16(c.bytes), std::nullopt);
+        EXPECT_EQ(tvutil2::to_utf16_lossy(c.bytes), c.lossy);
+    }
+}
+
+// Many threads open, use and close, and try handles that others closed: never the wrong object.
+TEST(HandleTable, ClosedHandlesStayClosedUnderContention) {
+    const auto path = tests::platform_path(tests::new_folder() + "/file");
+    CloseHandle(CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, 0, nullptr));
+    std::atomic<int> wrong{0};
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t) {
+        threads.emplace_back([&] {
+            std::set<HANDLE> closed;
+            for (int i = 0; i < 300; ++i) {
+                const HANDLE file = CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ,
+                                                nullptr, OPEN_EXISTING, 0, nullptr);
+                LARGE_INTEGER size{};
+                if (file == INVALID_HANDLE_VALUE || GetFileSizeEx(file, &size) == FALSE) ++wrong;
+                if (!closed.insert(file).second) ++wrong;  // a value comes only once
+                if (CloseHandle(file) == FALSE) ++wrong;
+                if (CloseHandle(*closed.begin()) != FALSE) ++wrong;
+                if (GetLastError() != ERROR_INVALID_HANDLE) ++wrong;
+            }
+        });
+    }
+    for (auto& thread : threads) thread.join();
+    EXPECT_EQ(wrong, 0);
+    for (const auto value : {0, 1, 3, 4, -1, -4}) {
+        EXPECT_FALSE(CloseHandle(reinterpret_cast<HANDLE>(static_cast<std::intptr_t>(value))));
+    }
+}
+
+TEST(Locale, LanguageComesFromTheEnvironment) {
+    // The installation's language is fixed at its first use, so each is asked in a process of its
+    // own.
+    const struct {
+        const char* all;
+        const char* messages;
+        const char* lang;
+        LANGID language;
+    } cases[] = {
+        {"ko_KR.UTF-8", "de_DE", "fr_FR", 0x0412},
+        {"", "de_AT@euro", "fr_FR", 0x0C07},
+        {"", "", "ja_JP.UTF-8", 0x0411},
+        {"", "", "", 0x0409},
+        {"C", "", "de_DE", 0x0409},
+        {"", "", "xx_YY", 0x0409},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EXIT(
+            {
+                setenv("LC_ALL", c.all, 1);
+                setenv("LC_MESSAGES", c.messages, 1);
+                setenv("LANG", c.lang, 1);
+                std::exit(GetSystemDefaultLangID() == c.language ? 0 : 1);
+            },
+            testing::ExitedWithCode(0), "")
+            << c.all << c.messages << c.lang;
+    }
+    EXPECT_TRUE(SetThreadLocale(0x0412));
+    EXPECT_FALSE(SetThreadLocale(0x10000));
+    EXPECT_EQ(GetThreadLocale(), 0x0412U);
+    std::thread([] { EXPECT_EQ(GetThreadLocale(), GetSystemDefaultLangID()); }).join();
+}
+
+TEST(Clock, StopsAndCounts) {
+    setenv("TZ", "UTC", 1);
+    const FILETIME leap = tvutil2::file_time_of(1709210096, 250000000);  // 2024-02-29 12:34:56.25
+    tvutil2::set_clock(&leap);
+    SYSTEMTIME time{};
+    GetSystemTime(&time);
+    EXPECT_EQ(time.wYear, 2024);
+    EXPECT_EQ(time.wMonth, 2);
+    EXPECT_EQ(time.wDay, 29);
+    EXPECT_EQ(time.wDayOfWeek, 4);
+    EXPECT_EQ(time.wHour, 12);
+    EXPECT_EQ(time.wMilliseconds, 250);
+    FILETIME now{};
+    GetSystemTimeAsFileTime(&now);
+    EXPECT_EQ(CompareFileTime(&now, &leap), 0);
+    tvutil2::set_clock(nullptr);
+    GetSystemTimeAsFileTime(&now);
+    EXPECT_EQ(CompareFileTime(&now, &leap), 1);
+    EXPECT_EQ(CompareFileTime(&leap, &now), -1);
+}
+
+}  // namespace
