@@ -24,11 +24,23 @@
     }
 
 IMAGE(en, "en");
+IMAGE(zh_cn, "zh-cn");
+IMAGE(zh_tw, "zh-tw");
+IMAGE(fr, "fr");
+IMAGE(de, "de");
+IMAGE(ja, "ja");
+IMAGE(ko, "ko");
+IMAGE(pt_br, "pt-br");
+IMAGE(ru, "ru");
+IMAGE(sk, "sk");
+IMAGE(es, "es");
 
 namespace tvutil2 {
 
 std::span<const std::span<const std::byte>> own_images() {
-    static const std::span<const std::byte> images[] = {BYTES(en)};
+    static const std::span<const std::byte> images[] = {
+        BYTES(en), BYTES(zh_cn), BYTES(zh_tw), BYTES(fr), BYTES(de), BYTES(ja),
+        BYTES(ko), BYTES(pt_br), BYTES(ru),    BYTES(sk), BYTES(es)};
     return images;
 }
 

@@ -74,7 +74,7 @@ TVUTIL_API void remove_module_resources(HMODULE module);
 /// The text at an index of a block of 16 strings (RT_STRING, where the string `id` is at the index
 /// `id` % 16 of the block named `id` / 16 + 1): each is its length in units (16 bits) and the
 /// units. Empty where the block ends too early.
-[[nodiscard]] std::u16string_view string_in_block(std::span<const std::byte> block,
-                                                  unsigned int index);
+[[nodiscard]] TVUTIL_API std::u16string_view string_in_block(std::span<const std::byte> block,
+                                                             unsigned int index);
 
 }  // namespace tvutil2
