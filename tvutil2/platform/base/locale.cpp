@@ -2,11 +2,11 @@
 
 #include "tvutil2/platform/base/last_error.h"
 
+#include <unicode/uloc.h>
+
 #include <algorithm>
 #include <cstdlib>
 #include <string>
-
-#include <unicode/uloc.h>
 
 namespace {
 
@@ -14,41 +14,74 @@ constexpr LANGID kEnglish = 0x0409;
 
 thread_local LCID t_thread_locale = 0;
 
-// "de_AT.UTF-8@euro" as "de_AT"; "C" and "POSIX" as "en_US".
-std::string locale_from_environment() {
+// What the environment says, without a word for the plain "C" locale, which speaks English.
+std::string_view locale_from_environment() {
     for (const auto* name : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
         const char* value = std::getenv(name);
-        if (value == nullptr || *value == 0) continue;
-        std::string locale(value);
-        locale.resize(std::min(locale.find_first_of(".@"), locale.size()));
-        if (locale != "C" && locale != "POSIX" && !locale.empty()) return locale;
-        break;
+        if (value != nullptr && *value != 0) return value;
     }
-    return "en_US";
+    return {};
 }
 
-// ICU's number for a language without a country is the neutral one; those get the sub-language
-// that the platform takes for a default.
-LANGID with_default_sublanguage(LANGID language) {
-    return language >> 10 != 0 ? language : static_cast<LANGID>(language | 0x400);
+LANGID id_of(const char* icu_name) {
+    return LANGIDFROMLCID(uloc_getLCID(icu_name));
+}
+
+// Names a language alone, or a language in a script (the last three sub-languages).
+bool is_without_country(LANGID id) {
+    const auto sublanguage = id >> 10;
+    return sublanguage == 0 || sublanguage >= 29;
+}
+
+// The id in the country, and in the script, that most of those who speak it are at home in.
+LANGID with_likely_country(const char* icu_name, LANGID id) {
+    UErrorCode error = U_ZERO_ERROR;
+    char likely[ULOC_FULLNAME_CAPACITY] = "";
+    char language[ULOC_LANG_CAPACITY] = "";
+    char country[ULOC_COUNTRY_CAPACITY] = "";
+    uloc_addLikelySubtags(icu_name, likely, sizeof likely, &error);
+    uloc_getLanguage(likely, language, sizeof language, &error);
+    uloc_getCountry(likely, country, sizeof country, &error);
+    if (U_FAILURE(error)) return id;
+    for (const auto& name : {std::string(likely), std::string(language) + '_' + country}) {
+        const auto found = id_of(name.c_str());
+        if (PRIMARYLANGID(found) == PRIMARYLANGID(id) && !is_without_country(found)) return found;
+    }
+    return id;
 }
 
 }  // namespace
 
 namespace tvutil2 {
 
+std::string icu_locale_name(std::string_view host) {
+    const auto modifier = host.substr(std::min(host.find('@'), host.size()));
+    host = host.substr(0, std::min(host.find_first_of(".@"), host.size()));
+    if (host.empty() || host == "C" || host == "POSIX") return "en_US";
+    std::string name(host);
+    // The host names a script at the end, ICU behind the language.
+    const auto language_end = std::min(name.find('_'), name.size());
+    if (modifier == "@latin") name.insert(language_end, "_Latn");
+    if (modifier == "@cyrillic") name.insert(language_end, "_Cyrl");
+    return name;
+}
+
+LANGID language_of(std::string_view host) {
+    const auto name = icu_locale_name(host);
+    const auto id = id_of(name.c_str());
+    if (PRIMARYLANGID(id) == 0) return kEnglish;
+    return is_without_country(id) ? with_likely_country(name.c_str(), id) : id;
+}
+
 const char* default_locale_name() {
-    static const std::string name = locale_from_environment();
+    static const std::string name = icu_locale_name(locale_from_environment());
     return name.c_str();
 }
 
 }  // namespace tvutil2
 
 LANGID GetSystemDefaultLangID() {
-    static const LANGID language = [] {
-        const auto id = LANGIDFROMLCID(uloc_getLCID(tvutil2::default_locale_name()));
-        return PRIMARYLANGID(id) == 0 ? kEnglish : with_default_sublanguage(id);
-    }();
+    static const LANGID language = tvutil2::language_of(locale_from_environment());
     return language;
 }
 

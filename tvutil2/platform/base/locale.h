@@ -4,8 +4,11 @@
 #include "tvutil2/platform/base/export.h"
 #include "tvutil2/platform/base/types.h"
 
+#include <string>
+#include <string_view>
+
 /// The language of the installation: from LC_ALL, LC_MESSAGES or LANG, the first that is set.
-/// 0x0409 (English) when that is none of the languages that have an id here.
+/// 0x0409 (English) when that is none of the languages that have an id here. Read once a process.
 TVUTIL_API LANGID GetSystemDefaultLangID();
 
 /// The calling thread's locale; GetSystemDefaultLangID until the thread sets one.
@@ -23,6 +26,13 @@ TVUTIL_API BOOL SetThreadLocale(LCID locale);
 }
 
 namespace tvutil2 {
+
+/// The language id of a host's locale name ("de_AT.UTF-8@euro"): a language without a country gets
+/// the likeliest country; 0x0409 for "C" and for what has no id.
+[[nodiscard]] TVUTIL_API LANGID language_of(std::string_view host);
+
+/// The same locale under the name that ICU knows it by ("sr_Latn_RS" for "sr_RS@latin").
+[[nodiscard]] TVUTIL_API std::string icu_locale_name(std::string_view host);
 
 /// The default locale under the name that ICU knows it by ("de_AT"); valid for the process's life.
 [[nodiscard]] const char* default_locale_name();
