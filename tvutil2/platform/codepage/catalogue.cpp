@@ -62,7 +62,18 @@ constexpr CatalogueRow kRows[] = {
     {51949, "EUC-KR", {{0xA1, 0xFE}}},
 };
 
+// The micro sign of the PC's pages is the one of Latin-1 on the platform, not the Greek letter.
+constexpr Difference kDifferences[] = {
+    {437, 0xE6, u'\u00B5'}, {852, 0xAA, u'\u00AC'}, {860, 0xE6, u'\u00B5'},
+    {861, 0xE6, u'\u00B5'}, {862, 0xE6, u'\u00B5'}, {863, 0xE6, u'\u00B5'},
+    {865, 0xE6, u'\u00B5'}, {869, 0x88, u'\u00B7'}, {869, 0xEF, u'\u0384'},
+};
+
 }  // namespace
+
+std::span<const Difference> differences() {
+    return kDifferences;
+}
 
 const CatalogueRow* find_row(UINT number) {
     const auto* const row =

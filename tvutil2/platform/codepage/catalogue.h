@@ -3,6 +3,8 @@
 
 #include "tvutil2/platform/base/types.h"
 
+#include <span>
+
 namespace tvutil2::codepage {
 
 /// Bytes that begin a two-byte character, both ends included; {0, 0} for none.
@@ -19,6 +21,16 @@ struct CatalogueRow {
     /// What a byte sequence without a character becomes.
     char16_t replacement = u'?';
 };
+
+/// A byte for which the platform's page has another character than the converter.
+struct Difference {
+    UINT number;
+    BYTE byte;
+    char16_t unit;
+};
+
+/// Where the converters of all pages differ from the platform.
+[[nodiscard]] std::span<const Difference> differences();
 
 /// The row of a page, or null. UTF-8 has none: it needs no table.
 [[nodiscard]] const CatalogueRow* find_row(UINT number);

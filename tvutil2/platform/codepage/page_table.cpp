@@ -74,6 +74,12 @@ PageTable::PageTable(const CatalogueRow& row, UConverter& converter)
     }
     for (const auto unit : m_single) add_inverse(converter, unit);
     for (const auto unit : m_double) add_inverse(converter, unit);
+    for (const auto& difference : differences()) {
+        if (difference.number != row.number) continue;
+        if (m_single[difference.byte] != kNoUnit) entry_of(m_single[difference.byte]) = kNoBytes;
+        m_single[difference.byte] = difference.unit;
+        entry_of(difference.unit) = difference.byte;
+    }
 }
 
 void PageTable::add_lead(UConverter& converter, BYTE lead) {
@@ -88,6 +94,16 @@ void PageTable::add_lead(UConverter& converter, BYTE lead) {
     }
 }
 
+// The way back of a unit, to be written.
+std::uint16_t& PageTable::entry_of(char16_t unit) {
+    auto& block = m_block_of[unit >> 8U];
+    if (block == 0) {
+        block = static_cast<std::uint16_t>(m_blocks.size() / 256);
+        m_blocks.resize(m_blocks.size() + 256, kNoBytes);
+    }
+    return m_blocks[static_cast<std::size_t>(block) * 256 + (unit & 0xFFU)];
+}
+
 // What the converter says of the unit, since several byte sequences can stand for one character and
 // only one of them is the way back.
 void PageTable::add_inverse(UConverter& converter, char16_t unit) {
@@ -96,16 +112,10 @@ void PageTable::add_inverse(UConverter& converter, char16_t unit) {
     UErrorCode status = U_ZERO_ERROR;
     const auto count = ucnv_fromUChars(&converter, bytes, 8, &unit, 1, &status);
     if (U_FAILURE(status) || count < 1 || count > 2) return;
-    auto& block = m_block_of[unit >> 8U];
-    if (block == 0) {
-        block = static_cast<std::uint16_t>(m_blocks.size() / 256);
-        m_blocks.resize(m_blocks.size() + 256, kNoBytes);
-    }
     const auto byte = [&bytes](int i) {
         return static_cast<unsigned int>(static_cast<BYTE>(bytes[i]));
     };
-    m_blocks[static_cast<std::size_t>(block) * 256 + (unit & 0xFFU)] =
-        static_cast<std::uint16_t>(count == 1 ? byte(0) : byte(0) << 8U | byte(1));
+    entry_of(unit) = static_cast<std::uint16_t>(count == 1 ? byte(0) : byte(0) << 8U | byte(1));
 }
 
 }  // namespace tvutil2::codepage

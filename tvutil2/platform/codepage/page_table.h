@@ -41,6 +41,7 @@ class PageTable {
   private:
     PageTable(const CatalogueRow& row, UConverter& converter);
     void add_lead(UConverter& converter, BYTE lead);
+    std::uint16_t& entry_of(char16_t unit);
     void add_inverse(UConverter& converter, char16_t unit);
 
     char16_t m_replacement;
