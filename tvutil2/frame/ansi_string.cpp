@@ -27,7 +27,11 @@ char* narrow_copy_of(const char16_t* text) {
     const auto convert = [text](char* out, int room) {
         return WideCharToMultiByte(CP_ACP, WC_COMPOSITECHECK, text, -1, out, room, "?", nullptr);
     };
-    const int size = convert(nullptr, 0);
+    // Most texts are short: one pass, and no more memory than they need.
+    char room[256];
+    int size = convert(room, sizeof room);
+    if (size > 0) return copy_of(room, static_cast<std::size_t>(size) - 1);
+    size = convert(nullptr, 0);
     if (size <= 0) return nullptr;
     char* const copy = new char[static_cast<std::size_t>(size)];
     convert(copy, size);

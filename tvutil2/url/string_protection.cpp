@@ -15,6 +15,7 @@
 
 #include <algorithm>
 #include <array>
+#include <climits>
 #include <cstring>
 #include <memory>
 #include <new>
@@ -48,16 +49,16 @@ void apply_cipher(const char* key_text, unsigned char* bytes, std::size_t size) 
 // The plain bytes of a text, with `more` bytes of room behind them. One block from the beginning:
 // growth would leave the secret in the old one.
 unsigned int put_plain_bytes(const CString& text, unsigned int more, CBuffer& out) {
-    const auto convert = [&text](char* to, int room) {
-        return WideCharToMultiByte(CP_ACP, WC_COMPOSITECHECK, text, -1, to, room, "?", nullptr);
-    };
-    const int with_zero = convert(nullptr, 0);
-    if (with_zero <= 0) throw std::bad_alloc();  // more bytes than a conversion can count
-    const auto size = static_cast<unsigned int>(with_zero);
-    unsigned char* const bytes = out.AppendSpace(std::max(size, size - 1 + more));
-    convert(reinterpret_cast<char*>(bytes), with_zero);
-    out.ConsumeEnd(out.Len() - (size - 1));
-    return size - 1;
+    constexpr std::size_t kMostForUnit = 3;  // in UTF-8; 2 in any other page
+    const auto most = (static_cast<std::size_t>(text.GetLength()) + 1) * kMostForUnit;
+    if (most > INT_MAX) throw std::bad_alloc();
+    const auto room = static_cast<unsigned int>(most);
+    auto* const bytes = reinterpret_cast<char*>(out.AppendSpace(room + more));
+    const int with_zero = WideCharToMultiByte(CP_ACP, WC_COMPOSITECHECK, text, -1, bytes,
+                                              static_cast<int>(room), "?", nullptr);
+    const auto size = static_cast<unsigned int>(with_zero - 1);
+    out.ConsumeEnd(out.Len() - size);
+    return size;
 }
 
 // The first live byte, to be written to.

@@ -22,8 +22,8 @@ constexpr char16_t kKeyVersion[] = u"5.3";
 constexpr char16_t kAuthMethod[] = u"AuthMethod";
 constexpr char16_t kPublicKeyMethod[] = u"11";
 
-bool is_key(const CString& key, const char16_t* name) {
-    return key.CompareNoCase(name) == 0;
+bool is_key(const CString& key, View name) {
+    return key.View().size() == name.size() && key.CompareNoCase(name.data()) == 0;
 }
 
 // The key text that secrets in URLs are protected under; nothing when the account can't be had.
@@ -123,8 +123,8 @@ class Reader {
         auto& items = m_info.m_mapParams;
         const bool is_agent = is_key(key, u"Agent");
         const bool is_user_key = is_key(key, u"UserKey");
-        for (const auto* const name : {u"Session", u"UserKey", u"Proxy", u"Agent"}) {
-            if (is_key(key, name)) items[name] = value;
+        for (const View name : {u"Session", u"UserKey", u"Proxy", u"Agent"}) {
+            if (is_key(key, name)) items[name.data()] = value;
         }
         if (is_user_key || (is_agent && value.Compare(u"0") != 0)) {
             items[kAuthMethod] = kPublicKeyMethod;

@@ -33,7 +33,11 @@ void append(std::u16string& text, char32_t c) {
 }  // namespace
 
 bool has_mark(std::u16string_view text) {
-    bool has_base = false;
+    // As a rule there is nothing that could be one, and looking at the units alone says so.
+    std::size_t first = 0;
+    while (first < text.size() && text[first] < kFirstMark) ++first;
+    bool has_base = first > 0;
+    text.remove_prefix(first);
     while (!text.empty()) {
         if (is_mark(take_front(text)) && has_base) return true;
         has_base = true;

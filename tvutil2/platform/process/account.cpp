@@ -13,6 +13,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
@@ -62,14 +63,57 @@ Account account_named(const std::string& name) {
     });
 }
 
-std::optional<std::u16string> user_name() {
-    const auto id = geteuid();
+// The last answer of the account database to one kind of question. An account keeps its name and
+// number for the life of a process, and asking costs a walk through a file or a word with a server;
+// a failure is an answer to nothing, and is asked again. Safe from any thread.
+template <class Question, class Answer>
+class LastAnswer {
+  public:
+    template <class Asked, class Ask>
+    std::optional<Answer> get(const Asked& question, Ask ask) {
+        const std::lock_guard guard(m_lock);
+        if (!m_answer || m_question != question) {
+            m_answer = ask();
+            m_question = Question(question);
+        }
+        return m_answer;
+    }
+
+  private:
+    std::mutex m_lock;
+    Question m_question{};
+    std::optional<Answer> m_answer;
+};
+
+std::optional<std::u16string> ask_user_name(uid_t id) {
     const auto account = account_of(id);
     if (account.error != 0) return fail_with(error_from_errno(account.error)), std::nullopt;
     return to_utf16_lossy(account.name.value_or(std::string(kNumericName) + std::to_string(id)));
 }
 
-std::u16string computer_name() {
+// Whether this process can never act for another account: it is nobody's deputy and not root.
+bool is_account_fixed() {
+    uid_t real = 0;
+    uid_t effective = 0;
+    uid_t saved = 0;
+    return getresuid(&real, &effective, &saved) == 0 && effective != 0 && real == effective &&
+           saved == effective;
+}
+
+// The user id that the process acts for; a system call only where it can change.
+uid_t user_id() {
+    static const std::optional<uid_t> fixed =
+        is_account_fixed() ? std::optional(geteuid()) : std::nullopt;
+    return fixed ? *fixed : geteuid();
+}
+
+std::optional<std::u16string> user_name() {
+    static auto* const last = new LastAnswer<uid_t, std::u16string>;
+    const auto id = user_id();
+    return last->get(id, [id] { return ask_user_name(id); });
+}
+
+std::u16string ask_computer_name() {
     char host[256] = {};
     if (gethostname(host, sizeof host - 1) != 0 || *host == 0) return u"LOCALHOST";
     auto name = to_utf16_lossy(std::string_view(host).substr(0, std::strcspn(host, ".")));
@@ -78,10 +122,17 @@ std::u16string computer_name() {
     return name;
 }
 
+// As the platform has it, the name that the machine had when it was first asked for.
+const std::u16string& computer_name() {
+    static const auto* const name = new std::u16string(ask_computer_name());
+    return *name;
+}
+
 std::string ansi(const std::u16string& text) {
     std::string out(text.size() * 4 + 1, '\0');
-    const int size = WideCharToMultiByte(CP_ACP, 0, text.data(), static_cast<int>(text.size()),
-                                         out.data(), static_cast<int>(out.size()), nullptr, nullptr);
+    const int size =
+        WideCharToMultiByte(CP_ACP, 0, text.data(), static_cast<int>(text.size()), out.data(),
+                            static_cast<int>(out.size()), nullptr, nullptr);
     out.resize(static_cast<std::size_t>(std::max(size, 0)));
     return out;
 }
@@ -100,7 +151,7 @@ std::optional<uid_t> numeric_id(std::string_view name) {
 }
 
 // The user id of an account of this machine; nothing, with the last error set, for others.
-std::optional<uid_t> find_account(std::u16string_view account, const std::u16string& computer) {
+std::optional<uid_t> ask_account(std::u16string_view account, const std::u16string& computer) {
     if (const auto slash = account.find(u'\\'); slash != std::u16string_view::npos) {
         const std::u16string domain(account.substr(0, slash));
         if (_wcsicmp(domain.c_str(), computer.c_str()) != 0) account = {};
@@ -117,6 +168,11 @@ std::optional<uid_t> find_account(std::u16string_view account, const std::u16str
         if (!entry.name && entry.error == 0) return id;
     }
     return fail_with(ERROR_NONE_MAPPED), std::nullopt;
+}
+
+std::optional<uid_t> find_account(std::u16string_view account, const std::u16string& computer) {
+    static auto* const last = new LastAnswer<std::u16string, uid_t>;
+    return last->get(account, [&] { return ask_account(account, computer); });
 }
 
 void write_sid(PSID out, const MachineNumber& machine, uid_t id) {
@@ -177,7 +233,7 @@ BOOL LookupAccountNameW(const char16_t* system, const char16_t* account, PSID si
     if (account == nullptr || sid_size == nullptr || domain_size == nullptr || use == nullptr) {
         return fail_with(ERROR_INVALID_PARAMETER);
     }
-    const auto computer = computer_name();
+    const auto& computer = computer_name();
     if (system != nullptr && *system != 0 && _wcsicmp(system, computer.c_str()) != 0) {
         return fail_with(ERROR_NONE_MAPPED);
     }

@@ -4,6 +4,10 @@
 // the rid is the user id. Protected strings are readable only under the identifier they were made
 // under, so it is the same at every call, or the call fails: never a makeshift that another day
 // would answer differently. All functions are safe from any thread.
+//
+// The account database is asked once for each account in turn, not at each call, and the machine's
+// name once in the life of the process. A process that can act for several accounts (root, a
+// set-user-id program) is looked at anew each time.
 #pragma once
 
 #include "tvutil2/platform/base/export.h"
