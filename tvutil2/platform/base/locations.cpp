@@ -1,31 +1,45 @@
 #include "tvutil2/platform/base/locations.h"
 
-#include <cerrno>
-#include <cstdlib>
-#include <vector>
-
 #include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
+#include <cstdlib>
+#include <vector>
+
 namespace tvutil2 {
 namespace {
 
-std::string environment(const char* name) {
-    const char* value = std::getenv(name);
-    return value != nullptr ? value : "";
+std::string without_trailing_slashes(const char* value) {
+    std::string path(value != nullptr ? value : "");
+    while (path.size() > 1 && path.back() == '/') path.pop_back();
+    return path;
+}
+
+// A folder that the environment names; empty unless it is absolute.
+std::string named_folder(const char* variable) {
+    auto path = without_trailing_slashes(std::getenv(variable));
+    return path.starts_with('/') ? path : std::string();
+}
+
+// A base folder of the person. The rules want a relative value passed over.
+std::string base_folder(const char* variable, const char* below_home) {
+    if (profile_root().empty()) {
+        if (auto folder = named_folder(variable); !folder.empty()) return folder;
+    }
+    const auto home = person_folder();
+    return (home == "/" ? "" : home) + below_home;
 }
 
 }  // namespace
 
 std::string profile_root() {
-    auto root = environment("TVUTIL_PROFILE");
-    while (root.size() > 1 && root.back() == '/') root.pop_back();
-    return root;
+    return without_trailing_slashes(std::getenv("TVUTIL_PROFILE"));
 }
 
 std::string home_folder() {
-    if (auto home = environment("HOME"); !home.empty()) return home;
+    if (auto home = named_folder("HOME"); !home.empty()) return home;
     std::vector<char> buffer(16384);
     passwd entry{};
     passwd* found = nullptr;
@@ -36,13 +50,31 @@ std::string home_folder() {
     return "/";
 }
 
+std::string person_folder() {
+    const auto root = profile_root();
+    return root.empty() ? home_folder() : root + "/home";
+}
+
+std::string config_folder() {
+    return base_folder("XDG_CONFIG_HOME", "/.config");
+}
+
+std::string data_folder() {
+    return base_folder("XDG_DATA_HOME", "/.local/share");
+}
+
+std::string cache_folder() {
+    return base_folder("XDG_CACHE_HOME", "/.cache");
+}
+
+std::string common_folder() {
+    const auto root = profile_root();
+    return root.empty() ? "/var/lib" : root + "/common";
+}
+
 std::string user_store() {
-    if (const auto root = profile_root(); !root.empty()) return root + "/user";
-    // The base directory rules: a relative value is to be passed over.
-    if (const auto data = environment("XDG_DATA_HOME"); data.starts_with('/')) {
-        return data + "/tvutil2";
-    }
-    return home_folder() + "/.local/share/tvutil2";
+    const auto root = profile_root();
+    return root.empty() ? data_folder() + "/tvutil2" : root + "/user";
 }
 
 std::string machine_store() {

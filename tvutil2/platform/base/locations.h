@@ -20,8 +20,21 @@ namespace tvutil2 {
 /// Folder of the machine's hive: DIR/machine, or /var/lib/tvutil2.
 [[nodiscard]] TVUTIL_API std::string machine_store();
 
-/// The person's home folder: $HOME, else what the account database says, else "/".
+/// The person's home folder: $HOME if it is absolute, else what the account database says, else
+/// "/".
 [[nodiscard]] TVUTIL_API std::string home_folder();
+
+/// Where a person's own files begin: DIR/home, or home_folder().
+[[nodiscard]] TVUTIL_API std::string person_folder();
+/// Base folders below it, after the XDG base directory rules: .config ($XDG_CONFIG_HOME),
+/// .local/share ($XDG_DATA_HOME) and .cache ($XDG_CACHE_HOME). A profile has them in DIR/home,
+/// whatever those variables say.
+[[nodiscard]] TVUTIL_API std::string config_folder();
+[[nodiscard]] TVUTIL_API std::string data_folder();
+[[nodiscard]] TVUTIL_API std::string cache_folder();
+
+/// Data of the whole machine: DIR/common, or /var/lib.
+[[nodiscard]] TVUTIL_API std::string common_folder();
 
 /// Creates a folder and its missing parents (mode 0777 less the umask; 0700 when `is_private`).
 /// False with errno set.
