@@ -254,6 +254,25 @@ void map_hit_std(benchmark::State& state) {
         i = (i + 7919) % kKeys;
     }
 }
+// The standard map with the same freedom: no string is built for a look-up.
+struct ViewHash {
+    using is_transparent = void;
+    std::size_t operator()(std::u16string_view text) const {
+        return std::hash<std::u16string_view>()(text);
+    }
+};
+using ViewMap = std::unordered_map<std::u16string, void*, ViewHash, std::equal_to<>>;
+
+void map_hit_view(benchmark::State& state) {
+    const auto all = keys(u"Sessions\\%08x\\%u");
+    ViewMap map;
+    for (const auto& key : all) map.emplace(key.GetString(), nullptr);
+    std::size_t i = 0;
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(map.find(std::u16string_view(all[i].GetString())));
+        i = (i + 7919) % kKeys;
+    }
+}
 void map_hit_qt(benchmark::State& state) {
     const auto all = keys(u"Sessions\\%08x\\%u");
     QHash<QString, void*> map;
@@ -283,6 +302,16 @@ void map_miss_std(benchmark::State& state) {
     std::size_t i = 0;
     for (auto _ : state) {
         benchmark::DoNotOptimize(map.find(others[i].GetString()));
+        i = (i + 7919) % kKeys;
+    }
+}
+void map_miss_view(benchmark::State& state) {
+    const auto others = keys(u"Sessions\\%08X-%u");
+    ViewMap map;
+    for (const auto& key : keys(u"Sessions\\%08x\\%u")) map.emplace(key.GetString(), nullptr);
+    std::size_t i = 0;
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(map.find(std::u16string_view(others[i].GetString())));
         i = (i + 7919) % kKeys;
     }
 }
@@ -351,9 +380,11 @@ BENCHMARK(format_real_ours)->Name("format three reals|ours");
 BENCHMARK(format_real_snprintf)->Name("format three reals|snprintf");
 BENCHMARK(map_hit_ours)->Name("map look-up, hit|ours");
 BENCHMARK(map_hit_std)->Name("map look-up, hit|std::unordered_map");
+BENCHMARK(map_hit_view)->Name("map look-up, hit|std::unordered_map, transparent");
 BENCHMARK(map_hit_qt)->Name("map look-up, hit|QHash");
 BENCHMARK(map_miss_ours)->Name("map look-up, miss|ours");
 BENCHMARK(map_miss_std)->Name("map look-up, miss|std::unordered_map");
+BENCHMARK(map_miss_view)->Name("map look-up, miss|std::unordered_map, transparent");
 BENCHMARK(map_miss_qt)->Name("map look-up, miss|QHash");
 BENCHMARK(map_insert_ours)->Name("map, 10000 inserts|ours");
 BENCHMARK(map_insert_std)->Name("map, 10000 inserts|std::unordered_map");
