@@ -1,23 +1,68 @@
 #include "tvutil2/platform/base/handle_table.h"
 
+#include <array>
+#include <atomic>
+#include <bit>
 #include <mutex>
-#include <shared_mutex>
 #include <vector>
 
 namespace tvutil2::handle_table {
 namespace {
 
-constexpr std::size_t kMaxHandles = std::size_t{1} << 24;
+constexpr std::uint32_t kMaxHandles = std::uint32_t{1} << 24;
+constexpr std::uint32_t kFirstChunk = 256;
 
-struct Slot {
-    std::shared_ptr<HandleObject> object;
+// A cache line of its own, with its own lock: threads that work with different handles never meet.
+struct alignas(64) Slot {
+    std::mutex lock;
     std::uint32_t generation = 1;
+    std::shared_ptr<HandleObject> object;
 };
 
-struct Table {
-    std::shared_mutex lock;
-    std::vector<Slot> slots;
-    std::vector<std::uint32_t> free_slots;
+// Slots stand in chunks, each as large as all before it and one more of the first, so that they
+// never move and a look-up needs no lock to get at one.
+class Table {
+  public:
+    // Null for an index that no handle ever had.
+    Slot* slot(std::uint32_t index) {
+        if (index >= kMaxHandles) return nullptr;
+        const auto number = index / kFirstChunk + 1;
+        const auto chunk = static_cast<unsigned>(std::bit_width(number)) - 1;
+        auto* const first = m_chunks[chunk].load(std::memory_order_acquire);
+        return first == nullptr ? nullptr : first + (index - start_of(chunk));
+    }
+
+    // The index of a slot that nobody has; kMaxHandles when there is none.
+    std::uint32_t take() {
+        const std::lock_guard guard(m_lock);
+        if (!m_free.empty()) {
+            const auto index = m_free.back();
+            m_free.pop_back();
+            return index;
+        }
+        if (m_used == kMaxHandles) return kMaxHandles;
+        if (slot(m_used) == nullptr) add_chunk();
+        return m_used++;
+    }
+
+    void give_back(std::uint32_t index) {
+        const std::lock_guard guard(m_lock);
+        m_free.push_back(index);
+    }
+
+  private:
+    static std::uint32_t start_of(unsigned chunk) { return kFirstChunk * ((1U << chunk) - 1); }
+
+    void add_chunk() {
+        const auto chunk = static_cast<unsigned>(std::bit_width(m_used / kFirstChunk + 1)) - 1;
+        m_free.reserve(start_of(chunk + 1));  // so that give_back() can't fail
+        m_chunks[chunk].store(new Slot[kFirstChunk << chunk], std::memory_order_release);
+    }
+
+    std::array<std::atomic<Slot*>, 17> m_chunks{};
+    std::mutex m_lock;
+    std::vector<std::uint32_t> m_free;
+    std::uint32_t m_used = 0;
 };
 
 // Never destroyed: handles are closed by static objects of other modules after ours are gone.
@@ -30,51 +75,52 @@ std::uintptr_t handle_value(std::uint32_t index, std::uint32_t generation) {
     return (static_cast<std::uintptr_t>(generation) << 32) | (index << 2U);
 }
 
-Slot* live_slot(Table& t, std::uintptr_t handle) {
-    const auto low = static_cast<std::uint32_t>(handle);
-    const auto index = low >> 2U;
-    if ((low & 3U) != 0 || index >= t.slots.size()) return nullptr;
-    auto& slot = t.slots[index];
-    return slot.object && slot.generation == handle >> 32U ? &slot : nullptr;
+std::uint32_t index_of(std::uintptr_t handle) {
+    return static_cast<std::uint32_t>(handle) >> 2U;
+}
+
+// The slot that a handle points at, be it live or not.
+Slot* slot_of(std::uintptr_t handle) {
+    return (handle & 3U) != 0 ? nullptr : table().slot(index_of(handle));
+}
+
+// With the slot's lock held.
+bool is_live(const Slot& slot, std::uintptr_t handle) {
+    return slot.object && slot.generation == handle >> 32U;
 }
 
 }  // namespace
 
 std::uintptr_t insert(std::shared_ptr<HandleObject> object) {
-    auto& t = table();
-    const std::unique_lock guard(t.lock);
-    std::uint32_t index = 0;
-    if (!t.free_slots.empty()) {
-        index = t.free_slots.back();
-        t.free_slots.pop_back();
-    } else if (t.slots.size() < kMaxHandles) {
-        index = static_cast<std::uint32_t>(t.slots.size());
-        t.slots.emplace_back();
-        t.free_slots.reserve(t.slots.capacity());  // so that remove() can't fail
-    } else {
+    const auto index = table().take();
+    if (index == kMaxHandles) {
         SetLastError(ERROR_TOO_MANY_OPEN_FILES);
         return 0;
     }
-    t.slots[index].object = std::move(object);
-    return handle_value(index, t.slots[index].generation);
+    auto& slot = *table().slot(index);
+    const std::lock_guard guard(slot.lock);
+    slot.object = std::move(object);
+    return handle_value(index, slot.generation);
 }
 
 std::shared_ptr<HandleObject> find(std::uintptr_t handle) {
-    auto& t = table();
-    const std::shared_lock guard(t.lock);
-    const auto* slot = live_slot(t, handle);
-    return slot != nullptr ? slot->object : nullptr;
+    auto* const slot = slot_of(handle);
+    if (slot == nullptr) return nullptr;
+    const std::lock_guard guard(slot->lock);
+    return is_live(*slot, handle) ? slot->object : nullptr;
 }
 
 std::shared_ptr<HandleObject> remove(std::uintptr_t handle, HandleKind kind) {
-    auto& t = table();
-    const std::unique_lock guard(t.lock);
-    auto* slot = live_slot(t, handle);
-    if (slot == nullptr || slot->object->kind() != kind) return nullptr;
-    auto object = std::move(slot->object);
-    slot->object = nullptr;
-    slot->generation = slot->generation == 0xFFFFFFFFU ? 1 : slot->generation + 1;
-    t.free_slots.push_back(static_cast<std::uint32_t>(handle) >> 2U);
+    auto* const slot = slot_of(handle);
+    if (slot == nullptr) return nullptr;
+    std::shared_ptr<HandleObject> object;
+    {
+        const std::lock_guard guard(slot->lock);
+        if (!is_live(*slot, handle) || slot->object->kind() != kind) return nullptr;
+        object.swap(slot->object);
+        slot->generation = slot->generation == 0xFFFFFFFFU ? 1 : slot->generation + 1;
+    }
+    table().give_back(index_of(handle));
     return object;
 }
 
