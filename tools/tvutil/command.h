@@ -1,12 +1,12 @@
 // What the commands of the program share: how they enter themselves, fail, and print.
 #pragma once
 
+#include <CLI/CLI.hpp>
+#include <nlohmann/json.hpp>
+
 #include <functional>
 #include <string>
 #include <string_view>
-
-#include <CLI/CLI.hpp>
-#include <nlohmann/json.hpp>
 
 namespace tool {
 
@@ -45,6 +45,9 @@ void add_json_flag(CLI::App& command, bool& flag);
 
 /// Prints a line on standard output.
 void print(std::string_view line);
+inline void print(const std::string& line) {
+    print(std::string_view(line));
+}
 void print(const nlohmann::ordered_json& value);
 
 /// "what: the system's text for the error (code)".
