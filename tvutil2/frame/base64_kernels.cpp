@@ -35,7 +35,9 @@ constexpr auto kPairs = [] {
 std::size_t encode(const unsigned char* from, std::size_t size, char16_t* to) {
     std::size_t taken = 0;
     for (; size - taken >= 3; taken += 3, from += 3, to += 4) {
-        const unsigned int group = from[0] << 16U | from[1] << 8U | from[2];
+        const unsigned int first = from[0];
+        const unsigned int second = from[1];
+        const unsigned int group = first << 16U | second << 8U | from[2];
         const Pair high = kPairs[group >> 12U];
         const Pair low = kPairs[group & 0xFFFU];
         to[0] = high.first;
