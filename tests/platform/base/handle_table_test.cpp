@@ -41,10 +41,9 @@ TEST(HandleTable, AClosedHandleStaysVoidThoughItsPlaceIsUsedAgain) {
 TEST(HandleTable, InventedHandlesAreRefused) {
     auto* const live = new_event();
     const auto value = reinterpret_cast<std::uintptr_t>(live);
-    for (const auto invented :
-         {std::uintptr_t{0}, ~std::uintptr_t{0}, value + 1, value + 2,
-          value ^ (std::uintptr_t{1} << 32), value & 0xFFFFFFFF, value | 0xFFFFFFFC,
-          value + 4 * 100000, std::uintptr_t{0x80000001}}) {
+    for (const auto invented : {std::uintptr_t{0}, ~std::uintptr_t{0}, value + 1, value + 2,
+                                value ^ (std::uintptr_t{1} << 32), value & 0xFFFFFFFF,
+                                value | 0xFFFFFFFC, value + 400000, std::uintptr_t{0x80000001}}) {
         EXPECT_FALSE(SetEvent(reinterpret_cast<HANDLE>(invented))) << std::hex << invented;
         EXPECT_FALSE(CloseHandle(reinterpret_cast<HANDLE>(invented))) << std::hex << invented;
     }

@@ -26,8 +26,7 @@ class Table {
     // Null for an index that no handle ever had.
     Slot* slot(std::uint32_t index) {
         if (index >= kMaxHandles) return nullptr;
-        const auto number = index / kFirstChunk + 1;
-        const auto chunk = static_cast<unsigned>(std::bit_width(number)) - 1;
+        const auto chunk = chunk_of(index);
         auto* const first = m_chunks[chunk].load(std::memory_order_acquire);
         return first == nullptr ? nullptr : first + (index - start_of(chunk));
     }
@@ -51,12 +50,15 @@ class Table {
     }
 
   private:
+    static unsigned chunk_of(std::uint32_t index) {
+        return 31U - static_cast<unsigned>(std::countl_zero(index / kFirstChunk + 1));
+    }
     static std::uint32_t start_of(unsigned chunk) { return kFirstChunk * ((1U << chunk) - 1); }
 
     void add_chunk() {
-        const auto chunk = static_cast<unsigned>(std::bit_width(m_used / kFirstChunk + 1)) - 1;
-        m_free.reserve(start_of(chunk + 1));  // so that give_back() can't fail
-        m_chunks[chunk].store(new Slot[kFirstChunk << chunk], std::memory_order_release);
+        const auto size = m_used + kFirstChunk;
+        m_free.reserve(m_used + size);  // so that give_back() can't fail
+        m_chunks[chunk_of(m_used)].store(new Slot[size], std::memory_order_release);
     }
 
     std::array<std::atomic<Slot*>, 17> m_chunks{};
