@@ -159,7 +159,7 @@ TEST(Names, Enumeration) {
 }
 
 std::string folder_with_tree() {
-    const auto folder = new_folder();
+    auto folder = new_folder();
     fs::create_directories(folder + "/from/sub/deep");
     fs::create_directory(folder + "/from/empty");
     fs::create_directory(folder + "/outside");

@@ -2,7 +2,7 @@
 
 #include "tvutil2/framework/collections.h"
 
-int ArgumentSplit(CString args, CStringList& out, CString first) {
+int ArgumentSplit(const CString& args, CStringList& out, const CString& first) {
     if (!first.IsEmpty()) out.AddTail(first);
     CString token;
     bool in_quote = false;

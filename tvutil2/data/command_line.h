@@ -10,4 +10,4 @@ class CStringList;
 /// it, or outside, a backslash makes the next quote or backslash a plain one. A backslash in front
 /// of anything else is dropped, and goes on waiting for the next quote, backslash or unquoted
 /// blank.
-TVUTIL_API int ArgumentSplit(CString args, CStringList& out, CString first);
+TVUTIL_API int ArgumentSplit(const CString& args, CStringList& out, const CString& first);

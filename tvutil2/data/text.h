@@ -9,8 +9,8 @@ class CStringList;
 
 namespace tvutil2 {
 
-/// A string of the library's own resources, in the language of the calling thread; empty when
-/// there is none of that id.
+/// A string of the library's own resources, in the language of the calling thread; "??" when there
+/// is none of that id.
 [[nodiscard]] TVUTIL_API CString library_string(UINT id);
 
 }  // namespace tvutil2
@@ -23,7 +23,7 @@ template <class... Arguments>
     return text;
 }
 
-/// The same with a format string from the library's resources; empty text when there is none.
+/// The same with a format string from the library's resources; "??" when there is none.
 template <class... Arguments>
 [[nodiscard]] CString csFmt(UINT id, const Arguments&... arguments) {
     return csFmt(tvutil2::library_string(id).GetString(), arguments...);
@@ -32,11 +32,11 @@ template <class... Arguments>
 /// Appends the parts of `text` between whole occurrences of `delimiter` to `out` and gives their
 /// number. Occurrences in a row, and at the ends, make no empty parts. An empty or null delimiter
 /// parts nothing.
-TVUTIL_API int StrTok(CStringArray& out, CString text, const char16_t* delimiter);
+TVUTIL_API int StrTok(CStringArray& out, const CString& text, const char16_t* delimiter);
 
 /// Digits with a comma between each three, counted from the right: "1234567" gives "1,234,567". A
 /// sign in front stays in front and doesn't count.
-TVUTIL_API CString GetNumberFormatByComma(CString digits);
+TVUTIL_API CString GetNumberFormatByComma(const CString& digits);
 
 /// Empties `to`, then copies every element in order. A list copied to itself stays as it is.
 TVUTIL_API void TvCopyStringList(CStringList* from, CStringList* to);

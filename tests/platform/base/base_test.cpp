@@ -137,6 +137,7 @@ TEST(HandleTable, ClosedHandlesStayClosedUnderContention) {
     CloseHandle(CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, 0, nullptr));
     std::atomic<int> wrong{0};
     std::vector<std::thread> threads;
+    threads.reserve(4);
     for (int t = 0; t < 4; ++t) {
         threads.emplace_back([&] {
             std::set<HANDLE> closed;

@@ -202,6 +202,7 @@ TEST_F(LargeFolder, ChildAndParentEachSeeAllChanges) {
 TEST_F(LargeFolder, ManyThreadsMakeFilesAtOnce) {
     std::atomic<int> wrong{0};
     std::vector<std::thread> threads;
+    threads.reserve(4);
     for (int t = 0; t < 4; ++t) {
         threads.emplace_back([this, t, &wrong] {
             for (int i = 0; i < 200; ++i) {

@@ -70,7 +70,7 @@ std::string tree(const std::string& folder) {
 
 // a/ with a file, a folder, and links that must not be followed; and what the links lead to.
 std::string folder_with_tree() {
-    const auto folder = new_folder();
+    auto folder = new_folder();
     fs::create_directories(folder + "/a/sub");
     fs::create_directory(folder + "/outside");
     write_file(folder + "/outside/kept", "kept");

@@ -21,6 +21,12 @@ struct CloseFolder {
     void operator()(DIR* folder) const { closedir(folder); }
 };
 
+std::string path_in(const std::string& folder, std::string_view name) {
+    auto path = folder + "/";
+    path += name;
+    return path;
+}
+
 // All names, whatever their bytes, but "." and "..". False with errno set.
 bool read_names(int folder, std::vector<std::string>& names) {
     Descriptor copy(openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
@@ -143,12 +149,11 @@ class TreeRemoval {
 }  // namespace
 
 std::string entry_of(const std::string& folder, std::string_view name) {
-    auto path = folder + "/";
-    path += name;
+    auto path = path_in(folder, name);
     struct stat info {};
     if (lstat(path.c_str(), &info) == 0) return path;
     const auto other = find_without_case(folder, name);
-    return other ? folder + "/" + *other : path;
+    return other ? path_in(folder, *other) : path;
 }
 
 void TreeWork::fail() {
@@ -168,7 +173,7 @@ void TreeWork::copy_folder(const std::string& from, const std::string& to, const
         fail_at(to);
         return fail();
     }
-    for (const auto& name : names) copy(from + "/" + name, entry_of(to, name));
+    for (const auto& name : names) copy(path_in(from, name), entry_of(to, name));
     // Last, since a folder may be closed to writing and each new name sets its time.
     const Descriptor folder(open(to.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (!is_taken && (!folder || !keep_times_and_mode(folder.get(), info))) fail();
@@ -199,7 +204,7 @@ void TreeWork::merge(const std::string& from, const std::string& to) {
         fail_at(from);
         return fail();
     }
-    for (const auto& name : names) move(from + "/" + name, entry_of(to, name));
+    for (const auto& name : names) move(path_in(from, name), entry_of(to, name));
     // Holds what failed or was declined, which has its own report.
     if (rmdir(from.c_str()) != 0 && errno != ENOTEMPTY && errno != EEXIST) {
         fail_at(from);

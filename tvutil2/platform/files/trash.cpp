@@ -76,7 +76,11 @@ bool reserve(const std::string& path, Place& place) {
     }
     for (unsigned attempt = 1; attempt < 100; ++attempt) {
         const auto name = candidate(name_in(path), attempt);
-        place = {trash + "/files/" + name, trash + "/info/" + name + ".trashinfo"};
+        place.file = trash + "/files/";
+        place.file += name;
+        place.information = trash + "/info/";
+        place.information += name;
+        place.information += ".trashinfo";
         const Descriptor file(
             open(place.information.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
         if (!file) {
