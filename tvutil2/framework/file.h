@@ -138,4 +138,6 @@ class TVUTIL_API CStdioFile : public CFile {
     void write_text(std::string_view text);
 
     bool m_is_text = true;
+    char* m_line = nullptr;  ///< the line that ReadString reads, as getline() grows it
+    std::size_t m_line_room = 0;
 };

@@ -55,17 +55,6 @@ DWORD stream_error(HANDLE file) {
     return file == CFile::hFileNull ? tvutil2::error_from_errno(errno) : GetLastError();
 }
 
-// A line as getline() grows it.
-struct LineBuffer {
-    LineBuffer() = default;
-    ~LineBuffer() { std::free(text); }
-    LineBuffer(const LineBuffer&) = delete;
-    LineBuffer& operator=(const LineBuffer&) = delete;
-
-    char* text = nullptr;
-    std::size_t room = 0;
-};
-
 }  // namespace
 
 CStdioFile::CStdioFile(std::FILE* stream, UINT type)
@@ -80,6 +69,7 @@ CStdioFile::CStdioFile(const char16_t* path, UINT flags) {
 
 CStdioFile::~CStdioFile() {
     if (m_is_closed_at_end && m_pStream != nullptr) std::fclose(m_pStream);
+    std::free(m_line);
 }
 
 BOOL CStdioFile::Open(const char16_t* path, UINT flags, CFileException* error) {
@@ -157,14 +147,13 @@ void CStdioFile::Flush() {
 }
 
 BOOL CStdioFile::ReadString(CString& line) {
-    LineBuffer buffer;
-    const auto size = getline(&buffer.text, &buffer.room, stream());
+    const auto size = getline(&m_line, &m_line_room, stream());
     if (size < 0) {
         if (std::ferror(m_pStream) != 0) fail_stream();
         line.Empty();
         return FALSE;
     }
-    std::string_view text(buffer.text, static_cast<std::size_t>(size));
+    std::string_view text(m_line, static_cast<std::size_t>(size));
     if (text.ends_with('\n')) {
         text.remove_suffix(1);
         if (m_is_text && text.ends_with('\r')) text.remove_suffix(1);
