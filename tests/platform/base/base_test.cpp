@@ -1,8 +1,7 @@
-// The small rooms of the base: texts, UTF, handles, locale, clock.
+// The small rooms of the base: texts, UTF, handles, clock.
 #include "tvutil2/platform/base/clock.h"
 #include "tvutil2/platform/base/handle_table.h"
 #include "tvutil2/platform/base/last_error.h"
-#include "tvutil2/platform/base/locale.h"
 #include "tvutil2/platform/base/utf.h"
 #include "tvutil2/platform/base/wide_text.h"
 #include "tvutil2/platform/files/files.h"
@@ -10,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <cerrno>
 #include <cstdlib>
 #include <limits>
 #include <set>
@@ -158,39 +158,6 @@ TEST(HandleTable, ClosedHandlesStayClosedUnderContention) {
     for (const auto value : {0, 1, 3, 4, -1, -4}) {
         EXPECT_FALSE(CloseHandle(reinterpret_cast<HANDLE>(static_cast<std::intptr_t>(value))));
     }
-}
-
-TEST(Locale, LanguageComesFromTheEnvironment) {
-    // The installation's language is fixed at its first use, so each is asked in a process of its
-    // own.
-    const struct {
-        const char* all;
-        const char* messages;
-        const char* lang;
-        LANGID language;
-    } cases[] = {
-        {"ko_KR.UTF-8", "de_DE", "fr_FR", 0x0412},
-        {"", "de_AT@euro", "fr_FR", 0x0C07},
-        {"", "", "ja_JP.UTF-8", 0x0411},
-        {"", "", "", 0x0409},
-        {"C", "", "de_DE", 0x0409},
-        {"", "", "xx_YY", 0x0409},
-    };
-    for (const auto& c : cases) {
-        EXPECT_EXIT(
-            {
-                setenv("LC_ALL", c.all, 1);
-                setenv("LC_MESSAGES", c.messages, 1);
-                setenv("LANG", c.lang, 1);
-                std::exit(GetSystemDefaultLangID() == c.language ? 0 : 1);
-            },
-            testing::ExitedWithCode(0), "")
-            << c.all << c.messages << c.lang;
-    }
-    EXPECT_TRUE(SetThreadLocale(0x0412));
-    EXPECT_FALSE(SetThreadLocale(0x10000));
-    EXPECT_EQ(GetThreadLocale(), 0x0412U);
-    std::thread([] { EXPECT_EQ(GetThreadLocale(), GetSystemDefaultLangID()); }).join();
 }
 
 TEST(Clock, StopsAndCounts) {

@@ -115,8 +115,11 @@ TEST(HostPath, ExactlyFirstAndWithoutCaseSecond) {
         {u"\\SUB\\New\\FILE", "/Sub/New/FILE"},
         {u"\\sub\\file.txt\\x", "/Sub/File.txt/x"},
     };
-    for (const auto& c : cases) EXPECT_EQ(mapped(base + c.path), folder + c.expected);
-    EXPECT_EQ(host_path(base + u"\\sub\\FILE.txt", tvutil2::LastPart::as_written),
+    for (const auto& c : cases) {
+        EXPECT_EQ(mapped(base + c.path), folder + c.expected);
+        EXPECT_EQ(host_path(base + c.path, tvutil2::Lookup::likely_new), folder + c.expected);
+    }
+    EXPECT_EQ(host_path(base + u"\\sub\\FILE.txt", tvutil2::Lookup::last_as_written),
               folder + "/Sub/FILE.txt");
 }
 

@@ -84,6 +84,11 @@ std::atomic<unsigned> g_forks{0};
 [[maybe_unused]] const int g_counts_forks =
     pthread_atfork(nullptr, nullptr, [] { g_forks.fetch_add(1, std::memory_order_relaxed); });
 
+bool is_better(std::string_view name, const std::optional<std::string>& best,
+               std::string_view exact) {
+    return !best || name == exact || (*best != exact && name < *best);
+}
+
 class Names {
   public:
     void add(std::u16string key, std::string_view name) {
@@ -97,12 +102,14 @@ class Names {
             std::find_if(first, last, [name](const auto& entry) { return entry.second == name; });
         if (found != last) m_names.erase(found);
     }
-    [[nodiscard]] std::optional<std::string> find(const std::u16string& key) const {
+    [[nodiscard]] std::optional<std::string> find(const std::u16string& key,
+                                                  std::string_view exact) const {
         const auto [first, last] = m_names.equal_range(key);
-        if (first == last) return std::nullopt;
-        return std::min_element(first, last,
-                                [](const auto& a, const auto& b) { return a.second < b.second; })
-            ->second;
+        std::optional<std::string> best;
+        for (auto entry = first; entry != last; ++entry) {
+            if (is_better(entry->second, best, exact)) best = entry->second;
+        }
+        return best;
     }
     [[nodiscard]] std::size_t size() const { return m_names.size(); }
 
@@ -247,7 +254,7 @@ std::optional<std::string> find_without_case(const std::string& folder, std::str
     {
         const std::lock_guard guard(shared.lock);
         if (const auto* names = shared.folders.find({info.st_dev, info.st_ino})) {
-            return names->find(*key);
+            return names->find(*key, name);
         }
     }
     const OpenFolder entries(opendir(path));
@@ -256,7 +263,7 @@ std::optional<std::string> find_without_case(const std::string& folder, std::str
     std::size_t count = 0;
     for_each_name(entries, [&](const std::u16string& candidate, std::string_view host_name) {
         ++count;
-        if (candidate == *key && (!best || host_name < *best)) best = host_name;
+        if (candidate == *key && is_better(host_name, best, name)) best = host_name;
     });
     if (count >= kWorthKeeping && changes_are_local(entries)) {
         const std::lock_guard guard(shared.lock);

@@ -14,8 +14,9 @@
 
 namespace tvutil2 {
 
-/// The entry of a host folder ("" is the root) that equals a name without regard to case: the first
-/// in byte order, so that the answer doesn't hang on the order of the directory. Names that the
+/// The entry of a host folder ("" is the root) that equals a name: exactly if there is one, else
+/// without regard to case, the first in byte order, so that the answer doesn't hang on the order of
+/// the directory. Names that the
 /// platform can't express are never found. `is_there`, if given, tells whether the folder is a
 /// folder at all. Safe from any thread.
 [[nodiscard]] std::optional<std::string> find_without_case(const std::string& folder,

@@ -110,19 +110,19 @@ bool exists(const std::string& path) {
 }
 
 // Each part exactly first and without regard to case second; from the first one that isn't there
-// on, all as written. The whole as written is known to be missing.
+// on, all as written. The whole as written is missing, or at least expected to be.
 std::string found_part_by_part(std::string folder, std::span<const std::string_view> parts,
-                               LastPart last) {
+                               Lookup lookup) {
     // Most of what is missing is a new name in a folder that is there.
     auto parent = joined(folder, parts.first(parts.size() - 1));
     bool has_parent = false;
-    if (last == LastPart::as_written) {
+    if (lookup == Lookup::last_as_written) {
         has_parent = exists(parent);
     } else if (const auto other = find_without_case(parent, parts.back(), &has_parent)) {
         return parent + "/" + *other;
     }
     if (has_parent) return joined(std::move(parent), parts.last(1));
-    while (!parts.empty() && (parts.size() > 1 || last == LastPart::found)) {
+    while (!parts.empty() && (parts.size() > 1 || lookup != Lookup::last_as_written)) {
         auto next = joined(folder, parts.first(1));
         if (!exists(next)) {
             const auto other = find_without_case(folder, parts.front());
@@ -137,7 +137,7 @@ std::string found_part_by_part(std::string folder, std::span<const std::string_v
 
 }  // namespace
 
-std::optional<std::string> host_path(std::u16string_view path, LastPart last) {
+std::optional<std::string> host_path(std::u16string_view path, Lookup lookup) {
     if (path.empty()) {
         SetLastError(ERROR_PATH_NOT_FOUND);
         return std::nullopt;
@@ -160,8 +160,9 @@ std::optional<std::string> host_path(std::u16string_view path, LastPart last) {
 
     auto whole = joined(start, parts);
     if (whole.empty()) return "/";
-    if (parts.empty() || exists(whole)) return whole;
-    return found_part_by_part(std::move(start), parts, last);
+    if (parts.empty() || lookup == Lookup::none) return whole;
+    if (lookup != Lookup::likely_new && exists(whole)) return whole;
+    return found_part_by_part(std::move(start), parts, lookup);
 }
 
 std::optional<std::u16string> platform_path(std::string_view host) {

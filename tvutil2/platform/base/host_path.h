@@ -15,9 +15,13 @@
 
 namespace tvutil2 {
 
-/// How the last part of a path is taken: a rename that changes nothing but case wants it as it was
-/// written.
-enum class LastPart { found, as_written };
+/// How far a path is looked up on the disk.
+enum class Lookup {
+    all,
+    likely_new,       ///< the same answer, sooner for a name that is about to be made
+    last_as_written,  ///< all but the last part: for a rename that changes nothing but case
+    none,             ///< as written: what is there under that path is what a look-up would find
+};
 
 /// The absolute host path that a platform path names. What exists is found exactly first and
 /// without regard to case second, part by part; parts that don't exist are taken as written.
@@ -25,7 +29,7 @@ enum class LastPart { found, as_written };
 /// valid UTF-16 or holds a NUL (ERROR_INVALID_NAME), a drive that isn't mapped or a relative path
 /// in a current folder that is gone (ERROR_PATH_NOT_FOUND), or a network path (ERROR_BAD_NETPATH).
 [[nodiscard]] TVUTIL_API std::optional<std::string> host_path(std::u16string_view path,
-                                                              LastPart last = LastPart::found);
+                                                              Lookup lookup = Lookup::all);
 
 /// The platform path of an absolute host path, below the mapped drive that covers most of it, else
 /// below "C:". Nothing when it isn't valid UTF-8 or a part of it holds a backslash.

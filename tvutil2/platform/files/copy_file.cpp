@@ -1,4 +1,5 @@
 // CopyFileW.
+#include "tvutil2/platform/base/host_path.h"
 #include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/files/files.h"
 #include "tvutil2/platform/files/host_files.h"
@@ -154,18 +155,46 @@ bool copy_over(int from, const struct stat& info, const std::string& name) {
     return false;
 }
 
+bool copy_opened(int source, const struct stat& info, const std::string& to, bool fail_if_exists) {
+    Descriptor target(
+        open(to.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOCTTY, info.st_mode & 0777));
+    if (target) return copy_to_new(source, info, to, std::move(target));
+    if (errno != EEXIST) return fail_at(to);
+    if (fail_if_exists) return fail_with(ERROR_FILE_EXISTS);
+    return copy_over(source, info, to);
+}
+
+// Under its exact name first, which needs no look-up.
+Descriptor open_source_of(const char16_t* path, struct stat& info) {
+    const auto written = host_path_of(path, Lookup::none);
+    if (!written) return {};
+    auto source = open_source(*written, info);
+    if (source ||
+        (GetLastError() != ERROR_FILE_NOT_FOUND && GetLastError() != ERROR_PATH_NOT_FOUND)) {
+        return source;
+    }
+    const auto found = host_path_of(path);
+    return found ? open_source(*found, info) : Descriptor();
+}
+
+bool copy_platform_link(const char16_t* from, const char16_t* to, bool fail_if_exists) {
+    const auto source = host_path_of(from);
+    const auto target = source ? host_path_of(to) : std::nullopt;
+    return target && copy_host_link(*source, *target, fail_if_exists);
+}
+
+bool is_link(const char16_t* path) {
+    const auto attributes = GetFileAttributesW(path);
+    return attributes != INVALID_FILE_ATTRIBUTES &&
+           (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+}
+
 }  // namespace
 
 bool copy_host_file(const std::string& from, const std::string& to, bool fail_if_exists) {
     struct stat info {};
     const auto source = open_source(from, info);
-    if (!source) return false;
-    Descriptor target(
-        open(to.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOCTTY, info.st_mode & 0777));
-    if (target) return copy_to_new(source.get(), info, to, std::move(target));
-    if (errno != EEXIST) return fail_at(to);
-    if (fail_if_exists) return fail_with(ERROR_FILE_EXISTS);
-    return copy_over(source.get(), info, to);
+    return source && copy_opened(source.get(), info, to, fail_if_exists);
 }
 
 bool copy_host_link(const std::string& from, const std::string& to, bool fail_if_exists) {
@@ -186,14 +215,13 @@ BOOL CopyFileW(const char16_t* from, const char16_t* to, BOOL fail_if_exists) {
 
 BOOL CopyFileExW(const char16_t* from, const char16_t* to, void* /*progress*/, void* /*data*/,
                  BOOL* /*cancel*/, DWORD flags) {
-    const auto source = tvutil2::host_path_of(from);
-    const auto target = source ? tvutil2::host_path_of(to) : std::nullopt;
-    if (!target) return FALSE;
     const bool fail_if_exists = (flags & COPY_FILE_FAIL_IF_EXISTS) != 0;
-    struct stat info {};
-    if ((flags & COPY_FILE_COPY_SYMLINK) != 0 && lstat(source->c_str(), &info) == 0 &&
-        S_ISLNK(info.st_mode)) {
-        return tvutil2::copy_host_link(*source, *target, fail_if_exists);
+    if ((flags & COPY_FILE_COPY_SYMLINK) != 0 && tvutil2::is_link(from)) {
+        return tvutil2::copy_platform_link(from, to, fail_if_exists);
     }
-    return tvutil2::copy_host_file(*source, *target, fail_if_exists);
+    struct stat info {};
+    const auto source = tvutil2::open_source_of(from, info);
+    const auto target =
+        source ? tvutil2::host_path_of(to, tvutil2::Lookup::likely_new) : std::nullopt;
+    return target && tvutil2::copy_opened(source.get(), info, *target, fail_if_exists);
 }

@@ -172,7 +172,7 @@ BOOL MoveFileExW(const char16_t* from, const char16_t* to, DWORD flags) {
     if (!target) return FALSE;
     // Found as itself: then what is wanted is another writing of its name.
     if (*source == *target) {
-        target = tvutil2::host_path(to, tvutil2::LastPart::as_written);
+        target = tvutil2::host_path(to, tvutil2::Lookup::last_as_written);
         if (!target) return FALSE;
         struct stat info {};
         if (*source == *target) return lstat(source->c_str(), &info) == 0 || fail_at(*source);

@@ -51,8 +51,8 @@ bool fail_at(const std::string& path) {
                                                              : ERROR_PATH_NOT_FOUND);
 }
 
-std::optional<std::string> host_path_of(const char16_t* path) {
-    return host_path(path != nullptr ? std::u16string_view(path) : std::u16string_view());
+std::optional<std::string> host_path_of(const char16_t* path, Lookup lookup) {
+    return host_path(path != nullptr ? std::u16string_view(path) : std::u16string_view(), lookup);
 }
 
 bool keep_times_and_mode(int target, const struct stat& source) {

@@ -1,6 +1,7 @@
 // What the rooms of files share: descriptors, attributes, errors of host paths.
 #pragma once
 
+#include "tvutil2/platform/base/host_path.h"
 #include "tvutil2/platform/base/types.h"
 
 #include <optional>
@@ -50,7 +51,8 @@ class Descriptor {
 bool fail_at(const std::string& path);
 
 /// host_path of zero-terminated text; null is ERROR_PATH_NOT_FOUND.
-[[nodiscard]] std::optional<std::string> host_path_of(const char16_t* path);
+[[nodiscard]] std::optional<std::string> host_path_of(const char16_t* path,
+                                                      Lookup lookup = Lookup::all);
 
 /// Host forms of the functions in files.h: false with the last error set.
 bool copy_host_file(const std::string& from, const std::string& to, bool fail_if_exists);

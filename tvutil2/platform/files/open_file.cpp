@@ -149,7 +149,8 @@ HANDLE CreateFileW(const char16_t* path, DWORD access, DWORD sharing,
     using namespace tvutil2;
     const DWORD rights = without_generic(access);
     if (!is_sound(disposition, rights, flags_and_attributes)) return INVALID_HANDLE_VALUE;
-    const auto host = host_path_of(path);
+    const auto host =
+        host_path_of(path, disposition == CREATE_NEW ? Lookup::likely_new : Lookup::all);
     if (!host) return INVALID_HANDLE_VALUE;
     auto file = open_file({*host, rights, sharing, disposition, flags_and_attributes});
     if (!file) return INVALID_HANDLE_VALUE;

@@ -167,7 +167,7 @@ class ShellOperation {
         auto target = host_path(m_targets[0]);
         // Found as itself: then what is wanted is another writing of the name.
         if (target && *target == m_sources[0]) {
-            target = host_path(m_targets[0], LastPart::as_written);
+            target = host_path(m_targets[0], Lookup::last_as_written);
         }
         if (!target) return m_work.fail();
         struct stat info {};
