@@ -4,6 +4,7 @@
 #include "tvutil2/platform/base/wide_text.h"
 #include "tvutil2/platform/process/message_box.h"
 #include "tvutil2/platform/process/modules.h"
+#include "tvutil2/platform/resource/resource.h"
 
 #include <algorithm>
 #include <mutex>
@@ -134,4 +135,18 @@ int AfxMessageBox(const char16_t* text, UINT type, UINT /*help*/) {
     const bool is_named = app != nullptr && app->m_pszAppName != nullptr;
     return MessageBoxW(nullptr, text, is_named ? app->m_pszAppName : executable_name().c_str(),
                        with_icon(type));
+}
+
+HINSTANCE AfxFindResourceHandle(const char16_t* name, const char16_t* type) {
+    const auto own = AfxGetResourceHandle();
+    if (FindResourceW(own, name, type) != nullptr) return own;
+    std::vector<HMODULE> others;
+    {
+        const std::lock_guard guard(state().lock);
+        for (const auto* library : state().chain) others.push_back(library->m_hModule);
+    }
+    const auto found = std::find_if(others.rbegin(), others.rend(), [&](HMODULE module) {
+        return FindResourceW(module, name, type) != nullptr;
+    });
+    return found != others.rend() ? *found : own;
 }

@@ -56,6 +56,16 @@ class NoSignals {
     sigset_t m_before{};
 };
 
+// No fork handlers: they belong to people who mean to go on in the child. The thread sanitizer has
+// one of its own, without which it can't run there.
+pid_t fork_bare() {
+#if defined(__SANITIZE_THREAD__)
+    return fork();
+#else
+    return _Fork();
+#endif
+}
+
 struct Program {
     const char* file;
     char* const* arguments;
@@ -101,7 +111,7 @@ void restore_signals() {
 // The program's parent: gone at once, so that the program is nobody's child.
 [[noreturn]] void parent_of(const Program& program, int pipe) {
     setsid();
-    const auto child = _Fork();
+    const auto child = fork_bare();
     if (child == 0) become(program, pipe);
     if (child < 0) report_and_exit(pipe, errno);
     _exit(0);
@@ -117,7 +127,7 @@ int start(const Program& program) {
     int fork_error = 0;
     {
         const NoSignals quiet;
-        parent = _Fork();
+        parent = fork_bare();
         if (parent == 0) parent_of(program, writer.get());
         fork_error = errno;
     }

@@ -23,11 +23,23 @@
 namespace tvutil2 {
 namespace {
 
+// What one thread's load has written of a module another thread reads, and the host's loader keeps
+// its own order to itself. Recursive: loading runs the module's code, which may load another one.
+std::recursive_mutex& loader_lock() {
+    static auto* const lock = new std::recursive_mutex;
+    return *lock;
+}
+
 class LoaderHandle {
   public:
-    LoaderHandle(const char* file, int flags) : m_handle(dlopen(file, flags)) {}
+    LoaderHandle(const char* file, int flags) {
+        const std::lock_guard guard(loader_lock());
+        m_handle = dlopen(file, flags);
+    }
     ~LoaderHandle() {
-        if (m_handle != nullptr) dlclose(m_handle);
+        if (m_handle == nullptr) return;
+        const std::lock_guard guard(loader_lock());
+        dlclose(m_handle);
     }
     LoaderHandle(LoaderHandle&& other) noexcept
         : m_handle(std::exchange(other.m_handle, nullptr)) {}
@@ -73,17 +85,13 @@ class HostModule : public ModuleObject {
     HostModule(std::string file, const link_map* map) : ModuleObject(std::move(file)), m_map(map) {}
 
     [[nodiscard]] const link_map* map() const { return m_map; }
-    [[nodiscard]] FARPROC symbol(const char* name) const override {
-        const auto loaded = loader_handle();
-        void* address = loaded.get() == nullptr ? nullptr : dlsym(loaded.get(), name);
-        // The loader looks through what a module stands on as well; a module exports its own only.
-        if (address == nullptr || map_at(address) != m_map) return nullptr;
-        return reinterpret_cast<FARPROC>(address);
-    }
 
   protected:
-    [[nodiscard]] virtual LoaderHandle loader_handle() const {
-        return {m_map->l_name, RTLD_LAZY | RTLD_NOLOAD};
+    // The loader looks through what a module stands on as well; a module exports its own only.
+    [[nodiscard]] FARPROC own_symbol(const LoaderHandle& loaded, const char* name) const {
+        void* const address = loaded.get() == nullptr ? nullptr : dlsym(loaded.get(), name);
+        if (address == nullptr || map_at(address) != m_map) return nullptr;
+        return reinterpret_cast<FARPROC>(address);
     }
 
   private:
@@ -94,6 +102,9 @@ class LoadedModule : public HostModule {
   public:
     LoadedModule(LoaderHandle handle, const link_map* map)
         : HostModule(absolute(map->l_name), map), m_handle(std::move(handle)) {}
+    [[nodiscard]] FARPROC symbol(const char* name) const override {
+        return own_symbol(m_handle, name);
+    }
 
   private:
     LoaderHandle m_handle;
@@ -103,14 +114,18 @@ class LibraryModule : public HostModule {
   public:
     using HostModule::HostModule;
     [[nodiscard]] bool is_permanent() const override { return true; }
+    [[nodiscard]] FARPROC symbol(const char* name) const override {
+        return own_symbol({map()->l_name, RTLD_LAZY | RTLD_NOLOAD}, name);
+    }
 };
 
-class ExecutableModule : public LibraryModule {
+class ExecutableModule : public HostModule {
   public:
-    using LibraryModule::LibraryModule;
-
-  protected:
-    [[nodiscard]] LoaderHandle loader_handle() const override { return {nullptr, RTLD_LAZY}; }
+    using HostModule::HostModule;
+    [[nodiscard]] bool is_permanent() const override { return true; }
+    [[nodiscard]] FARPROC symbol(const char* name) const override {
+        return own_symbol({nullptr, RTLD_LAZY}, name);
+    }
 };
 
 struct Entry {

@@ -1,0 +1,112 @@
+// What the library adds to the start of a program: two programs started and waited for in turns, so
+// that both meet the same machine, and their medians. Then what the library's program has mapped.
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <map>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace {
+
+constexpr int kRuns = 400;
+constexpr double kMostAddedMilliseconds = 10;
+
+double start_and_wait(const std::string& program) {
+    char* const arguments[] = {const_cast<char*>(program.c_str()), nullptr};
+    const auto begin = std::chrono::steady_clock::now();
+    pid_t child = -1;
+    int status = -1;
+    if (posix_spawn(&child, program.c_str(), nullptr, nullptr, arguments, environ) != 0 ||
+        waitpid(child, &status, 0) != child || status != 0) {
+        std::fprintf(stderr, "%s can't be run\n", program.c_str());
+        std::exit(1);
+    }
+    const std::chrono::duration<double, std::milli> time = std::chrono::steady_clock::now() - begin;
+    return time.count();
+}
+
+double median(std::vector<double>& times) {
+    const auto middle = times.begin() + static_cast<std::ptrdiff_t>(times.size() / 2);
+    std::nth_element(times.begin(), middle, times.end());
+    return *middle;
+}
+
+struct Mapped {
+    long size = 0;      // KiB
+    long resident = 0;  // KiB
+};
+
+// Reads /proc/PID/smaps: a line for each mapping, and lines of facts below it.
+std::map<std::string, Mapped> mapped_files(std::istream& smaps) {
+    std::map<std::string, Mapped> files;
+    std::string file;
+    for (std::string line; std::getline(smaps, line);) {
+        std::istringstream words(line);
+        std::string first;
+        words >> first;
+        if (first.find('-') != std::string::npos && first.back() != ':') {
+            const auto slash = line.find('/');
+            file = slash == std::string::npos ? "(memory)" : line.substr(line.rfind('/') + 1);
+        } else {
+            long number = 0;
+            words >> number;
+            if (first == "Size:") files[file].size += number;
+            if (first == "Rss:") files[file].resident += number;
+        }
+    }
+    return files;
+}
+
+std::string output_of(const std::string& command) {
+    std::string text;
+    std::FILE* const pipe = popen(command.c_str(), "r");
+    if (pipe == nullptr) return text;
+    char block[65536];
+    while (const auto size = std::fread(block, 1, sizeof block, pipe)) text.append(block, size);
+    pclose(pipe);
+    return text;
+}
+
+void print_map(const std::string& program) {
+    std::istringstream smaps(output_of("'" + program + "' map"));
+    auto files = mapped_files(smaps);
+    Mapped sum;
+    std::printf("\n%-28s %12s %12s\n", "mapped", "KiB", "resident KiB");
+    for (const auto& [file, mapped] : files) {
+        std::printf("%-28s %12ld %12ld\n", file.c_str(), mapped.size, mapped.resident);
+        sum.size += mapped.size;
+        sum.resident += mapped.resident;
+    }
+    std::printf("%-28s %12ld %12ld\n", "sum", sum.size, sum.resident);
+}
+
+}  // namespace
+
+int main() {
+    const auto folder = std::filesystem::read_symlink("/proc/self/exe").parent_path().string();
+    const auto empty = folder + "/start_empty";
+    const auto ours = folder + "/start_product_name";
+    std::vector<double> empty_times;
+    std::vector<double> our_times;
+    for (int run = 0; run < kRuns; ++run) {
+        empty_times.push_back(start_and_wait(empty));
+        our_times.push_back(start_and_wait(ours));
+    }
+    const auto empty_time = median(empty_times);
+    const auto our_time = median(our_times);
+    std::printf("%-44s %9.3f ms %9.3f ms  %-28s %8.2f\n", "start, median", our_time, empty_time,
+                "an empty program", empty_time / our_time);
+    const auto added = our_time - empty_time;
+    std::printf("added by the library: %.3f ms (at most %.0f ms wanted)\n", added,
+                kMostAddedMilliseconds);
+    print_map(ours);
+    return added <= kMostAddedMilliseconds ? 0 : 1;
+}
