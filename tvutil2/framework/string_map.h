@@ -60,8 +60,9 @@ class StringMap {
     }
     /// The value of a key, which is entered with a null or empty value if it is missing. The
     /// reference holds until the key is removed.
-    Value& operator[](const char16_t* key) {
-        const auto text = view_of(key);
+    Value& operator[](const char16_t* key) { return At(view_of(key)); }
+    /// The same for text that needn't end with a zero.
+    Value& At(std::u16string_view text) {
         const auto hash = hash_of(text);
         const auto* slot = find_slot(text, hash);
         return slot != nullptr ? slot->node->value : insert(text, hash)->value;
@@ -90,7 +91,7 @@ class StringMap {
     }
 
     /// Where a walk over all elements starts; null for an empty map. There is no promised order.
-    [[nodiscard]] POSITION GetStartPosition() const { return position_of(m_head); }
+    [[nodiscard]] POSITION GetStartPosition() const { return position_of(m_tail); }
     /// Key and value at a position, which moves to the next element, or null behind the last one.
     /// The element may be removed afterwards without harm to the walk. Throws CInvalidArgException
     /// for a null position.
@@ -99,7 +100,14 @@ class StringMap {
         const auto* node = reinterpret_cast<const Node*>(position);
         key = node->key;
         value = node->value;
-        position = position_of(node->next);
+        position = position_of(node->previous);
+    }
+    /// Hands each key and value to `visit`, in the order of a walk and without copying them.
+    template <class Visit>
+    void ForEach(Visit visit) const {
+        for (const auto* node = m_tail; node != nullptr; node = node->previous) {
+            visit(std::as_const(node->key), std::as_const(node->value));
+        }
     }
 
   private:
