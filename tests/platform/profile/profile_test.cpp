@@ -1,0 +1,258 @@
+#include "tvutil2/platform/profile/profile.h"
+
+#include "tvutil2/platform/base/last_error.h"
+#include "tvutil2/platform/base/utf.h"
+
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <filesystem>
+
+#include "tests/support/profile.h"
+
+namespace {
+
+std::string utf16(std::u16string_view text) {
+    std::string bytes("\xFF\xFE");
+    bytes.append(reinterpret_cast<const char*>(text.data()), text.size() * 2);
+    return bytes;
+}
+
+struct File {
+    explicit File(const std::string& content) { tests::write_file(host, content); }
+    File() = default;
+    [[nodiscard]] std::string content() const { return tests::read_file(host); }
+    [[nodiscard]] std::string value(const char16_t* section, const char16_t* key) const {
+        char16_t buffer[200];
+        GetPrivateProfileStringW(section, key, u"(none)  ", buffer, 200, path.c_str());
+        return tvutil2::to_utf8_lossy(buffer);
+    }
+    [[nodiscard]] BOOL write(const char16_t* section, const char16_t* key,
+                             const char16_t* value) const {
+        return WritePrivateProfileStringW(section, key, value, path.c_str());
+    }
+
+    std::string folder = tests::new_folder();
+    std::string host = folder + "/a.ini";
+    std::u16string path = tests::platform_path(host);
+};
+
+TEST(Profile, FindsValues) {
+    const File file(
+        "k=before\n; [S]\n[S]\n k = v w \n;k=comment\nq=\" x \"\nr='y\n=n\nempty=\nK=second\nno\n"
+        "[t ] ; behind\nk=1\n[s]\nk=other\nlate=1\n[\xC3\x84]\n\xC3\x96=umlaut\n");
+    const struct {
+        const char16_t* section;
+        const char16_t* key;
+        const char* expected;
+    } cases[] = {{u"S", u"k", "v w"},    {u"s", u" K ", "v w"},
+                 {u"s", u"q", " x "},    {u"s", u"r", "'y"},
+                 {u"s", u"empty", ""},   {u"s", u"late", "(none)"},
+                 {u" T", u"k", "1"},     {u"s", u"no", "(none)"},
+                 {u"x", u"k", "(none)"}, {u"\u00E4", u"\u00F6", "umlaut"},
+                 {u"", u"k", "(none)"}};
+    for (const auto& [section, key, expected] : cases) {
+        EXPECT_EQ(file.value(section, key), expected) << tvutil2::to_utf8_lossy(key);
+    }
+    EXPECT_EQ(File().value(u"s", u"k"), "(none)");
+}
+
+TEST(Profile, ReadsNumbers) {
+    const File file("[s]\na= -12x\nb=x\nc=\nd=4294967295\ne=+7\n");
+    const struct {
+        const char16_t* key;
+        int expected;
+    } cases[] = {{u"a", -12}, {u"b", 0}, {u"c", 0}, {u"d", -1}, {u"e", 7}, {u"f", -5}};
+    for (const auto& [key, expected] : cases) {
+        EXPECT_EQ(static_cast<int>(GetPrivateProfileIntW(u"s", key, -5, file.path.c_str())),
+                  expected);
+    }
+}
+
+TEST(Profile, ListsAndCuts) {
+    const File file("[s]\na=1\nb = 2\n[t]\n");
+    const auto list = [&](const char16_t* section, DWORD size) {
+        std::u16string buffer(20, u'~');
+        const auto count = GetPrivateProfileStringW(section, nullptr, u"d", buffer.data(), size,
+                                                    file.path.c_str());
+        EXPECT_EQ(buffer[size], u'~');
+        return buffer.substr(0, count + 2);
+    };
+    using namespace std::string_literals;
+    EXPECT_EQ(list(nullptr, 10), u"s\0t\0\0~"s);
+    EXPECT_EQ(list(u"s", 10), u"a\0b\0\0~"s);
+    EXPECT_EQ(list(u"s", 5), u"a\0b\0\0~"s);
+    EXPECT_EQ(list(u"s", 4), u"a\0\0\0"s);
+    EXPECT_EQ(GetLastError(), ERROR_MORE_DATA);
+    EXPECT_EQ(list(u"x", 10), u"\0\0"s);
+    char16_t text[4];
+    EXPECT_EQ(GetPrivateProfileSectionW(u"s", text, 4, file.path.c_str()), 2U);
+    EXPECT_EQ(std::u16string(text, 4), u"a=\0\0"s);
+    EXPECT_EQ(GetPrivateProfileStringW(u"s", u"z", u"long", text, 4, file.path.c_str()), 3U);
+    EXPECT_STREQ(tvutil2::to_utf8_lossy(text).c_str(), "lon");
+    EXPECT_EQ(GetPrivateProfileStringW(u"s", u"a", u"", text, 0, file.path.c_str()), 0U);
+}
+
+TEST(Profile, ChangesOnlyItsLine) {
+    const struct {
+        std::string before;
+        const char16_t* section;
+        const char16_t* key;
+        const char16_t* value;
+        std::string after;
+    } cases[] = {
+        {"", u"s", u"k", u"v", "[s]\r\nk=v\r\n"},
+        {"; top", u"s", u"k", u"v", "; top\r\n\r\n[s]\r\nk=v\r\n"},
+        {"[a]\nx=1\n", u"s", u"k", u"v", "[a]\nx=1\n\n[s]\nk=v\n"},
+        {"[a]\r\n\r\n", u"s", u"k", u"v", "[a]\r\n\r\n[s]\r\nk=v\r\n"},
+        {"[S]\n; c\n\xFF K  =  old \n\nz", u"s", u"y", u"v", "[S]\n; c\n\xFF K  =  old \ny=v\n\nz"},
+        {"[S]\n K  =  old \n\nz", u"s", u"k", u"new", "[S]\n K  =  new\n\nz"},
+        {"[s]\nk=", u"s", u"k", u"v", "[s]\nk=v"},
+        {"[s]\nk=v", u"s", u"l", u"w", "[s]\nk=v\nl=w\n"},
+        {"[s]\n\n; of t\n[t]\n", u"s", u"k", u"v", "[s]\nk=v\n\n; of t\n[t]\n"},
+        {"[s]\nk=1\nx=\nK=2\n", u"s", u"k", nullptr, "[s]\nx=\n"},
+        {"[s]\nk=1\n", u"s", u"l", nullptr, "[s]\nk=1\n"},
+        {"[r]\n[s]\nk=1\n\n; of t\n[t]\n[S]\nl=2", u"s", nullptr, nullptr, "[r]\n; of t\n[t]\n"},
+        {"[s]\n", u"s", u"k", u"v\nx=y", "[s]\nk=v\n"},
+        {"\xEF\xBB\xBF[s]\n", u"s", u"k", u"\u00E4", "\xEF\xBB\xBF[s]\nk=\xC3\xA4\n"},
+        {utf16(u"[s]\r\nk=\u00E4\r\n"), u"s", u"k", u"\u010D", utf16(u"[s]\r\nk=\u010D\r\n")},
+        {utf16(u"[s]\r\nk=1"), u"t", u"k", u"2", utf16(u"[s]\r\nk=1\r\n\r\n[t]\r\nk=2\r\n")},
+        {std::string("\xFE\xFF\0[\0s\0]\0\n\0k\0=\0a", 16), u"s", u"k", u"b",
+         std::string("\xFE\xFF\0[\0s\0]\0\n\0k\0=\0b", 16)},
+        {"[s]\n", u"s", u"k", u"\xD800", utf16(u"[s]\nk=\xD800\n")},
+    };
+    for (const auto& c : cases) {
+        const File file(c.before);
+        EXPECT_NE(file.write(c.section, c.key, c.value), FALSE);
+        EXPECT_EQ(file.content(), c.after) << c.before;
+    }
+}
+
+TEST(Profile, RefusesWhatCannotBeWritten) {
+    const File file("[s]\nk=v\n");
+    for (const auto* key : {u"", u" ", u"a=b", u";a", u" [a", u"a\nb"}) {
+        EXPECT_EQ(file.write(u"s", key, u"v"), FALSE);
+        EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
+    }
+    EXPECT_EQ(file.write(nullptr, u"k", u"v"), FALSE);
+    EXPECT_EQ(WritePrivateProfileStringW(u"s", u"k", u"v", (file.path + u"\\x").c_str()), FALSE);
+    const auto folder = tests::platform_path(file.folder);
+    EXPECT_EQ(WritePrivateProfileStringW(u"s", u"k", u"v", folder.c_str()), FALSE);
+    EXPECT_EQ(WritePrivateProfileStringW(u"s", u"k", u"v", (folder + u"\\no\\a.ini").c_str()),
+              FALSE);
+    EXPECT_EQ(GetLastError(), ERROR_PATH_NOT_FOUND);
+    ASSERT_EQ(chmod(file.host.c_str(), 0444), 0);
+    EXPECT_EQ(file.write(u"s", u"k", u"w"), FALSE);
+    EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
+    EXPECT_EQ(file.content(), "[s]\nk=v\n");
+}
+
+TEST(Profile, KeepsModeAndLinks) {
+    const File file("[s]\n");
+    ASSERT_EQ(chmod(file.host.c_str(), 0640), 0);
+    const auto link = file.folder + "/link.ini";
+    ASSERT_EQ(symlink("a.ini", link.c_str()), 0);
+    ASSERT_NE(WritePrivateProfileStringW(u"s", u"k", u"v", tests::platform_path(link).c_str()),
+              FALSE);
+    EXPECT_EQ(file.content(), "[s]\nk=v\n");
+    struct stat info {};
+    ASSERT_EQ(stat(file.host.c_str(), &info), 0);
+    EXPECT_EQ(info.st_mode & 0777U, 0640U);
+    EXPECT_TRUE(std::filesystem::is_symlink(link));
+}
+
+TEST(Profile, LeavesTheFileWhenTheDiskIsFull) {
+    const File file("[s]\nk=v\n");
+    std::signal(SIGXFSZ, SIG_IGN);
+    rlimit limit{};
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &limit), 0);
+    rlimit less = limit;
+    less.rlim_cur = 5;
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &less), 0);
+    const auto result = file.write(u"s", u"k", u"longer");
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
+    EXPECT_EQ(result, FALSE);
+    EXPECT_EQ(file.content(), "[s]\nk=v\n");
+    const std::filesystem::directory_iterator entries(file.folder);
+    EXPECT_EQ(std::distance(begin(entries), end(entries)), 1);
+}
+
+// A change by another hand is seen however soon it comes and however alike the file looks.
+TEST(Profile, NeverAnswersFromAnOlderFile) {
+    const File file("[s]\nk=0\n");
+    for (int i = 0; i < 200; ++i) {
+        tests::write_file(file.host, std::string("[s]\nk=") + static_cast<char>('0' + i % 10));
+        EXPECT_EQ(GetPrivateProfileIntW(u"s", u"k", -1, file.path.c_str()),
+                  static_cast<UINT>(i % 10));
+    }
+}
+
+void count_up(const File& file, const char16_t* key, int count) {
+    for (int i = 1; i <= count; ++i) {
+        const auto text = std::to_string(i);
+        if (file.write(u"s", key, std::u16string(text.begin(), text.end()).c_str()) == FALSE) {
+            _exit(1);
+        }
+    }
+}
+
+TEST(Profile, LosesNoUpdateOfTwoProcesses) {
+    const File file;
+    const auto child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        count_up(file, u"theirs", 150);
+        _exit(0);
+    }
+    // Each of ours is a key of its own.
+    for (int i = 0; i < 150; ++i) {
+        auto key = std::to_string(i);
+        key.insert(key.begin(), 'k');
+        EXPECT_NE(file.write(u"s", std::u16string(key.begin(), key.end()).c_str(), u"1"), FALSE);
+    }
+    int status = -1;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(file.value(u"s", u"theirs"), "150");
+    char16_t names[4096];
+    const auto size =
+        GetPrivateProfileStringW(u"s", nullptr, nullptr, names, 4096, file.path.c_str());
+    EXPECT_EQ(std::count(names, names + size, u'\0'), 151);
+}
+
+// A writer is killed in the middle of its work, again and again: the file is whole each time, and
+// the next writer isn't held up by what the dead one left.
+TEST(Profile, SurvivesKilledWriters) {
+    const File file;
+    const std::u16string big(20'000, u'x');
+    for (int round = 0; round < 40; ++round) {
+        ASSERT_NE(file.write(u"s", u"big", big.c_str()), FALSE);
+        int ends[2];
+        ASSERT_EQ(pipe(ends), 0);
+        const auto child = fork();
+        ASSERT_GE(child, 0);
+        if (child == 0) {
+            for (char i = 0;; ++i) {
+                const auto value = big.substr(static_cast<unsigned char>(i) % 2);
+                if (write(ends[1], &i, 1) != 1) _exit(1);
+                static_cast<void>(file.write(u"s", u"big", value.c_str()));
+            }
+        }
+        std::string started(static_cast<std::size_t>(round % 7 + 1), ' ');
+        for (auto& byte : started) ASSERT_EQ(read(ends[0], &byte, 1), 1);
+        // A moment more, another one each time.
+        for (int i = 0; i < round; ++i) EXPECT_GE(file.content().size(), 20'010U);
+        kill(child, SIGKILL);
+        waitpid(child, nullptr, 0);
+        close(ends[0]);
+        close(ends[1]);
+        const auto size = file.content().size();
+        EXPECT_TRUE(size == 20'011 || size == 20'010) << size;
+    }
+}
+
+}  // namespace
