@@ -1,6 +1,8 @@
 #include "tvutil2/framework/strings.h"
 
+#include "tvutil2/framework/app.h"
 #include "tvutil2/framework/exceptions.h"
+#include "tvutil2/platform/process/modules.h"
 #include "tvutil2/platform/resource/resource.h"
 
 #include <gtest/gtest.h>
@@ -335,6 +337,8 @@ TEST(Strings, LoadFromTheApplicationsResources) {
         38, 0, 32,   0,    0xFFFF, 6, 0xFFFF, 2, 0, 0, 0x1030, 0, 0, 0, 0, 0,  // its header
         0,  3, u'w', u'e', u'b',   0, 0,      0, 0, 0, 0,      0, 0, 0, 0, 0, 0, 0, 0, 0};
     ASSERT_TRUE(tvutil2::add_module_resources(nullptr, image, sizeof image));
+    // A program without an application object of its own says whose resources it reads.
+    AfxSetResourceHandle(GetModuleHandleW(nullptr));
     CString text(u"old");
     EXPECT_TRUE(text.LoadString(17));
     EXPECT_EQ(text, u"web");
