@@ -1,0 +1,128 @@
+// tvutil ini: values of INI files.
+#include "tvutil2/framework/strings.h"
+#include "tvutil2/platform/base/host_path.h"
+#include "tvutil2/platform/base/last_error.h"
+#include "tvutil2/platform/profile/profile.h"
+
+#include <filesystem>
+#include <memory>
+
+#include "tools/tvutil/command.h"
+
+namespace {
+
+struct Options {
+    std::string file;
+    std::string section;
+    std::string key;
+    std::string value;
+    bool is_json = false;
+};
+
+std::u16string path_of(const Options& options) {
+    auto path = tvutil2::platform_path(std::filesystem::absolute(options.file).string());
+    if (!path) throw tool::Failure{tool::Exit::usage, options.file + ": no path"};
+    return *path;
+}
+
+// Names or entries, each with a zero behind it.
+std::vector<std::u16string> list_of(const std::u16string& path, const char16_t* section) {
+    std::u16string buffer(4096, u'\0');
+    for (;;) {
+        const auto room = static_cast<DWORD>(buffer.size());
+        const auto size =
+            section != nullptr
+                ? GetPrivateProfileSectionW(section, buffer.data(), room, path.c_str())
+                : GetPrivateProfileSectionNamesW(buffer.data(), room, path.c_str());
+        if (size + 2 < room) break;
+        buffer.assign(buffer.size() * 4, u'\0');
+    }
+    std::vector<std::u16string> list;
+    for (const auto* text = buffer.c_str(); *text != u'\0'; text += list.back().size() + 1) {
+        list.emplace_back(text);
+    }
+    return list;
+}
+
+void get(const Options& options) {
+    const auto key = tool::wide(options.key);
+    for (const auto& entry : list_of(path_of(options), tool::wide(options.section).c_str())) {
+        const auto equals = entry.find(u'=');
+        if (CString(entry.substr(0, equals).c_str()).CompareNoCase(key.c_str()) != 0) continue;
+        return tool::print(tool::narrow(entry.substr(equals + 1)));
+    }
+    throw tool::Failure{tool::Exit::no, options.file + ": no such key"};
+}
+
+void write(const Options& options, const char16_t* key, const char16_t* value) {
+    if (WritePrivateProfileStringW(tool::wide(options.section).c_str(), key, value,
+                                   path_of(options).c_str()) == FALSE) {
+        throw tool::Failure{tool::Exit::failed, tool::error_text(options.file, GetLastError())};
+    }
+}
+
+void list(const Options& options) {
+    const auto path = path_of(options);
+    auto json = nlohmann::ordered_json::object();
+    SetLastError(NO_ERROR);
+    const auto sections = list_of(path, nullptr);
+    if (sections.empty() && GetLastError() != NO_ERROR) {
+        throw tool::Failure{tool::Exit::failed, tool::error_text(options.file, GetLastError())};
+    }
+    for (const auto& section : sections) {
+        const auto name = tool::narrow(section);
+        if (!options.is_json) tool::print('[' + name + ']');
+        for (const auto& entry : list_of(path, section.c_str())) {
+            const auto equals = entry.find(u'=');
+            const auto key = tool::narrow(entry.substr(0, equals));
+            const auto value = tool::narrow(entry.substr(equals + 1));
+            if (options.is_json) {
+                json[name][key] = value;
+            } else {
+                tool::print(key + '=' + value);
+            }
+        }
+    }
+    if (options.is_json) tool::print(json);
+}
+
+void add_file(CLI::App& command, Options& options) {
+    command.add_option("file", options.file, "The INI file")->required()->type_name("FILE");
+}
+
+const tool::Command g_command([](CLI::App& app) {
+    auto options = std::make_shared<Options>();
+    auto* ini = app.add_subcommand("ini", "Read and change INI files, comments and order kept");
+    ini->require_subcommand(1);
+
+    auto* get_command = ini->add_subcommand("get", "Print one value");
+    add_file(*get_command, *options);
+    get_command->add_option("section", options->section, "Its section")->required();
+    get_command->add_option("key", options->key, "Its key")->required();
+    get_command->callback([options] { get(*options); });
+
+    auto* set_command = ini->add_subcommand("set", "Set one value; the file is made if missing");
+    add_file(*set_command, *options);
+    set_command->add_option("section", options->section, "Its section")->required();
+    set_command->add_option("key", options->key, "Its key")->required();
+    set_command->add_option("value", options->value, "The text")->required();
+    set_command->callback([options] {
+        write(*options, tool::wide(options->key).c_str(), tool::wide(options->value).c_str());
+    });
+
+    auto* remove_command = ini->add_subcommand("remove", "Remove a key, or a whole section");
+    add_file(*remove_command, *options);
+    remove_command->add_option("section", options->section, "The section")->required();
+    auto* const key = remove_command->add_option("key", options->key, "The key in it");
+    remove_command->callback([options, key] {
+        const auto name = tool::wide(options->key);
+        write(*options, key->count() != 0 ? name.c_str() : nullptr, nullptr);
+    });
+
+    auto* list_command = ini->add_subcommand("list", "Print all sections with their entries");
+    add_file(*list_command, *options);
+    tool::add_json_flag(*list_command, options->is_json);
+    list_command->callback([options] { list(*options); });
+});
+
+}  // namespace
