@@ -1,0 +1,63 @@
+// Who in this process waits for changes of a hive.
+//
+// One thread, started with the first watch, sleeps on the hive's signal page; each time it wakes
+// it asks the store which of the watches have something to report. A watch reports once.
+#pragma once
+
+#include "tvutil2/platform/registry/signal_page.h"
+
+#include <condition_variable>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+namespace tvutil2 {
+
+struct Watch {
+    const void* owner = nullptr;  ///< the handle object; closing it ends the watch
+    std::int64_t key = 0;
+    bool subtree = false;
+    DWORD filter = 0;
+    std::int64_t since = 0;  ///< number of the last change that isn't news
+    HANDLE event = nullptr;  ///< set when the watch ends; null when a thread waits in wait()
+
+    bool is_over = false;  ///< guarded by the hub, as is the result
+    LONG result = 0;
+};
+
+class ChangeHub {
+  public:
+    /// Tells whether there is something to report: ERROR_SUCCESS when there is, with `since` moved
+    /// on; ERROR_NO_MORE_ITEMS when there isn't; another error ends the watch with it.
+    using Check = std::function<LONG(Watch&)>;
+    explicit ChangeHub(Check check) : m_check(std::move(check)) {}
+
+    [[nodiscard]] SignalPage& page() { return m_page; }
+
+    /// Enters a watch and looks once, so that nothing falls between `since` and now. The page is
+    /// open.
+    void add(const std::shared_ptr<Watch>& watch);
+    /// Blocks until the watch is over; its result.
+    LONG wait(const std::shared_ptr<Watch>& watch);
+    /// Ends the watches of a handle: with ERROR_INVALID_HANDLE, for those who block.
+    void release(const void* owner);
+
+    /// Around a fork; in the child no thread runs and nobody waits.
+    void before_fork() { m_lock.lock(); }
+    void after_fork(bool in_child);
+
+  private:
+    void run();
+    void look(const std::shared_ptr<Watch>& watch);
+    void finish(const std::shared_ptr<Watch>& watch, LONG result);
+
+    Check m_check;
+    SignalPage m_page;
+    std::mutex m_lock;
+    std::condition_variable m_over;
+    std::vector<std::shared_ptr<Watch>> m_watches;
+    bool m_is_running = false;
+};
+
+}  // namespace tvutil2
