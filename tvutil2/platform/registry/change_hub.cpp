@@ -83,14 +83,19 @@ void ChangeHub::finish(const std::shared_ptr<Watch>& watch, LONG result) {
         watch->is_over = true;
         watch->result = result;
         m_watches.erase(std::remove(m_watches.begin(), m_watches.end(), watch), m_watches.end());
-        m_over.notify_all();
+        m_over->notify_all();
     }
     if (watch->event != nullptr) SetEvent(watch->event);
 }
 
+std::int64_t ChangeHub::since_of(const Watch& watch) {
+    const std::lock_guard guard(m_lock);
+    return watch.since;
+}
+
 LONG ChangeHub::wait(const std::shared_ptr<Watch>& watch) {
     std::unique_lock guard(m_lock);
-    m_over.wait(guard, [&] { return watch->is_over; });
+    m_over->wait(guard, [&] { return watch->is_over; });
     return watch->result;
 }
 
@@ -109,6 +114,9 @@ void ChangeHub::after_fork(bool in_child) {
     if (in_child) {
         m_watches.clear();
         m_is_running = false;
+        // Its state tells of waiters that don't exist here; nothing can be done with it any more.
+        static_cast<void>(m_over.release());
+        m_over = std::make_unique<std::condition_variable>();
     }
     m_lock.unlock();
 }

@@ -38,6 +38,8 @@ class ChangeHub {
     /// Enters a watch and looks once, so that nothing falls between `since` and now. The page is
     /// open.
     void add(const std::shared_ptr<Watch>& watch);
+    /// The number up to which a watch has reported.
+    [[nodiscard]] std::int64_t since_of(const Watch& watch);
     /// Blocks until the watch is over; its result.
     LONG wait(const std::shared_ptr<Watch>& watch);
     /// Ends the watches of a handle: with ERROR_INVALID_HANDLE, for those who block.
@@ -55,7 +57,7 @@ class ChangeHub {
     Check m_check;
     SignalPage m_page;
     std::mutex m_lock;
-    std::condition_variable m_over;
+    std::unique_ptr<std::condition_variable> m_over = std::make_unique<std::condition_variable>();
     std::vector<std::shared_ptr<Watch>> m_watches;
     bool m_is_running = false;
 };

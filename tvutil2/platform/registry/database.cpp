@@ -68,6 +68,7 @@ constexpr std::array<const char*, static_cast<std::size_t>(Sql::count)> kTexts =
     /* current_change */ "SELECT change FROM state",
     /* key_exists */ "SELECT depth FROM keys WHERE id = ?1",
     /* find_sub_key */ "SELECT id FROM keys WHERE parent = ?1 AND folded = ?2",
+    /* parent_of */ "SELECT parent FROM keys WHERE id = ?1",
     /* add_key */
     "INSERT INTO keys (parent, folded, name, depth, written) "
     "VALUES (?1, ?2, ?3, ?4, ?5)",

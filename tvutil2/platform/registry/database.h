@@ -26,6 +26,7 @@ enum class Sql : std::uint8_t {
     current_change,
     key_exists,
     find_sub_key,
+    parent_of,
     add_key,
     touch_names,
     touch_values,

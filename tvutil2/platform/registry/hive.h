@@ -6,6 +6,7 @@
 // when next needed.
 #pragma once
 
+#include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/registry/change_hub.h"
 #include "tvutil2/platform/registry/database.h"
 #include "tvutil2/platform/registry/value_cache.h"
@@ -45,6 +46,8 @@ struct Position {
     ValueCache::Stamp stamp;
 };
 
+struct Hives;
+
 class Hive {
   public:
     static Hive& user();
@@ -55,14 +58,16 @@ class Hive {
 
     /// All results are error codes; keys are ids. A hive without a file has an empty root.
     LONG open_key(std::int64_t base, std::u16string_view path, std::int64_t& key);
-    LONG create_key(std::int64_t base, std::u16string_view path, std::int64_t& key, bool& is_new);
+    /// Makes what is missing, if the caller may; otherwise a missing key is ERROR_ACCESS_DENIED.
+    LONG create_key(std::int64_t base, std::u16string_view path, bool may_create, std::int64_t& key,
+                    bool& is_new);
     LONG delete_key(std::int64_t base, std::u16string_view path);
     LONG delete_tree(std::int64_t base, std::u16string_view path, bool keep_key);
 
     /// Calls `use` with the value.
     template <class Use>
     LONG get_value(std::int64_t key, std::u16string_view name, Use use) {
-        LONG result = ERROR_FILE_NOT_FOUND;
+        auto result = static_cast<LONG>(ERROR_FILE_NOT_FOUND);
         const auto use_or_miss = [&](const ValueView* value) {
             if (value != nullptr) result = use(*value);
         };
@@ -81,10 +86,11 @@ class Hive {
     LONG begin_watch(std::int64_t key, std::int64_t& now);
     [[nodiscard]] ChangeHub& hub() { return m_hub; }
 
-    void before_fork();
-    void after_fork(bool in_child);
-
   private:
+    static const Hives& all();
+    static void before_fork();
+    static void after_fork(bool in_child);
+
     Hive(const std::string& folder, bool is_private, bool may_write);
 
     using Body = std::function<LONG(Database&)>;
@@ -93,6 +99,8 @@ class Hive {
     LONG write(const Change& change);
     LONG try_write(const Change& change, bool& is_stale);
     LONG open_writer();
+    LONG open_reader();
+    void close_reader();
     LONG read_value(std::int64_t key, std::u16string_view name,
                     const std::function<LONG(const ValueView&)>& use);
     LONG entry_at(std::int64_t key, DWORD index, Position& position, Entry& entry, bool of_values);
