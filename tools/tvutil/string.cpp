@@ -113,7 +113,11 @@ void languages(const Options& options) {
         if (options.is_json) {
             json.push_back({{"id", id}, {"name", name}, {"satellite", suffix}});
         } else {
-            tool::print(id + '\t' + name + (suffix.empty() ? "" : '\t' + suffix));
+            std::string line = id;
+            for (const auto& field : {name, suffix}) {
+                if (!field.empty()) line.append("\t").append(field);
+            }
+            tool::print(line);
         }
     }
     if (options.is_json) tool::print(json);

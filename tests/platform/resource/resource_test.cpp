@@ -223,8 +223,10 @@ TEST_F(Resources, StayWhatTheyWereWhenMoreAreAdded) {
 
 TEST_F(Resources, AreReadByManyThreadsWhileTheFirstLookUpIndexesThem) {
     const auto own = tvutil2::library_instance();
+    constexpr int kThreads = 8;
     std::vector<std::thread> threads;
-    for (int i = 0; i < 8; ++i) {
+    threads.reserve(kThreads);
+    for (int i = 0; i < kThreads; ++i) {
         threads.emplace_back([&, i] {
             ResourceImage image;
             image.add(u"#10", u"#1", 0, "own");
