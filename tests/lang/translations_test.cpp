@@ -82,8 +82,8 @@ TEST(Translations, ReadAsWritten) {
          u"The session folder path has been changed.\n\n\nDo you wish to move your existing %s "
          u"session files to the new folder?"},
         {0x0407, 14130, u"W\u00E4hlen Sie einen Ordner aus:"},
-        {0x0804, 14130, u"\u8BF7\u9009\u62E9\u6587\u4EF6\u5939:"},
-        {0x0404, 14130, u"\u8ACB\u9078\u53D6\u8CC7\u6599\u593E:"},
+        {0x0804, 14130, u"\u8BF7\u9009\u62E9\u6587\u4EF6\u5939\uFF1A"},
+        {0x0404, 14130, u"\u8ACB\u9078\u53D6\u8CC7\u6599\u593E\uFF1A"},
         {0x040C, 14130, u"S\u00E9lectionnez un dossier\u00A0:"},
     };
     for (const auto& c : cases) EXPECT_EQ(strings_in(c.language).at(c.id), c.text) << c.id;
