@@ -107,6 +107,17 @@ TEST(DataFiles, AfxGetValidFolderPath) {
     EXPECT_EQ(check(u"\\\\\\", 1), "0 ");
 }
 
+TEST(DataFiles, CreateEmptyFile) {
+    setsid();  // nobody to show the message to
+    const auto folder = new_folder();
+    EXPECT_EQ(CreateEmptyFile(wide(folder + "/new").c_str()), 1);
+    EXPECT_EQ(tree(folder), "new= ");
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(CreateEmptyFile(wide(folder + "/new").c_str()), 0);
+    EXPECT_NE(testing::internal::GetCapturedStderr().find("Cannot create file: C:\\"),
+              std::string::npos);
+}
+
 TEST(Names, WildcardMatch) {
     const struct {
         const char16_t* pattern;

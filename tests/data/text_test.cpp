@@ -66,6 +66,8 @@ TEST(Text, GetNumberFormatByComma) {
 
 TEST(Text, FormatsAndFileNames) {
     EXPECT_EQ(utf8(csFmt(u"%s-%03d", CString(u"a"), 7)), "a-007");
+    EXPECT_EQ(utf8(csFmt(14107U, u"C:\\x")), "Cannot create file: C:\\x");
+    EXPECT_EQ(utf8(csFmt(1U, u"x")), "??");
     EXPECT_EQ(IsValidFileName(u"a b.\u00E4'"), 1);
     EXPECT_EQ(IsValidFileName(u""), 1);
     for (const auto c : std::u16string(u"\\/:*?\"<>|")) {

@@ -1,5 +1,8 @@
 #include "tvutil2/data/files.h"
 
+#include "tvutil2/data/text.h"
+#include "tvutil2/framework/app.h"
+#include "tvutil2/platform/base/handle_table.h"
 #include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/files/files.h"
 #include "tvutil2/platform/files/find.h"
@@ -9,6 +12,8 @@
 #include <string_view>
 
 namespace {
+
+constexpr UINT kCannotCreateFile = 14107;
 
 bool is_there(const char16_t* path) {
     return GetFileAttributesW(path) != INVALID_FILE_ATTRIBUTES;
@@ -56,4 +61,15 @@ int AfxGetValidFolderPath(CString& path, int create) {
     if (!text.starts_with(u"\\\\") && (text.size() < 2 || text[1] != u':')) return 0;
     path.TrimRight(u'\\');
     return create != 0 ? EnsureFolderExistRecursive(path) : DoesFolderExist(path);
+}
+
+int CreateEmptyFile(const char16_t* path) {
+    const HANDLE file = CreateFileW(path, GENERIC_READ | GENERIC_WRITE, 0, nullptr, CREATE_NEW,
+                                    FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file != INVALID_HANDLE_VALUE) {
+        CloseHandle(file);
+        return 1;
+    }
+    AfxMessageBox(csFmt(kCannotCreateFile, path));
+    return 0;
 }

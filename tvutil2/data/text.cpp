@@ -1,6 +1,8 @@
 #include "tvutil2/data/text.h"
 
 #include "tvutil2/framework/collections.h"
+#include "tvutil2/lang/resource_language.h"
+#include "tvutil2/platform/process/modules.h"
 
 #include <algorithm>
 #include <string>
@@ -10,6 +12,10 @@ namespace {
 constexpr std::u16string_view kForbidden = u"\\/:*?\"<>|";
 
 }  // namespace
+
+CString tvutil2::library_string(UINT id) {
+    return MLS_TVUTIL_ID2STR_DLL(library_instance(), id);
+}
 
 int StrTok(CStringArray& out, const CString& text, const char16_t* delimiter) {
     const std::u16string own(text.View());  // it may be an element of the array that grows
