@@ -97,11 +97,34 @@ TEST(Launch, StartedProgramGetsItsArgumentsAndAFreshStart) {
 
     EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "a child, and in time a zombie, is left";
     EXPECT_EQ(errno, ECHILD);
-    sigset_t now;
+    sigset_t now{};
     pthread_sigmask(SIG_BLOCK, nullptr, &now);
     EXPECT_EQ(sigismember(&now, SIGTERM), 1);
     EXPECT_EQ(sigismember(&now, SIGINT), 0) << "the caller's mask must come back";
     close(leak);
+}
+
+TEST(Launch, PipesOfTheCallerAreNotHeld) {
+    const tests::Fifo report;
+    setenv("TVUTIL_TEST_REPORT", report.path().c_str(), 1);
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    const auto caller = fork();
+    if (caller == 0) {
+        dup2(ends[1], STDOUT_FILENO);
+        dup2(ends[1], STDERR_FILENO);
+        close(STDIN_FILENO);
+        _exit(shell_execute(reporter(), u"x") > 32 ? 0 : 1);
+    }
+    close(ends[1]);
+    char byte = 0;
+    // The started program is waiting for a reader of its report all the while.
+    EXPECT_EQ(read(ends[0], &byte, 1), 0) << "the end of the pipe comes with the caller's";
+    EXPECT_EQ(value(report.read_all(), "files"), "0 1 2 ");
+    int status = -1;
+    waitpid(caller, &status, 0);
+    EXPECT_EQ(status, 0);
+    close(ends[0]);
 }
 
 TEST(Launch, NamesWithoutRegardToCaseAndWithSlashes) {

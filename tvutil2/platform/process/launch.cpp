@@ -85,6 +85,18 @@ void keep_standard_files_only() {
     }
 }
 
+// Nothing is read from the caller's input. A pipe of the caller isn't kept: whoever reads its other
+// end would wait for the end of a program that nobody is to wait for.
+void let_go_of_pipes() {
+    const int null = open("/dev/null", O_RDWR);
+    if (null < 0) return;
+    dup2(null, STDIN_FILENO);
+    for (const int output : {STDOUT_FILENO, STDERR_FILENO}) {
+        struct stat info {};
+        if (fstat(output, &info) != 0 || S_ISFIFO(info.st_mode)) dup2(null, output);
+    }
+}
+
 void restore_signals() {
     struct sigaction action {};
     action.sa_handler = SIG_DFL;
@@ -103,6 +115,7 @@ void restore_signals() {
 [[noreturn]] void become(const Program& program, int pipe) {
     if (program.folder != nullptr && chdir(program.folder) != 0) report_and_exit(pipe, errno);
     restore_signals();
+    let_go_of_pipes();
     keep_standard_files_only();
     execv(program.file, program.arguments);
     report_and_exit(pipe, errno);
@@ -122,7 +135,11 @@ int start(const Program& program) {
     int ends[2];
     if (pipe2(ends, O_CLOEXEC) != 0) return errno;
     const Descriptor reader(ends[0]);
-    Descriptor writer(ends[1]);
+    Descriptor low_writer(ends[1]);
+    // Out of the way of the standard files, which the caller may have closed.
+    Descriptor writer(fcntl(ends[1], F_DUPFD_CLOEXEC, 3));
+    if (writer.get() < 0) return errno;
+    low_writer.reset();
     pid_t parent = -1;
     int fork_error = 0;
     {

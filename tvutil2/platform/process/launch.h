@@ -29,8 +29,8 @@ inline constexpr int SW_SHOWNORMAL = 1;
 ///
 /// Above 32 when the program has started, else a SE_ERR_ code, with the last error that it stands
 /// for. The program belongs to nobody: it has a session of its own, the default signal actions and
-/// none of the caller's open files but the three standard ones. It isn't waited for and leaves no
-/// zombie. Safe from any thread.
+/// none of the caller's open files but standard output and error, and those only if they are no
+/// pipes. It isn't waited for and leaves no zombie. Safe from any thread.
 TVUTIL_API HINSTANCE ShellExecuteW(HWND owner, const char16_t* verb, const char16_t* file,
                                    const char16_t* parameters, const char16_t* folder, int show);
 
