@@ -1,5 +1,6 @@
 # Installs the built tree below a throw-away prefix, and builds and runs a program against that alone:
-# once with find_package, once with pkg-config. Then each installed header is compiled on its own.
+# once with find_package, once with pkg-config. Then each header that no source of its own includes first
+# is compiled alone.
 #
 #   cmake -D BUILD=... -D SOURCE=... -D WORK=... -D COMPILER=... -P check.cmake
 set(prefix ${WORK}/prefix)
@@ -35,6 +36,10 @@ run(${WORK}/by_pkg_config)
 
 file(GLOB_RECURSE headers RELATIVE ${prefix}/include ${prefix}/include/tvutil2/*.h)
 foreach(header ${headers})
+  string(REGEX REPLACE "[.]h$" ".cpp" own_source ${SOURCE}/../../${header})
+  if(EXISTS ${own_source})
+    continue()
+  endif()
   string(MAKE_C_IDENTIFIER ${header} name)
   file(WRITE ${WORK}/headers/${name}.cpp "#include <${header}>\n")
 endforeach()
