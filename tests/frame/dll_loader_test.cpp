@@ -30,7 +30,8 @@ TEST(DllLoader, OwnerAloneFrees) {
     EXPECT_NE(module, nullptr);
     {
         const CDllLoader original(path.c_str(), 0);
-        const CDllLoader copy = original;  // shares the handle without a reference
+        CDllLoader copy(u"", 0);
+        copy = original;  // shares the handle without a reference
         EXPECT_NE(copy.GetProcAddress("Answer"), nullptr);
     }
     EXPECT_NE(FreeLibrary(module), FALSE);
