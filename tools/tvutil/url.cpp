@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "tools/tvutil/command.h"
+#include "tools/tvutil/url_launch.h"
 
 namespace {
 
@@ -160,6 +161,7 @@ const tool::Command kCommand([](CLI::App& app) {
     url->require_subcommand(1);
     add_parse(*url);
     add_make(*url);
+    tool::add_url_launch(*url);
 });
 
 }  // namespace

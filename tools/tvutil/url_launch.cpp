@@ -1,0 +1,43 @@
+#include "tools/tvutil/url_launch.h"
+
+#include "tvutil2/url/url_info.h"
+#include "tvutil2/url/url_launch.h"
+
+#include <memory>
+#include <string>
+
+#include "tools/tvutil/command.h"
+
+namespace tool {
+namespace {
+
+void launch(const std::string& url) {
+    CUrlInfo info;
+    if (info.Parse_URL(wide(url).c_str(), 1) == 0) {
+        throw Failure{Exit::refused, "that is no session URL"};
+    }
+    if (ExecuteURL(info) == 0) {
+        throw Failure{Exit::no, "no product takes a URL of the scheme \"" +
+                                    narrow(info.m_strScheme.View()) +
+                                    "\", or it isn't installed or doesn't start"};
+    }
+}
+
+}  // namespace
+
+void add_url_launch(CLI::App& url) {
+    auto* const command = url.add_subcommand(
+        "launch", "Start the product that a session URL is for, and don't wait for it");
+    command->footer(
+        "The product is looked for beside this program, then through the registry\n"
+        "(HKLM\\Software\\Tolvarine\\PRODUCT\\VERSION, value \"Path\"). ssh, telnet and rlogin go "
+        "to\n"
+        "Pelrin, ftp and sftp to Dovr, xdm and xdmcp to Ombrelia. Secrets of the URL stay "
+        "protected\n"
+        "on the product's command line.");
+    const auto text = std::make_shared<std::string>();
+    command->add_option("URL", *text, "Session URL, as \"tvutil url make\" writes it")->required();
+    command->callback([text] { launch(*text); });
+}
+
+}  // namespace tool
