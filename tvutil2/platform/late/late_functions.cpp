@@ -1,0 +1,227 @@
+// The functions of ICU and OpenSSL that the library calls, bound at their first call.
+//
+// Loading and relocating the two costs more than everything else at the start of a program, and
+// most programs never compare a text beyond ASCII or protect a string. So the library isn't linked
+// with them: the functions below stand in their place, under their own names, with the types that
+// the headers give them, and hand on. They are hidden: nobody else sees them. All are safe from any
+// thread. A library that can't be loaded ends the program, as it would have at the start.
+#define OPENSSL_SUPPRESS_DEPRECATED  // MD5 and RC4 are what the format of protected strings is
+
+#include <dlfcn.h>
+#include <openssl/evp.h>
+#include <openssl/hmac.h>
+#include <openssl/md5.h>
+#include <openssl/opensslv.h>
+#include <openssl/rc4.h>
+#include <unicode/uchar.h>
+#include <unicode/ucnv.h>
+#include <unicode/ucol.h>
+#include <unicode/uloc.h>
+#include <unicode/unorm2.h>
+
+#include <cstdio>
+#include <cstdlib>
+
+#define LATE_TEXT_OF(x) #x
+#define LATE_TEXT(x) LATE_TEXT_OF(x)
+// The real function of that name (which a header's macro may have given a version), in a variable.
+#define LATE(library, name) \
+    static auto* const real = address<decltype(name)>(library(), LATE_TEXT(name))
+
+namespace {
+
+[[noreturn]] void give_up() {
+    std::fprintf(stderr, "tvutil2: %s\n", dlerror());
+    std::abort();
+}
+
+void* load(const char* file) {
+    void* const library = dlopen(file, RTLD_LAZY | RTLD_LOCAL);
+    if (library == nullptr) give_up();
+    return library;
+}
+
+void* crypto() {
+    static void* const library = load("libcrypto.so." LATE_TEXT(OPENSSL_SHLIB_VERSION));
+    return library;
+}
+
+void* icu_common() {
+    static void* const library = load("libicuuc.so." LATE_TEXT(U_ICU_VERSION_MAJOR_NUM));
+    return library;
+}
+
+void* icu_collation() {
+    static void* const library = load("libicui18n.so." LATE_TEXT(U_ICU_VERSION_MAJOR_NUM));
+    return library;
+}
+
+template <class Function>
+Function* address(void* library, const char* name) {
+    void* const found = dlsym(library, name);
+    if (found == nullptr) give_up();
+    return reinterpret_cast<Function*>(found);
+}
+
+}  // namespace
+
+extern "C" {
+
+const EVP_MD* EVP_sha256() {
+    LATE(crypto, EVP_sha256);
+    return real();
+}
+
+unsigned char* HMAC(const EVP_MD* method, const void* key, int key_size, const unsigned char* data,
+                    std::size_t size, unsigned char* digest, unsigned int* digest_size) {
+    LATE(crypto, HMAC);
+    return real(method, key, key_size, data, size, digest, digest_size);
+}
+
+int MD5_Init(MD5_CTX* context) {
+    LATE(crypto, MD5_Init);
+    return real(context);
+}
+
+int MD5_Update(MD5_CTX* context, const void* data, std::size_t size) {
+    LATE(crypto, MD5_Update);
+    return real(context, data, size);
+}
+
+int MD5_Final(unsigned char* digest, MD5_CTX* context) {
+    LATE(crypto, MD5_Final);
+    return real(digest, context);
+}
+
+void RC4_set_key(RC4_KEY* key, int size, const unsigned char* data) {
+    LATE(crypto, RC4_set_key);
+    real(key, size, data);
+}
+
+void RC4(RC4_KEY* key, std::size_t size, const unsigned char* in, unsigned char* out) {
+    LATE(crypto, RC4);
+    real(key, size, in, out);
+}
+
+std::int32_t u_charDigitValue(UChar32 c) {
+    LATE(icu_common, u_charDigitValue);
+    return real(c);
+}
+
+std::int8_t u_charType(UChar32 c) {
+    LATE(icu_common, u_charType);
+    return real(c);
+}
+
+UChar32 u_tolower(UChar32 c) {
+    LATE(icu_common, u_tolower);
+    return real(c);
+}
+
+UChar32 u_toupper(UChar32 c) {
+    LATE(icu_common, u_toupper);
+    return real(c);
+}
+
+UConverter* ucnv_open(const char* name, UErrorCode* error) {
+    LATE(icu_common, ucnv_open);
+    return real(name, error);
+}
+
+void ucnv_close(UConverter* converter) {
+    LATE(icu_common, ucnv_close);
+    real(converter);
+}
+
+void ucnv_setFallback(UConverter* converter, UBool uses_fallback) {
+    LATE(icu_common, ucnv_setFallback);
+    real(converter, uses_fallback);
+}
+
+void ucnv_setToUCallBack(UConverter* converter, UConverterToUCallback action, const void* context,
+                         UConverterToUCallback* old_action, const void** old_context,
+                         UErrorCode* error) {
+    LATE(icu_common, ucnv_setToUCallBack);
+    real(converter, action, context, old_action, old_context, error);
+}
+
+void ucnv_setFromUCallBack(UConverter* converter, UConverterFromUCallback action,
+                           const void* context, UConverterFromUCallback* old_action,
+                           const void** old_context, UErrorCode* error) {
+    LATE(icu_common, ucnv_setFromUCallBack);
+    real(converter, action, context, old_action, old_context, error);
+}
+
+void UCNV_TO_U_CALLBACK_STOP(const void* context, UConverterToUnicodeArgs* arguments,
+                             const char* bytes, std::int32_t size, UConverterCallbackReason reason,
+                             UErrorCode* error) {
+    LATE(icu_common, UCNV_TO_U_CALLBACK_STOP);
+    real(context, arguments, bytes, size, reason, error);
+}
+
+void UCNV_FROM_U_CALLBACK_STOP(const void* context, UConverterFromUnicodeArgs* arguments,
+                               const UChar* units, std::int32_t size, UChar32 character,
+                               UConverterCallbackReason reason, UErrorCode* error) {
+    LATE(icu_common, UCNV_FROM_U_CALLBACK_STOP);
+    real(context, arguments, units, size, character, reason, error);
+}
+
+std::int32_t ucnv_toUChars(UConverter* converter, UChar* out, std::int32_t room, const char* bytes,
+                           std::int32_t size, UErrorCode* error) {
+    LATE(icu_common, ucnv_toUChars);
+    return real(converter, out, room, bytes, size, error);
+}
+
+std::int32_t ucnv_fromUChars(UConverter* converter, char* out, std::int32_t room,
+                             const UChar* units, std::int32_t size, UErrorCode* error) {
+    LATE(icu_common, ucnv_fromUChars);
+    return real(converter, out, room, units, size, error);
+}
+
+std::int32_t uloc_addLikelySubtags(const char* locale, char* out, std::int32_t room,
+                                   UErrorCode* error) {
+    LATE(icu_common, uloc_addLikelySubtags);
+    return real(locale, out, room, error);
+}
+
+std::int32_t uloc_getCountry(const char* locale, char* out, std::int32_t room, UErrorCode* error) {
+    LATE(icu_common, uloc_getCountry);
+    return real(locale, out, room, error);
+}
+
+std::int32_t uloc_getLanguage(const char* locale, char* out, std::int32_t room, UErrorCode* error) {
+    LATE(icu_common, uloc_getLanguage);
+    return real(locale, out, room, error);
+}
+
+std::uint32_t uloc_getLCID(const char* locale) {
+    LATE(icu_common, uloc_getLCID);
+    return real(locale);
+}
+
+const UNormalizer2* unorm2_getNFCInstance(UErrorCode* error) {
+    LATE(icu_common, unorm2_getNFCInstance);
+    return real(error);
+}
+
+UChar32 unorm2_composePair(const UNormalizer2* normalizer, UChar32 a, UChar32 b) {
+    LATE(icu_common, unorm2_composePair);
+    return real(normalizer, a, b);
+}
+
+UCollator* ucol_open(const char* locale, UErrorCode* error) {
+    LATE(icu_collation, ucol_open);
+    return real(locale, error);
+}
+
+void ucol_setStrength(UCollator* collator, UCollationStrength strength) {
+    LATE(icu_collation, ucol_setStrength);
+    real(collator, strength);
+}
+
+UCollationResult ucol_strcoll(const UCollator* collator, const UChar* a, std::int32_t a_size,
+                              const UChar* b, std::int32_t b_size) {
+    LATE(icu_collation, ucol_strcoll);
+    return real(collator, a, a_size, b, b_size);
+}
+}
