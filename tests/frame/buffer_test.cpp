@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <cstdlib>
 #include <cstring>
 #include <new>
 #include <string>
@@ -44,11 +45,16 @@ std::string g_last_content;
 
 }  // namespace
 
+// A pair of its own, so that a checker of allocations finds what belongs together.
+void* operator new[](std::size_t size) {
+    if (void* const block = std::malloc(size != 0 ? size : 1)) return block;
+    throw std::bad_alloc();
+}
 void operator delete[](void* block) noexcept {
     if (block != nullptr && block == g_watched) {
         g_last_content.assign(static_cast<const char*>(block), g_watched_size);
     }
-    ::operator delete(block);
+    std::free(block);
 }
 void operator delete[](void* block, std::size_t /*size*/) noexcept {
     ::operator delete[](block);
