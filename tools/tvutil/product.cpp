@@ -65,11 +65,12 @@ void add_fact(CLI::App& product, const char* name, const char* help,
 void add_name(CLI::App& product) {
     auto* const command = product.add_subcommand("name", "Name of a program code, or all of them");
     const auto options = std::make_shared<Options>();
-    auto* const code = command->add_option("CODE", options->code, "Program code");
+    auto* const code = command->add_option("CODE", options->code, "Program code")
+                           ->check(CLI::Range(0U, kProducts - 1));
     tool::add_json_flag(*command, options->json);
     command->callback([options, code] {
         if (code->count() == 0) return print_names(options->json);
-        print_value(*options, "name", TvGetProductName(options->code));
+        print_code(*options, options->code);
     });
 }
 
