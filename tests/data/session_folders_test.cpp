@@ -79,13 +79,13 @@ TEST(SessionFolders, DefaultsAreMade) {
         {u"Ombrelia", "/Ombrelia/Sessions/Ombrelia"},
         {u"Lumsey", "/Ombrelia/Sessions/Lumsey"},
         {u"VNC", "/Ombrelia/Sessions/VNC"},
-        {u"vnc", "/Ombrelia/Sessions/vnc"},
         {u"Extra", "/Extra/Sessions"},
     };
     for (const auto& [kind, place] : cases) {
         EXPECT_EQ(AfxGetSessionPath(kind).View(), platform_path(data() + place));
         EXPECT_TRUE(fs::is_directory(data() + place)) << place;
     }
+    EXPECT_EQ(AfxGetSessionPath(u"vnc").View(), platform_path(data() + "/Ombrelia/Sessions/vnc"));
     EXPECT_EQ(GetSharedSessionPath(1).View(),
               platform_path(tests::profile_folder() +
                             "/common/Tolvarine Computer/8/Ombrelia/Sessions/Lumsey"));
@@ -180,6 +180,7 @@ TEST(SessionFiles, AreFoundByTheirEnding) {
     fs::create_directory_symlink(outside, folder + "/out");
     EXPECT_EQ(ExistSessionFile(platform_path(folder).c_str()), 0) << "links are not entered";
     EXPECT_EQ(ExistSessionFile(u"Q:\\gone"), 0);
+    EXPECT_EQ(ExistSessionFile(u""), 0) << "not the root";
     EXPECT_EQ(ExistSessionFile(nullptr), 0);
 }
 

@@ -154,6 +154,8 @@ CString GetSharedSessionPath(int lumsey) {
 }
 
 int ExistSessionFile(const char16_t* folder) {
+    // Empty, it would be the root.
+    if (text_of(folder).empty()) return 0;
     // By a list and not by recursion: the depth of a folder is the person's.
     std::vector<std::u16string> folders{std::u16string(text_of(folder))};
     while (!folders.empty()) {
