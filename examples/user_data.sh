@@ -1,0 +1,85 @@
+#!/usr/bin/env bash
+# A person's first run: the data folder is made, a session folder is moved with its files, and an
+# old settings file is read without losing an entry. In a throw-away profile, and checked.
+# Usage: examples/user_data.sh BUILD-FOLDER
+set -euo pipefail
+
+build=$(cd "${1:?a build folder}" && pwd)
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+export TVUTIL_PROFILE=$work/profile
+unset TVUTIL_DRIVES
+failures=0
+
+title() { printf '\n== %s\n' "$1"; }
+
+check() { # WHAT COMMAND...
+    local what=$1
+    shift
+    if "$@" >/dev/null 2>&1; then
+        printf '   ok    %s\n' "$what"
+    else
+        printf '   FAIL  %s\n' "$what"
+        failures=$((failures + 1))
+    fi
+}
+
+# Shows a command and what it says, and keeps that in $work/said; its failures are counted.
+show() { # ARGUMENT...
+    printf '   $ tvutil %s\n' "$*"
+    if ! "$build/bin/tvutil" "$@" >"$work/said"; then
+        printf '   FAIL  the command failed\n'
+        failures=$((failures + 1))
+    fi
+    sed 's/^/   | /' "$work/said"
+}
+
+said() { grep -qF -- "$1" "$work/said"; }
+missing() { [ ! -e "$1" ]; }
+
+# The platform's name of a host path: C:\ is /.
+platform_path() { printf 'C:%s' "${1//\//\\}"; }
+
+data="$TVUTIL_PROFILE/home/Documents/Tolvarine Computer/8"
+old=$data/Pelrin/Sessions
+new=$work/sessions
+mkdir -p "$TVUTIL_PROFILE"
+
+title 'A first run decides where the data lives'
+show data
+check 'the default was stored' said 'and stored now'
+check 'the folder is there' test -d "$data"
+show data
+check 'the second run takes what the first one stored' said 'stored: UserDataPath'
+
+title 'A session folder is moved with its files'
+show sessions where Pelrin
+mkdir -p "$old/work"
+echo 'one' >"$old/office.pln"
+echo 'two' >"$old/work/server.pln"
+echo 'mine' >"$old/notes.txt"
+show sessions move Pelrin "$(platform_path "$new")" --dry-run
+check 'the rehearsal moved nothing' missing "$new"
+show sessions move Pelrin "$(platform_path "$new")" --yes
+check 'both sessions arrived' test -s "$new/office.pln" -a -s "$new/work/server.pln"
+check 'they left the old folder' missing "$old/office.pln"
+check 'what is no session stayed' test -e "$old/notes.txt"
+show sessions where Pelrin
+check 'the new folder is in effect' said "$(platform_path "$new")"
+
+title 'An old settings file in narrow text'
+printf '[Own]\r\nNote=kept\r\n[Pelrin]\r\nJumpHost=1\r\n' >"$data/Features.ini"
+show features
+check 'its switch was read' said 'pelrin.jumphost=1'
+check 'the file is UTF-16 now' test "$(head -c 2 "$data/Features.ini" | od -An -tx1 | tr -d ' \n')" = fffe
+show features set dovr.filefilter on
+iconv -f UTF-16 -t UTF-8 "$data/Features.ini" >"$work/features.txt"
+check 'entries of others are kept' grep -q '^Note=kept' "$work/features.txt"
+check 'the new switch is in it' grep -q '^FileFilter=1' "$work/features.txt"
+
+printf '\n'
+if [ "$failures" -ne 0 ]; then
+    printf '%d checks failed\n' "$failures"
+    exit 1
+fi
+printf 'All checks hold.\n'
