@@ -1,5 +1,6 @@
 #include "tvutil2/framework/app.h"
 
+#include "tvutil2/framework/strings.h"
 #include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/base/wide_text.h"
 #include "tvutil2/platform/process/message_box.h"
@@ -149,4 +150,10 @@ HINSTANCE AfxFindResourceHandle(const char16_t* name, const char16_t* type) {
         return FindResourceW(module, name, type) != nullptr;
     });
     return found != others.rend() ? *found : own;
+}
+
+int AfxMessageBox(UINT id, UINT type, UINT help) {
+    CString text;
+    if (text.LoadString(id) == 0) text.Format(u"%u", id);
+    return AfxMessageBox(text.GetString(), type, help);
 }
