@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <new>
 
 namespace tvutil2 {
 namespace {
@@ -187,7 +188,12 @@ void Hive::before_fork() {
 void Hive::after_fork(bool in_child) {
     for (auto* hive : {all().machine, all().user}) {
         hive->m_hub.after_fork(in_child);
-        hive->m_cache.lock().unlock();
+        // Such a lock knows its writer by the thread's number, which in the child is another.
+        if (in_child) {
+            new (&hive->m_cache.lock()) std::shared_mutex;
+        } else {
+            hive->m_cache.lock().unlock();
+        }
         hive->m_read_lock.unlock();
         hive->m_write_lock.unlock();
     }

@@ -1,0 +1,122 @@
+// Hives that are damaged, read-only or on a full disk.
+#include "tvutil2/platform/base/locations.h"
+#include "tvutil2/platform/registry/registry.h"
+
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "tests/support/profile.h"
+
+namespace {
+
+template <class Work>
+bool holds_in_child(Work work) {
+    const pid_t child = fork();
+    if (child == 0) _exit(work() ? 0 : 1);
+    int status = 0;
+    return waitpid(child, &status, 0) == child && WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+LONG set(const char16_t* name, const std::string& data) {
+    HKEY key = nullptr;
+    auto error = RegCreateKeyExW(HKEY_CURRENT_USER, u"Faults", 0, nullptr, 0, KEY_ALL_ACCESS,
+                                 nullptr, &key, nullptr);
+    if (error != 0) return error;
+    error = RegSetValueExW(key, name, 0, REG_BINARY, reinterpret_cast<const BYTE*>(data.data()),
+                           static_cast<DWORD>(data.size()));
+    RegCloseKey(key);
+    return error;
+}
+
+LONG get(const char16_t* name, std::string& data) {
+    HKEY key = nullptr;
+    auto error = RegOpenKeyExW(HKEY_CURRENT_USER, u"Faults", 0, KEY_READ, &key);
+    if (error != 0) return error;
+    auto size = static_cast<DWORD>(100000);
+    data.resize(size);
+    error =
+        RegQueryValueExW(key, name, nullptr, nullptr, reinterpret_cast<BYTE*>(data.data()), &size);
+    data.resize(size);
+    RegCloseKey(key);
+    return error;
+}
+
+std::string store() {
+    return tvutil2::user_store() + "/registry.db";
+}
+
+// A child writes and ends, so that the whole hive is in its file.
+void make_hive() {
+    ASSERT_TRUE(holds_in_child([] { return set(u"before", std::string(20000, 'b')) == 0; }));
+}
+
+TEST(RegistryFaults, ADamagedHiveIsReportedAndLeftAlone) {
+    make_hive();
+    std::filesystem::remove(store() + "-wal");
+    std::filesystem::remove(store() + "-shm");
+    const auto whole = tests::read_file(store());
+    ASSERT_GT(whole.size(), 4096U);
+    const std::string cases[] = {
+        std::string(100, '\xFF') + whole.substr(100),
+        whole.substr(0, 1000),
+        whole.substr(0, 4096),
+        "Not a hive at all.\n",
+    };
+    for (const auto& damaged : cases) {
+        SCOPED_TRACE(damaged.size());
+        tests::write_file(store(), damaged);
+        EXPECT_TRUE(holds_in_child([] {
+            std::string data;
+            return get(u"before", data) == static_cast<LONG>(ERROR_REGISTRY_CORRUPT);
+        }));
+        EXPECT_TRUE(holds_in_child(
+            [] { return set(u"v", "x") == static_cast<LONG>(ERROR_REGISTRY_CORRUPT); }));
+        EXPECT_TRUE(tests::read_file(store()) == damaged);
+    }
+}
+
+TEST(RegistryFaults, AFullDiskKeepsWhatWasThere) {
+    make_hive();
+    EXPECT_TRUE(holds_in_child([] {
+        signal(SIGXFSZ, SIG_IGN);
+        const rlimit limit{200000, 200000};
+        if (setrlimit(RLIMIT_FSIZE, &limit) != 0) return false;
+        // SQLite keeps no reason for a limit met at the commit, so which error isn't asked.
+        return set(u"large", std::string(1000000, 'l')) != 0;
+    }));
+    std::string data;
+    EXPECT_EQ(get(u"before", data), 0);
+    EXPECT_EQ(data, std::string(20000, 'b'));
+    EXPECT_EQ(get(u"large", data), static_cast<LONG>(ERROR_FILE_NOT_FOUND));
+    EXPECT_EQ(set(u"large", "fits"), 0);
+}
+
+TEST(RegistryFaults, AHiveOfSomeoneElseIsReadButNotWritten) {
+    if (geteuid() != 0) GTEST_SKIP() << "takes the superuser, to become someone else";
+    make_hive();
+    namespace fs = std::filesystem;
+    for (const auto& folder : {tests::profile_folder(), tvutil2::user_store()}) {
+        fs::permissions(folder, fs::perms(0755));
+    }
+    for (const auto& entry : fs::directory_iterator(tvutil2::user_store())) {
+        fs::permissions(entry.path(), fs::perms(0644));
+    }
+    EXPECT_TRUE(holds_in_child([] {
+        if (setuid(65534) != 0) return false;
+        std::string data;
+        return get(u"before", data) == 0 && data == std::string(20000, 'b');
+    }));
+    EXPECT_TRUE(holds_in_child([] {
+        if (setuid(65534) != 0) return false;
+        return set(u"v", "x") == static_cast<LONG>(ERROR_ACCESS_DENIED);
+    }));
+}
+
+}  // namespace

@@ -1,0 +1,216 @@
+#include "tvutil2/platform/registry/registry.h"
+
+#include "tvutil2/platform/base/clock.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+LONG code(DWORD error) {
+    return static_cast<LONG>(error);
+}
+
+LONG create(HKEY base, const std::u16string& path, HKEY& key, DWORD access = KEY_ALL_ACCESS,
+            DWORD* disposition = nullptr) {
+    return RegCreateKeyExW(base, path.c_str(), 0, nullptr, 0, access, nullptr, &key, disposition);
+}
+
+HKEY made(const std::u16string& path, DWORD access = KEY_ALL_ACCESS) {
+    HKEY key = nullptr;
+    EXPECT_EQ(create(HKEY_CURRENT_USER, path, key, access), 0);
+    return key;
+}
+
+LONG set(HKEY key, const char16_t* name, const std::string& data, DWORD type = REG_BINARY) {
+    return RegSetValueExW(key, name, 0, type, reinterpret_cast<const BYTE*>(data.data()),
+                          static_cast<DWORD>(data.size()));
+}
+
+LONG query(HKEY key, const char16_t* name) {
+    return RegQueryValueExW(key, name, nullptr, nullptr, nullptr, nullptr);
+}
+
+std::u16string key_at(HKEY key, DWORD index) {
+    std::array<char16_t, 256> name{};
+    return RegEnumKeyW(key, index, name.data(), 256) == 0 ? name.data() : u"";
+}
+
+TEST(Registry, PathsAreTakenApartOrRefused) {
+    made(u"P\\Q");
+    std::u16string levels = u"D";
+    for (DWORD i = 1; i < REG_MAX_NEW_LEVELS; ++i) levels += u"\\D";
+    struct Case {
+        std::u16string path;
+        DWORD open, create;
+    };
+    const Case cases[] = {
+        {u"", 0, 0},
+        {u"P\\Q", 0, 0},
+        {u"p\\q\\", 0, 0},
+        {u"\\P", ERROR_BAD_PATHNAME, ERROR_BAD_PATHNAME},
+        {u"P\\\\Q", ERROR_BAD_PATHNAME, ERROR_BAD_PATHNAME},
+        {u"P\\Q\\\\", ERROR_BAD_PATHNAME, ERROR_BAD_PATHNAME},
+        {u"P\\R", ERROR_FILE_NOT_FOUND, 0},
+        {std::u16string(255, u'x'), ERROR_FILE_NOT_FOUND, 0},
+        {std::u16string(256, u'x'), ERROR_INVALID_PARAMETER, ERROR_INVALID_PARAMETER},
+        {levels + u"\\D", ERROR_FILE_NOT_FOUND, ERROR_INVALID_PARAMETER},
+        {levels, ERROR_FILE_NOT_FOUND, 0},
+    };
+    for (const auto& test : cases) {
+        HKEY key = nullptr;
+        EXPECT_EQ(RegOpenKeyExW(HKEY_CURRENT_USER, test.path.c_str(), 0, KEY_READ, &key),
+                  code(test.open));
+        EXPECT_EQ(create(HKEY_CURRENT_USER, test.path, key), code(test.create));
+    }
+}
+
+TEST(Registry, DepthHasALimit) {
+    auto* key = made(u"1");
+    for (DWORD depth = 2; depth <= REG_MAX_DEPTH; ++depth) {
+        HKEY next = nullptr;
+        ASSERT_EQ(create(key, u"x", next), 0) << depth;
+        RegCloseKey(key);
+        key = next;
+    }
+    HKEY below = nullptr;
+    EXPECT_EQ(create(key, u"x", below), code(ERROR_INVALID_PARAMETER));
+    EXPECT_EQ(SHDeleteKeyW(HKEY_CURRENT_USER, u"1"), 0);
+    EXPECT_EQ(query(key, u""), code(ERROR_KEY_DELETED));
+}
+
+TEST(Registry, AHandleDoesWhatItWasOpenedFor) {
+    made(u"Rights\\Below");
+    set(made(u"Rights"), u"v", "x");
+    for (const DWORD right : {KEY_QUERY_VALUE, KEY_SET_VALUE, KEY_CREATE_SUB_KEY,
+                              KEY_ENUMERATE_SUB_KEYS, KEY_NOTIFY, KEY_READ, KEY_WRITE}) {
+        SCOPED_TRACE(right);
+        const auto expected = [right](DWORD needed) {
+            return (right & needed & 0x1F) != 0 ? 0 : code(ERROR_ACCESS_DENIED);
+        };
+        auto* const key = made(u"Rights", right);
+        HKEY below = nullptr;
+        EXPECT_EQ(query(key, u"v"), expected(KEY_QUERY_VALUE));
+        EXPECT_EQ(set(key, u"v", "x"), expected(KEY_SET_VALUE));
+        EXPECT_EQ(create(key, u"Made", below), expected(KEY_CREATE_SUB_KEY));
+        EXPECT_EQ(create(key, u"Below", below), 0);
+        std::array<char16_t, 256> name{};
+        EXPECT_EQ(RegEnumKeyW(key, 0, name.data(), 256), expected(KEY_ENUMERATE_SUB_KEYS));
+        RegDeleteKeyW(HKEY_CURRENT_USER, u"Rights\\Made");
+        RegCloseKey(key);
+    }
+}
+
+TEST(Registry, NamesKeepTheirSpellingAndAreListedInOrder) {
+    auto* const key = made(u"Order");
+    for (const auto* name : {u"b", u"Ärger", u"C", u"a_", u"aB"})
+        made(u"Order\\" + std::u16string(name));
+    DWORD disposition = 0;
+    HKEY again = nullptr;
+    EXPECT_EQ(create(key, u"äRGER", again, KEY_READ, &disposition), 0);
+    EXPECT_EQ(disposition, REG_OPENED_EXISTING_KEY);
+    std::vector<std::u16string> names;
+    for (DWORD i = 0; !key_at(key, i).empty(); ++i) names.push_back(key_at(key, i));
+    EXPECT_EQ(names, (std::vector<std::u16string>{u"aB", u"a_", u"b", u"C", u"Ärger"}));
+    EXPECT_EQ(key_at(key, 2), u"b");
+    EXPECT_EQ(key_at(key, 0), u"aB");
+}
+
+TEST(Registry, SizesOfAValue) {
+    auto* const key = made(u"Sizes");
+    const std::string text("a\0b\0", 4);
+    ASSERT_EQ(set(key, u"v", text, REG_SZ), 0);
+    struct Case {
+        DWORD room, error;
+        std::string buffer;
+    };
+    const Case cases[] = {
+        {3, ERROR_MORE_DATA, "######"},
+        {4, 0, std::string("a\0b\0##", 6)},
+        {5, 0, std::string("a\0b\0##", 6)},
+        {6, 0, std::string("a\0b\0\0\0", 6)},
+    };
+    for (const auto& test : cases) {
+        std::string buffer(6, '#');
+        DWORD size = test.room;
+        DWORD type = 0;
+        EXPECT_EQ(RegQueryValueExW(key, u"V", nullptr, &type,
+                                   reinterpret_cast<BYTE*>(buffer.data()), &size),
+                  code(test.error));
+        EXPECT_EQ(size, 4U);
+        EXPECT_EQ(type, REG_SZ);
+        EXPECT_EQ(buffer, test.buffer);
+    }
+    EXPECT_EQ(query(key, u"none"), code(ERROR_FILE_NOT_FOUND));
+    EXPECT_EQ(set(key, std::u16string(16384, u'n').c_str(), "x"), code(ERROR_INVALID_PARAMETER));
+    EXPECT_EQ(set(key, std::u16string(16383, u'n').c_str(), "x"), 0);
+    EXPECT_EQ(RegSetValueExW(key, u"v", 0, REG_BINARY, nullptr, 1), code(ERROR_INVALID_PARAMETER));
+}
+
+TEST(Registry, ADeletedKeyStaysDeletedForItsHandles) {
+    auto* const old = made(u"Gone\\Leaf");
+    set(old, u"v", "old");
+    EXPECT_EQ(query(old, u"v"), 0);
+    EXPECT_EQ(RegDeleteKeyW(HKEY_CURRENT_USER, u"Gone"), code(ERROR_ACCESS_DENIED));
+    EXPECT_EQ(RegDeleteKeyW(HKEY_CURRENT_USER, nullptr), code(ERROR_INVALID_PARAMETER));
+    EXPECT_EQ(RegDeleteKeyW(HKEY_CURRENT_USER, u"Gone\\Leaf"), 0);
+    auto* const fresh = made(u"Gone\\Leaf");
+    EXPECT_EQ(query(old, u"v"), code(ERROR_KEY_DELETED));
+    EXPECT_EQ(set(old, u"v", "x"), code(ERROR_KEY_DELETED));
+    EXPECT_EQ(query(fresh, u"v"), code(ERROR_FILE_NOT_FOUND));
+    EXPECT_EQ(RegDeleteTreeW(HKEY_CURRENT_USER, u"Gone"), 0);
+    EXPECT_EQ(query(fresh, u"v"), code(ERROR_KEY_DELETED));
+    EXPECT_EQ(RegCloseKey(old), 0);
+    EXPECT_EQ(RegCloseKey(old), code(ERROR_INVALID_HANDLE));
+    EXPECT_EQ(query(old, u"v"), code(ERROR_INVALID_HANDLE));
+    EXPECT_EQ(RegCloseKey(HKEY_CURRENT_USER), 0);
+    EXPECT_EQ(query(HKEY_CURRENT_USER, u"v"), code(ERROR_FILE_NOT_FOUND));
+}
+
+TEST(Registry, CountsAndTheTimeOfTheLastWrite) {
+    const FILETIME time{0x12345678, 0x01D00000};
+    auto* const key = made(u"Info");
+    made(u"Info\\Four");
+    made(u"Info\\Sixsix");
+    set(key, u"abc", "12345");
+    tvutil2::set_clock(&time);
+    set(key, u"", "1");
+    tvutil2::set_clock(nullptr);
+    DWORD keys = 0, key_name = 0, values = 0, value_name = 0, data = 0;
+    FILETIME written{};
+    EXPECT_EQ(RegQueryInfoKeyW(key, nullptr, nullptr, nullptr, &keys, &key_name, nullptr, &values,
+                               &value_name, &data, nullptr, &written),
+              0);
+    const std::vector<DWORD> found{keys, key_name, values, value_name, data};
+    EXPECT_EQ(found, (std::vector<DWORD>{2, 6, 2, 3, 5}));
+    EXPECT_EQ(written.dwLowDateTime, time.dwLowDateTime);
+    EXPECT_EQ(written.dwHighDateTime, time.dwHighDateTime);
+}
+
+TEST(Registry, ThreadsShareAHandleAndSeeWholeValues) {
+    auto* const key = made(u"Threads");
+    ASSERT_EQ(set(key, u"v", std::string(64, 'a')), 0);
+    std::vector<std::thread> threads;
+    for (const char fill : {'a', 'b'}) {
+        threads.emplace_back([key, fill] {
+            for (int i = 0; i < 100; ++i) EXPECT_EQ(set(key, u"v", std::string(64, fill)), 0);
+        });
+        threads.emplace_back([key] {
+            for (int i = 0; i < 2000; ++i) {
+                std::string data(64, '#');
+                DWORD size = 64;
+                ASSERT_EQ(RegQueryValueExW(key, u"v", nullptr, nullptr,
+                                           reinterpret_cast<BYTE*>(data.data()), &size),
+                          0);
+                ASSERT_EQ(data, std::string(64, data.front()));
+            }
+        });
+    }
+    for (auto& thread : threads) thread.join();
+}
+
+}  // namespace
