@@ -2,7 +2,7 @@
 //
 // A benchmark's name is "work|who", with "ours" for this library. The ratio is the peer's time over
 // ours: above 1, ours is the faster one. Other arguments are Google Benchmark's.
-#include "bench/support/profile.h"
+#include <benchmark/benchmark.h>
 
 #include <cstdio>
 #include <map>
@@ -10,7 +10,7 @@
 #include <utility>
 #include <vector>
 
-#include <benchmark/benchmark.h>
+#include "bench/support/profile.h"
 
 namespace {
 

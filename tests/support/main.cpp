@@ -1,6 +1,6 @@
-#include "tests/support/profile.h"
-
 #include <gtest/gtest.h>
+
+#include "tests/support/profile.h"
 
 int main(int argc, char** argv) {
     testing::InitGoogleTest(&argc, argv);

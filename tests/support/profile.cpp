@@ -2,14 +2,14 @@
 
 #include "tvutil2/platform/base/host_path.h"
 
+#include <unistd.h>
+
 #include <atomic>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <system_error>
-
-#include <unistd.h>
 
 namespace tests {
 namespace {

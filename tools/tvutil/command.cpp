@@ -3,6 +3,9 @@
 #include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/base/utf.h"
 
+#include <termios.h>
+#include <unistd.h>
+
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -10,9 +13,6 @@
 #include <memory>
 #include <optional>
 #include <vector>
-
-#include <termios.h>
-#include <unistd.h>
 
 namespace tool {
 namespace {

@@ -23,14 +23,10 @@ void fill(SYSTEMTIME* out, tm* (*split)(const time_t*, tm*)) {
     tm parts{};
     split(&seconds, &parts);
     const auto word = [](int value) { return static_cast<WORD>(value); };
-    *out = {word(parts.tm_year + 1900),
-            word(parts.tm_mon + 1),
-            word(parts.tm_wday),
-            word(parts.tm_mday),
-            word(parts.tm_hour),
-            word(parts.tm_min),
-            word(parts.tm_sec),
-            static_cast<WORD>(ticks % kTicksPerSecond / 10000)};
+    *out = {word(parts.tm_year + 1900), word(parts.tm_mon + 1),
+            word(parts.tm_wday),        word(parts.tm_mday),
+            word(parts.tm_hour),        word(parts.tm_min),
+            word(parts.tm_sec),         static_cast<WORD>(ticks % kTicksPerSecond / 10000)};
 }
 
 }  // namespace

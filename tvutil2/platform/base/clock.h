@@ -20,8 +20,8 @@ namespace tvutil2 {
 }
 /// From the host's seconds and nanoseconds since 1970.
 [[nodiscard]] constexpr FILETIME file_time_of(std::int64_t seconds, std::int64_t nanoseconds) {
-    return file_time_of(static_cast<std::uint64_t>((seconds + 11644473600) * 10000000 +
-                                                   nanoseconds / 100));
+    return file_time_of(
+        static_cast<std::uint64_t>((seconds + 11644473600) * 10000000 + nanoseconds / 100));
 }
 
 /// Stops the clock at a time, for tests; null lets it run again. Safe from any thread.

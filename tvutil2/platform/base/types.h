@@ -64,8 +64,12 @@ inline constexpr HRESULT E_FAIL = static_cast<HRESULT>(0x80004005);
 inline constexpr HRESULT E_INVALIDARG = static_cast<HRESULT>(0x80070057);
 inline constexpr HRESULT E_OUTOFMEMORY = static_cast<HRESULT>(0x8007000E);
 
-[[nodiscard]] constexpr bool SUCCEEDED(HRESULT result) { return result >= 0; }
-[[nodiscard]] constexpr bool FAILED(HRESULT result) { return result < 0; }
+[[nodiscard]] constexpr bool SUCCEEDED(HRESULT result) {
+    return result >= 0;
+}
+[[nodiscard]] constexpr bool FAILED(HRESULT result) {
+    return result < 0;
+}
 
 /// 100-nanosecond intervals since 1601-01-01 00:00 UTC, in two halves.
 struct FILETIME {

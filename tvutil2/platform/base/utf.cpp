@@ -55,7 +55,11 @@ Sequence front_sequence(std::string_view text) {
     };
     const char32_t lead = byte(0);
     if (lead < 0x80) return {1, lead};
-    const std::size_t size = lead < 0xC2 ? 0 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : lead < 0xF5 ? 4 : 0;
+    const std::size_t size = lead < 0xC2   ? 0
+                             : lead < 0xE0 ? 2
+                             : lead < 0xF0 ? 3
+                             : lead < 0xF5 ? 4
+                                           : 0;
     if (size == 0 || text.size() < size) return {};
     char32_t c = lead & (0x7FU >> size);
     for (std::size_t i = 1; i < size; ++i) {

@@ -2,15 +2,15 @@
 
 #include "tvutil2/platform/base/locale.h"
 
+#include <unicode/uchar.h>
+#include <unicode/ucol.h>
+#include <unicode/ustring.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <limits>
 #include <string>
 #include <string_view>
-
-#include <unicode/uchar.h>
-#include <unicode/ucol.h>
-#include <unicode/ustring.h>
 
 namespace {
 
@@ -172,8 +172,8 @@ int MulDiv(int number, int numerator, int denominator) {
     const auto divisor = std::int64_t{denominator};
     const std::int64_t half = (divisor < 0 ? -divisor : divisor) / 2;
     const auto result = (product < 0 ? product - half : product + half) / divisor;
-    const bool fits = result >= std::numeric_limits<int>::min() &&
-                      result <= std::numeric_limits<int>::max();
+    const bool fits =
+        result >= std::numeric_limits<int>::min() && result <= std::numeric_limits<int>::max();
     return fits ? static_cast<int>(result) : -1;
 }
 

@@ -2,9 +2,9 @@
 //
 // A wait costs a futex and no file descriptor. Any number of threads may use an object at once.
 // Waiters are served in the order of their coming (those for all of several, once they can have
-// all), and a mutex or an auto-reset event goes straight to the one that is served. A handle is closed
-// with CloseHandle; who waits at that moment goes on waiting. Objects have no names yet: a name makes
-// creation fail with ERROR_NOT_SUPPORTED.
+// all), and a mutex or an auto-reset event goes straight to the one that is served. A handle is
+// closed with CloseHandle; who waits at that moment goes on waiting. Objects have no names yet: a
+// name makes creation fail with ERROR_NOT_SUPPORTED.
 #pragma once
 
 #include "tvutil2/platform/base/handle_table.h"
