@@ -108,7 +108,8 @@ TARGET_AVX2 std::size_t decode_avx2(const char16_t* from, std::size_t size, unsi
 }
 
 // One bit a byte of an aligned block of 64 bytes: two set bits for a zero unit.
-TARGET_AVX2 __attribute__((no_sanitize("address"))) std::uint64_t zeros_in(const __m256i* block) {
+TARGET_AVX2 __attribute__((no_sanitize("address", "thread"))) std::uint64_t zeros_in(
+    const __m256i* block) {
     const __m256i zero = _mm256_setzero_si256();
     const auto low =
         static_cast<std::uint32_t>(_mm256_movemask_epi8(_mm256_cmpeq_epi16(block[0], zero)));
@@ -118,7 +119,7 @@ TARGET_AVX2 __attribute__((no_sanitize("address"))) std::uint64_t zeros_in(const
 }
 
 // Reads whole aligned blocks, so beyond both ends of the text but never into a page that the text
-// doesn't touch; the address sanitizer can't know that this is harmless.
+// doesn't touch; the sanitizers can't know that this is harmless.
 TARGET_AVX2 std::size_t length_avx2(const char16_t* text) {
     const auto address = reinterpret_cast<std::uintptr_t>(text);
     const auto before = address % 64;

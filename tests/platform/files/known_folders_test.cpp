@@ -33,7 +33,7 @@ void move_documents(const std::string& value) {
 }
 
 TEST(KnownFolders, AProfileHoldsAllOfThem) {
-    const auto root = tests::profile_folder();
+    const auto& root = tests::profile_folder();
     setenv("XDG_CONFIG_HOME", "/elsewhere", 1);
     setenv("XDG_DATA_HOME", "/elsewhere", 1);
     struct {

@@ -9,7 +9,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <new>
 
 namespace tvutil2 {
 namespace {
@@ -177,9 +176,8 @@ void Hive::before_fork() {
     for (auto* hive : {all().user, all().machine}) {
         hive->m_write_lock.lock();
         hive->m_read_lock.lock();
-        hive->m_cache.lock().lock();
         hive->m_hub.before_fork();
-        hive->m_cache.detach_locked();
+        hive->m_cache.attach(nullptr);
         hive->m_writer.close();
         hive->m_reader.close();
     }
@@ -188,12 +186,7 @@ void Hive::before_fork() {
 void Hive::after_fork(bool in_child) {
     for (auto* hive : {all().machine, all().user}) {
         hive->m_hub.after_fork(in_child);
-        // Such a lock knows its writer by the thread's number, which in the child is another.
-        if (in_child) {
-            new (&hive->m_cache.lock()) std::shared_mutex;
-        } else {
-            hive->m_cache.lock().unlock();
-        }
+        if (in_child) hive->m_cache.renew_lock();
         hive->m_read_lock.unlock();
         hive->m_write_lock.unlock();
     }

@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <mutex>
+#include <new>
 
 namespace tvutil2 {
 namespace {
@@ -32,14 +33,13 @@ std::size_t ValueCache::Hash::operator()(const Name& name) const {
 
 void ValueCache::attach(const volatile std::uint64_t* head) {
     const std::unique_lock guard(m_lock);
-    detach_locked();
     m_head = head;
-}
-
-void ValueCache::detach_locked() {
-    m_head = nullptr;
     m_stamp = {};
     forget();
+}
+
+void ValueCache::renew_lock() {
+    new (&m_lock) std::shared_mutex;
 }
 
 void ValueCache::forget() {

@@ -56,9 +56,9 @@ class ValueCache {
     void keep(const Stamp& stamp, std::int64_t key, std::u16string_view name,
               const ValueView* value);
 
-    /// Held around a fork, together with attach(nullptr).
-    std::shared_mutex& lock() { return m_lock; }
-    void detach_locked();
+    /// For the child of a fork that came upon a detached cache: a thread that doesn't exist there
+    /// may have been looking into it, and would hold the lock for ever.
+    void renew_lock();
 
   private:
     struct Name {
