@@ -4,6 +4,7 @@
 #include "tvutil2/platform/base/handle_table.h"
 #include "tvutil2/platform/registry/hive.h"
 
+#include <atomic>
 #include <memory>
 #include <mutex>
 
@@ -19,6 +20,8 @@ class KeyObject : public HandleObject {
     Hive& hive;
     const std::int64_t id;
     const DWORD access;
+    /// Set before the watches of the handle are ended: one that comes later ends itself.
+    std::atomic<bool> is_closed{false};
 
     /// What calls on this handle leave for the next one.
     struct Memory {

@@ -153,6 +153,7 @@ LONG RegCloseKey(HKEY key) {
                                                       tvutil2::HandleKind::key);
     if (!object) return static_cast<LONG>(ERROR_INVALID_HANDLE);
     auto& closed = static_cast<KeyObject&>(*object);
+    closed.is_closed = true;
     closed.hive.hub().release(&closed);
     return kSuccess;
 }
@@ -285,6 +286,7 @@ LONG RegNotifyChangeKeyValue(HKEY key, BOOL subtree, DWORD filter, HANDLE event,
         if (error != kSuccess) return error;
         hive = base.hive;
         hive->hub().add(watch);
+        if (base.object && base.object->is_closed) hive->hub().release(base.object.get());
     }
     return asynchronous != 0 ? kSuccess : hive->hub().wait(watch);
 }
