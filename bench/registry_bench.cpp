@@ -1,0 +1,112 @@
+// Registry values beside a prepared SELECT and a prepared INSERT on an equal SQLite file.
+#include "tvutil2/settings/registry.h"
+
+#include <benchmark/benchmark.h>
+#include <sqlite3.h>
+
+#include <cstdlib>
+#include <string>
+
+#include "bench/support/profile.h"
+
+namespace {
+
+// The peer: one table of the same shape, in WAL mode, with the same durability.
+class Peer {
+  public:
+    Peer() {
+        const auto file = bench::profile_folder() + "/peer.db";
+        if (sqlite3_open(file.c_str(), &m_database) != SQLITE_OK) std::abort();
+        sqlite3_exec(m_database,
+                     "PRAGMA journal_mode = WAL; PRAGMA synchronous = NORMAL;"
+                     "CREATE TABLE v (key INTEGER, name BLOB, type INTEGER, data BLOB,"
+                     " PRIMARY KEY (key, name)) WITHOUT ROWID;"
+                     "INSERT INTO v VALUES (1, x'004e', 4, x'2a000000')",
+                     nullptr, nullptr, nullptr);
+        prepare("SELECT type, data FROM v WHERE key = 1 AND name = x'004e'", m_select);
+        prepare("INSERT OR REPLACE INTO v VALUES (1, x'004e', 4, x'2a000000')", m_insert);
+    }
+    ~Peer() {
+        sqlite3_finalize(m_select);
+        sqlite3_finalize(m_insert);
+        sqlite3_close(m_database);
+    }
+    Peer(const Peer&) = delete;
+    Peer& operator=(const Peer&) = delete;
+
+    int select() {
+        sqlite3_step(m_select);
+        const int type = sqlite3_column_int(m_select, 0);
+        benchmark::DoNotOptimize(sqlite3_column_blob(m_select, 1));
+        sqlite3_reset(m_select);
+        return type;
+    }
+    void insert() {
+        sqlite3_step(m_insert);
+        sqlite3_reset(m_insert);
+    }
+
+  private:
+    void prepare(const char* sql, sqlite3_stmt*& statement) {
+        if (sqlite3_prepare_v2(m_database, sql, -1, &statement, nullptr) != SQLITE_OK) std::abort();
+    }
+
+    sqlite3* m_database = nullptr;
+    sqlite3_stmt* m_select = nullptr;
+    sqlite3_stmt* m_insert = nullptr;
+};
+
+Peer& peer() {
+    static Peer instance;
+    return instance;
+}
+
+CRegistry& key() {
+    static CRegistry instance;
+    if (instance.GetSafeHkey() == nullptr) {
+        instance.Open(HKEY_CURRENT_USER, u"Software\\Bench", 1, KEY_ALL_ACCESS);
+        instance.SetValue(u"N", DWORD{42});
+        instance.SetValue(u"T", u"a text of some length");
+    }
+    return instance;
+}
+
+void read_number(benchmark::State& state) {
+    for (auto _ : state) benchmark::DoNotOptimize(key().GetValue(u"N", DWORD{0}));
+}
+void read_text(benchmark::State& state) {
+    const CString fallback;
+    for (auto _ : state) benchmark::DoNotOptimize(key().GetValue(u"T", fallback));
+}
+void read_after_write(benchmark::State& state) {
+    for (auto _ : state) {
+        key().SetValue(u"N", DWORD{42});
+        benchmark::DoNotOptimize(key().GetValue(u"N", DWORD{0}));
+    }
+}
+void write_number(benchmark::State& state) {
+    for (auto _ : state) key().SetValue(u"N", DWORD{42});
+}
+void peer_read(benchmark::State& state) {
+    for (auto _ : state) benchmark::DoNotOptimize(peer().select());
+}
+void peer_write(benchmark::State& state) {
+    for (auto _ : state) peer().insert();
+}
+void peer_read_after_write(benchmark::State& state) {
+    for (auto _ : state) {
+        peer().insert();
+        benchmark::DoNotOptimize(peer().select());
+    }
+}
+
+BENCHMARK(read_number)->Name("read a number|ours");
+BENCHMARK(peer_read)->Name("read a number|SQLite SELECT");
+BENCHMARK(read_text)->Name("read a text|ours");
+BENCHMARK(peer_read)->Name("read a text|SQLite SELECT");
+BENCHMARK(write_number)->Name("write a number|ours");
+BENCHMARK(peer_write)->Name("write a number|SQLite INSERT");
+BENCHMARK(read_after_write)->Name("write and read|ours");
+BENCHMARK(peer_read_after_write)->Name("write and read|SQLite");
+
+}  // namespace
