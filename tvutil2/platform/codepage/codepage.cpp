@@ -21,6 +21,10 @@ struct Page {
     /// CP_ACP: takes whatever flags and defaults a caller has for ANSI pages.
     bool is_ansi;
     [[nodiscard]] bool is_plain_utf8() const { return table == nullptr && !is_ansi; }
+    /// A form of Unicode, by its number: nothing to compose, and its own flags.
+    [[nodiscard]] bool is_unicode() const {
+        return !is_ansi && (table == nullptr || table->four_bytes() != nullptr);
+    }
     [[nodiscard]] bool holds(char32_t c) const {
         return table == nullptr ||
                (c < 0x10000 && table->bytes_of(static_cast<char16_t>(c)) != PageTable::kNoBytes);
@@ -108,7 +112,10 @@ UINT GetACP() {
 
 BOOL IsDBCSLeadByteEx(UINT page, BYTE byte) {
     const auto found = find_page(page);
-    return found && found->table != nullptr && found->table->is_lead(byte) ? TRUE : FALSE;
+    const auto* const table = found ? found->table : nullptr;
+    // Pages with longer sequences have no lead bytes in this sense.
+    const bool is_double = table != nullptr && table->four_bytes() == nullptr;
+    return is_double && table->is_lead(byte) ? TRUE : FALSE;
 }
 
 int MultiByteToWideChar(UINT page, DWORD flags, const char* bytes, int size, char16_t* out,
@@ -117,7 +124,7 @@ int MultiByteToWideChar(UINT page, DWORD flags, const char* bytes, int size, cha
     const auto found = find_page(page);
     if (!found) return 0;
     const DWORD allowed =
-        found->is_plain_utf8() ? MB_ERR_INVALID_CHARS : MB_ERR_INVALID_CHARS | MB_PRECOMPOSED;
+        found->is_unicode() ? MB_ERR_INVALID_CHARS : MB_ERR_INVALID_CHARS | MB_PRECOMPOSED;
     if ((flags & ~allowed) != 0) return fail_with(ERROR_INVALID_FLAGS);
 
     const auto text = whole_text(bytes, size);
@@ -138,7 +145,7 @@ int WideCharToMultiByte(UINT page, DWORD flags, const char16_t* text, int size, 
         return fail_with(ERROR_INVALID_PARAMETER);
     }
     const DWORD allowed =
-        is_plain ? WC_ERR_INVALID_CHARS : WC_COMPOSITECHECK | WC_NO_BEST_FIT_CHARS;
+        found->is_unicode() ? WC_ERR_INVALID_CHARS : WC_COMPOSITECHECK | WC_NO_BEST_FIT_CHARS;
     if ((flags & ~allowed) != 0) return fail_with(ERROR_INVALID_FLAGS);
 
     auto units = whole_text(text, size);

@@ -1,19 +1,21 @@
 // The mapping of one code page, both ways, in tables of our own.
 //
-// They are built from ICU's converter when a page is first used and kept for the life of the
-// process: a conversion then is a look-up a character, without a converter object, a lock or an
-// allocation.
+// They are built when a page is first used and kept for the life of the process: a conversion then
+// is a look-up a character, without a converter object, a lock or an allocation.
 #pragma once
 
 #include "tvutil2/platform/codepage/catalogue.h"
+#include "tvutil2/platform/codepage/four_byte_area.h"
 
 #include <array>
+#include <atomic>
 #include <cstdint>
+#include <memory>
 #include <vector>
 
-struct UConverter;
-
 namespace tvutil2::codepage {
+
+class PageBuilder;
 
 class PageTable {
   public:
@@ -23,35 +25,52 @@ class PageTable {
     static constexpr std::uint16_t kNoBytes = 0;
 
     /// The table of a page; null for a page that isn't in the catalogue, and for one whose
-    /// converter this machine's ICU lacks. Safe from any thread.
-    static const PageTable* of(UINT number);
+    /// converter this machine's ICU lacks. A few instructions once the page has been used. Safe
+    /// from any thread.
+    static const PageTable* of(UINT number) {
+        const auto* const table = s_tables[slot_of(number)].load(std::memory_order_acquire);
+        return table != nullptr && table->m_number == number ? table : built(number);
+    }
 
+    PageTable(const PageTable&) = delete;
+    PageTable& operator=(const PageTable&) = delete;
+
+    [[nodiscard]] UINT number() const { return m_number; }
+    [[nodiscard]] bool has_leads() const { return !m_double.empty(); }
     [[nodiscard]] bool is_lead(BYTE byte) const { return m_row_of_lead[byte] != 0; }
+    /// The unit of a byte by itself; kNoUnit for a lead byte.
     [[nodiscard]] char16_t unit_of(BYTE byte) const { return m_single[byte]; }
+    /// The unit of a lead byte and what follows it.
     [[nodiscard]] char16_t unit_of(BYTE lead, BYTE trail) const {
         return m_double[(static_cast<std::size_t>(m_row_of_lead[lead] - 1) << 8U) | trail];
     }
-    /// One byte, or two with the lead byte in the upper half; kNoBytes for none. Units below 0x80
-    /// are their own byte and aren't looked up here.
+    /// One byte, or two with the lead byte in the upper half; kNoBytes for none, and for U+0000,
+    /// whose byte is 0.
     [[nodiscard]] std::uint16_t bytes_of(char16_t unit) const {
-        return m_blocks[(static_cast<std::size_t>(m_block_of[unit >> 8U]) << 8U) | (unit & 0xFFU)];
+        return m_blocks[m_block_of[unit >> 8U] + (unit & 0xFFU)];
     }
+    /// The sequences of four bytes of GB18030; null for every other page.
+    [[nodiscard]] const FourByteArea* four_bytes() const { return m_four_bytes.get(); }
     [[nodiscard]] char16_t replacement() const { return m_replacement; }
 
   private:
-    PageTable(const CatalogueRow& row, UConverter& converter);
-    void add_lead(UConverter& converter, BYTE lead);
-    std::uint16_t& entry_of(char16_t unit);
-    void add_inverse(UConverter& converter, char16_t unit);
+    friend class PageBuilder;
+    explicit PageTable(const CatalogueRow& row);
+    static const PageTable* built(UINT number);
 
+    static std::array<std::atomic<const PageTable*>, kSlots> s_tables;
+
+    UINT m_number;
     char16_t m_replacement;
     std::array<char16_t, 256> m_single{};
     /// 1 and the number of the lead byte's row in m_double; 0 for bytes that are no lead bytes.
     std::array<std::uint8_t, 256> m_row_of_lead{};
     std::vector<char16_t> m_double;
-    /// Block 0 is the empty one, shared by all that have no entry.
-    std::array<std::uint16_t, 256> m_block_of{};
+    /// Where the block of 256 units begins in m_blocks. The first one is the empty one, shared by
+    /// all that have no entry.
+    std::array<std::uint32_t, 256> m_block_of{};
     std::vector<std::uint16_t> m_blocks;
+    std::unique_ptr<const FourByteArea> m_four_bytes;
 };
 
 }  // namespace tvutil2::codepage

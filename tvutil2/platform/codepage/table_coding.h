@@ -4,6 +4,7 @@
 #include "tvutil2/platform/codepage/page_table.h"
 #include "tvutil2/platform/codepage/sink.h"
 
+#include <optional>
 #include <string_view>
 
 namespace tvutil2::codepage {
@@ -21,6 +22,36 @@ struct DefaultBytes {
     }
 };
 
+/// The four-byte sequence at the front of a text. An ill-formed one counts as one byte: what
+/// follows may be plain text.
+struct FourByteFront {
+    char32_t character;
+    std::size_t size;
+};
+[[nodiscard]] std::optional<FourByteFront> four_byte_front(const PageTable& page,
+                                                           std::string_view bytes);
+
+template <class Sink>
+bool put_character(char32_t c, char16_t replacement, Sink& out) {
+    if (c == FourByteArea::kNoCharacter) return out.put(replacement);
+    if (c < 0x10000) return out.put(static_cast<char16_t>(c));
+    return out.put(static_cast<char16_t>(0xD7C0 + (c >> 10U))) &&
+           out.put(static_cast<char16_t>(0xDC00 | (c & 0x3FFU)));
+}
+
+/// The four-byte sequence for the front of a text, and how many units it stands for; 0 for none.
+struct FourByteSequence {
+    std::uint32_t bytes;
+    std::size_t units;
+};
+[[nodiscard]] FourByteSequence four_bytes_for(const PageTable& page, std::u16string_view units);
+
+template <class Sink>
+bool put_four(std::uint32_t bytes, Sink& out) {
+    return out.put(static_cast<char>(bytes >> 24U)) && out.put(static_cast<char>(bytes >> 16U)) &&
+           out.put(static_cast<char>(bytes >> 8U)) && out.put(static_cast<char>(bytes));
+}
+
 template <class Sink>
 Outcome from_table(const PageTable& page, std::string_view bytes, bool is_strict, Sink& out) {
     while (!bytes.empty()) {
@@ -32,6 +63,16 @@ Outcome from_table(const PageTable& page, std::string_view bytes, bool is_strict
             auto unit = page.unit_of(first);
             std::size_t size = 1;
             // A zero ends a text and is no second half, whatever stands before it.
+            if (const auto longer = four_byte_front(page, bytes)) {
+                if (longer->character == FourByteArea::kNoCharacter && is_strict) {
+                    return Outcome::invalid;
+                }
+                if (!put_character(longer->character, page.replacement(), out)) {
+                    return Outcome::no_room;
+                }
+                bytes.remove_prefix(longer->size);
+                continue;
+            }
             if (page.is_lead(first) && bytes.size() > 1 && bytes[1] != 0) {
                 unit = page.unit_of(first, static_cast<BYTE>(bytes[1]));
                 size = 2;
@@ -57,6 +98,11 @@ Outcome to_table(const PageTable& page, std::u16string_view units, DefaultBytes&
         for (; !units.empty() && units[0] >= 0x80; units.remove_prefix(1)) {
             const auto bytes = page.bytes_of(units[0]);
             if (bytes == PageTable::kNoBytes) {
+                if (const auto longer = four_bytes_for(page, units); longer.bytes != 0) {
+                    if (!put_four(longer.bytes, out)) return Outcome::no_room;
+                    units.remove_prefix(longer.units - 1);
+                    continue;
+                }
                 if (const auto outcome = unmapped.put(out); outcome != Outcome::done) {
                     return outcome;
                 }

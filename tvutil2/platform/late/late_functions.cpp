@@ -152,30 +152,31 @@ void ucnv_setFromUCallBack(UConverter* converter, UConverterFromUCallback action
     real(converter, action, context, old_action, old_context, error);
 }
 
-void UCNV_TO_U_CALLBACK_STOP(const void* context, UConverterToUnicodeArgs* arguments,
+void UCNV_TO_U_CALLBACK_SKIP(const void* context, UConverterToUnicodeArgs* arguments,
                              const char* bytes, std::int32_t size, UConverterCallbackReason reason,
                              UErrorCode* error) {
-    LATE(icu_common, UCNV_TO_U_CALLBACK_STOP);
+    LATE(icu_common, UCNV_TO_U_CALLBACK_SKIP);
     real(context, arguments, bytes, size, reason, error);
 }
 
-void UCNV_FROM_U_CALLBACK_STOP(const void* context, UConverterFromUnicodeArgs* arguments,
+void UCNV_FROM_U_CALLBACK_SKIP(const void* context, UConverterFromUnicodeArgs* arguments,
                                const UChar* units, std::int32_t size, UChar32 character,
                                UConverterCallbackReason reason, UErrorCode* error) {
-    LATE(icu_common, UCNV_FROM_U_CALLBACK_STOP);
+    LATE(icu_common, UCNV_FROM_U_CALLBACK_SKIP);
     real(context, arguments, units, size, character, reason, error);
 }
 
-std::int32_t ucnv_toUChars(UConverter* converter, UChar* out, std::int32_t room, const char* bytes,
-                           std::int32_t size, UErrorCode* error) {
-    LATE(icu_common, ucnv_toUChars);
-    return real(converter, out, room, bytes, size, error);
+void ucnv_toUnicode(UConverter* converter, UChar** to, const UChar* to_end, const char** from,
+                    const char* from_end, std::int32_t* offsets, UBool is_last, UErrorCode* error) {
+    LATE(icu_common, ucnv_toUnicode);
+    real(converter, to, to_end, from, from_end, offsets, is_last, error);
 }
 
-std::int32_t ucnv_fromUChars(UConverter* converter, char* out, std::int32_t room,
-                             const UChar* units, std::int32_t size, UErrorCode* error) {
-    LATE(icu_common, ucnv_fromUChars);
-    return real(converter, out, room, units, size, error);
+void ucnv_fromUnicode(UConverter* converter, char** to, const char* to_end, const UChar** from,
+                      const UChar* from_end, std::int32_t* offsets, UBool is_last,
+                      UErrorCode* error) {
+    LATE(icu_common, ucnv_fromUnicode);
+    real(converter, to, to_end, from, from_end, offsets, is_last, error);
 }
 
 std::int32_t uloc_addLikelySubtags(const char* locale, char* out, std::int32_t room,

@@ -1,0 +1,67 @@
+#include "tvutil2/platform/codepage/four_byte_area.h"
+
+#include <algorithm>
+#include <cstddef>
+
+namespace tvutil2::codepage {
+namespace {
+
+// 0x90308130, the sequence of U+10000, as a number.
+constexpr std::uint32_t kFirstSupplementary = 189000;
+
+constexpr bool is_in(BYTE byte, BYTE first, BYTE last) {
+    return byte >= first && byte <= last;
+}
+
+constexpr std::uint32_t sequence_of(std::uint32_t number) {
+    const auto fourth = 0x30 + number % 10;
+    const auto third = 0x81 + number / 10 % 126;
+    const auto second = 0x30 + number / 1260 % 10;
+    const auto first = 0x81 + number / 12600;
+    return first << 24U | second << 16U | third << 8U | fourth;
+}
+
+static_assert(sequence_of(kFirstSupplementary) == 0x90308130);
+
+}  // namespace
+
+FourByteArea::FourByteArea(const std::vector<std::uint8_t>& has_shorter)
+    : m_number_of(0x10000, kNoNumber) {
+    // The edition of 2000 gave U+1E3F four bytes and a private character the two bytes that are
+    // meant for it. The one of 2005 exchanged the two and moved nothing else.
+    constexpr char16_t kMoved = 0x1E3F;
+    constexpr char16_t kExchanged = 0xE7C7;
+    m_units.reserve(0x10000);
+    for (std::uint32_t unit = 0x80; unit < 0x10000; ++unit) {
+        const bool is_surrogate = unit >= 0xD800 && unit <= 0xDFFF;
+        const bool is_here = unit == kMoved || has_shorter[unit] == 0;
+        if (is_surrogate || !is_here || unit == kExchanged) continue;
+        m_units.push_back(static_cast<char16_t>(unit == kMoved ? kExchanged : unit));
+    }
+    m_units.shrink_to_fit();
+    for (std::size_t i = 0; i < m_units.size(); ++i) {
+        m_number_of[m_units[i]] = static_cast<std::uint16_t>(i);
+    }
+}
+
+char32_t FourByteArea::character_of(BYTE first, BYTE second, BYTE third, BYTE fourth) const {
+    if (!is_begun_by(first, second) || !is_in(third, 0x81, 0xFE) || !is_in(fourth, 0x30, 0x39)) {
+        return kNoCharacter;
+    }
+    const std::uint32_t number =
+        ((first - 0x81U) * 10 + second - 0x30U) * 1260 + (third - 0x81U) * 10 + fourth - 0x30U;
+    if (number < m_units.size()) return m_units[number];
+    const bool is_supplementary =
+        number >= kFirstSupplementary && number - kFirstSupplementary < 0x100000;
+    return is_supplementary ? 0x10000 + (number - kFirstSupplementary) : kNoCharacter;
+}
+
+std::uint32_t FourByteArea::bytes_of(char32_t character) const {
+    if (character < 0x10000) {
+        const auto number = m_number_of[character];
+        return number == kNoNumber ? 0 : sequence_of(number);
+    }
+    return character < 0x110000 ? sequence_of(kFirstSupplementary + (character - 0x10000)) : 0;
+}
+
+}  // namespace tvutil2::codepage
