@@ -1,6 +1,7 @@
 #include "tvutil2/platform/base/locale.h"
 
 #include "tvutil2/platform/base/last_error.h"
+#include "tvutil2/platform/registry/registry.h"
 
 #include <gtest/gtest.h>
 
@@ -59,6 +60,28 @@ TEST(Locale, OfTheSystemIsTheFirstVariableThatIsSet) {
     setenv("LANG", "ja_JP.UTF-8", 1);
     EXPECT_EQ(GetSystemDefaultLangID(), 0x041B);
 }
+
+class MachineLanguage : public testing::TestWithParam<std::pair<std::u16string, LANGID>> {};
+
+// It is the installation's: the account's environment has no say where it is set.
+TEST_P(MachineLanguage, GoesBeforeTheEnvironment) {
+    const auto& [text, id] = GetParam();
+    setenv("LC_ALL", "sk_SK.UTF-8", 1);
+    HKEY key = nullptr;
+    ASSERT_EQ(
+        RegCreateKeyExW(HKEY_LOCAL_MACHINE, u"SYSTEM\\CurrentControlSet\\Control\\Nls\\Language", 0,
+                        nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr),
+        0);
+    RegSetValueExW(key, u"Default", 0, REG_SZ, reinterpret_cast<const BYTE*>(text.c_str()),
+                   static_cast<DWORD>(text.size() + 1) * 2);
+    RegCloseKey(key);
+    EXPECT_EQ(GetSystemDefaultLangID(), id);
+}
+INSTANTIATE_TEST_SUITE_P(Texts, MachineLanguage,
+                         testing::Values(std::pair{u"0411", 0x0411}, std::pair{u"C04", 0x0C04},
+                                         std::pair{u"", 0x041B}, std::pair{u"0411h", 0x041B},
+                                         std::pair{u"0400", 0x041B}, std::pair{u"10411", 0x041B},
+                                         std::pair{u"\uFF10\u0134", 0x041B}));
 
 TEST(Locale, OfAThreadIsItsOwn) {
     SetThreadLocale(0x10407);

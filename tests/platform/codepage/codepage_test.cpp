@@ -1,10 +1,12 @@
 #include "tvutil2/platform/codepage/codepage.h"
 
 #include "tvutil2/platform/base/last_error.h"
+#include "tvutil2/platform/base/wide_text.h"
 
 #include <gtest/gtest.h>
 #include <iconv.h>
 
+#include <algorithm>
 #include <cstring>
 #include <optional>
 #include <string>
@@ -253,6 +255,46 @@ TEST(CodePage, LeadBytes) {
     }
     SetLastError(kUntouched);
     EXPECT_FALSE(IsDBCSLeadByteEx(12345, 0x81));
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
+}
+
+std::vector<std::u16string> g_told;
+
+TEST(CodePage, InstalledPagesAreToldOneByOne) {
+    ASSERT_TRUE(EnumSystemCodePagesW(
+        [](char16_t* number) {
+            g_told.emplace_back(number);
+            return TRUE;
+        },
+        CP_INSTALLED));
+    const auto tells = [](const char16_t* number) {
+        return std::count(g_told.begin(), g_told.end(), number) == 1;
+    };
+    for (const auto* number :
+         {u"437",   u"708",   u"720",   u"862",   u"866",   u"874",   u"932",   u"936",
+          u"949",   u"950",   u"1250",  u"1258",  u"20866", u"20936", u"21866", u"28591",
+          u"28599", u"38598", u"51932", u"51949", u"54936", u"65001"}) {
+        EXPECT_TRUE(tells(number)) << _wtoi(number);
+    }
+    EXPECT_FALSE(tells(u"52936"));
+    // What is told can be used.
+    for (const auto& number : g_told) {
+        const auto page = static_cast<UINT>(_wtoi(number.c_str()));
+        EXPECT_TRUE(IsValidCodePage(page)) << page;
+        EXPECT_EQ(widen(page, "plain").text, u"plain") << page;
+    }
+    for (const UINT page : {CP_ACP, UINT{52936}, UINT{12345}}) EXPECT_FALSE(IsValidCodePage(page));
+
+    static int calls = 0;
+    const auto once = [](char16_t* /*number*/) {
+        ++calls;
+        return FALSE;
+    };
+    EXPECT_TRUE(EnumSystemCodePagesW(once, CP_SUPPORTED));
+    EXPECT_EQ(calls, 1);
+    EXPECT_FALSE(EnumSystemCodePagesW(once, CP_INSTALLED | CP_SUPPORTED));
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_FLAGS);
+    EXPECT_FALSE(EnumSystemCodePagesW(nullptr, CP_INSTALLED));
     EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
 }
 

@@ -1,10 +1,12 @@
 #include "tvutil2/platform/base/locale.h"
 
 #include "tvutil2/platform/base/last_error.h"
+#include "tvutil2/platform/registry/machine_setting.h"
 
 #include <unicode/uloc.h>
 
 #include <algorithm>
+#include <charconv>
 #include <cstdlib>
 #include <string>
 
@@ -21,6 +23,19 @@ std::string_view locale_from_environment() {
         if (value != nullptr && *value != 0) return value;
     }
     return {};
+}
+
+// The language that an administrator has set for everybody; 0 for none.
+LANGID language_of_machine() {
+    const auto text =
+        tvutil2::machine_setting(u"SYSTEM\\CurrentControlSet\\Control\\Nls\\Language", u"Default");
+    if (!text) return 0;
+    std::string digits;
+    for (const char16_t c : *text) digits.push_back(c < 0x80 ? static_cast<char>(c) : '?');
+    const auto* const end = digits.data() + digits.size();
+    LANGID id = 0;
+    const auto [stop, error] = std::from_chars(digits.data(), end, id, 16);
+    return error == std::errc() && stop == end && PRIMARYLANGID(id) != 0 ? id : 0;
 }
 
 LANGID id_of(const char* icu_name) {
@@ -81,7 +96,10 @@ const char* default_locale_name() {
 }  // namespace tvutil2
 
 LANGID GetSystemDefaultLangID() {
-    static const LANGID language = tvutil2::language_of(locale_from_environment());
+    static const LANGID language = [] {
+        const auto set = language_of_machine();
+        return set != 0 ? set : tvutil2::language_of(locale_from_environment());
+    }();
     return language;
 }
 

@@ -7,8 +7,11 @@
 #include <string>
 #include <string_view>
 
-/// The language of the installation: from LC_ALL, LC_MESSAGES or LANG, the first that is set.
-/// 0x0409 (English) when that is none of the languages that have an id here. Read once a process.
+/// The language of the installation: what the machine hive's
+/// SYSTEM\CurrentControlSet\Control\Nls\Language says in its value "Default" (an id in hexadecimal
+/// digits, "0411"), for all accounts; without it what the account's environment says, by LC_ALL,
+/// LC_MESSAGES or LANG, the first that is set. 0x0409 (English) when that is none of the languages
+/// that have an id here. Read once a process.
 TVUTIL_API LANGID GetSystemDefaultLangID();
 
 /// The calling thread's locale; GetSystemDefaultLangID until the thread sets one.

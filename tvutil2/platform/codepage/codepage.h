@@ -32,6 +32,23 @@ inline constexpr DWORD WC_NO_BEST_FIT_CHARS = 0x400;
 /// reads.
 TVUTIL_API UINT GetACP();
 
+/// For EnumSystemCodePagesW: the pages of the installation, or all that are known. Here the two are
+/// the same.
+inline constexpr DWORD CP_INSTALLED = 0x1;
+inline constexpr DWORD CP_SUPPORTED = 0x2;
+
+/// Whether a page is known by that number. FALSE for CP_ACP, which is a name for another one.
+TVUTIL_API BOOL IsValidCodePage(UINT page);
+
+/// Takes a page's number as decimal text, which is valid during the call; FALSE ends the
+/// enumeration.
+using CODEPAGE_ENUMPROCW = BOOL (*)(char16_t* number);
+
+/// Calls back once for each page, in the order of their numbers, and gives TRUE. 0 with
+/// ERROR_INVALID_PARAMETER without a callback, and with ERROR_INVALID_FLAGS for anything but one of
+/// the two flags.
+TVUTIL_API BOOL EnumSystemCodePagesW(CODEPAGE_ENUMPROCW callback, DWORD flags);
+
 /// Whether a byte begins a two-byte character of that page. 0 for every byte of a page without
 /// two-byte characters; 0 and ERROR_INVALID_PARAMETER for a page that isn't known.
 TVUTIL_API BOOL IsDBCSLeadByteEx(UINT page, BYTE byte);
