@@ -1,42 +1,54 @@
 // INI documents beside the readers and writers that a program would otherwise take.
 //
-// Reading ends with all entries in memory; writing ends with the file closed. Each peer gets the
-// same file, in UTF-8 with text that isn't ASCII. UTF-16 is read by none of them.
+// Reading begins with a closed file and ends with all entries in memory and one of them looked up;
+// writing begins with a loaded document and ends with the file closed. All get the same file, in
+// UTF-8 with text that isn't ASCII; UTF-16, which only ours reads, holds the same entries. Qt takes
+// a section apart when it is first used, so it is asked for a key of each. What a loaded document
+// takes is what the process grows by, as a multiple of the UTF-8 file.
 #include "tvutil2/platform/base/host_path.h"
+#include "tvutil2/platform/profile/profile.h"
 #include "tvutil2/settings/ini_file.h"
 
+#define SI_CONVERT_ICU  // as the package was built
 #include <INIReader.h>
+#include <SimpleIni.h>
 #include <benchmark/benchmark.h>
+#include <fcntl.h>
 #include <glib.h>
+#include <malloc.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
+#include <QSettings>
+#include <cstring>
 #include <fstream>
+#include <memory>
 #include <string>
+
+#include "bench/support/profile.h"
 
 namespace {
 
-// Keys, in sections of 50.
 constexpr int kFew = 20;
 constexpr int k1Mb = 25'000;
 constexpr int k50Mb = 1'250'000;
+constexpr int kInSection = 50;
 
 struct File {
+    explicit File(const std::string& name)
+        : host(bench::profile_folder() + '/' + name), path(*tvutil2::platform_path(host)) {}
     std::string host;
     std::u16string path;
 };
 
-File file_named(const std::string& name) {
-    const auto host = "/tmp/ini_bench." + std::to_string(getpid()) + '.' + name;
-    return {host, *tvutil2::platform_path(host)};
-}
-
 template <int keys>
 const File& utf8_file() {
     static const File file = [] {
-        auto made = file_named(std::to_string(keys) + ".utf8");
+        const File made(std::to_string(keys) + ".utf8");
         std::ofstream out(made.host, std::ios::binary);
         for (int i = 0; i < keys; ++i) {
-            if (i % 50 == 0) out << "[section" << i / 50 << "]\n";
+            if (i % kInSection == 0) out << "[section" << i / kInSection << "]\n";
             out << "setting" << i << "=a value \xC3\xA4 of some length " << i << '\n';
         }
         return made;
@@ -47,7 +59,7 @@ const File& utf8_file() {
 template <int keys>
 const File& utf16_file() {
     static const File file = [] {
-        auto made = file_named(std::to_string(keys) + ".utf16");
+        File made(std::to_string(keys) + ".utf16");
         CIniFile document(utf8_file<keys>().path.c_str());
         document.Write(made.path.c_str(), 1, 0);
         return made;
@@ -55,96 +67,248 @@ const File& utf16_file() {
     return file;
 }
 
-void read_document(benchmark::State& state, const File& file) {
-    for (auto _ : state) {
-        CIniFile document;
-        if (document.Read(file.path.c_str()) == 0) state.SkipWithError("can't be read");
-        benchmark::DoNotOptimize(document.sections.GetCount());
+// Each document can be loaded, asked for the length of the first value, and written.
+class Ours {
+  public:
+    bool load(const File& file, int /*keys*/) { return m_document.Read(file.path.c_str()) != 0; }
+    std::size_t look_up() {
+        return m_document.GetValue(u"section0", u"setting7", u"").View().size();
     }
-}
+    void write(const File& file) { m_document.Write(file.path.c_str(), 1, 0); }
+    void write_utf8(const File& file) { m_document.Write(file.path.c_str(), 0, 0); }
 
-template <int keys>
-void read_ours(benchmark::State& state) {
-    read_document(state, utf8_file<keys>());
-}
+  private:
+    CIniFile m_document;
+};
 
-template <int keys>
-void read_ours_utf16(benchmark::State& state) {
-    read_document(state, utf16_file<keys>());
-}
-
-template <int keys>
-void read_inih(benchmark::State& state) {
-    const auto& file = utf8_file<keys>();
-    for (auto _ : state) {
-        const INIReader reader(file.host);
-        if (reader.ParseError() != 0) state.SkipWithError("can't be read");
+class SimpleIni {
+  public:
+    bool load(const File& file, int /*keys*/) {
+        m_document.SetUnicode(true);
+        return m_document.LoadFile(file.host.c_str()) == SI_OK;
     }
-}
+    std::size_t look_up() { return std::strlen(m_document.GetValue("section0", "setting7", "")); }
+    void write(const File& file) { m_document.SaveFile(file.host.c_str(), false); }
 
-template <int keys>
-void read_glib(benchmark::State& state) {
-    const auto& file = utf8_file<keys>();
-    for (auto _ : state) {
-        GKeyFile* const document = g_key_file_new();
-        if (!g_key_file_load_from_file(document, file.host.c_str(), G_KEY_FILE_NONE, nullptr)) {
-            state.SkipWithError("can't be read");
-        }
-        g_key_file_free(document);
+  private:
+    CSimpleIniCaseA m_document;
+};
+
+class Inih {
+  public:
+    bool load(const File& file, int /*keys*/) {
+        m_document = std::make_unique<INIReader>(file.host);
+        return m_document->ParseError() == 0;
     }
-}
+    std::size_t look_up() { return m_document->Get("section0", "setting7", "").size(); }
 
-template <int keys>
-void write_ours(benchmark::State& state) {
-    CIniFile document(utf8_file<keys>().path.c_str());
-    const auto file = file_named("out");
-    for (auto _ : state) document.Write(file.path.c_str(), 1, 0);
-    unlink(file.host.c_str());
-}
+  private:
+    std::unique_ptr<INIReader> m_document;
+};
 
-template <int keys>
-void write_ours_utf8(benchmark::State& state) {
-    CIniFile document(utf8_file<keys>().path.c_str());
-    const auto file = file_named("out");
-    for (auto _ : state) document.Write(file.path.c_str(), 0, 0);
-    unlink(file.host.c_str());
-}
-
-template <int keys>
-void write_glib(benchmark::State& state) {
-    const auto file = file_named("out");
-    GKeyFile* const document = g_key_file_new();
-    g_key_file_load_from_file(document, utf8_file<keys>().host.c_str(), G_KEY_FILE_NONE, nullptr);
-    for (auto _ : state) {
+class Glib {
+  public:
+    Glib() = default;
+    ~Glib() { g_key_file_free(m_document); }
+    Glib(const Glib&) = delete;
+    Glib& operator=(const Glib&) = delete;
+    bool load(const File& file, int /*keys*/) {
+        return g_key_file_load_from_file(m_document, file.host.c_str(), G_KEY_FILE_NONE, nullptr);
+    }
+    std::size_t look_up() {
+        gchar* const value = g_key_file_get_value(m_document, "section0", "setting7", nullptr);
+        const std::size_t size = value == nullptr ? 0 : std::strlen(value);
+        g_free(value);
+        return size;
+    }
+    void write(const File& file) {
         gsize size = 0;
-        gchar* const text = g_key_file_to_data(document, &size, nullptr);
+        gchar* const text = g_key_file_to_data(m_document, &size, nullptr);
         std::ofstream(file.host, std::ios::binary).write(text, static_cast<std::streamsize>(size));
         g_free(text);
     }
-    g_key_file_free(document);
-    unlink(file.host.c_str());
+
+  private:
+    GKeyFile* m_document = g_key_file_new();
+};
+
+class Qt {
+  public:
+    bool load(const File& file, int keys) {
+        // It hands out again what it read before, as long as the file's time is the same.
+        utimensat(AT_FDCWD, file.host.c_str(), nullptr, 0);
+        m_document =
+            std::make_unique<QSettings>(QString::fromStdString(file.host), QSettings::IniFormat);
+        m_document->setIniCodec("UTF-8");
+        for (int i = 0; i < keys; i += kInSection) {
+            const auto section = QString::number(i / kInSection);
+            if (!m_document->contains("section" + section + "/setting" + QString::number(i))) {
+                return false;
+            }
+        }
+        return m_document->status() == QSettings::NoError;
+    }
+    std::size_t look_up() {
+        return static_cast<std::size_t>(m_document->value("section0/setting7").toString().size());
+    }
+    // It writes nothing unless something changed, and then everything.
+    void write(const File& /*file*/) {
+        m_document->setValue("section0/setting7", ++m_change);
+        m_document->sync();
+    }
+
+  private:
+    std::unique_ptr<QSettings> m_document;
+    int m_change = 0;
+};
+
+template <class Document, int keys>
+void read_file(benchmark::State& state, const File& file) {
+    for (auto _ : state) {
+        if constexpr (keys == k50Mb) {  // as in a program that loads one document
+            state.PauseTiming();
+            malloc_trim(0);
+            state.ResumeTiming();
+        }
+        Document document;
+        if (!document.load(file, keys) || document.look_up() == 0) {
+            state.SkipWithError("can't be read");
+        }
+    }
+}
+template <class Document, int keys>
+void read(benchmark::State& state) {
+    read_file<Document, keys>(state, utf8_file<keys>());
+}
+template <int keys>
+void read_utf16(benchmark::State& state) {
+    read_file<Ours, keys>(state, utf16_file<keys>());
 }
 
-BENCHMARK(read_ours<kFew>)->Name("ini read 20 keys|ours");
-BENCHMARK(read_ours_utf16<kFew>)->Name("ini read 20 keys|ours, UTF-16");
-BENCHMARK(read_inih<kFew>)->Name("ini read 20 keys|inih");
-BENCHMARK(read_glib<kFew>)->Name("ini read 20 keys|GLib");
-BENCHMARK(read_ours<k1Mb>)->Name("ini read 1 MB|ours");
-BENCHMARK(read_ours_utf16<k1Mb>)->Name("ini read 1 MB|ours, UTF-16");
-BENCHMARK(read_inih<k1Mb>)->Name("ini read 1 MB|inih");
-BENCHMARK(read_glib<k1Mb>)->Name("ini read 1 MB|GLib");
-BENCHMARK(read_ours<k50Mb>)->Name("ini read 50 MB|ours")->Iterations(2);
-BENCHMARK(read_ours_utf16<k50Mb>)->Name("ini read 50 MB|ours, UTF-16")->Iterations(2);
-BENCHMARK(read_inih<k50Mb>)->Name("ini read 50 MB|inih")->Iterations(2);
-BENCHMARK(read_glib<k50Mb>)->Name("ini read 50 MB|GLib")->Iterations(2);
-BENCHMARK(write_ours<kFew>)->Name("ini write 20 keys|ours");
-BENCHMARK(write_ours_utf8<kFew>)->Name("ini write 20 keys|ours, UTF-8");
-BENCHMARK(write_glib<kFew>)->Name("ini write 20 keys|GLib");
-BENCHMARK(write_ours<k1Mb>)->Name("ini write 1 MB|ours");
-BENCHMARK(write_ours_utf8<k1Mb>)->Name("ini write 1 MB|ours, UTF-8");
-BENCHMARK(write_glib<k1Mb>)->Name("ini write 1 MB|GLib");
-BENCHMARK(write_ours<k50Mb>)->Name("ini write 50 MB|ours")->Iterations(2);
-BENCHMARK(write_ours_utf8<k50Mb>)->Name("ini write 50 MB|ours, UTF-8")->Iterations(2);
-BENCHMARK(write_glib<k50Mb>)->Name("ini write 50 MB|GLib")->Iterations(2);
+// Each writes a file of its own: Qt's is also the one that it was loaded from.
+template <class Document, int keys, void (Document::*writer)(const File&)>
+void write(benchmark::State& state) {
+    const File out("out");
+    std::ofstream(out.host, std::ios::binary) << std::ifstream(utf8_file<keys>().host).rdbuf();
+    Document document;
+    document.load(out, keys);
+    (document.*writer)(out);
+    for (auto _ : state) (document.*writer)(out);
+    unlink(out.host.c_str());
+}
+
+long long size_of(const File& file) {
+    struct stat info {};
+    return stat(file.host.c_str(), &info) == 0 ? info.st_size : 0;
+}
+
+long long resident_bytes() {
+    long long size = 0;
+    long long resident = 0;
+    std::ifstream("/proc/self/statm") >> size >> resident;
+    return resident * sysconf(_SC_PAGESIZE);
+}
+
+// In a process of its own, and before the other benchmarks, so that nothing fills room that was
+// there before.
+template <class Document>
+double memory_for(const File& file, int keys) {
+    int ends[2];
+    if (pipe(ends) != 0) return 0;
+    malloc_trim(0);
+    const pid_t child = fork();
+    if (child == 0) {
+        const auto before = resident_bytes();
+        Document document;
+        const bool is_loaded = document.load(file, keys);
+        malloc_trim(0);
+        const long long grown = is_loaded ? resident_bytes() - before : 0;
+        _exit(::write(ends[1], &grown, sizeof grown) == sizeof grown ? 0 : 1);
+    }
+    close(ends[1]);
+    long long grown = 0;
+    if (::read(ends[0], &grown, sizeof grown) != sizeof grown) grown = 0;
+    close(ends[0]);
+    waitpid(child, nullptr, 0);
+    return static_cast<double>(grown);
+}
+
+template <class Document, int keys>
+void memory(benchmark::State& state) {
+    const auto& file = utf8_file<keys>();
+    for (auto _ : state) {
+        state.counters["amount"] =
+            memory_for<Document>(file, keys) / static_cast<double>(size_of(file));
+    }
+}
+
+template <int keys>
+void register_reads(const std::string& size, benchmark::IterationCount iterations) {
+    const auto add = [&](const char* who, void (*run)(benchmark::State&)) {
+        const auto name = "ini read " + size + '|' + who;
+        auto* const added = benchmark::RegisterBenchmark(name.c_str(), run);
+        if (iterations != 0) added->Iterations(iterations);
+    };
+    add("ours", read<Ours, keys>);
+    add("ours, UTF-16", read_utf16<keys>);
+    add("SimpleIni", read<SimpleIni, keys>);
+    add("inih", read<Inih, keys>);
+    add("GLib", read<Glib, keys>);
+    add("Qt", read<Qt, keys>);
+}
+
+template <int keys>
+void register_writes(const std::string& size, benchmark::IterationCount iterations) {
+    const auto add = [&](const char* who, void (*run)(benchmark::State&)) {
+        const auto name = "ini write " + size + '|' + who;
+        auto* const added = benchmark::RegisterBenchmark(name.c_str(), run);
+        if (iterations != 0) added->Iterations(iterations);
+    };
+    add("ours", write<Ours, keys, &Ours::write>);
+    add("ours, UTF-8", write<Ours, keys, &Ours::write_utf8>);
+    add("SimpleIni", write<SimpleIni, keys, &SimpleIni::write>);
+    add("GLib", write<Glib, keys, &Glib::write>);
+    add("Qt", write<Qt, keys, &Qt::write>);
+}
+
+template <int keys>
+void register_memory(const std::string& size) {
+    const auto add = [&](const char* who, void (*run)(benchmark::State&)) {
+        const auto name = "ini memory " + size + '|' + who;
+        benchmark::RegisterBenchmark(name.c_str(), run)->Iterations(1);
+    };
+    add("ours", memory<Ours, keys>);
+    add("SimpleIni", memory<SimpleIni, keys>);
+    add("inih", memory<Inih, keys>);
+    add("GLib", memory<Glib, keys>);
+    add("Qt", memory<Qt, keys>);
+}
+
+// A profile file that stays as it was beside a document that is loaded for each value.
+void profile_value(benchmark::State& state) {
+    const auto& file = utf8_file<k1Mb>();
+    char16_t value[100];
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(
+            GetPrivateProfileStringW(u"section0", u"setting7", u"", value, 100, file.path.c_str()));
+    }
+}
+void stat_file(benchmark::State& state) {
+    const auto& file = utf8_file<k1Mb>();
+    for (auto _ : state) benchmark::DoNotOptimize(size_of(file));
+}
+const bool registered = [] {
+    register_memory<k1Mb>("1 MB, times the file");
+    register_memory<k50Mb>("50 MB, times the file");
+    register_reads<kFew>("20 keys", 0);
+    register_reads<k1Mb>("1 MB", 0);
+    register_reads<k50Mb>("50 MB", 3);
+    register_writes<kFew>("20 keys", 0);
+    register_writes<k1Mb>("1 MB", 0);
+    register_writes<k50Mb>("50 MB", 3);
+    benchmark::RegisterBenchmark("profile value, 1 MB file|ours", profile_value);
+    benchmark::RegisterBenchmark("profile value, 1 MB file|one stat call", stat_file);
+    return true;
+}();
 
 }  // namespace

@@ -1,13 +1,13 @@
 // Runs a program's benchmarks and prints one row a work and peer: work, ours, peer, ratio.
 //
 // A benchmark's name is "work|who", with "ours" for this library. The ratio is the peer's time over
-// ours: above 1, ours is the faster one. Other arguments are Google Benchmark's.
+// ours: above 1, ours is the faster one. A counter "amount" (of memory, say) stands in the time's
+// place where a benchmark sets it. Other arguments are Google Benchmark's.
 #include <benchmark/benchmark.h>
 
 #include <cstdio>
 #include <map>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "bench/support/profile.h"
@@ -32,29 +32,40 @@ class TableReporter : public benchmark::BenchmarkReporter {
     }
 
     void Finalize() override {
-        for (const auto& work : m_order) print_rows(work, m_times[work]);
+        for (const auto& work : m_order) print_rows(work, m_results[work]);
     }
 
     [[nodiscard]] bool failed() const { return m_failed; }
 
   private:
-    using Times = std::vector<std::pair<std::string, double>>;
+    struct Result {
+        std::string who;
+        double value;
+        bool is_amount;
+    };
+    using Results = std::vector<Result>;
 
     void keep(const Run& run) {
         const auto& name = run.run_name.function_name;
         const auto bar = name.find('|');
         const auto work = name.substr(0, bar);
-        if (m_times.count(work) == 0) m_order.push_back(work);
+        if (m_results.count(work) == 0) m_order.push_back(work);
         // Seconds for one iteration, whatever unit the run reports in.
         const auto seconds =
             run.GetAdjustedRealTime() / benchmark::GetTimeUnitMultiplier(run.time_unit);
-        m_times[work].emplace_back(name.substr(bar + 1), seconds);
+        const auto amount = run.counters.find("amount");
+        const bool is_amount = amount != run.counters.end();
+        m_results[work].push_back(
+            {name.substr(bar + 1), is_amount ? amount->second.value : seconds, is_amount});
     }
 
-    static std::string readable(double seconds) {
+    static std::string readable(double result, bool is_amount) {
         const char* unit = "ns";
-        double value = seconds * 1e9;
-        if (value >= 1e9) {
+        double value = result * 1e9;
+        if (is_amount) {
+            unit = "";
+            value = result;
+        } else if (value >= 1e9) {
             value /= 1e9;
             unit = "s";
         } else if (value >= 1e6) {
@@ -69,20 +80,21 @@ class TableReporter : public benchmark::BenchmarkReporter {
         return text;
     }
 
-    static void print_rows(const std::string& work, const Times& times) {
+    static void print_rows(const std::string& work, const Results& results) {
         double ours = 0;
-        for (const auto& [who, time] : times) {
-            if (who == "ours") ours = time;
+        for (const auto& result : results) {
+            if (result.who == "ours") ours = result.value;
         }
-        for (const auto& [who, time] : times) {
-            if (who == "ours" && times.size() > 1) continue;
-            std::printf("%-44s %12s %12s  %-28s %8.2f\n", work.c_str(), readable(ours).c_str(),
-                        readable(time).c_str(), who.c_str(), time / ours);
+        for (const auto& [who, value, is_amount] : results) {
+            if (who == "ours" && results.size() > 1) continue;
+            std::printf("%-44s %12s %12s  %-28s %8.2f\n", work.c_str(),
+                        readable(ours, is_amount).c_str(), readable(value, is_amount).c_str(),
+                        who.c_str(), value / ours);
         }
     }
 
     std::vector<std::string> m_order;
-    std::map<std::string, Times> m_times;
+    std::map<std::string, Results> m_results;
     bool m_failed = false;
 };
 
