@@ -155,6 +155,8 @@ int WideCharToMultiByte(UINT page, DWORD flags, const char16_t* text, int size, 
         units = composed_text;
     }
     auto unmapped = default_bytes(*found, default_char);
+    unmapped.is_refused = (flags & WC_ERR_INVALID_CHARS) != 0;
+    unmapped.is_untold = used_default == nullptr;
     const int result = run(out, room, [&](auto& sink) {
         return found->table == nullptr
                    ? to_utf8(units, sink, LoneSurrogate{flags, default_char != nullptr, unmapped})

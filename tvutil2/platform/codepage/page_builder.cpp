@@ -100,7 +100,7 @@ std::unique_ptr<const PageTable> PageBuilder::build(const CatalogueRow& row) {
 bool PageBuilder::fill() {
     // By definition of the catalogue, whatever a converter does with control characters.
     for (char16_t unit = 0; unit < 0x80; ++unit) {
-        m_table->m_single[unit] = unit;
+        m_table->m_units[unit] = unit;
         entry_of(unit) = unit;
     }
     add_leads();
@@ -115,6 +115,12 @@ bool PageBuilder::fill() {
             if (!add_converter()) return false;
     }
     add_differences();
+    m_table->m_is_latin1 = true;
+    for (unsigned int byte = 0; byte < 0x100; ++byte) {
+        const auto unit = m_table->m_units[byte];
+        m_table->m_lenient[byte] = unit == PageTable::kNoUnit ? m_row.replacement : unit;
+        if (unit != byte) m_table->m_is_latin1 = false;
+    }
     if (m_row.kind == PageKind::four_byte) add_four_bytes();
     return true;
 }
@@ -128,12 +134,11 @@ void PageBuilder::add_leads() {
             m_table->m_row_of_lead[lead] = static_cast<std::uint8_t>(++rows);
         }
     }
-    m_table->m_double.assign(std::size_t{rows} * 256, PageTable::kNoUnit);
+    m_table->m_units.resize((std::size_t{rows} + 1) * 256, PageTable::kNoUnit);
 }
 
 void PageBuilder::put_pair(BYTE lead, BYTE trail, char16_t unit) {
-    const auto row = static_cast<std::size_t>(m_table->m_row_of_lead[lead] - 1);
-    m_table->m_double[row * 256 + trail] = unit;
+    m_table->m_units[std::size_t{m_table->m_row_of_lead[lead]} * 256 + trail] = unit;
 }
 
 bool PageBuilder::add_converter() {
@@ -142,7 +147,7 @@ bool PageBuilder::add_converter() {
     const Row singles(*converter, 0, 0x80);
     for (unsigned int byte = 0x80; byte < 0x100; ++byte) {
         if (!m_table->is_lead(static_cast<BYTE>(byte))) {
-            m_table->m_single[byte] = singles.unit_of(byte);
+            m_table->m_units[byte] = singles.unit_of(byte);
         }
     }
     const bool is_standard = m_row.kind == PageKind::standard;
@@ -164,8 +169,7 @@ bool PageBuilder::add_converter() {
 // character and only one of them is the way back.
 void PageBuilder::add_inverse_from(UConverter& converter) {
     std::vector<bool> is_held(0x10000, false);
-    for (const auto unit : m_table->m_single) is_held[unit] = true;
-    for (const auto unit : m_table->m_double) is_held[unit] = true;
+    for (const auto unit : m_table->m_units) is_held[unit] = true;
     for (unsigned int first = 0; first < 0x10000; first += 256) {
         char16_t units[256];
         std::size_t count = 0;
@@ -223,7 +227,7 @@ bool PageBuilder::add_euc_jp() {
 void PageBuilder::add_upper_half() {
     for (unsigned int i = 0; i < 0x80; ++i) {
         const auto unit = m_row.upper_half[i];
-        m_table->m_single[0x80 + i] = unit;
+        m_table->m_units[0x80 + i] = unit;
         entry_of(unit) = static_cast<std::uint16_t>(0x80 + i);
     }
 }
@@ -239,14 +243,13 @@ void PageBuilder::add_differences() {
         for (unsigned int byte = difference.first; byte <= difference.last; ++byte) {
             const bool is_none = difference.unit == PageTable::kNoUnit;
             const auto step = is_none ? 0 : byte - difference.first;
-            exchange(m_table->m_single[byte], byte, static_cast<char16_t>(difference.unit + step));
+            exchange(m_table->m_units[byte], byte, static_cast<char16_t>(difference.unit + step));
         }
     }
     for (const auto& difference : pair_differences()) {
         if (difference.number != m_row.number) continue;
-        const auto row =
-            static_cast<std::size_t>(m_table->m_row_of_lead[difference.pair >> 8U] - 1);
-        exchange(m_table->m_double[row * 256 + (difference.pair & 0xFFU)], difference.pair,
+        const std::size_t row = m_table->m_row_of_lead[difference.pair >> 8U];
+        exchange(m_table->m_units[row * 256 + (difference.pair & 0xFFU)], difference.pair,
                  difference.unit);
     }
 }

@@ -10,9 +10,11 @@ namespace tvutil2::codepage {
 constinit std::array<std::atomic<const PageTable*>, kSlots> PageTable::s_tables{};
 
 PageTable::PageTable(const CatalogueRow& row)
-    : m_number(row.number), m_replacement(row.replacement), m_blocks(256, kNoBytes) {
-    m_single.fill(kNoUnit);
-}
+    : m_number(row.number),
+      m_replacement(row.replacement),
+      m_leads{row.leads[0], row.leads[1]},
+      m_units(256, kNoUnit),
+      m_blocks(256, kNoBytes) {}
 
 const PageTable* PageTable::built(UINT number) {
     static std::recursive_mutex building;  // one page may be made of another

@@ -36,19 +36,42 @@ class PageTable {
     PageTable& operator=(const PageTable&) = delete;
 
     [[nodiscard]] UINT number() const { return m_number; }
-    [[nodiscard]] bool has_leads() const { return !m_double.empty(); }
+    [[nodiscard]] bool has_leads() const { return m_units.size() > 256; }
+    [[nodiscard]] const std::array<LeadRange, 2>& leads() const { return m_leads; }
     [[nodiscard]] bool is_lead(BYTE byte) const { return m_row_of_lead[byte] != 0; }
     /// The unit of a byte by itself; kNoUnit for a lead byte.
-    [[nodiscard]] char16_t unit_of(BYTE byte) const { return m_single[byte]; }
+    [[nodiscard]] char16_t unit_of(BYTE byte) const { return m_units[byte]; }
     /// The unit of a lead byte and what follows it.
     [[nodiscard]] char16_t unit_of(BYTE lead, BYTE trail) const {
-        return m_double[(static_cast<std::size_t>(m_row_of_lead[lead] - 1) << 8U) | trail];
+        return m_units[static_cast<std::size_t>(m_row_of_lead[lead]) << 8U | trail];
     }
+    /// The 256 units of single bytes with the replacement where there is none.
+    [[nodiscard]] const char16_t* lenient_units() const { return m_lenient.data(); }
+    /// Every byte is the unit of its value.
+    [[nodiscard]] bool is_latin1() const { return m_is_latin1; }
     /// One byte, or two with the lead byte in the upper half; kNoBytes for none, and for U+0000,
     /// whose byte is 0.
     [[nodiscard]] std::uint16_t bytes_of(char16_t unit) const {
         return m_blocks[m_block_of[unit >> 8U] + (unit & 0xFFU)];
     }
+    /// bytes_of for inner loops, whose writes would make it look its own members up again and
+    /// again.
+    class Inverse {
+      public:
+        explicit Inverse(const PageTable& page)
+            : m_block_of(page.m_block_of.data()), m_blocks(page.m_blocks.data()) {}
+        [[nodiscard]] std::uint16_t operator()(char16_t unit) const {
+            return m_blocks[m_block_of[unit >> 8U] + (unit & 0xFFU)];
+        }
+
+      private:
+        const std::uint32_t* m_block_of;
+        const std::uint16_t* m_blocks;
+    };
+    /// unit_of in the same way: the units of single bytes, and behind them a row of 256 for each
+    /// lead byte; and the number of a lead byte's row, 0 for other bytes.
+    [[nodiscard]] const char16_t* rows() const { return m_units.data(); }
+    [[nodiscard]] const std::uint8_t* row_numbers() const { return m_row_of_lead.data(); }
     /// The sequences of four bytes of GB18030; null for every other page.
     [[nodiscard]] const FourByteArea* four_bytes() const { return m_four_bytes.get(); }
     [[nodiscard]] char16_t replacement() const { return m_replacement; }
@@ -62,10 +85,11 @@ class PageTable {
 
     UINT m_number;
     char16_t m_replacement;
-    std::array<char16_t, 256> m_single{};
-    /// 1 and the number of the lead byte's row in m_double; 0 for bytes that are no lead bytes.
+    bool m_is_latin1 = false;
+    std::array<LeadRange, 2> m_leads;
+    std::vector<char16_t> m_units;
+    std::array<char16_t, 256> m_lenient{};
     std::array<std::uint8_t, 256> m_row_of_lead{};
-    std::vector<char16_t> m_double;
     /// Where the block of 256 units begins in m_blocks. The first one is the empty one, shared by
     /// all that have no entry.
     std::array<std::uint32_t, 256> m_block_of{};

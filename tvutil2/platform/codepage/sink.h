@@ -6,6 +6,12 @@
 
 namespace tvutil2::codepage {
 
+/// What an inner loop has taken from the front of its text, and what it made of that.
+struct Progress {
+    std::size_t taken = 0;
+    std::size_t made = 0;
+};
+
 /// Counts.
 template <class Unit>
 class Counter {
@@ -19,6 +25,14 @@ class Counter {
     bool put_run(const Source* /*units*/, std::size_t count) {
         m_count += count;
         return true;
+    }
+    /// Lets an inner loop take from the front of a text, and gives what it took: the first of the
+    /// two counts, the other one writes.
+    template <class Count, class Convert>
+    std::size_t take(const Count& count, const Convert& /*convert*/) {
+        const Progress progress = count();
+        m_count += progress.made;
+        return progress.taken;
     }
     [[nodiscard]] std::size_t count() const { return m_count; }
 
@@ -44,6 +58,12 @@ class Writer {
         for (std::size_t i = 0; i < taken; ++i) out[i] = static_cast<Unit>(units[i]);
         m_count += taken;
         return taken == count;
+    }
+    template <class Count, class Convert>
+    std::size_t take(const Count& /*count*/, const Convert& convert) {
+        const Progress progress = convert(m_out + m_count, m_room - m_count);
+        m_count += progress.made;
+        return progress.taken;
     }
     [[nodiscard]] std::size_t count() const { return m_count; }
 

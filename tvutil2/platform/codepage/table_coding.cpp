@@ -1,27 +1,288 @@
 #include "tvutil2/platform/codepage/table_coding.h"
 
-#include "tvutil2/platform/codepage/utf8_coding.h"
+#include "tvutil2/platform/codepage/lead_scan.h"
+#include "tvutil2/platform/codepage/single_units.h"
+
+#include <bit>
+#include <cstring>
 
 namespace tvutil2::codepage {
+namespace {
 
-std::optional<FourByteFront> four_byte_front(const PageTable& page, std::string_view bytes) {
-    if (page.four_bytes() == nullptr || bytes.size() < 2) return std::nullopt;
-    const auto byte = [bytes](std::size_t i) { return static_cast<BYTE>(bytes[i]); };
-    if (!FourByteArea::is_begun_by(byte(0), byte(1))) return std::nullopt;
-    if (bytes.size() < 4 || !FourByteArea::is_begun_by(byte(2), byte(3))) {
-        return FourByteFront{FourByteArea::kNoCharacter, 1};
-    }
-    return FourByteFront{page.four_bytes()->character_of(byte(0), byte(1), byte(2), byte(3)), 4};
+// How much is looked at for plain ASCII at once. In mixed text there is none, and the question is
+// cheap because its answer is always the same.
+constexpr std::size_t kStep = 32;
+
+bool is_ascii(const char16_t* units) {
+    std::uint64_t words[kStep / 4];
+    std::memcpy(words, units, sizeof words);
+    std::uint64_t all = 0;
+    for (const auto word : words) all |= word;
+    return (all & 0xFF80FF80FF80FF80U) == 0;
 }
 
-FourByteSequence four_bytes_for(const PageTable& page, std::u16string_view units) {
-    if (page.four_bytes() == nullptr) return {0, 0};
-    const char32_t c = units[0];
-    if (is_high_surrogate(c) && units.size() > 1 && is_low_surrogate(units[1])) {
-        const char32_t whole = 0x10000 + ((c & 0x3FFU) << 10U) + (units[1] & 0x3FFU);
-        return {page.four_bytes()->bytes_of(whole), 2};
+void narrow(const char16_t* from, char* to) {
+    for (std::size_t i = 0; i < kStep; ++i) to[i] = static_cast<char>(from[i]);
+}
+
+BYTE byte_of(char c) {
+    return static_cast<BYTE>(c);
+}
+
+Progress count_single_units(const PageTable& page, std::string_view bytes) {
+    std::size_t i = 0;
+    while (i < bytes.size() && page.unit_of(byte_of(bytes[i])) != PageTable::kNoUnit) ++i;
+    return {i, i};
+}
+
+Progress put_single_units(const PageTable& page, bool is_strict, std::string_view bytes,
+                          char16_t* to, std::size_t room) {
+    bytes = bytes.substr(0, room);
+    const auto size = is_strict ? count_single_units(page, bytes).taken : bytes.size();
+    if (page.is_latin1()) {
+        for (std::size_t i = 0; i < size; ++i) to[i] = byte_of(bytes[i]);
+    } else {
+        single_units_kernels().back().put(page.lenient_units(), bytes.data(), size, to);
     }
-    return {page.four_bytes()->bytes_of(c), 1};
+    return {size, size};
+}
+
+// The characters of a block: where they begin, and how many bytes they take. A lead byte at the
+// end waits for the next block.
+struct Characters {
+    std::uint64_t starts;
+    std::size_t size;
+    bool is_ascii;
+    /// A zero ends a text and is no second half, whatever stands before it.
+    bool has_zero_trail;
+};
+
+Characters characters_of(const PageTable& page, const char* block) {
+    const auto scan = scan_block(page, block);
+    const auto leads = leads_among(scan.candidates);
+    const auto trails = leads << 1U;
+    const bool is_cut = leads >> 63U != 0;
+    const std::uint64_t last = std::uint64_t{1} << 63U;
+    return {is_cut ? ~trails & ~last : ~trails, kScanned - (is_cut ? 1 : 0), scan.above_ascii == 0,
+            (scan.zeros & trails) != 0};
+}
+
+// Blocks are looked at with one byte more: the last character may ask for it.
+bool has_block(std::string_view bytes, std::size_t taken) {
+    return bytes.size() - taken > kScanned;
+}
+
+Progress count_pair_units(const PageTable& page, std::string_view bytes) {
+    Progress progress;
+    while (has_block(bytes, progress.taken)) {
+        const auto characters = characters_of(page, bytes.data() + progress.taken);
+        if (characters.has_zero_trail) break;
+        progress.made += static_cast<std::size_t>(std::popcount(characters.starts));
+        progress.taken += characters.size;
+    }
+    return progress;
+}
+
+// Stops in front of a sequence without a character.
+Progress put_pair_units(const PageTable& page, std::string_view bytes, char16_t* to,
+                        std::size_t room) {
+    const std::uint8_t* const row_of = page.row_numbers();
+    const char16_t* const rows = page.rows();
+    Progress progress;
+    while (has_block(bytes, progress.taken) && room - progress.made >= kScanned) {
+        const char* const from = bytes.data() + progress.taken;
+        char16_t* out = to + progress.made;
+        const auto characters = characters_of(page, from);
+        if (characters.is_ascii) {
+            for (std::size_t i = 0; i < kScanned; ++i) out[i] = byte_of(from[i]);
+            progress.taken += kScanned;
+            progress.made += kScanned;
+            continue;
+        }
+        for (std::uint64_t left = characters.starts; left != 0; left &= left - 1) {
+            const auto place = static_cast<std::size_t>(std::countr_zero(left));
+            const unsigned int first = byte_of(from[place]);
+            const unsigned int second = byte_of(from[place + 1]);
+            const unsigned int row = row_of[first];
+            const char16_t unit = rows[row << 8U | (row != 0 ? second : first)];
+            if (unit == PageTable::kNoUnit) {
+                return {progress.taken + place, static_cast<std::size_t>(out - to)};
+            }
+            *out++ = unit;
+        }
+        progress.made = static_cast<std::size_t>(out - to);
+        progress.taken += characters.size;
+    }
+    return progress;
+}
+
+// Where only the look at each character tells what there is.
+Progress count_known_pair_units(const PageTable& page, std::string_view bytes) {
+    char16_t scratch[1024];
+    Progress progress;
+    for (;;) {
+        const auto part = put_pair_units(page, bytes.substr(progress.taken), scratch, 1024);
+        if (part.taken == 0) break;
+        progress.taken += part.taken;
+        progress.made += part.made;
+    }
+    return progress;
+}
+
+// Eight units of a single-byte page by one store; not 0 when one of them has no byte.
+std::uint64_t put_eight(const PageTable::Inverse& bytes_of, const char16_t* from, char* to) {
+    std::uint64_t word = 0;
+    std::uint64_t has_none = 0;
+    for (unsigned int i = 0; i < 8; ++i) {
+        const std::uint64_t byte = bytes_of(from[i]);
+        word |= byte << i * 8;
+        has_none |= byte - 1;  // the highest bit for 0
+    }
+    std::memcpy(to, &word, sizeof word);
+    return has_none >> 63U;
+}
+
+Progress put_latin1_bytes(std::u16string_view units, char* to, std::size_t room) {
+    units = units.substr(0, room);
+    std::size_t i = 0;
+    for (; i + kStep <= units.size(); i += kStep) {
+        unsigned int all = 0;
+        for (std::size_t j = i; j < i + kStep; ++j) all |= units[j];
+        if (all > 0xFF) break;
+        narrow(units.data() + i, to + i);
+    }
+    for (; i < units.size() && units[i] <= 0xFF; ++i) to[i] = static_cast<char>(units[i]);
+    return {i, i};
+}
+
+Progress put_single_bytes(const PageTable& page, std::u16string_view units, char* to,
+                          std::size_t room) {
+    const PageTable::Inverse bytes_of(page);
+    const char16_t* const from = units.data();
+    const std::size_t size = std::min(units.size(), room);
+    std::size_t i = 0;
+    for (; i + kStep <= size; i += kStep) {
+        if (is_ascii(from + i)) {
+            narrow(from + i, to + i);
+            continue;
+        }
+        std::uint64_t has_none = 0;
+        for (std::size_t j = i; j < i + kStep; j += 8)
+            has_none |= put_eight(bytes_of, from + j, to + j);
+        if (has_none != 0) break;
+    }
+    for (; i < size; ++i) {
+        const auto byte = bytes_of(from[i]);
+        if (byte == PageTable::kNoBytes) break;
+        to[i] = static_cast<char>(byte);
+    }
+    return {i, i};
+}
+
+Progress count_single_bytes(const PageTable& page, std::u16string_view units) {
+    const PageTable::Inverse bytes_of(page);
+    std::size_t i = 0;
+    while (i < units.size() && bytes_of(units[i]) != PageTable::kNoBytes) ++i;
+    return {i, i};
+}
+
+Progress count_pair_bytes(const PageTable& page, std::u16string_view units) {
+    const PageTable::Inverse bytes_of(page);
+    Progress progress;
+    for (const char16_t unit : units) {
+        const auto bytes = bytes_of(unit);
+        if (bytes == PageTable::kNoBytes) break;
+        progress.made += bytes > 0xFF ? 2 : 1;
+        ++progress.taken;
+    }
+    return progress;
+}
+
+Progress put_pair_bytes(const PageTable& page, std::u16string_view units, char* to,
+                        std::size_t room) {
+    const PageTable::Inverse bytes_of(page);
+    const char16_t* const start = units.data();
+    const char16_t* const end = start + units.size();
+    const char16_t* from = start;
+    char* const out = to;
+    while (end - from >= static_cast<std::ptrdiff_t>(kStep) &&
+           out + room - to >= static_cast<std::ptrdiff_t>(2 * kStep)) {
+        if (is_ascii(from)) {
+            narrow(from, to);
+            from += kStep;
+            to += kStep;
+            continue;
+        }
+        for (const char16_t* const stop = from + kStep; from < stop; ++from) {
+            const auto bytes = bytes_of(*from);
+            if (bytes == PageTable::kNoBytes) {
+                return {static_cast<std::size_t>(from - start), static_cast<std::size_t>(to - out)};
+            }
+            // Without a branch: whether a character has two bytes can't be foretold.
+            const unsigned int is_pair = bytes > 0xFF ? 1 : 0;
+            to[0] = static_cast<char>(bytes >> is_pair * 8);
+            to[1] = static_cast<char>(bytes);
+            to += 1 + is_pair;
+        }
+    }
+    return {static_cast<std::size_t>(from - start), static_cast<std::size_t>(to - out)};
+}
+
+}  // namespace
+
+Progress count_plain_units(const PageTable& page, bool is_strict, std::string_view bytes) {
+    if (!page.has_leads()) {
+        return is_strict ? count_single_units(page, bytes) : Progress{bytes.size(), bytes.size()};
+    }
+    const bool looks = is_strict || page.four_bytes() != nullptr;
+    return looks ? count_known_pair_units(page, bytes) : count_pair_units(page, bytes);
+}
+
+Progress put_plain_units(const PageTable& page, bool is_strict, std::string_view bytes,
+                         char16_t* to, std::size_t room) {
+    return page.has_leads() ? put_pair_units(page, bytes, to, room)
+                            : put_single_units(page, is_strict, bytes, to, room);
+}
+
+Progress count_plain_bytes(const PageTable& page, const DefaultBytes& unmapped,
+                           std::u16string_view units) {
+    if (page.has_leads()) return count_pair_bytes(page, units);
+    const bool is_known = unmapped.is_untold && !unmapped.is_refused && unmapped.size == 1;
+    return is_known ? Progress{units.size(), units.size()} : count_single_bytes(page, units);
+}
+
+Progress put_plain_bytes(const PageTable& page, std::u16string_view units, char* to,
+                         std::size_t room) {
+    if (page.is_latin1()) return put_latin1_bytes(units, to, room);
+    return page.has_leads() ? put_pair_bytes(page, units, to, room)
+                            : put_single_bytes(page, units, to, room);
+}
+
+TableFront table_front(const PageTable& page, std::string_view bytes) {
+    constexpr auto kNone = FourByteArea::kNoCharacter;
+    const auto byte = [bytes](std::size_t i) { return byte_of(bytes[i]); };
+    const auto character = [](char16_t unit) {
+        return unit == PageTable::kNoUnit ? kNone : char32_t{unit};
+    };
+    if (!page.is_lead(byte(0)) || bytes.size() < 2 || bytes[1] == 0) {
+        return {character(page.unit_of(byte(0))), 1};
+    }
+    const auto* const area = page.four_bytes();
+    if (area != nullptr && FourByteArea::is_begun_by(byte(0), byte(1))) {
+        if (bytes.size() < 4 || !FourByteArea::is_begun_by(byte(2), byte(3))) return {kNone, 1};
+        return {area->character_of(byte(0), byte(1), byte(2), byte(3)), 4};
+    }
+    return {character(page.unit_of(byte(0), byte(1))), 2};
+}
+
+BytesFront bytes_front(const PageTable& page, std::u16string_view units) {
+    if (units[0] == 0) return {0, 1, 1};
+    const unsigned int bytes = page.bytes_of(units[0]);
+    if (bytes != PageTable::kNoBytes) return {bytes, bytes > 0xFF ? 2U : 1U, 1};
+    if (page.four_bytes() == nullptr) return {0, 0, 1};
+    const auto character = utf16_front(units);
+    const auto four = page.four_bytes()->bytes_of(character);
+    return {four, four != 0 ? 4U : 0U, character < 0x10000 ? std::size_t{1} : 2};
 }
 
 }  // namespace tvutil2::codepage

@@ -1,0 +1,40 @@
+// Which bytes of a text with two-byte characters are lead bytes, 64 at a time.
+//
+// A byte that could be a lead byte is a trail byte if one stands before it, and so on back to the
+// start of a row of such bytes: of each row, it is every second one, beginning with the first. So
+// the question is answered for a whole block at once, without following the text from character to
+// character.
+#pragma once
+
+#include "tvutil2/platform/codepage/page_table.h"
+
+#include <cstddef>
+#include <cstdint>
+
+namespace tvutil2::codepage {
+
+inline constexpr std::size_t kScanned = 64;
+
+/// A block of 64 bytes, a bit each, the first byte in the lowest one.
+struct LeadScan {
+    /// Bytes in the ranges of the page's lead bytes, wherever they stand.
+    std::uint64_t candidates = 0;
+    std::uint64_t zeros = 0;
+    std::uint64_t above_ascii = 0;
+};
+
+[[nodiscard]] LeadScan scan_block(const PageTable& page, const char* bytes);
+/// The same without wide registers.
+[[nodiscard]] LeadScan scan_block_plainly(const PageTable& page, const char* bytes);
+
+/// Those of the candidates that are lead bytes, if a character begins with the block.
+[[nodiscard]] constexpr std::uint64_t leads_among(std::uint64_t candidates) {
+    // Adding a row's first bit to the row carries to its end, once for rows that begin at an even
+    // place and once for the others; the end of the row says where the count was off by one.
+    constexpr std::uint64_t kOdd = 0xAAAAAAAAAAAAAAAA;
+    const std::uint64_t after = candidates << 1U;
+    const std::uint64_t alternating = ((after | kOdd) - candidates) ^ kOdd;
+    return alternating & candidates;
+}
+
+}  // namespace tvutil2::codepage
