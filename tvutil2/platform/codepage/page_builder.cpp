@@ -264,13 +264,7 @@ void PageBuilder::add_four_bytes() {
 
 // The way back of a unit, to be written.
 std::uint16_t& PageBuilder::entry_of(char16_t unit) {
-    auto& block = m_table->m_block_of[unit >> 8U];
-    auto& blocks = m_table->m_blocks;
-    if (block == 0) {
-        block = static_cast<std::uint32_t>(blocks.size());
-        blocks.resize(blocks.size() + 256, PageTable::kNoBytes);
-    }
-    return blocks[block + (unit & 0xFFU)];
+    return m_table->m_bytes[unit];
 }
 
 }  // namespace tvutil2::codepage

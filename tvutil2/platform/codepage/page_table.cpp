@@ -14,7 +14,7 @@ PageTable::PageTable(const CatalogueRow& row)
       m_replacement(row.replacement),
       m_leads{row.leads[0], row.leads[1]},
       m_units(256, kNoUnit),
-      m_blocks(256, kNoBytes) {}
+      m_bytes(0x10000, kNoBytes) {}
 
 const PageTable* PageTable::built(UINT number) {
     static std::recursive_mutex building;  // one page may be made of another

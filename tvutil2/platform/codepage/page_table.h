@@ -51,23 +51,10 @@ class PageTable {
     [[nodiscard]] bool is_latin1() const { return m_is_latin1; }
     /// One byte, or two with the lead byte in the upper half; kNoBytes for none, and for U+0000,
     /// whose byte is 0.
-    [[nodiscard]] std::uint16_t bytes_of(char16_t unit) const {
-        return m_blocks[m_block_of[unit >> 8U] + (unit & 0xFFU)];
-    }
-    /// bytes_of for inner loops, whose writes would make it look its own members up again and
-    /// again.
-    class Inverse {
-      public:
-        explicit Inverse(const PageTable& page)
-            : m_block_of(page.m_block_of.data()), m_blocks(page.m_blocks.data()) {}
-        [[nodiscard]] std::uint16_t operator()(char16_t unit) const {
-            return m_blocks[m_block_of[unit >> 8U] + (unit & 0xFFU)];
-        }
-
-      private:
-        const std::uint32_t* m_block_of;
-        const std::uint16_t* m_blocks;
-    };
+    [[nodiscard]] std::uint16_t bytes_of(char16_t unit) const { return m_bytes[unit]; }
+    /// bytes_of as a table of 65,536, for inner loops, whose writes would make them look the
+    /// table's members up again and again.
+    [[nodiscard]] const std::uint16_t* bytes() const { return m_bytes.data(); }
     /// unit_of in the same way: the units of single bytes, and behind them a row of 256 for each
     /// lead byte; and the number of a lead byte's row, 0 for other bytes.
     [[nodiscard]] const char16_t* rows() const { return m_units.data(); }
@@ -90,10 +77,7 @@ class PageTable {
     std::vector<char16_t> m_units;
     std::array<char16_t, 256> m_lenient{};
     std::array<std::uint8_t, 256> m_row_of_lead{};
-    /// Where the block of 256 units begins in m_blocks. The first one is the empty one, shared by
-    /// all that have no entry.
-    std::array<std::uint32_t, 256> m_block_of{};
-    std::vector<std::uint16_t> m_blocks;
+    std::vector<std::uint16_t> m_bytes;
     std::unique_ptr<const FourByteArea> m_four_bytes;
 };
 

@@ -130,11 +130,11 @@ Progress count_known_pair_units(const PageTable& page, std::string_view bytes) {
 }
 
 // Eight units of a single-byte page by one store; not 0 when one of them has no byte.
-std::uint64_t put_eight(const PageTable::Inverse& bytes_of, const char16_t* from, char* to) {
+std::uint64_t put_eight(const std::uint16_t* bytes_of, const char16_t* from, char* to) {
     std::uint64_t word = 0;
     std::uint64_t has_none = 0;
     for (unsigned int i = 0; i < 8; ++i) {
-        const std::uint64_t byte = bytes_of(from[i]);
+        const std::uint64_t byte = bytes_of[from[i]];
         word |= byte << i * 8;
         has_none |= byte - 1;  // the highest bit for 0
     }
@@ -157,7 +157,7 @@ Progress put_latin1_bytes(std::u16string_view units, char* to, std::size_t room)
 
 Progress put_single_bytes(const PageTable& page, std::u16string_view units, char* to,
                           std::size_t room) {
-    const PageTable::Inverse bytes_of(page);
+    const std::uint16_t* const bytes_of = page.bytes();
     const char16_t* const from = units.data();
     const std::size_t size = std::min(units.size(), room);
     std::size_t i = 0;
@@ -172,7 +172,7 @@ Progress put_single_bytes(const PageTable& page, std::u16string_view units, char
         if (has_none != 0) break;
     }
     for (; i < size; ++i) {
-        const auto byte = bytes_of(from[i]);
+        const auto byte = bytes_of[from[i]];
         if (byte == PageTable::kNoBytes) break;
         to[i] = static_cast<char>(byte);
     }
@@ -180,17 +180,17 @@ Progress put_single_bytes(const PageTable& page, std::u16string_view units, char
 }
 
 Progress count_single_bytes(const PageTable& page, std::u16string_view units) {
-    const PageTable::Inverse bytes_of(page);
+    const std::uint16_t* const bytes_of = page.bytes();
     std::size_t i = 0;
-    while (i < units.size() && bytes_of(units[i]) != PageTable::kNoBytes) ++i;
+    while (i < units.size() && bytes_of[units[i]] != PageTable::kNoBytes) ++i;
     return {i, i};
 }
 
 Progress count_pair_bytes(const PageTable& page, std::u16string_view units) {
-    const PageTable::Inverse bytes_of(page);
+    const std::uint16_t* const bytes_of = page.bytes();
     Progress progress;
     for (const char16_t unit : units) {
-        const auto bytes = bytes_of(unit);
+        const auto bytes = bytes_of[unit];
         if (bytes == PageTable::kNoBytes) break;
         progress.made += bytes > 0xFF ? 2 : 1;
         ++progress.taken;
@@ -200,7 +200,7 @@ Progress count_pair_bytes(const PageTable& page, std::u16string_view units) {
 
 Progress put_pair_bytes(const PageTable& page, std::u16string_view units, char* to,
                         std::size_t room) {
-    const PageTable::Inverse bytes_of(page);
+    const std::uint16_t* const bytes_of = page.bytes();
     const char16_t* const start = units.data();
     const char16_t* const end = start + units.size();
     const char16_t* from = start;
@@ -214,14 +214,17 @@ Progress put_pair_bytes(const PageTable& page, std::u16string_view units, char* 
             continue;
         }
         for (const char16_t* const stop = from + kStep; from < stop; ++from) {
-            const auto bytes = bytes_of(*from);
+            const auto bytes = bytes_of[*from];
             if (bytes == PageTable::kNoBytes) {
                 return {static_cast<std::size_t>(from - start), static_cast<std::size_t>(to - out)};
             }
-            // Without a branch: whether a character has two bytes can't be foretold.
+            // Without a branch, and always two bytes: whether a character has two can't be
+            // foretold.
             const unsigned int is_pair = bytes > 0xFF ? 1 : 0;
-            to[0] = static_cast<char>(bytes >> is_pair * 8);
-            to[1] = static_cast<char>(bytes);
+            const unsigned int swapped = bytes << 8U | bytes >> 8U;
+            const auto both =
+                static_cast<std::uint16_t>(bytes ^ ((swapped ^ bytes) & (0 - is_pair)));
+            std::memcpy(to, &both, sizeof both);
             to += 1 + is_pair;
         }
     }
