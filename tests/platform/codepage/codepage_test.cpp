@@ -4,11 +4,9 @@
 #include "tvutil2/platform/base/wide_text.h"
 
 #include <gtest/gtest.h>
-#include <iconv.h>
 
 #include <algorithm>
 #include <cstring>
-#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -185,58 +183,6 @@ TEST(CodePage, BytesWithoutACharacter) {
         EXPECT_EQ(widen(row.page, row.bytes, MB_ERR_INVALID_CHARS).error,
                   ERROR_NO_UNICODE_TRANSLATION)
             << row.page;
-    }
-}
-
-// One character by the host's own converter; nothing where it has none.
-std::optional<std::u16string> by_host(iconv_t converter, std::string bytes) {
-    iconv(converter, nullptr, nullptr, nullptr, nullptr);
-    char16_t out[8];
-    char* from = bytes.data();
-    std::size_t left = bytes.size();
-    char* to = reinterpret_cast<char*>(out);
-    std::size_t room = sizeof out;
-    if (iconv(converter, &from, &left, &to, &room) == static_cast<std::size_t>(-1) || left != 0) {
-        return std::nullopt;
-    }
-    iconv(converter, nullptr, nullptr, &to, &room);
-    return std::u16string(out, (sizeof out - room) / 2);
-}
-
-// The two come from different tables. Where the platform passes C1 controls and private characters
-// on that the standard leaves out, the host has nothing to say.
-TEST(CodePage, TablesAgreeWithTheHost) {
-    const std::pair<UINT, const char*> pages[] = {
-        {437, "CP437"},        {737, "CP737"},        {775, "CP775"},        {850, "CP850"},
-        {852, "CP852"},        {855, "CP855"},        {857, "CP857"},        {858, "CP858"},
-        {860, "CP860"},        {861, "CP861"},        {862, "CP862"},        {863, "CP863"},
-        {865, "CP865"},        {866, "CP866"},        {869, "CP869"},        {874, "CP874"},
-        {932, "CP932"},        {936, "CP936"},        {1250, "CP1250"},      {1251, "CP1251"},
-        {1252, "CP1252"},      {1253, "CP1253"},      {1254, "CP1254"},      {1255, "CP1255"},
-        {1256, "CP1256"},      {1257, "CP1257"},      {1258, "CP1258"},      {20866, "KOI8-R"},
-        {28591, "ISO-8859-1"}, {28592, "ISO-8859-2"}, {28595, "ISO-8859-5"}, {28597, "ISO-8859-7"},
-        {28599, "ISO-8859-9"}, {28605, "ISO-8859-15"}};
-    for (const auto& [page, name] : pages) {
-        const auto converter = iconv_open("UTF-16LE", name);
-        if (converter == reinterpret_cast<iconv_t>(-1)) continue;
-        int compared = 0;
-        for (int first = 0; first < 256; ++first) {
-            const bool is_lead = IsDBCSLeadByteEx(page, static_cast<BYTE>(first)) != 0;
-            for (int second = is_lead ? 0x40 : 0; second < (is_lead ? 0xFF : 1); ++second) {
-                std::string bytes(1, static_cast<char>(first));
-                if (is_lead) bytes.push_back(static_cast<char>(second));
-                const auto expected = by_host(converter, bytes);
-                if (!expected) continue;
-                ++compared;
-                const auto text = widen(page, bytes, MB_ERR_INVALID_CHARS).text;
-                ASSERT_EQ(text, *expected) << page << " byte " << first << " " << second;
-                // Where several sequences mean one character, each leads to one that means it, too.
-                const auto back = narrow(page, text).bytes;
-                ASSERT_EQ(widen(page, back).text, text) << page << " byte " << first;
-            }
-        }
-        EXPECT_GT(compared, 127 + 64) << page;
-        iconv_close(converter);
     }
 }
 

@@ -4,13 +4,67 @@
 #include <unicode/unorm2.h>
 #include <unicode/utf16.h>
 
+#include <algorithm>
+#include <array>
+#include <bitset>
+
 namespace tvutil2::codepage {
 namespace {
 
 constexpr char32_t kFirstMark = 0x300;  // none below
 
+// The non-spacing marks of the BMP, a bit each, and the blocks of 256 units that have some:
+// encoders ask about every text, and hardly any text has one.
+class Marks {
+  public:
+    static const Marks& get() {
+        static const Marks marks;
+        return marks;
+    }
+    [[nodiscard]] bool has_some_beside(char16_t unit) const { return m_blocks[unit >> 8U]; }
+    [[nodiscard]] bool holds(char32_t c) const {
+        if (c < 0x10000) return m_units[c];
+        return u_charType(static_cast<UChar32>(c)) == U_NON_SPACING_MARK;
+    }
+
+  private:
+    Marks() {
+        u_enumCharTypes(add, this);
+        // Halves of surrogate pairs may stand for marks.
+        for (unsigned int block = 0xD8; block < 0xE0; ++block) m_blocks[block] = true;
+    }
+    static UBool add(const void* context, UChar32 first, UChar32 limit, UCharCategory type) {
+        if (type != U_NON_SPACING_MARK) return 1;
+        auto& marks = *static_cast<Marks*>(const_cast<void*>(context));
+        for (UChar32 c = first; c < limit && c < 0x10000; ++c) {
+            marks.m_units[static_cast<std::size_t>(c)] = true;
+            marks.m_blocks[static_cast<std::size_t>(c) >> 8U] = true;
+        }
+        return 1;
+    }
+
+    std::bitset<0x10000> m_units;
+    std::array<bool, 256> m_blocks{};
+};
+
 bool is_mark(char32_t c) {
-    return c >= kFirstMark && u_charType(static_cast<UChar32>(c)) == U_NON_SPACING_MARK;
+    return c >= kFirstMark && Marks::get().holds(c);
+}
+
+// The units at the front that can be no mark: of languages without any.
+std::size_t markless_prefix(std::u16string_view text) {
+    constexpr std::size_t kStep = 32;
+    std::size_t i = 0;
+    for (; i + kStep <= text.size(); i += kStep) {
+        char16_t highest = 0;
+        for (std::size_t j = i; j < i + kStep; ++j) highest = std::max(highest, text[j]);
+        if (highest >= kFirstMark) break;
+    }
+    while (i < text.size() && text[i] < kFirstMark) ++i;
+    if (i == text.size()) return i;
+    const auto& marks = Marks::get();
+    while (i < text.size() && !marks.has_some_beside(text[i])) ++i;
+    return i;
 }
 
 char32_t take_front(std::u16string_view& text) {
@@ -33,11 +87,9 @@ void append(std::u16string& text, char32_t c) {
 }  // namespace
 
 bool has_mark(std::u16string_view text) {
-    // As a rule there is nothing that could be one, and looking at the units alone says so.
-    std::size_t first = 0;
-    while (first < text.size() && text[first] < kFirstMark) ++first;
-    bool has_base = first > 0;
-    text.remove_prefix(first);
+    const auto prefix = markless_prefix(text);
+    bool has_base = prefix > 0;
+    text.remove_prefix(prefix);
     while (!text.empty()) {
         if (is_mark(take_front(text)) && has_base) return true;
         has_base = true;

@@ -6,18 +6,6 @@
 
 namespace tvutil2::codepage {
 
-LeadScan scan_block_plainly(const PageTable& page, const char* bytes) {
-    LeadScan scan;
-    for (std::size_t i = 0; i < kScanned; ++i) {
-        const auto byte = static_cast<BYTE>(bytes[i]);
-        const std::uint64_t bit = std::uint64_t{1} << i;
-        if (page.is_lead(byte)) scan.candidates |= bit;
-        if (byte == 0) scan.zeros |= bit;
-        if (byte >= 0x80) scan.above_ascii |= bit;
-    }
-    return scan;
-}
-
 #if defined(__SSE2__)
 
 namespace {
@@ -64,7 +52,15 @@ LeadScan scan_block(const PageTable& page, const char* bytes) {
 #else
 
 LeadScan scan_block(const PageTable& page, const char* bytes) {
-    return scan_block_plainly(page, bytes);
+    LeadScan scan;
+    for (std::size_t i = 0; i < kScanned; ++i) {
+        const auto byte = static_cast<BYTE>(bytes[i]);
+        const std::uint64_t bit = std::uint64_t{1} << i;
+        if (page.is_lead(byte)) scan.candidates |= bit;
+        if (byte == 0) scan.zeros |= bit;
+        if (byte >= 0x80) scan.above_ascii |= bit;
+    }
+    return scan;
 }
 
 #endif

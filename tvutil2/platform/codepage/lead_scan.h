@@ -24,8 +24,6 @@ struct LeadScan {
 };
 
 [[nodiscard]] LeadScan scan_block(const PageTable& page, const char* bytes);
-/// The same without wide registers.
-[[nodiscard]] LeadScan scan_block_plainly(const PageTable& page, const char* bytes);
 
 /// Those of the candidates that are lead bytes, if a character begins with the block.
 [[nodiscard]] constexpr std::uint64_t leads_among(std::uint64_t candidates) {

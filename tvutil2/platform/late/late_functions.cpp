@@ -113,6 +113,11 @@ std::int8_t u_charType(UChar32 c) {
     return real(c);
 }
 
+void u_enumCharTypes(UCharEnumTypeRange* callback, const void* context) {
+    LATE(icu_common, u_enumCharTypes);
+    real(callback, context);
+}
+
 UChar32 u_tolower(UChar32 c) {
     LATE(icu_common, u_tolower);
     return real(c);
