@@ -64,7 +64,7 @@ constexpr std::array<const char*, static_cast<std::size_t>(Sql::count)> kTexts =
     /* begin_write */ "BEGIN IMMEDIATE",
     /* commit */ "COMMIT",
     /* rollback */ "ROLLBACK",
-    /* next_change */ "UPDATE state SET change = change + ?1 RETURNING change",
+    /* next_change */ "UPDATE state SET change = change + ?1",
     /* current_change */ "SELECT change FROM state",
     /* key_exists */ "SELECT depth FROM keys WHERE id = ?1",
     /* find_sub_key */ "SELECT id FROM keys WHERE parent = ?1 AND folded = ?2",
@@ -127,9 +127,25 @@ LONG write_error(int host_error) {
     return static_cast<LONG>(is_full ? ERROR_DISK_FULL : ERROR_CANTWRITE);
 }
 
-LONG io_error(int code, int host_error) {
+// Of the file that wasn't written. The connection's own number is no help here: rolling back has
+// overwritten it by the time that a commit returns.
+int errno_of_write(sqlite3* connection) {
+    for (const int which : {SQLITE_FCNTL_JOURNAL_POINTER, SQLITE_FCNTL_FILE_POINTER}) {
+        sqlite3_file* file = nullptr;
+        sqlite3_file_control(connection, "main", which, &file);
+        if (file == nullptr || file->pMethods == nullptr) continue;
+        int host_error = 0;
+        file->pMethods->xFileControl(file, SQLITE_FCNTL_LAST_ERRNO, &host_error);
+        if (host_error != 0) return host_error;
+    }
+    return 0;
+}
+
+LONG io_error(sqlite3* connection, int code) {
+    const int host_error = sqlite3_system_errno(connection);
     switch (code) {
         case SQLITE_IOERR_WRITE:
+            return write_error(errno_of_write(connection));
         case SQLITE_IOERR_FSYNC:
         case SQLITE_IOERR_DIR_FSYNC:
         case SQLITE_IOERR_TRUNCATE:
@@ -171,7 +187,7 @@ LONG platform_error(sqlite3* connection, int code) {
             return static_cast<LONG>(is_denied ? ERROR_ACCESS_DENIED : ERROR_CANTOPEN);
         }
         case SQLITE_IOERR:
-            return io_error(code, sqlite3_system_errno(connection));
+            return io_error(connection, code);
         default:
             // What isn't a database, is damaged, or lacks our tables.
             return static_cast<LONG>(ERROR_REGISTRY_CORRUPT);
