@@ -214,7 +214,7 @@ Progress put_pair_bytes(const PageTable& page, std::u16string_view units, char* 
             continue;
         }
         for (const char16_t* const stop = from + kStep; from < stop; ++from) {
-            const auto bytes = bytes_of[*from];
+            const unsigned int bytes = bytes_of[*from];
             if (bytes == PageTable::kNoBytes) {
                 return {static_cast<std::size_t>(from - start), static_cast<std::size_t>(to - out)};
             }
