@@ -28,6 +28,7 @@
 #include "tvutil2/settings/information_file.h"
 #include "tvutil2/settings/ini_file.h"
 #include "tvutil2/settings/option_file.h"
+#include "tvutil2/settings/option_storage.h"
 #include "tvutil2/settings/registry.h"
 #include "tvutil2/url/string_protection.h"
 #include "tvutil2/url/url_info.h"
