@@ -4,6 +4,7 @@
 #include "tvutil2/platform/base/utf.h"
 
 #include <gtest/gtest.h>
+#include <sys/ptrace.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -11,6 +12,7 @@
 
 #include <csignal>
 #include <filesystem>
+#include <utility>
 
 #include "tests/support/profile.h"
 
@@ -224,35 +226,69 @@ TEST(Profile, LosesNoUpdateOfTwoProcesses) {
     EXPECT_EQ(std::count(names, names + size, u'\0'), 151);
 }
 
-// A writer is killed in the middle of its work, again and again: the file is whole each time, and
-// the next writer isn't held up by what the dead one left.
-TEST(Profile, SurvivesKilledWriters) {
+enum class Death { killed, ended };
+
+// Lets `work` run in a process of its own, which is killed as it enters its system call number
+// `call` (0 is the first one), unless it ends before.
+template <class Work>
+Death run_and_kill_at(int call, Work work) {
+    const auto child = fork();
+    EXPECT_GE(child, 0);
+    if (child == 0) {
+        ptrace(PTRACE_TRACEME, 0, nullptr, nullptr);
+        raise(SIGSTOP);
+        work();
+        _exit(0);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    ptrace(PTRACE_SETOPTIONS, child, nullptr, PTRACE_O_TRACESYSGOOD | PTRACE_O_EXITKILL);
+    bool is_entry = true;  // stops come in pairs: before a call, and behind it
+    for (int signal = 0; call >= 0;) {
+        ptrace(PTRACE_SYSCALL, child, nullptr, signal);
+        if (waitpid(child, &status, 0) != child || !WIFSTOPPED(status)) return Death::ended;
+        const bool is_call = WSTOPSIG(status) == (SIGTRAP | 0x80);
+        signal = is_call ? 0 : WSTOPSIG(status);
+        if (is_call && std::exchange(is_entry, !is_entry)) --call;
+    }
+    kill(child, SIGKILL);
+    waitpid(child, &status, 0);
+    EXPECT_TRUE(WIFSIGNALED(status));
+    return Death::killed;
+}
+
+// A writer is killed before each system call that it makes: the file is the old one or the new one
+// each time, and the next writer isn't held up by what the dead one left.
+TEST(Profile, SurvivesAWriterKilledAnywhere) {
     const File file;
     const std::u16string big(20'000, u'x');
-    for (int round = 0; round < 40; ++round) {
-        ASSERT_NE(file.write(u"s", u"big", big.c_str()), FALSE);
-        int ends[2];
-        ASSERT_EQ(pipe(ends), 0);
-        const auto child = fork();
-        ASSERT_GE(child, 0);
-        if (child == 0) {
-            for (char i = 0;; ++i) {
-                const auto value = big.substr(static_cast<unsigned char>(i) % 2);
-                if (write(ends[1], &i, 1) != 1) _exit(1);
-                static_cast<void>(file.write(u"s", u"big", value.c_str()));
-            }
+    const auto write_big = [&](const char16_t* value) { return file.write(u"s", u"big", value); };
+    ASSERT_NE(write_big(big.c_str()), FALSE);
+    ASSERT_EQ(chmod(file.host.c_str(), 0640), 0);
+    const auto before = file.content();
+    int olds = 0;
+    int news = 0;
+    for (int call = 0;; ++call) {
+        const auto death = run_and_kill_at(call, [&] { write_big(u"small"); });
+        const auto content = file.content();
+        if (content == before) {
+            ++olds;
+        } else {
+            ASSERT_EQ(content, "[s]\r\nbig=small\r\n") << call;
+            ++news;
         }
-        std::string started(static_cast<std::size_t>(round % 7 + 1), ' ');
-        for (auto& byte : started) ASSERT_EQ(read(ends[0], &byte, 1), 1);
-        // A moment more, another one each time.
-        for (int i = 0; i < round; ++i) EXPECT_GE(file.content().size(), 20'010U);
-        kill(child, SIGKILL);
-        waitpid(child, nullptr, 0);
-        close(ends[0]);
-        close(ends[1]);
-        const auto size = file.content().size();
-        EXPECT_TRUE(size == 20'011 || size == 20'010) << size;
+        struct stat info {};
+        ASSERT_EQ(stat(file.host.c_str(), &info), 0);
+        EXPECT_EQ(info.st_mode & 0777U, 0640U) << call;
+        ASSERT_NE(write_big(big.c_str()), FALSE) << call;
+        ASSERT_EQ(file.content(), before) << call;
+        if (death == Death::ended) break;
     }
+    // There is a life before the new content and one behind it.
+    EXPECT_GT(olds, 5);
+    EXPECT_GT(news, 2);
+    const std::filesystem::directory_iterator entries(file.folder);
+    EXPECT_EQ(std::distance(begin(entries), end(entries)), 1);
 }
 
 }  // namespace

@@ -1,7 +1,5 @@
-// Private-profile files on the disk: read once as long as they stay the same, replaced in one step.
-//
-// Writers take turns by a lock on the file's folder (flock), which leaves nothing behind and holds
-// whatever file a name stands for by then. Two writers in one process take turns as well.
+// Private-profile files on the disk: read once as long as they stay the same, replaced in one step
+// (platform/files/replaced_file.h).
 #pragma once
 
 #include "tvutil2/platform/profile/profile_text.h"

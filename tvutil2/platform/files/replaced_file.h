@@ -1,0 +1,32 @@
+// Small files that are read whole and replaced in one step.
+//
+// A reader, a crash or a full disk meets the old content or the new one. Writers of all processes,
+// and of one, take turns by a lock on the file's folder (flock), which leaves nothing behind and
+// holds whatever file a name stands for by then. A symbolic link stays, and what it leads to is
+// replaced; mode and owner stay too. A process that has the file open goes on with the old content,
+// and a hard link parts company.
+#pragma once
+
+#include "tvutil2/platform/base/export.h"
+
+#include <functional>
+#include <optional>
+#include <string>
+
+struct stat;
+
+namespace tvutil2 {
+
+/// The content of a host file that is no folder, pipe or device, that no handle keeps from being
+/// read and that has at most a gigabyte, and what stat tells of it. False with the last error.
+bool read_whole_file(const std::string& path, struct stat& info, std::string& bytes);
+
+/// What is to stand in the place of the content; nothing leaves the file as it is.
+using ContentEdit = std::function<std::optional<std::string>(std::string bytes)>;
+
+/// Puts what `edit` makes of the present content in its place; with `may_be_new` a missing file
+/// counts as empty. On the disk when this returns. False with the last error; the file is then
+/// what it was.
+TVUTIL_API bool replace_content(const std::string& path, bool may_be_new, const ContentEdit& edit);
+
+}  // namespace tvutil2
