@@ -54,14 +54,14 @@ check 'the second run takes what the first one stored' said 'stored: UserDataPat
 
 title 'A session folder is moved with its files'
 show sessions where Pelrin
-mkdir -p "$old/work"
+mkdir -p "$old/lab"
 echo 'one' >"$old/office.pln"
-echo 'two' >"$old/work/server.pln"
+echo 'two' >"$old/lab/server.pln"
 echo 'mine' >"$old/notes.txt"
 show sessions move Pelrin "$(platform_path "$new")" --dry-run
 check 'the rehearsal moved nothing' missing "$new"
 show sessions move Pelrin "$(platform_path "$new")" --yes
-check 'both sessions arrived' test -s "$new/office.pln" -a -s "$new/work/server.pln"
+check 'both sessions arrived' test -s "$new/office.pln" -a -s "$new/lab/server.pln"
 check 'they left the old folder' missing "$old/office.pln"
 check 'what is no session stayed' test -e "$old/notes.txt"
 show sessions where Pelrin
@@ -76,6 +76,18 @@ show features set dovr.filefilter on
 iconv -f UTF-16 -t UTF-8 "$data/Features.ini" >"$work/features.txt"
 check 'entries of others are kept' grep -q '^Note=kept' "$work/features.txt"
 check 'the new switch is in it' grep -q '^FileFilter=1' "$work/features.txt"
+
+title 'An INI file in Latin-1 becomes UTF-16'
+letters=$work/letters.ini
+printf '; M\xfcller, 1998\r\n[S\xfcd]\r\nOrt=K\xf6ln\r\n[Nord]\r\nOrt=Kiel\r\n' >"$letters"
+cp "$letters" "$work/before.ini"
+show ini convert "$letters" --from 28591 --to utf-16
+check 'the file is UTF-16' test "$(head -c 2 "$letters" | od -An -tx1 | tr -d ' \n')" = fffe
+show ini list "$letters"
+check 'its entries are kept, by their names' said 'Ort=Köln'
+iconv -f UTF-16 -t ISO-8859-1 "$letters" >"$work/back.ini"
+check 'so are comments, order and line ends' cmp "$work/back.ini" "$work/before.ini"
+show ini lint "$letters"
 
 printf '\n'
 if [ "$failures" -ne 0 ]; then

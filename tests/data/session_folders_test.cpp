@@ -188,9 +188,9 @@ TEST(SessionFiles, AreFoundByTheirEnding) {
 std::string old_sessions() {
     GetUserDataFolderPath(0);
     const auto folder = data() + "/Pelrin/Sessions";
-    fs::create_directories(folder + "/work");
+    fs::create_directories(folder + "/lab");
     write_file(folder + "/a.pln", "a");
-    write_file(folder + "/work/b.pln", "b");
+    write_file(folder + "/lab/b.pln", "b");
     write_file(folder + "/notes.txt", "n");
     return folder;
 }
@@ -203,7 +203,7 @@ std::set<std::string> files_in(const std::string& folder) {
     return files;
 }
 
-const std::set<std::string> kAll{"a.pln", "notes.txt", "work/b.pln"};
+const std::set<std::string> kAll{"a.pln", "notes.txt", "lab/b.pln"};
 
 TEST(ChangeOfFolder, AsksAndMoves) {
     const auto old_folder = old_sessions();
@@ -223,7 +223,7 @@ TEST(ChangeOfFolder, AsksAndMoves) {
     EXPECT_NE(shown.find("does not exist. Do you want to create it?"), std::string::npos) << shown;
     EXPECT_NE(shown.find("move your existing Pelrin session files"), std::string::npos) << shown;
     EXPECT_EQ(choice(u"Pelrin").View(), path);
-    EXPECT_EQ(files_in(target), (std::set<std::string>{"a.pln", "work/b.pln"}));
+    EXPECT_EQ(files_in(target), (std::set<std::string>{"a.pln", "lab/b.pln"}));
     EXPECT_EQ(files_in(old_folder), std::set<std::string>{"notes.txt"});
     EXPECT_EQ(AfxGetSessionPath(u"Pelrin").View(), path);
 }
@@ -290,10 +290,10 @@ TEST(ChangeOfFolder, AChoiceThatCannotBeWrittenMovesNothing) {
 TEST(ChangeOfFolder, AFailedMoveLeavesTheChoiceInForce) {
     const auto old_folder = old_sessions();
     const auto target = new_folder();
-    write_file(target + "/work", "in the way of the folder");
+    write_file(target + "/lab", "in the way of the folder");
     EXPECT_EQ(ChangeSessionPathWithoutMsgBox(platform_path(target).c_str(), u"Pelrin", 1), 1);
     EXPECT_EQ(AfxGetSessionPath(u"Pelrin").View(), platform_path(target));
-    EXPECT_EQ(tests::read_file(old_folder + "/work/b.pln"), "b");
+    EXPECT_EQ(tests::read_file(old_folder + "/lab/b.pln"), "b");
 }
 
 }  // namespace

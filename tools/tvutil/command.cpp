@@ -123,6 +123,15 @@ void print(const nlohmann::ordered_json& value) {
     std::cout << value.dump(2) << '\n';
 }
 
+// Not by the object's own operations, each of which looks at all members.
+void UniqueMembers::add(const std::string& name, nlohmann::ordered_json value) {
+    if (m_names.insert(name).second) m_members.emplace_back(name, std::move(value));
+}
+
+nlohmann::ordered_json UniqueMembers::take() {
+    return std::move(m_members);
+}
+
 std::string error_text(std::string_view what, unsigned int error) {
     return std::string(what) + ": " + std::string(system_text(error)) + " (" +
            std::to_string(error) + ")";
@@ -185,7 +194,7 @@ int main(int argc, char** argv) {
     app.set_version_flag("--version", "tvutil2 8.0.0");
     app.footer(
         "Exit codes: 0 done; 1 the answer is no (not there, doesn't match); 2 wrong command line;\n"
-        "3 malformed or refused input; 4 the system couldn't do it.\n"
+        "3 malformed or refused input; 4 the system couldn't do it; 5 text is lost, or would be.\n"
         "TVUTIL_PROFILE=DIR keeps all that the library stores below DIR.");
     for (const auto& add : tool::commands()) add(app);
     try {

@@ -7,6 +7,7 @@
 #include <functional>
 #include <string>
 #include <string_view>
+#include <unordered_set>
 
 namespace tool {
 
@@ -17,6 +18,7 @@ enum class Exit : int {
     usage = 2,    ///< the command line is wrong
     refused = 3,  ///< the input is malformed, or was refused
     failed = 4,   ///< the system couldn't do it
+    lossy = 5,    ///< text is lost, or would be
 };
 
 /// Ends a command: one clear line on standard error, and the code.
@@ -49,6 +51,18 @@ inline void print(const std::string& line) {
     print(std::string_view(line));
 }
 void print(const nlohmann::ordered_json& value);
+
+/// Members of a JSON object in the order of their coming; of two of one name the first holds.
+class UniqueMembers {
+  public:
+    void add(const std::string& name, nlohmann::ordered_json value);
+    /// The object, which is given up.
+    [[nodiscard]] nlohmann::ordered_json take();
+
+  private:
+    std::unordered_set<std::string> m_names;
+    nlohmann::ordered_json::object_t m_members;
+};
 
 /// "what: the system's text for the error (code)".
 [[nodiscard]] std::string error_text(std::string_view what, unsigned int error);

@@ -8,6 +8,7 @@
 #include <memory>
 
 #include "tools/tvutil/command.h"
+#include "tools/tvutil/ini_commands.h"
 
 namespace {
 
@@ -20,33 +21,13 @@ struct Options {
 };
 
 std::u16string path_of(const Options& options) {
-    auto path = tvutil2::platform_path(std::filesystem::absolute(options.file).string());
-    if (!path) throw tool::Failure{tool::Exit::usage, options.file + ": no path"};
-    return *path;
-}
-
-// Names or entries, each with a zero behind it.
-std::vector<std::u16string> list_of(const std::u16string& path, const char16_t* section) {
-    std::u16string buffer(4096, u'\0');
-    for (;;) {
-        const auto room = static_cast<DWORD>(buffer.size());
-        const auto size =
-            section != nullptr
-                ? GetPrivateProfileSectionW(section, buffer.data(), room, path.c_str())
-                : GetPrivateProfileSectionNamesW(buffer.data(), room, path.c_str());
-        if (size + 2 < room) break;
-        buffer.assign(buffer.size() * 4, u'\0');
-    }
-    std::vector<std::u16string> list;
-    for (const auto* text = buffer.c_str(); *text != u'\0'; text += list.back().size() + 1) {
-        list.emplace_back(text);
-    }
-    return list;
+    return tool::platform_path_of(options.file);
 }
 
 void get(const Options& options) {
     const auto key = tool::wide(options.key);
-    for (const auto& entry : list_of(path_of(options), tool::wide(options.section).c_str())) {
+    for (const auto& entry :
+         tool::profile_list(path_of(options), tool::wide(options.section).c_str())) {
         const auto equals = entry.find(u'=');
         if (CString(entry.substr(0, equals).c_str()).CompareNoCase(key.c_str()) != 0) continue;
         return tool::print(tool::narrow(entry.substr(equals + 1)));
@@ -63,27 +44,29 @@ void write(const Options& options, const char16_t* key, const char16_t* value) {
 
 void list(const Options& options) {
     const auto path = path_of(options);
-    auto json = nlohmann::ordered_json::object();
     SetLastError(NO_ERROR);
-    const auto sections = list_of(path, nullptr);
+    const auto sections = tool::profile_list(path, nullptr);
     if (sections.empty() && GetLastError() != NO_ERROR) {
         throw tool::Failure{tool::Exit::failed, tool::error_text(options.file, GetLastError())};
     }
+    tool::UniqueMembers all;
     for (const auto& section : sections) {
         const auto name = tool::narrow(section);
         if (!options.is_json) tool::print('[' + name + ']');
-        for (const auto& entry : list_of(path, section.c_str())) {
+        tool::UniqueMembers members;
+        for (const auto& entry : tool::profile_list(path, section.c_str())) {
             const auto equals = entry.find(u'=');
             const auto key = tool::narrow(entry.substr(0, equals));
             const auto value = tool::narrow(entry.substr(equals + 1));
             if (options.is_json) {
-                json[name][key] = value;
+                members.add(key, value);
             } else {
                 tool::print(key + '=' + value);
             }
         }
+        all.add(name, members.take());
     }
-    if (options.is_json) tool::print(json);
+    if (options.is_json) tool::print(all.take());
 }
 
 void add_file(CLI::App& command, Options& options) {
@@ -123,6 +106,41 @@ const tool::Command g_command([](CLI::App& app) {
     add_file(*list_command, *options);
     tool::add_json_flag(*list_command, options->is_json);
     list_command->callback([options] { list(*options); });
+
+    tool::add_ini_convert(*ini);
+    tool::add_ini_lint(*ini);
 });
 
 }  // namespace
+
+namespace tool {
+
+std::u16string platform_path_of(const std::string& file) {
+    auto path = tvutil2::platform_path(std::filesystem::absolute(file).string());
+    if (!path) throw Failure{Exit::usage, file + ": no path"};
+    return *path;
+}
+
+std::vector<std::u16string> profile_list(const std::u16string& path, const char16_t* section) {
+    std::u16string buffer(4096, u'\0');
+    for (;;) {
+        const auto room = static_cast<DWORD>(buffer.size());
+        const auto size =
+            section != nullptr
+                ? GetPrivateProfileSectionW(section, buffer.data(), room, path.c_str())
+                : GetPrivateProfileSectionNamesW(buffer.data(), room, path.c_str());
+        if (size + 2 < room) {
+            buffer.resize(size);
+            break;
+        }
+        buffer.assign(buffer.size() * 4, u'\0');
+    }
+    // By the size: the name of a section may be empty.
+    std::vector<std::u16string> list;
+    for (std::size_t at = 0; at < buffer.size(); at += list.back().size() + 1) {
+        list.emplace_back(buffer, at, buffer.find(u'\0', at) - at);
+    }
+    return list;
+}
+
+}  // namespace tool

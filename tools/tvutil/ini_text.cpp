@@ -1,0 +1,152 @@
+#include "tools/tvutil/ini_text.h"
+
+#include "tvutil2/platform/base/utf.h"
+#include "tvutil2/platform/codepage/codepage.h"
+
+#include <charconv>
+#include <cstring>
+#include <utility>
+
+#include "tools/tvutil/command.h"
+
+namespace tool {
+namespace {
+
+constexpr UINT kUtf16 = 1200;
+constexpr UINT kUtf16Swapped = 1201;
+
+constexpr struct {
+    const char* name;
+    IniEncoding encoding;
+    std::string_view mark;
+} kNamed[] = {{"utf-16", {kUtf16, true}, "\xFF\xFE"},
+              {"utf-16be", {kUtf16Swapped, true}, "\xFE\xFF"},
+              {"utf-8-bom", {CP_UTF8, true}, "\xEF\xBB\xBF"},
+              {"utf-8", {CP_UTF8, false}, ""}};
+
+void swap_pairs(std::u16string& text) {
+    for (auto& unit : text) unit = static_cast<char16_t>((unit >> 8U) | (unit << 8U));
+}
+
+DecodedText decoded_utf16(const IniEncoding& encoding, std::string_view bytes) {
+    DecodedText result;
+    result.text.resize(bytes.size() / 2);
+    if (!result.text.empty()) std::memcpy(result.text.data(), bytes.data(), bytes.size() / 2 * 2);
+    if (encoding.page == kUtf16Swapped) swap_pairs(result.text);
+    result.is_valid = bytes.size() % 2 == 0;  // half a unit says nothing
+    return result;
+}
+
+bool is_known(UINT page) {
+    return MultiByteToWideChar(page, 0, "a", 1, nullptr, 0) != 0;
+}
+
+}  // namespace
+
+std::string_view IniEncoding::mark() const {
+    for (const auto& named : kNamed) {
+        if (named.encoding == *this) return named.mark;
+    }
+    return {};
+}
+
+std::string IniEncoding::name() const {
+    for (const auto& named : kNamed) {
+        if (named.encoding == *this) return named.name;
+    }
+    return std::to_string(page);
+}
+
+IniEncoding encoding_named(const std::string& name) {
+    if (name == "ansi") return {GetACP(), false};
+    UINT page = 0;
+    const auto* const end = name.data() + name.size();
+    const auto parsed = std::from_chars(name.data(), end, page);
+    const bool is_number = parsed.ec == std::errc() && parsed.ptr == end;
+    for (const auto& named : kNamed) {
+        const bool is_page = is_number && named.encoding.page == page;
+        if (name == named.name || (is_page && (page != CP_UTF8 || !named.encoding.has_mark))) {
+            return named.encoding;
+        }
+    }
+    if (!is_number || page == CP_ACP || !is_known(page)) {
+        throw Failure{Exit::usage, name + ": no encoding known here"};
+    }
+    return {page, false};
+}
+
+IniEncoding encoding_of(std::string_view bytes) {
+    for (const auto& named : kNamed) {
+        if (!named.mark.empty() && bytes.starts_with(named.mark)) return named.encoding;
+    }
+    return {tvutil2::to_utf16(bytes) ? CP_UTF8 : GetACP(), false};
+}
+
+DecodedText decoded(const IniEncoding& encoding, std::string_view bytes) {
+    if (bytes.empty()) return {};
+    if (encoding.unit() == 2) return decoded_utf16(encoding, bytes);
+    DecodedText result;
+    const auto size = static_cast<int>(bytes.size());
+    const auto convert = [&](DWORD flags) {
+        const int units = MultiByteToWideChar(encoding.page, flags, bytes.data(), size, nullptr, 0);
+        result.text.resize(static_cast<std::size_t>(units));
+        return units != 0 && MultiByteToWideChar(encoding.page, flags, bytes.data(), size,
+                                                 result.text.data(), units) != 0;
+    };
+    result.is_valid = convert(MB_ERR_INVALID_CHARS);
+    if (!result.is_valid) convert(0);
+    return result;
+}
+
+std::string encoded(const IniEncoding& encoding, std::u16string_view text) {
+    if (text.empty()) return {};
+    if (encoding.unit() == 2) {
+        std::u16string units(text);
+        if (encoding.page == kUtf16Swapped) swap_pairs(units);
+        return {reinterpret_cast<const char*>(units.data()), units.size() * sizeof(char16_t)};
+    }
+    const auto units = static_cast<int>(text.size());
+    const int size =
+        WideCharToMultiByte(encoding.page, 0, text.data(), units, nullptr, 0, nullptr, nullptr);
+    std::string bytes(static_cast<std::size_t>(size), '\0');
+    WideCharToMultiByte(encoding.page, 0, text.data(), units, bytes.data(), size, nullptr, nullptr);
+    return bytes;
+}
+
+bool IniLines::is_unit(std::string_view bytes, std::size_t at, char c) const {
+    if (m_encoding.unit() == 1) return bytes[at] == c;
+    const std::size_t low = m_encoding.page == kUtf16 ? 0 : 1;
+    return bytes[at + low] == c && bytes[at + 1 - low] == '\0';
+}
+
+bool IniLines::next() {
+    const auto unit = m_encoding.unit();
+    std::size_t end = 0;
+    while (end + unit <= m_rest.size()) {
+        // By the quickest way to the next byte that may be one.
+        const auto found = m_rest.find('\n', end);
+        if (found == std::string_view::npos) break;
+        end = found / unit * unit;
+        if (end + unit <= m_rest.size() && is_unit(m_rest, end, '\n')) {
+            m_whole = m_rest.substr(0, end + unit);
+            m_rest.remove_prefix(m_whole.size());
+            return true;
+        }
+        end += unit;
+    }
+    m_whole = std::exchange(m_rest, {});
+    return !m_whole.empty();
+}
+
+std::string_view IniLines::content() const {
+    const auto unit = m_encoding.unit();
+    auto line = m_whole;
+    for (const char c : {'\n', '\r'}) {
+        if (line.size() < unit || line.size() % unit != 0) break;
+        if (!is_unit(line, line.size() - unit, c)) break;
+        line.remove_suffix(unit);
+    }
+    return line;
+}
+
+}  // namespace tool

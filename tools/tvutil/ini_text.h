@@ -1,0 +1,65 @@
+// The text of INI files: its encodings, and its lines.
+#pragma once
+
+#include "tvutil2/platform/base/types.h"
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace tool {
+
+/// INI files beyond this are refused: what works on them holds a few times their size in memory.
+inline constexpr std::size_t kLargestIni = std::size_t{64} << 20U;
+
+/// A code page, 1200 and 1201 being UTF-16 and the same with its bytes swapped.
+struct IniEncoding {
+    UINT page = 0;
+    bool has_mark = false;
+
+    bool operator==(const IniEncoding&) const = default;
+    [[nodiscard]] std::string_view mark() const;
+    [[nodiscard]] std::size_t unit() const { return page == 1200 || page == 1201 ? 2 : 1; }
+    /// As encoding_named takes it.
+    [[nodiscard]] std::string name() const;
+};
+
+/// "utf-8", "utf-8-bom", "utf-16", "utf-16be", "ansi" or the number of a code page; Failure{usage}
+/// for others.
+[[nodiscard]] IniEncoding encoding_named(const std::string& name);
+
+/// What the library takes a file for: by its mark, as UTF-8 when it is valid UTF-8, else in the
+/// ANSI code page.
+[[nodiscard]] IniEncoding encoding_of(std::string_view bytes);
+
+/// Text without its mark, and whether every byte of it was valid.
+struct DecodedText {
+    std::u16string text;
+    bool is_valid = true;
+};
+[[nodiscard]] DecodedText decoded(const IniEncoding& encoding, std::string_view bytes);
+
+/// What the page doesn't hold becomes "?", or U+FFFD in UTF-8.
+[[nodiscard]] std::string encoded(const IniEncoding& encoding, std::u16string_view text);
+
+/// Lines of bytes, one after the other.
+class IniLines {
+  public:
+    IniLines(const IniEncoding& encoding, std::string_view bytes)
+        : m_encoding(encoding), m_rest(bytes) {}
+
+    /// Goes to the next line; false behind the last one.
+    bool next();
+    /// The line with its line end, and without.
+    [[nodiscard]] std::string_view whole() const { return m_whole; }
+    [[nodiscard]] std::string_view content() const;
+
+  private:
+    [[nodiscard]] bool is_unit(std::string_view bytes, std::size_t at, char c) const;
+
+    IniEncoding m_encoding;
+    std::string_view m_rest;
+    std::string_view m_whole;
+};
+
+}  // namespace tool
