@@ -1,16 +1,130 @@
 // Conversions in every kind of page: what is asked for is what is written, nothing goes beyond its
-// room, and UTF-8 that is well-formed comes back.
+// room, UTF-8 that is well-formed comes back, and what ICU converts as well becomes the same.
 #include "tvutil2/platform/codepage/codepage.h"
 
+#include <unicode/ucnv.h>
+#include <unicode/ustring.h>
+
+#include <memory>
 #include <vector>
 
 #include "fuzz/fuzz_input.h"
 
 namespace {
 
-constexpr UINT kPages[] = {CP_ACP, CP_UTF8, 437, 932, 936, 949, 950, 1252, 1258, 28591};
+struct Page {
+    UINT number;
+    /// ICU's converter, for pages where the two have the same mappings.
+    const char* icu = nullptr;
+};
+constexpr Page kPages[] = {{CP_ACP},
+                           {CP_UTF8},
+                           {437},
+                           {932},
+                           {936, "windows-936-2000"},
+                           {949, "windows-949-2000"},
+                           {950, "windows-950-2000"},
+                           {1252, "ibm-5348_P100-1997"},
+                           {1258, "ibm-5354_P100-1998"},
+                           {28591, "ISO-8859-1"},
+                           {54936, "gb18030"},
+                           {708},
+                           {20936},
+                           {51932},
+                           {51949}};
 
-void widen(UINT page, DWORD flags, std::string_view bytes, int short_room) {
+// A converter that refuses what it has no exact mapping for.
+class Icu {
+  public:
+    explicit Icu(const char* name) {
+        UErrorCode status = U_ZERO_ERROR;
+        m_converter = ucnv_open(name, &status);
+        ucnv_setToUCallBack(m_converter, UCNV_TO_U_CALLBACK_STOP, nullptr, nullptr, nullptr,
+                            &status);
+        ucnv_setFromUCallBack(m_converter, UCNV_FROM_U_CALLBACK_STOP, nullptr, nullptr, nullptr,
+                              &status);
+        ucnv_setFallback(m_converter, 0);
+        fuzz::require(U_SUCCESS(status));
+    }
+    ~Icu() { ucnv_close(m_converter); }
+    Icu(const Icu&) = delete;
+    Icu& operator=(const Icu&) = delete;
+
+    void hold_against(std::string_view bytes, const std::u16string& units) const {
+        std::u16string out(units.size() + 8, u'\0');
+        UErrorCode status = U_ZERO_ERROR;
+        const auto count =
+            ucnv_toUChars(m_converter, out.data(), static_cast<std::int32_t>(out.size()),
+                          bytes.data(), static_cast<std::int32_t>(bytes.size()), &status);
+        // It refuses more than we do: a control character as a second byte, for one.
+        if (U_FAILURE(status)) return;
+        out.resize(static_cast<std::size_t>(count));
+        fuzz::require(out == units);
+    }
+    void hold_against(const std::u16string& text, const std::string& bytes) const {
+        std::string out(bytes.size() + 8, '\0');
+        UErrorCode status = U_ZERO_ERROR;
+        const auto count =
+            ucnv_fromUChars(m_converter, out.data(), static_cast<std::int32_t>(out.size()),
+                            text.data(), static_cast<std::int32_t>(text.size()), &status);
+        // What we hold, ICU holds.
+        fuzz::require(U_SUCCESS(status));
+        out.resize(static_cast<std::size_t>(count));
+        fuzz::require(out == bytes);
+    }
+
+  private:
+    UConverter* m_converter = nullptr;
+};
+
+const Icu* icu_of(const Page& page) {
+    static std::unique_ptr<Icu> converters[std::size(kPages)];
+    if (page.icu == nullptr) return nullptr;
+    auto& converter = converters[&page - kPages];
+    if (!converter) converter = std::make_unique<Icu>(page.icu);
+    return converter.get();
+}
+
+// Ill-formed text included: one replacement for each maximal subpart.
+void hold_utf8_against_icu(std::string_view bytes) {
+    if (bytes.empty()) return;
+    std::u16string ours(bytes.size(), u'\0');
+    std::u16string theirs(bytes.size() + 1, u'\0');
+    const int count = MultiByteToWideChar(CP_UTF8, 0, bytes.data(), static_cast<int>(bytes.size()),
+                                          ours.data(), static_cast<int>(ours.size()));
+    UErrorCode status = U_ZERO_ERROR;
+    std::int32_t size = 0;
+    std::int32_t replaced = 0;
+    u_strFromUTF8WithSub(theirs.data(), static_cast<std::int32_t>(theirs.size()), &size,
+                         bytes.data(), static_cast<std::int32_t>(bytes.size()), 0xFFFD, &replaced,
+                         &status);
+    ours.resize(static_cast<std::size_t>(count));
+    theirs.resize(static_cast<std::size_t>(size));
+    fuzz::require(U_SUCCESS(status) && ours == theirs);
+    const int strict = MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, bytes.data(),
+                                           static_cast<int>(bytes.size()), nullptr, 0);
+    fuzz::require((strict == 0) == (replaced != 0));
+}
+
+void hold_utf16_against_icu(const std::u16string& text) {
+    if (text.empty()) return;
+    std::string ours(text.size() * 3, '\0');
+    std::string theirs(text.size() * 3 + 1, '\0');
+    const int count =
+        WideCharToMultiByte(CP_UTF8, 0, text.data(), static_cast<int>(text.size()), ours.data(),
+                            static_cast<int>(ours.size()), nullptr, nullptr);
+    UErrorCode status = U_ZERO_ERROR;
+    std::int32_t size = 0;
+    std::int32_t replaced = 0;
+    u_strToUTF8WithSub(theirs.data(), static_cast<std::int32_t>(theirs.size()), &size, text.data(),
+                       static_cast<std::int32_t>(text.size()), 0xFFFD, &replaced, &status);
+    ours.resize(static_cast<std::size_t>(count));
+    theirs.resize(static_cast<std::size_t>(size));
+    fuzz::require(U_SUCCESS(status) && ours == theirs);
+}
+
+void widen(const Page& kind, DWORD flags, std::string_view bytes, int short_room) {
+    const UINT page = kind.number;
     const auto convert = [&](char16_t* out, int room) {
         return MultiByteToWideChar(page, flags, bytes.data(), static_cast<int>(bytes.size()), out,
                                    room);
@@ -20,6 +134,10 @@ void widen(UINT page, DWORD flags, std::string_view bytes, int short_room) {
     // Rooms of exactly their size: the sanitizer sees a unit too many.
     std::vector<char16_t> room(static_cast<std::size_t>(needed));
     fuzz::require(convert(room.data(), needed) == needed);
+    if (const auto* const icu = icu_of(kind);
+        icu != nullptr && (flags & MB_ERR_INVALID_CHARS) != 0) {
+        icu->hold_against(bytes, {room.begin(), room.end()});
+    }
     if (short_room > 0 && short_room < needed) {
         std::vector<char16_t> small(static_cast<std::size_t>(short_room));
         fuzz::require(convert(small.data(), short_room) == 0);
@@ -32,16 +150,21 @@ void widen(UINT page, DWORD flags, std::string_view bytes, int short_room) {
     fuzz::require(back == bytes);
 }
 
-void narrow(UINT page, DWORD flags, const std::u16string& text, int short_room) {
+void narrow(const Page& kind, DWORD flags, const std::u16string& text, int short_room) {
     if (text.empty()) return;
+    const UINT page = kind.number;
+    BOOL used = FALSE;
     const auto convert = [&](char* out, int room) {
         return WideCharToMultiByte(page, flags, text.data(), static_cast<int>(text.size()), out,
-                                   room, nullptr, nullptr);
+                                   room, nullptr, page == CP_UTF8 ? nullptr : &used);
     };
     const int needed = convert(nullptr, 0);
     if (needed == 0) return;
     std::vector<char> room(static_cast<std::size_t>(needed));
     fuzz::require(convert(room.data(), needed) == needed);
+    if (const auto* const icu = icu_of(kind); icu != nullptr && flags == 0 && used == FALSE) {
+        icu->hold_against(text, {room.begin(), room.end()});
+    }
     if (short_room > 0 && short_room < needed) {
         std::vector<char> small(static_cast<std::size_t>(short_room));
         fuzz::require(convert(small.data(), short_room) == 0);
@@ -57,12 +180,17 @@ void narrow(UINT page, DWORD flags, const std::u16string& text, int short_room) 
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     if (size < 3) return 0;
-    const UINT page = kPages[data[0] % std::size(kPages)];
+    const Page& page = kPages[data[0] % std::size(kPages)];
     const bool is_flagged = (data[1] & 1) != 0;
     const int short_room = data[1] >> 1U;
     const std::string_view bytes(reinterpret_cast<const char*>(data + 2), size - 2);
+    const auto text = fuzz::wide_text(data + 2, size - 2);
     widen(page, is_flagged ? MB_ERR_INVALID_CHARS : 0, bytes, short_room);
-    const DWORD compose = is_flagged && page != CP_UTF8 ? WC_COMPOSITECHECK : 0;
-    narrow(page, compose, fuzz::wide_text(data + 2, size - 2), short_room);
+    const bool composes = is_flagged && page.number != CP_UTF8 && page.number != 54936;
+    narrow(page, composes ? WC_COMPOSITECHECK : 0, text, short_room);
+    if (page.number == CP_UTF8) {
+        hold_utf8_against_icu(bytes);
+        hold_utf16_against_icu(text);
+    }
     return 0;
 }

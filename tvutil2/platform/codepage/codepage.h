@@ -1,9 +1,9 @@
 // Code pages, and the conversion of text between them and 16-bit text.
 //
 // A page is named by its number. CP_ACP stands for the installation's ANSI code page, see GetACP.
-// The mappings are ICU's tables of the platform's own pages, without best-fit substitution: what a
-// page doesn't hold becomes the default character, never a look-alike. All functions are safe from
-// any thread.
+// The mappings are the platform's (docs/platform.md has the source of each), without best-fit
+// substitution: what a page doesn't hold becomes the default character, never a look-alike. All
+// functions are safe from any thread.
 #pragma once
 
 #include "tvutil2/platform/base/export.h"
@@ -17,7 +17,7 @@ inline constexpr UINT CP_UTF8 = 65001;
 inline constexpr DWORD MB_PRECOMPOSED = 0x1;
 /// A byte sequence that has no character fails the call.
 inline constexpr DWORD MB_ERR_INVALID_CHARS = 0x8;
-/// UTF-8 only: a surrogate without its other half fails the call.
+/// UTF-8 and 54936 only: a surrogate without its other half fails the call.
 inline constexpr DWORD WC_ERR_INVALID_CHARS = 0x80;
 /// A base character followed by a non-spacing mark goes out as the precomposed character where the
 /// page has one, and as two characters where it hasn't.
@@ -58,8 +58,8 @@ TVUTIL_API BOOL IsDBCSLeadByteEx(UINT page, BYTE byte);
 /// `bytes`.
 ///
 /// A sequence without a character gives the page's replacement (U+FFFD in UTF-8: one for each
-/// maximal ill-formed subsequence, as the Unicode standard recommends; U+30FB in 932; "?"
-/// elsewhere).
+/// maximal ill-formed subsequence, as the Unicode standard recommends; U+30FB in 932 and 51932; "?"
+/// elsewhere). A lead byte takes the byte behind it along, unless that is 0.
 ///
 /// Flags: MB_PRECOMPOSED and MB_ERR_INVALID_CHARS; MB_ERR_INVALID_CHARS alone for 65001 and 54936
 /// by number. CP_ACP takes both whatever page it stands for.

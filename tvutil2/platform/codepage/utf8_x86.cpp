@@ -110,7 +110,8 @@ TARGET __m256i errors_of(__m256i bytes, __m256i previous) {
 TARGET std::size_t units_in(__m256i bytes) {
     const __m256i begins = _mm256_cmpgt_epi8(bytes, all(0xBF));
     const __m256i is_long = _mm256_cmpeq_epi8(_mm256_max_epu8(bytes, all(0xF0)), bytes);
-    return static_cast<std::size_t>(std::popcount(bits(begins)) + std::popcount(bits(is_long)));
+    const int count = std::popcount(bits(begins)) + std::popcount(bits(is_long));
+    return static_cast<std::size_t>(count);
 }
 
 // Takes back the character at the end that has lost its other bytes to what follows.
