@@ -1,0 +1,331 @@
+#include "tvutil2/text/text_file.h"
+
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+
+#include <csignal>
+#include <random>
+
+#include "tests/support/profile.h"
+#include "tests/support/text_file_model.h"
+
+namespace {
+
+using tests::MemoryFile;
+using tests::TextFileModel;
+using Lines = std::vector<std::u16string>;
+using Base = CTextFileBase;
+
+struct Place {
+    std::string host = tests::new_folder() + "/file.txt";
+    std::u16string path = tests::platform_path(host);
+};
+
+Lines lines_of(CTextFileRead& reader) {
+    Lines lines;
+    for (std::u16string line; reader.ReadLine(line);) lines.push_back(line);
+    EXPECT_TRUE(reader.Eof());
+    return lines;
+}
+
+Lines narrow_lines_of(CTextFileRead& reader) {
+    Lines lines;
+    for (std::string line; reader.ReadLine(line);) {
+        lines.emplace_back();
+        for (const char c : line) lines.back() += static_cast<unsigned char>(c);
+    }
+    return lines;
+}
+
+std::string utf16le(std::u16string_view text) {
+    return {reinterpret_cast<const char*>(text.data()), text.size() * 2};
+}
+
+TEST(TextFileRead, FindsEncodingAndLines) {
+    using namespace std::string_literals;
+    const struct {
+        std::string bytes;
+        Base::TEXTENCODING encoding;
+        Lines lines;
+    } kCases[] = {
+        {"", Base::TE_UTF8, {u""}},
+        {"abc", Base::TE_UTF8, {u"abc"}},
+        {"abc\r\n", Base::TE_UTF8, {u"abc", u""}},
+        {"a\rb\nc\r\nd", Base::TE_UTF8, {u"a", u"b", u"c", u"d"}},
+        {"\n\r", Base::TE_UTF8, {u"", u"", u""}},
+        {"\xFF\xFE" + utf16le(u"a\r\n"), Base::TE_UTF16_LE, {u"a", u""}},
+        {"\xFE\xFF\0a\0\r\0\n\x04\x10"s, Base::TE_UTF16_BE, {u"a", u"\u0410"}},
+        {"\xFF\xFE"s, Base::TE_UTF16_LE, {u""}},
+        {"\xFF\xFE"
+         "a\0b"s,
+         Base::TE_UTF16_LE,
+         {u"a"}},
+        {"\xEF\xBB\xBF"
+         "caf\xC3\xA9",
+         Base::TE_UTF8,
+         {u"café"}},
+        {"\xEF\xBB\xBF", Base::TE_UTF8, {u""}},
+        {"caf\xC3\xA9", Base::TE_UTF8, {u"café"}},
+        {"caf\xE9 au lait\r\n", Base::TE_ANSI, {u"café au lait", u""}},
+        {"\xC3", Base::TE_ANSI, {u"Ã"}},
+        {"\xF7\x80\x80\x80", Base::TE_ANSI, {u"÷\u20AC\u20AC\u20AC"}},
+        {"\xF6\x80\x80\x80", Base::TE_UTF8, {u"\uFFFD\uFFFD\uFFFD\uFFFD"}},
+        {"\xC3\xA9 \xE9\xE2", Base::TE_UTF8, {u"é "}},
+        {"\xF0\x9F\x98\x80", Base::TE_UTF8, {u"\uFFFD\uFFFD\uFFFD\uFFFD"}},
+        // An overlong line end ends a line, and a continuation byte may be anything.
+        {"\xC3\xA9\xC0\x8D\xC0\x8Ax\xC3\nz", Base::TE_UTF8, {u"é", u"x\u00CAz"}},
+        {"a\0b\nc"s, Base::TE_UTF8, {u"a", u"c"}},
+    };
+    for (const auto& test : kCases) {
+        MemoryFile file(test.bytes);
+        CTextFileRead reader(&file);
+        reader.SetCodePage(1252);
+        EXPECT_EQ(reader.GetEncoding(), test.encoding) << test.bytes;
+        EXPECT_EQ(lines_of(reader), test.lines) << test.bytes;
+        EXPECT_FALSE(reader.IsDataLost());
+    }
+}
+
+TEST(TextFileRead, IsTheSameAsAUnitAtATime) {
+    std::mt19937 random(1);
+    const std::string kinds[] = {"ab\r\n", std::string("ab\n\0", 4), "a\r\n\xC3\xA9\xE2\x82\xAC",
+                                 "abcdefgh\xE9\n"};
+    for (const auto* mark : {"", "\xFF\xFE", "\xFE\xFF", "\xEF\xBB\xBF", "\xC3\xA9"}) {
+        for (int run = 0; run < 200; ++run) {
+            const auto& letters = kinds[random() % 4];
+            const unsigned int line_ends = run % 3 == 0 ? 1 : 400;
+            std::string bytes = mark;
+            for (auto size = random() % 6000; size != 0; --size) {
+                const char c = letters[random() % letters.size()];
+                const bool is_end = c == '\r' || c == '\n' || c == '\0';
+                bytes += is_end && random() % line_ends != 0 ? 'x' : c;
+            }
+            const auto expected = TextFileModel(bytes).read();
+            MemoryFile file(bytes);
+            CTextFileRead reader(&file);
+            ASSERT_EQ(reader.GetEncoding(), expected.encoding);
+            if (expected.encoding == Base::TE_ANSI) {
+                ASSERT_EQ(narrow_lines_of(reader), expected.lines);
+            } else {
+                ASSERT_EQ(lines_of(reader), expected.lines);
+            }
+        }
+    }
+}
+
+TEST(TextFileRead, LastPieceOfALongLineEndsAtItsZero) {
+    for (const std::size_t size : {1022U, 1023U, 1024U, 2046U, 2047U, 5000U}) {
+        std::string line(size, 'x');
+        line[size / 2] = '\0';
+        line[size - 1] = '\0';
+        MemoryFile file(line + "\nend");
+        CTextFileRead reader(&file);
+        EXPECT_EQ(lines_of(reader), TextFileModel(file.bytes).read().lines) << size;
+    }
+}
+
+TEST(TextFileRead, RestComesJoined) {
+    for (const auto& [bytes, joined] :
+         {std::pair{"a\r\nb", "a\nb"}, {"a\r\nb\r\n", "a\nb\n"}, {"", ""}, {"\n\n", "\n\n"}}) {
+        MemoryFile file{bytes};
+        CTextFileRead reader(&file);
+        std::string narrow = "before";
+        EXPECT_TRUE(reader.Read(narrow, "\n"));
+        EXPECT_EQ(narrow, joined);
+        EXPECT_TRUE(reader.Read(narrow, "\n"));
+        EXPECT_EQ(narrow, "");
+
+        file.place = 0;
+        CTextFileRead again(&file);
+        CString wide;
+        EXPECT_TRUE(again.Read(wide, CString(u"\n")));
+        EXPECT_EQ(wide, CString(joined));
+    }
+}
+
+TEST(TextFileRead, NarrowTextOfAWideFileTellsWhatIsLost) {
+    MemoryFile file("\xFF\xFE" + utf16le(u"caf\u00E9\n\u0416x\n\u00E9"));
+    CTextFileRead reader(&file);
+    reader.SetCodePage(1252);
+    reader.SetUnknownChar('#');
+    std::string line;
+    EXPECT_TRUE(reader.ReadLine(line));
+    EXPECT_EQ(line, "caf\xE9");
+    EXPECT_FALSE(reader.IsDataLost());
+    EXPECT_TRUE(reader.ReadLine(line));
+    EXPECT_EQ(line, "#x");
+    EXPECT_TRUE(reader.ReadLine(line));
+    EXPECT_TRUE(reader.IsDataLost());
+    reader.ResetDataLostFlag();
+    EXPECT_FALSE(reader.IsDataLost());
+}
+
+TEST(TextFileRead, WithoutAFileIsAtItsEnd) {
+    const Place place;
+    const auto folder = tests::platform_path(tests::new_folder());
+    CTextFileRead missing(place.path.c_str());
+    CTextFileRead is_folder(folder.c_str());
+    CTextFileRead none(static_cast<CFile*>(nullptr));
+    tests::write_file(place.host, "a\nb");
+    CTextFileRead closed(place.path.c_str());
+    EXPECT_TRUE(closed.IsOpen());
+    closed.Close();
+    for (auto* reader : {&missing, &is_folder, &none, &closed}) {
+        std::string text = "kept";
+        EXPECT_FALSE(reader->IsOpen());
+        EXPECT_TRUE(reader->Eof());
+        EXPECT_FALSE(reader->ReadLine(text));
+        EXPECT_FALSE(reader->Read(text, ""));
+        EXPECT_EQ(text, "kept");
+    }
+}
+
+TEST(TextFileWrite, IsTheSameAsAUnitAtATime) {
+    std::mt19937 random(2);
+    for (const auto encoding : {Base::TE_UTF16_BE, Base::TE_UTF16_LE, Base::TE_UTF8}) {
+        for (int run = 0; run < 50; ++run) {
+            MemoryFile file;
+            std::u16string all;
+            CTextFileWrite writer(&file, encoding);
+            for (auto parts = random() % 20; parts != 0; --parts) {
+                std::u16string text(random() % 900, u'x');
+                for (auto& unit : text) {
+                    const auto kind = random() % 8;
+                    unit = static_cast<char16_t>(1 + random() % (kind > 2    ? 0x7F
+                                                                 : kind == 2 ? 0x7FF
+                                                                             : 0xFFFE));
+                }
+                writer << text;
+                writer.WriteEndl();
+                all += text + u"\r\n";
+            }
+            writer.Close();
+            EXPECT_NE(file.m_hFile, CFile::hFileNull);
+            ASSERT_EQ(file.bytes, TextFileModel::written(all, encoding));
+            for (std::size_t i = 0; i + 1 < file.writes.size(); ++i) {
+                ASSERT_EQ(file.writes[i], 1024U);
+            }
+        }
+    }
+}
+
+TEST(TextFileWrite, AnsiKeepsBytesAndTellsWhatIsLost) {
+    const Place place;
+    CTextFileWrite writer(place.path.c_str(), Base::TE_ANSI);
+    writer.SetCodePage(1252);
+    writer << "raw \xE9\x81 " << 'c' << u'w' << u"\u20AC" << std::string("s\0t", 3);
+    EXPECT_FALSE(writer.IsDataLost());
+    writer.SetUnknownChar('#');
+    writer.Write(u"[\u0416]");
+    EXPECT_TRUE(writer.IsDataLost());
+    writer.WriteEndl();
+    writer.Write(u"" + std::u16string(5000, u'y'));
+    writer.Close();
+    writer.Write("nothing");
+    EXPECT_FALSE(writer.IsOpen());
+    EXPECT_EQ(tests::read_file(place.host), "raw \xE9\x81 cw\x80s[#]\r\n" + std::string(5000, 'y'));
+}
+
+TEST(TextFileWrite, NarrowTextIsWidenedWithTheCodePage) {
+    MemoryFile file;
+    CTextFileWrite writer(&file, Base::TE_UTF8);
+    writer.SetCodePage(1252);
+    writer << "\x80\xE9";
+    writer.Close();
+    EXPECT_EQ(file.bytes, "\xEF\xBB\xBF\xE2\x82\xAC\xC3\xA9");
+}
+
+TEST(TextFileWrite, FailuresPassThroughButNotOutOfDestructors) {
+    MemoryFile file;
+    file.room = 1024;
+    {
+        CTextFileWrite writer(&file, Base::TE_ANSI);
+        writer.Write(std::string(2048, 'x'));
+        EXPECT_THROW(writer.Write("y"), CFileException);
+        writer.Write(std::string(100, 'z'));
+    }
+    EXPECT_EQ(file.bytes, std::string(1024, 'x'));
+
+    const Place place;
+    CTextFileWrite writer(place.path.c_str(), Base::TE_UTF8);
+    writer.Write(std::u16string(900, u'x'));
+    rlimit before{};
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
+    const rlimit full{100, before.rlim_max};
+    std::signal(SIGXFSZ, SIG_IGN);
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &full), 0);
+    EXPECT_THROW(writer.Close(), CFileException);
+    EXPECT_EQ(setrlimit(RLIMIT_FSIZE, &before), 0);
+    EXPECT_FALSE(writer.IsOpen());
+    writer.Write(std::string(5000, 'x'));
+    EXPECT_EQ(tests::read_file(place.host).size(), 100U);
+
+    const auto folder = tests::platform_path(tests::new_folder());
+    CTextFileWrite refused(folder.c_str(), Base::TE_UTF16_LE);
+    EXPECT_FALSE(refused.IsOpen());
+    refused.Write(std::string(5000, 'x'));
+    refused.WriteEndl();
+}
+
+TEST(TextFile, CopiesShareTheFileAndOneOfThemClosesIt) {
+    const Place place;
+    {
+        CTextFileWrite first(place.path.c_str(), Base::TE_ANSI);
+        first << "once";
+        CTextFileWrite second(first);
+        CTextFileWrite third(static_cast<CFile*>(nullptr), Base::TE_UTF8);
+        third = first;
+        third = second;
+        CTextFileWrite moved(std::move(third));
+        first.Close();
+        EXPECT_FALSE(second.IsOpen());
+        EXPECT_FALSE(moved.IsOpen());
+        second << "twice";
+        CTextFileWrite other((place.path + u"2").c_str(), Base::TE_ANSI);
+        other << "other";
+        other = second;
+        EXPECT_EQ(tests::read_file(place.host + "2"), "other");
+        second = std::move(moved);
+    }
+    EXPECT_EQ(tests::read_file(place.host), "once");
+
+    tests::write_file(place.host, "a\nb\nc");
+    CTextFileRead reader(place.path.c_str());
+    std::string line;
+    reader.ReadLine(line);
+    CTextFileRead copy(reader);
+    for (const auto* expected : {"b", "c"}) {
+        EXPECT_TRUE(copy.ReadLine(line));
+        EXPECT_EQ(line, expected);
+    }
+    CTextFileRead moved(std::move(copy));
+    EXPECT_TRUE(copy.Eof());
+    EXPECT_TRUE(moved.IsOpen());
+}
+
+TEST(TextFile, Utf8ByNumberIsRefusedWithADefault) {
+    std::string text = "before";
+    bool lost = false;
+    Base::ConvertWcharToString(u"é", text, 65001, nullptr, 0);
+    EXPECT_EQ(text, "\xC3\xA9");
+    Base::ConvertWcharToString(u"é", text, 65001, &lost, 0);
+    EXPECT_EQ(text, "");
+    text = "before";
+    Base::ConvertWcharToString(u"é", text, 65001, nullptr, '#');
+    EXPECT_EQ(text, "");
+    Base::ConvertWcharToString(u"é", text, 0, &lost, '#');
+    EXPECT_EQ(text, "\xC3\xA9");
+    EXPECT_FALSE(lost);
+    Base::ConvertWcharToString(std::u16string(3000, u'Ж').c_str(), text, 1251, &lost, '#');
+    EXPECT_EQ(text, std::string(3000, '\xC6'));
+    lost = true;
+    Base::ConvertWcharToString(u"plain", text, 1252, &lost, 0);
+    EXPECT_TRUE(lost);
+    std::u16string wide = u"before";
+    Base::ConvertCharToWstring("x", wide, 4);
+    EXPECT_EQ(wide, u"");
+    Base::ConvertCharToWstring(std::string(3000, '\xC6').c_str(), wide, 1251);
+    EXPECT_EQ(wide, std::u16string(3000, u'Ж'));
+}
+
+}  // namespace
