@@ -1,6 +1,6 @@
 #include "tvutil2/platform/codepage/four_byte_area.h"
 
-#include <algorithm>
+#include <bit>
 #include <cstddef>
 
 namespace tvutil2::codepage {
@@ -8,6 +8,14 @@ namespace {
 
 // 0x90308130, the sequence of U+10000, as a number.
 constexpr std::uint32_t kFirstSupplementary = 189000;
+
+// The units without a shorter sequence.
+constexpr std::size_t kUnits = 39420;
+
+// The edition of 2000 gave U+1E3F four bytes and a private character the two bytes that are meant
+// for it. The one of 2005 exchanged the two and moved nothing else.
+constexpr std::uint32_t kMoved = 0x1E3F;
+constexpr std::uint32_t kExchanged = 0xE7C7;
 
 constexpr bool is_in(BYTE byte, BYTE first, BYTE last) {
     return byte >= first && byte <= last;
@@ -25,22 +33,15 @@ static_assert(sequence_of(kFirstSupplementary) == 0x90308130);
 
 }  // namespace
 
-FourByteArea::FourByteArea(const std::vector<std::uint8_t>& has_shorter)
-    : m_number_of(0x10000, kNoNumber) {
-    // The edition of 2000 gave U+1E3F four bytes and a private character the two bytes that are
-    // meant for it. The one of 2005 exchanged the two and moved nothing else.
-    constexpr char16_t kMoved = 0x1E3F;
-    constexpr char16_t kExchanged = 0xE7C7;
-    m_units.reserve(0x10000);
+FourByteArea::FourByteArea(const std::uint16_t* shorter) {
+    m_units.reserve(kUnits);
     for (std::uint32_t unit = 0x80; unit < 0x10000; ++unit) {
+        if (unit % 64 == 0) m_before[unit / 64] = static_cast<std::uint16_t>(m_units.size());
         const bool is_surrogate = unit >= 0xD800 && unit <= 0xDFFF;
-        const bool is_here = unit == kMoved || has_shorter[unit] == 0;
+        const bool is_here = unit == kMoved || shorter[unit] == 0;
         if (is_surrogate || !is_here || unit == kExchanged) continue;
+        m_is_here[unit / 64] |= std::uint64_t{1} << unit % 64;
         m_units.push_back(static_cast<char16_t>(unit == kMoved ? kExchanged : unit));
-    }
-    m_units.shrink_to_fit();
-    for (std::size_t i = 0; i < m_units.size(); ++i) {
-        m_number_of[m_units[i]] = static_cast<std::uint16_t>(i);
     }
 }
 
@@ -58,8 +59,13 @@ char32_t FourByteArea::character_of(BYTE first, BYTE second, BYTE third, BYTE fo
 
 std::uint32_t FourByteArea::bytes_of(char32_t character) const {
     if (character < 0x10000) {
-        const auto number = m_number_of[character];
-        return number == kNoNumber ? 0 : sequence_of(number);
+        if (character == kMoved) return 0;
+        const std::uint32_t unit = character == kExchanged ? kMoved : character;
+        const std::uint64_t bit = std::uint64_t{1} << unit % 64;
+        const std::uint64_t here = m_is_here[unit / 64];
+        if ((here & bit) == 0) return 0;
+        return sequence_of(m_before[unit / 64] +
+                           static_cast<std::uint32_t>(std::popcount(here & (bit - 1))));
     }
     return character < 0x110000 ? sequence_of(kFirstSupplementary + (character - 0x10000)) : 0;
 }

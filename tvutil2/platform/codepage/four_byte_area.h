@@ -18,8 +18,8 @@ class FourByteArea {
   public:
     static constexpr char32_t kNoCharacter = 0xFFFFFFFF;
 
-    /// `has_shorter` holds 1 for each unit that has one or two bytes, 0 for the others.
-    explicit FourByteArea(const std::vector<std::uint8_t>& has_shorter);
+    /// `shorter` has, for each of the 65,536 units, its one or two bytes, or 0.
+    explicit FourByteArea(const std::uint16_t* shorter);
 
     /// Whether these bytes begin a sequence of four.
     [[nodiscard]] static constexpr bool is_begun_by(BYTE first, BYTE second) {
@@ -35,11 +35,10 @@ class FourByteArea {
     [[nodiscard]] std::uint32_t bytes_of(char32_t character) const;
 
   private:
-    static constexpr std::uint16_t kNoNumber = 0xFFFF;
-
     std::vector<char16_t> m_units;
-    /// The number of each unit of the BMP, from 0 to m_units.size() - 1, or kNoNumber.
-    std::vector<std::uint16_t> m_number_of;
+    /// The units that are here, a bit each, and how many there are before each 64 of them.
+    std::array<std::uint64_t, 1024> m_is_here{};
+    std::array<std::uint16_t, 1024> m_before{};
 };
 
 }  // namespace tvutil2::codepage

@@ -255,11 +255,7 @@ void PageBuilder::add_differences() {
 }
 
 void PageBuilder::add_four_bytes() {
-    std::vector<std::uint8_t> has_shorter(0x10000, 0);
-    for (unsigned int unit = 0; unit < 0x10000; ++unit) {
-        has_shorter[unit] = m_table->bytes_of(static_cast<char16_t>(unit)) != 0 ? 1 : 0;
-    }
-    m_table->m_four_bytes = std::make_unique<FourByteArea>(has_shorter);
+    m_table->m_four_bytes = std::make_unique<FourByteArea>(m_table->bytes());
 }
 
 // The way back of a unit, to be written.

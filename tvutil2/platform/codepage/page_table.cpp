@@ -3,6 +3,7 @@
 #include "tvutil2/platform/codepage/page_builder.h"
 
 #include <mutex>
+#include <new>
 
 namespace tvutil2::codepage {
 
@@ -14,7 +15,9 @@ PageTable::PageTable(const CatalogueRow& row)
       m_replacement(row.replacement),
       m_leads{row.leads[0], row.leads[1]},
       m_units(256, kNoUnit),
-      m_bytes(0x10000, kNoBytes) {}
+      m_bytes(static_cast<std::uint16_t*>(std::calloc(0x10000, sizeof(std::uint16_t)))) {
+    if (!m_bytes) throw std::bad_alloc();
+}
 
 const PageTable* PageTable::built(UINT number) {
     static std::recursive_mutex building;  // one page may be made of another

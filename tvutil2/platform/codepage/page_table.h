@@ -10,6 +10,7 @@
 #include <array>
 #include <atomic>
 #include <cstdint>
+#include <cstdlib>
 #include <memory>
 #include <vector>
 
@@ -54,7 +55,7 @@ class PageTable {
     [[nodiscard]] std::uint16_t bytes_of(char16_t unit) const { return m_bytes[unit]; }
     /// bytes_of as a table of 65,536, for inner loops, whose writes would make them look the
     /// table's members up again and again.
-    [[nodiscard]] const std::uint16_t* bytes() const { return m_bytes.data(); }
+    [[nodiscard]] const std::uint16_t* bytes() const { return m_bytes.get(); }
     /// unit_of in the same way: the units of single bytes, and behind them a row of 256 for each
     /// lead byte; and the number of a lead byte's row, 0 for other bytes.
     [[nodiscard]] const char16_t* rows() const { return m_units.data(); }
@@ -77,7 +78,11 @@ class PageTable {
     std::vector<char16_t> m_units;
     std::array<char16_t, 256> m_lenient{};
     std::array<std::uint8_t, 256> m_row_of_lead{};
-    std::vector<std::uint16_t> m_bytes;
+    struct Release {
+        void operator()(std::uint16_t* table) const { std::free(table); }
+    };
+    /// Memory that comes as zeros: what a page never writes to costs nothing.
+    std::unique_ptr<std::uint16_t[], Release> m_bytes;
     std::unique_ptr<const FourByteArea> m_four_bytes;
 };
 
