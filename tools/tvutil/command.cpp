@@ -186,9 +186,7 @@ std::string read_input(const std::string& file, std::size_t limit) {
     return content;
 }
 
-}  // namespace tool
-
-int main(int argc, char** argv) {
+int run(int argc, char** argv) {
     CLI::App app("tvutil: what the tvutil2 library can do, from a shell.", "tvutil");
     app.require_subcommand(1);
     app.set_version_flag("--version", "tvutil2 8.0.0");
@@ -196,20 +194,31 @@ int main(int argc, char** argv) {
         "Exit codes: 0 done; 1 the answer is no (not there, doesn't match); 2 wrong command line;\n"
         "3 malformed or refused input; 4 the system couldn't do it; 5 text is lost, or would be.\n"
         "TVUTIL_PROFILE=DIR keeps all that the library stores below DIR.");
-    for (const auto& add : tool::commands()) add(app);
+    for (const auto& add : commands()) add(app);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? 0 : static_cast<int>(tool::Exit::usage);
-    } catch (const tool::Failure& failure) {
-        std::cout.flush();
-        std::cerr << "tvutil: " << failure.message << '\n';
-        return static_cast<int>(failure.code);
+        return app.exit(error) == 0 ? 0 : static_cast<int>(Exit::usage);
     }
     std::cout.flush();
-    if (!std::cout) {
-        std::cerr << "tvutil: standard output can't be written\n";
-        return static_cast<int>(tool::Exit::failed);
+    if (!std::cout) throw Failure{Exit::failed, "standard output can't be written"};
+    return static_cast<int>(g_exit);
+}
+
+int report(Exit code, const char* message) noexcept {
+    std::fflush(stdout);
+    std::fprintf(stderr, "tvutil: %s\n", message);
+    return static_cast<int>(code);
+}
+
+}  // namespace tool
+
+int main(int argc, char** argv) {
+    try {
+        return tool::run(argc, argv);
+    } catch (const tool::Failure& failure) {
+        return tool::report(failure.code, failure.message.c_str());
+    } catch (const std::exception& error) {
+        return tool::report(tool::Exit::failed, error.what());
     }
-    return static_cast<int>(tool::g_exit);
 }

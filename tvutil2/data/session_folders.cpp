@@ -203,7 +203,7 @@ CString AfxGetOmbrSessionPath() {
     return chosen.IsEmpty() ? AfxGetOmbrDefaultSessionPath() : chosen;
 }
 
-CString AfxGetOmbrAddonSessionPath(CString name) {
+CString AfxGetOmbrAddonSessionPath(const CString& name) {
     return AfxGetOmbrSessionPath() + u'\\' + name;
 }
 
@@ -213,6 +213,6 @@ CString AfxGetOmbrAddonCommonPath() {
     return path;
 }
 
-CString AfxGetOmbrAddonConfigPath(CString name) {
+CString AfxGetOmbrAddonConfigPath(const CString& name) {
     return AfxGetOmbrAddonCommonPath() + u'\\' + name;
 }

@@ -52,7 +52,7 @@ TVUTIL_API CString AfxGetOmbrDefaultCommonPath();
 TVUTIL_API CString AfxGetOmbrSessionPath();
 
 /// Folders of an add-on: its sessions in the suite's root, and its configuration. Not made here.
-TVUTIL_API CString AfxGetOmbrAddonSessionPath(CString name);
-TVUTIL_API CString AfxGetOmbrAddonConfigPath(CString name);
+TVUTIL_API CString AfxGetOmbrAddonSessionPath(const CString& name);
+TVUTIL_API CString AfxGetOmbrAddonConfigPath(const CString& name);
 /// "Ombrelia\addons" below the user data folder, made if it is missing.
 TVUTIL_API CString AfxGetOmbrAddonCommonPath();

@@ -183,7 +183,7 @@ int TvGetUserDataPath(char16_t* out) {
 const char16_t* GetUserDataFolderPath(int refresh) {
     return g_user_data.get(refresh != 0, [] {
         PathBuffer path;
-        const CString folder =
+        CString folder =
             TvGetUserDataPath(path.data()) != 0 ? CString(path.data()) : fallback_folder();
         EnsureFolderExistRecursive(folder);
         return folder;

@@ -88,7 +88,8 @@ DWORD GetPrivateProfileStringW(const char16_t* section, const char16_t* key,
 UINT GetPrivateProfileIntW(const char16_t* section, const char16_t* key, int fallback,
                            const char16_t* path) {
     using namespace tvutil2;
-    const auto text = section != nullptr && key != nullptr ? open_text(path) : nullptr;
+    if (section == nullptr || key == nullptr) return static_cast<UINT>(fallback);
+    const auto text = open_text(path);
     const auto* const found = text != nullptr ? text->find(section) : nullptr;
     const auto* const entry = found != nullptr ? ProfileText::find(*found, key) : nullptr;
     if (entry == nullptr) return static_cast<UINT>(fallback);
@@ -112,7 +113,7 @@ DWORD GetPrivateProfileSectionW(const char16_t* section, char16_t* buffer, DWORD
                                 const char16_t* path) {
     using namespace tvutil2;
     const auto text = section != nullptr ? open_text(path) : nullptr;
-    const auto* const found = text != nullptr ? text->find(section) : nullptr;
+    const auto* const found = text == nullptr || section == nullptr ? nullptr : text->find(section);
     std::u16string list;
     if (found != nullptr) {
         for (const auto& entry : found->entries) {

@@ -46,7 +46,7 @@ LONG give_data(DWORD type, std::string_view data, BYTE* out, DWORD* size) {
     if (room < data.size()) return kMoreData;
     if (!data.empty()) std::memcpy(out, data.data(), data.size());
     const auto left = std::min<std::size_t>(room - data.size(), sizeof(char16_t));
-    const bool is_ended = data.ends_with(std::string_view("\0", 2)) && data.size() % 2 == 0;
+    const bool is_ended = data.ends_with(std::string_view("\0\0", 2)) && data.size() % 2 == 0;
     if (is_text(type) && left == sizeof(char16_t) && !is_ended) {
         std::memset(out + data.size(), 0, sizeof(char16_t));
     }
