@@ -15,6 +15,7 @@
 #include <array>
 #include <bit>
 #include <cstdint>
+#include <cstring>
 
 #define TARGET __attribute__((target("avx2,bmi,popcnt")))
 
@@ -436,10 +437,10 @@ bool put_pairs(const char16_t*& from, const char16_t* end, char*& to) {
                 (c & 0xFC00U) == 0xD800 && from + 1 < end && (from[1] & 0xFC00U) == 0xDC00;
             if (!is_pair) return false;
             c = 0x10000 + ((c & 0x3FFU) << 10U) + (from[1] & 0x3FFU);
-            *to++ = static_cast<char>(0xF0U | c >> 18U);
-            *to++ = tail(c, 12);
-            *to++ = tail(c, 6);
-            *to++ = tail(c, 0);
+            const std::uint32_t bytes = 0x808080F0U | c >> 18U | (c >> 12U & 0x3FU) << 8U |
+                                        (c >> 6U & 0x3FU) << 16U | (c & 0x3FU) << 24U;
+            std::memcpy(to, &bytes, sizeof bytes);
+            to += sizeof bytes;
             from += 2;
             continue;
         }
