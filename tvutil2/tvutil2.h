@@ -30,6 +30,8 @@
 #include "tvutil2/settings/option_file.h"
 #include "tvutil2/settings/option_storage.h"
 #include "tvutil2/settings/registry.h"
+#include "tvutil2/text/charset.h"
+#include "tvutil2/text/code_page.h"
 #include "tvutil2/text/text_file.h"
 #include "tvutil2/url/string_protection.h"
 #include "tvutil2/url/url_info.h"

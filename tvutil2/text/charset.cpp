@@ -1,0 +1,191 @@
+#include "tvutil2/text/charset.h"
+
+#include "tvutil2/frame/buffer.h"
+#include "tvutil2/platform/base/wide_text.h"
+#include "tvutil2/platform/codepage/codepage.h"
+#include "tvutil2/platform/codepage/page_table.h"
+#include "tvutil2/platform/codepage/utf8_coding.h"
+#include "tvutil2/text/code_page.h"
+#include "tvutil2/text/euc_jp.h"
+
+#include <algorithm>
+#include <limits>
+#include <new>
+#include <string_view>
+
+namespace cp = tvutil2::codepage;
+
+namespace {
+
+constexpr unsigned int kEucJp = 51932;
+constexpr unsigned int kShiftJis = 932;
+constexpr unsigned int kGb18030 = 54936;
+
+DWORD encode_flags(unsigned int page) {
+    return page == kGb18030 ? 0 : WC_COMPOSITECHECK;
+}
+
+std::u16string_view whole(const char16_t* text) {
+    return {text, static_cast<std::size_t>(lstrlenW(text))};
+}
+
+unsigned char* space(CBuffer& out, std::size_t size) {
+    if (size > std::numeric_limits<unsigned int>::max()) throw std::bad_alloc();
+    return out.AppendSpace(static_cast<unsigned int>(size));
+}
+
+// The size asked first, so that the buffer grows once.
+template <class Encode>
+void append_sized(CBuffer& out, Encode encode) {
+    cp::Counter<char> counter;
+    encode(counter);
+    if (counter.count() == 0) return;
+    auto* const bytes = reinterpret_cast<char*>(space(out, counter.count()));
+    cp::Writer<char> writer(bytes, counter.count());
+    encode(writer);
+}
+
+template <class Sink>
+cp::Outcome put_question_mark(Sink& out) {
+    return out.put('?') ? cp::Outcome::done : cp::Outcome::no_room;
+}
+
+// Surrogates stand in runs of their own here, so that none of them meets its other half.
+template <class Sink>
+void put_halves(std::u16string_view text, Sink& out) {
+    const auto is_half = [](char16_t unit) { return cp::is_surrogate(unit); };
+    while (!text.empty()) {
+        const auto* const half = std::find_if(text.begin(), text.end(), is_half);
+        const auto plain = static_cast<std::size_t>(half - text.begin());
+        cp::to_utf8(text.substr(0, plain), out, put_question_mark<Sink>);
+        text.remove_prefix(plain);
+        for (; !text.empty() && is_half(text[0]); text.remove_prefix(1)) {
+            cp::put_utf8(text[0], out);
+        }
+    }
+}
+
+// The bytes of a unit in EUC-JP into `out`, which has room for two.
+unsigned int put_euc_jp(const cp::PageTable& shift_jis, char16_t unit, unsigned char* out) {
+    out[0] = static_cast<unsigned char>(unit);
+    if (unit < 0x80) return 1;
+    const auto bytes = shift_jis.bytes_of(unit);
+    out[0] = bytes == cp::PageTable::kNoBytes ? '?' : static_cast<unsigned char>(bytes);
+    if (bytes <= 0xFF) return tvutil2::to_euc_jp(out, 1);
+    out[0] = static_cast<unsigned char>(bytes >> 8U);
+    out[1] = static_cast<unsigned char>(bytes);
+    return tvutil2::to_euc_jp(out, 2);
+}
+
+void append_euc_jp(std::u16string_view text, CBuffer& out) {
+    const auto* const shift_jis = cp::PageTable::of(kShiftJis);
+    if (shift_jis == nullptr) return;
+    constexpr std::size_t kPiece = 4096;
+    for (; !text.empty(); text.remove_prefix(std::min(text.size(), kPiece))) {
+        const auto piece = text.substr(0, kPiece);
+        auto* const bytes = space(out, piece.size() * 2);
+        std::size_t size = 0;
+        for (const auto unit : piece) size += put_euc_jp(*shift_jis, unit, bytes + size);
+        out.ConsumeEnd(static_cast<unsigned int>(piece.size() * 2 - size));
+    }
+}
+
+int append_page(unsigned int page, std::u16string_view text, CBuffer& out) {
+    const auto flags = encode_flags(page);
+    const auto length = static_cast<int>(text.size());
+    const int size =
+        WideCharToMultiByte(page, flags, text.data(), length, nullptr, 0, nullptr, nullptr);
+    if (size <= 0) return 0;
+    auto* const bytes = reinterpret_cast<char*>(space(out, static_cast<std::size_t>(size)));
+    return WideCharToMultiByte(page, flags, text.data(), length, bytes, size, nullptr, nullptr);
+}
+
+void to_bytes(UINT page, const char16_t* text, CStringA& out) {
+    const auto units = whole(text);
+    const auto length = static_cast<int>(units.size());
+    const int size = length == 0 ? 0
+                                 : WideCharToMultiByte(page, 0, units.data(), length, nullptr, 0,
+                                                       nullptr, nullptr);
+    if (size <= 0) {
+        out.Empty();
+        return;
+    }
+    WideCharToMultiByte(page, 0, units.data(), length, out.GetBuffer(size), size, nullptr, nullptr);
+    out.ReleaseBuffer(size);
+}
+
+}  // namespace
+
+int CCharSetConverter::SetCodepage(unsigned int page) {
+    codePage = page == 0xFFFFFFFF ? CCodePage::GetDefault() : page;
+    return 1;
+}
+
+int CCharSetBaseEncoder::Encode(char16_t ch, unsigned char* out) const {
+    if (codePage == CP_UTF8) {
+        cp::Writer<char> writer(reinterpret_cast<char*>(out), 3);
+        cp::put_utf8(ch, writer);
+        return static_cast<int>(writer.count());
+    }
+    if (ch < 0x80) {
+        out[0] = static_cast<unsigned char>(ch);
+        return 1;
+    }
+    if (codePage == kEucJp) {
+        const auto* const shift_jis = cp::PageTable::of(kShiftJis);
+        return shift_jis == nullptr ? 0 : static_cast<int>(put_euc_jp(*shift_jis, ch, out));
+    }
+    return WideCharToMultiByte(codePage, encode_flags(codePage), &ch, 1,
+                               reinterpret_cast<char*>(out), 6, nullptr, nullptr);
+}
+
+int CCharSetBaseEncoder::Encode(const char16_t* text, CBuffer& out) const {
+    const auto units = whole(text);
+    if (units.empty()) return 0;
+    if (codePage == CP_UTF8) {
+        append_sized(out, [units](auto& sink) { put_halves(units, sink); });
+        return 1;
+    }
+    if (codePage == kEucJp) {
+        append_euc_jp(units, out);
+        return 1;
+    }
+    return append_page(codePage, units, out);
+}
+
+int CCharSetEncoder::Encode(const char16_t* text, CBuffer& out) const {
+    if (codePage != CP_UTF8) return CCharSetBaseEncoder::Encode(text, out);
+    const auto units = whole(text);
+    append_sized(out, [units](auto& sink) {
+        cp::to_utf8(units, sink, put_question_mark<std::remove_reference_t<decltype(sink)>>);
+    });
+    return static_cast<int>(out.Len());
+}
+
+unsigned int _ucs4_to_utf16(unsigned int code, char16_t* out) {
+    constexpr unsigned int kMiddleDot = 0xB7;
+    cp::Writer<char16_t> writer(out, 2);
+    cp::put_utf16(code > 0x10FFFF ? kMiddleDot : code, writer);
+    return static_cast<unsigned int>(writer.count());
+}
+
+void Utf16ToUtf8(const char16_t* text, CStringA& out) {
+    to_bytes(CP_UTF8, text, out);
+}
+
+void Utf16ToAnsi(const char16_t* text, CStringA& out) {
+    to_bytes(CP_ACP, text, out);
+}
+
+void Utf8ToUtf16(const char* text, CString& out) {
+    const std::string_view bytes = text == nullptr ? "" : text;
+    const auto length = static_cast<int>(bytes.size());
+    const int size =
+        length == 0 ? 0 : MultiByteToWideChar(CP_UTF8, 0, bytes.data(), length, nullptr, 0);
+    if (size <= 0) {
+        out.Empty();
+        return;
+    }
+    MultiByteToWideChar(CP_UTF8, 0, bytes.data(), length, out.GetBuffer(size), size);
+    out.ReleaseBuffer(size);
+}
