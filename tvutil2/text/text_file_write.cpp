@@ -102,7 +102,7 @@ void CTextFileWrite::WriteAsciiString(const char* text) {
 void CTextFileWrite::WriteBytes(std::string_view bytes) {
     while (!bytes.empty()) {
         const auto size = std::min(RoomInBuffer(), bytes.size());
-        std::memcpy(buffer + position + 1, bytes.data(), size);
+        std::memcpy(buffer + (position + 1), bytes.data(), size);
         position += static_cast<int>(size);
         bytes.remove_prefix(size);
     }
@@ -121,7 +121,7 @@ void CTextFileWrite::WriteUtf8(std::u16string_view units) {
         auto plain = tvutil2::ascii_prefix(units);
         while (plain != 0) {
             const auto size = std::min(RoomInBuffer(), plain);
-            unsigned char* const out = buffer + position + 1;
+            unsigned char* const out = buffer + (position + 1);
             for (std::size_t i = 0; i < size; ++i) out[i] = static_cast<unsigned char>(units[i]);
             position += static_cast<int>(size);
             units.remove_prefix(size);
@@ -132,7 +132,7 @@ void CTextFileWrite::WriteUtf8(std::u16string_view units) {
             if (RoomInBuffer() < 3) {
                 WriteWchar(units[above]);
             } else {
-                position += static_cast<int>(encode_utf8(units[above], buffer + position + 1));
+                position += static_cast<int>(encode_utf8(units[above], buffer + (position + 1)));
             }
         }
         units.remove_prefix(above);
@@ -143,7 +143,7 @@ void CTextFileWrite::WriteUtf16(std::u16string_view units) {
     const bool is_swapped = (encoding == TE_UTF16_BE) != (std::endian::native == std::endian::big);
     while (!units.empty()) {
         const auto count = std::min(RoomInBuffer() / 2, units.size());
-        unsigned char* const out = buffer + position + 1;
+        unsigned char* const out = buffer + (position + 1);
         std::memcpy(out, units.data(), count * 2);
         if (is_swapped) {
             for (std::size_t i = 0; i < count * 2; i += 2) std::swap(out[i], out[i + 1]);
