@@ -1,0 +1,52 @@
+#!/usr/bin/env bash
+# One text through ten code pages and back, and a character whose bytes arrive one at a time.
+# Usage: examples/code_pages.sh BUILD-FOLDER
+set -euo pipefail
+
+build=$(cd "${1:?a build folder}" && pwd)
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+export TVUTIL_PROFILE=$work/profile
+tvutil=$build/bin/tvutil
+failures=0
+
+title() { printf '\n== %s\n' "$1"; }
+
+# What a page doesn't hold becomes "?", so each page gets a text in its own letters.
+round_trip() { # PAGE TEXT
+    printf '%s' "$2" | "$tvutil" encode "$1" >"$work/bytes"
+    if [ "$("$tvutil" decode "$1" "$work/bytes")" = "$2" ]; then
+        printf '   ok    %5s  %-24s %s\n' "$1" "$2" "$(od -An -tx1 "$work/bytes" | tr -d '\n' | cut -c1-48)"
+    else
+        printf '   FAIL  %5s  %s doesn'\''t come back\n' "$1" "$2"
+        failures=$((failures + 1))
+    fi
+}
+
+title "One greeting in ten code pages and back"
+round_trip 65001 'Grüße, мир, 世界 🌍'
+round_trip 1252 'Grüße aus Köln'
+round_trip 28592 'Dobrý večer'
+round_trip 1251 'Добрый вечер'
+round_trip 20866 'Добрый вечер'
+round_trip 1253 'Καλησπέρα'
+round_trip 932 'こんばんは、世界'
+round_trip 51932 'こんばんは、世界'
+round_trip 949 '안녕하세요'
+round_trip 54936 '晚上好，世界 🌍'
+
+title "A euro sign whose three bytes arrive one at a time"
+for byte in '\342' '\202' '\254'; do
+    printf "$byte"
+    sleep 0.1
+done | "$tvutil" decode 65001 --trace | tee "$work/trace" | sed 's/^/   | /'
+if ! grep -qx 'AC  U+20AC €  from E2 82 AC' "$work/trace"; then
+    printf '   FAIL  the euro sign is not there\n'
+    failures=$((failures + 1))
+fi
+
+title "A bad byte never stops the stream"
+printf 'before \201\040 after\n' | "$tvutil" decode 54936 | sed 's/^/   | /'
+
+[ "$failures" -eq 0 ] || { printf '\n%s checks failed\n' "$failures"; exit 1; }
+printf '\nAll of it as expected.\n'
