@@ -3,10 +3,7 @@
 #include "tvutil2/platform/codepage/codepage.h"
 
 #include <benchmark/benchmark.h>
-#include <iconv.h>
 #include <sys/wait.h>
-#include <unicode/uchar.h>
-#include <unicode/ucnv.h>
 #include <unicode/ustring.h>
 #include <unistd.h>
 
@@ -17,111 +14,17 @@
 #include <string>
 #include <vector>
 
+#include "bench/support/page_peers.h"
+
 namespace {
 
-constexpr std::size_t kSize = std::size_t{1} << 20U;
-
-struct Page {
-    UINT number;
-    const char* icu;
-    /// Null where the C library doesn't know the page.
-    const char* host;
-};
-
-constexpr Page kPages[] = {
-    {708, nullptr, nullptr},
-    {720, "ibm-720_P100-1997", nullptr},
-    {28596, "ISO-8859-6", "ISO-8859-6"},
-    {1256, "ibm-9448_X100-2005", "CP1256"},
-    {28594, "ISO-8859-4", "ISO-8859-4"},
-    {1257, "ibm-9449_P100-2002", "CP1257"},
-    {28592, "ISO-8859-2", "ISO-8859-2"},
-    {1250, "ibm-5346_P100-1998", "CP1250"},
-    {936, "windows-936-2000", "CP936"},
-    {54936, "gb18030", "GB18030"},
-    {20936, "EUC-CN", "EUC-CN"},
-    {950, "windows-950-2000", "BIG5"},
-    {28595, "ISO-8859-5", "ISO-8859-5"},
-    {20866, "ibm-878_P100-1996", "KOI8-R"},
-    {21866, "ibm-1168_P100-2002", "KOI8-U"},
-    {1251, "ibm-5347_P100-1998", "CP1251"},
-    {866, "ibm-866_P100-1995", "CP866"},
-    {28597, "ISO-8859-7", "ISO-8859-7"},
-    {1253, "ibm-5349_P100-1998", "CP1253"},
-    {862, "ibm-862_P100-1995", "CP862"},
-    {28598, "ISO-8859-8", "ISO-8859-8"},
-    {38598, "ISO-8859-8", "ISO-8859-8"},
-    {1255, "ibm-9447_P100-2002", "CP1255"},
-    {51932, "EUC-JP", "EUC-JP-MS"},
-    {932, "ibm-943_P15A-2003", "CP932"},
-    {949, "windows-949-2000", "UHC"},
-    {51949, "EUC-KR", "EUC-KR"},
-    {874, "windows-874-2000", "CP874"},
-    {28599, "ISO-8859-9", "ISO-8859-9"},
-    {1254, "ibm-5350_P100-1998", "CP1254"},
-    {1258, "ibm-5354_P100-1998", "CP1258"},
-    {28591, "ISO-8859-1", "ISO-8859-1"},
-    {1252, "ibm-5348_P100-1997", "CP1252"},
-};
-
-// ---- Peers ----
-
-class Icu {
-  public:
-    explicit Icu(const char* name) {
-        UErrorCode status = U_ZERO_ERROR;
-        m_converter = ucnv_open(name, &status);
-        ucnv_setToUCallBack(m_converter, UCNV_TO_U_CALLBACK_STOP, nullptr, nullptr, nullptr,
-                            &status);
-        ucnv_setFromUCallBack(m_converter, UCNV_FROM_U_CALLBACK_STOP, nullptr, nullptr, nullptr,
-                              &status);
-    }
-    ~Icu() { ucnv_close(m_converter); }
-    Icu(const Icu&) = delete;
-    Icu& operator=(const Icu&) = delete;
-
-    std::int32_t widen(const std::string& bytes, std::u16string& out) const {
-        UErrorCode status = U_ZERO_ERROR;
-        const auto count =
-            ucnv_toUChars(m_converter, out.data(), static_cast<std::int32_t>(out.size()),
-                          bytes.data(), static_cast<std::int32_t>(bytes.size()), &status);
-        return U_SUCCESS(status) ? count : -1;
-    }
-    std::int32_t narrow(const std::u16string& text, std::string& out) const {
-        UErrorCode status = U_ZERO_ERROR;
-        const auto count =
-            ucnv_fromUChars(m_converter, out.data(), static_cast<std::int32_t>(out.size()),
-                            text.data(), static_cast<std::int32_t>(text.size()), &status);
-        return U_SUCCESS(status) ? count : -1;
-    }
-
-  private:
-    UConverter* m_converter = nullptr;
-};
-
-class Host {
-  public:
-    Host(const char* to, const char* from) : m_converter(iconv_open(to, from)) {}
-    ~Host() { iconv_close(m_converter); }
-    Host(const Host&) = delete;
-    Host& operator=(const Host&) = delete;
-
-    template <class From, class To>
-    bool convert(const From& from, To& out) const {
-        iconv(m_converter, nullptr, nullptr, nullptr, nullptr);
-        auto* in = const_cast<char*>(reinterpret_cast<const char*>(from.data()));
-        std::size_t left = from.size() * sizeof from[0];
-        auto* to = reinterpret_cast<char*>(out.data());
-        std::size_t room = out.size() * sizeof out[0];
-        return iconv(m_converter, &in, &left, &to, &room) == 0 &&
-               iconv(m_converter, nullptr, nullptr, &to, &room) == 0;
-    }
-
-  private:
-    iconv_t m_converter;
-};
-
-// ---- Texts ----
+using bench::Host;
+using bench::Icu;
+using bench::kPages;
+using bench::kSize;
+using bench::letters_of;
+using bench::mixed_text;
+using bench::Page;
 
 int widen(UINT page, const std::string& bytes, std::u16string& out) {
     return MultiByteToWideChar(page, 0, bytes.data(), static_cast<int>(bytes.size()), out.data(),
@@ -131,51 +34,6 @@ int widen(UINT page, const std::string& bytes, std::u16string& out) {
 int narrow(UINT page, const std::u16string& text, std::string& out) {
     return WideCharToMultiByte(page, 0, text.data(), static_cast<int>(text.size()), out.data(),
                                static_cast<int>(out.size()), nullptr, nullptr);
-}
-
-// Characters of the page beyond ASCII that all peers hold: letters, as far as there are some.
-std::u16string letters_of(const Page& page) {
-    std::u16string result;
-    const auto icu = page.icu == nullptr ? nullptr : std::make_unique<Icu>(page.icu);
-    const auto host =
-        page.host == nullptr ? nullptr : std::make_unique<Host>(page.host, "UTF-16LE");
-    for (unsigned int unit = 0x80; unit < 0xD800; ++unit) {
-        const std::u16string text(1, static_cast<char16_t>(unit));
-        std::string bytes(8, '\0');
-        BOOL used = FALSE;
-        const auto size = WideCharToMultiByte(page.number, 0, text.data(), 1, bytes.data(), 8,
-                                              nullptr, page.number == CP_UTF8 ? nullptr : &used);
-        if (size == 0 || size > 2 || used != FALSE || u_isalpha(static_cast<UChar32>(unit)) == 0) {
-            continue;
-        }
-        if (icu && icu->narrow(text, bytes) <= 0) continue;
-        if (host && !host->convert(text, bytes)) continue;
-        result += text;
-    }
-    return result;
-}
-
-// Words of the language with spaces, every fourth one in ASCII.
-std::u16string mixed_text(const std::u16string& letters) {
-    std::u16string text;
-    std::uint32_t seed = 1;
-    const auto next = [&seed](std::size_t limit) {
-        seed = seed * 1664525U + 1013904223U;
-        return (seed >> 8U) % limit;
-    };
-    while (text.size() < kSize) {
-        if (next(4) == 0) {
-            text += std::u16string_view(u"terminal session ").substr(0, 9 + next(9));
-        } else {
-            for (auto count = 2 + next(7); count > 0; --count) {
-                // A language uses a few of its letters most of the time.
-                const auto limit = next(4) == 0 ? letters.size() : 1 + letters.size() / 8;
-                text.push_back(letters[next(limit)]);
-            }
-        }
-        text.push_back(u' ');
-    }
-    return text;
 }
 
 // What the works of one page share, made when the first of them runs: the first use of a page is
