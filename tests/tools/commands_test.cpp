@@ -222,6 +222,47 @@ TEST(IniLint, ListsSomeOfManyAndRefusesTheHuge) {
     EXPECT_EQ(run(folder, {"ini", "convert", "@/a.ini", "--to", "utf-8"}).code, 4);
 }
 
+TEST(CodePages, AreShownAndStreamed) {
+    using namespace std::string_literals;
+    const auto folder = tests::new_folder();
+    tests::write_file(folder + "/gb", "A\x81\x30\x81\x30\x80\x81\x40z");
+    tests::write_file(folder + "/cut", "a\xE2\x82");
+    tests::write_file(folder + "/text", "\u20AC\0\u3042"s);
+    const struct {
+        std::vector<std::string> arguments;
+        int code;
+        std::string out;
+    } cases[] = {
+        {{"decode", "54936", "@/gb"}, 0, "A\u0080.\u4E02z"},
+        {{"decode", "65001", "@/cut"}, 3, "a"},
+        {{"decode", "65001", "@/cut", "--trace"},
+         3,
+         "61  U+0061 a  from 61\nE2  waits with E2\n82  waits with E2 82\n"},
+        {{"encode", "932", "@/text"}, 0, "?\0\x82\xA0"s},
+        {{"encode", "932", "@/text", "--trace"},
+         0,
+         "U+20AC \u20AC  as 3F\nU+0000  as 00\nU+3042 \u3042  as 82 A0\n"},
+        {{"encode", "932", "@/gb"}, 3, ""},
+        {{"encode", "932", "@/none"}, 4, ""},
+        {{"decode", "932", "@"}, 4, ""},
+        {{"decode", "52936"}, 2, ""},
+        {{"decode", "-1"}, 2, ""},
+        {{"decode", "default", "@/none"}, 4, ""},
+        {{"codepage"}, 2, ""},
+    };
+    for (const auto& [arguments, code, out] : cases) {
+        const auto result = run(folder, arguments);
+        EXPECT_EQ(result.code, code) << testing::PrintToString(arguments) << result.err;
+        EXPECT_EQ(result.out, out) << testing::PrintToString(arguments);
+        EXPECT_EQ(result.err.empty(), code == 0) << result.err;
+    }
+    const auto pages = nlohmann::json::parse(run(folder, {"codepage", "list", "--json"}).out);
+    ASSERT_EQ(pages.size(), 35U);
+    EXPECT_EQ(pages[0]["is_default"], true);
+    EXPECT_EQ(pages[34]["code_page"], 1252);
+    EXPECT_TRUE(nlohmann::json::accept(run(folder, {"codepage", "default", "--json"}).out));
+}
+
 // What a user of the machine could read in a process list is no place for a secret.
 TEST(Commands, TakeNoSecretAsArgument) {
     for (const std::vector<std::string>& arguments :

@@ -3,12 +3,14 @@
 #include "tvutil2/frame/buffer.h"
 #include "tvutil2/platform/base/wide_text.h"
 #include "tvutil2/platform/codepage/codepage.h"
+#include "tvutil2/platform/codepage/composition.h"
 #include "tvutil2/platform/codepage/page_table.h"
 #include "tvutil2/platform/codepage/utf8_coding.h"
 #include "tvutil2/text/code_page.h"
 #include "tvutil2/text/euc_jp.h"
 
 #include <algorithm>
+#include <climits>
 #include <limits>
 #include <new>
 #include <string_view>
@@ -21,8 +23,9 @@ constexpr unsigned int kEucJp = 51932;
 constexpr unsigned int kShiftJis = 932;
 constexpr unsigned int kGb18030 = 54936;
 
-DWORD encode_flags(unsigned int page) {
-    return page == kGb18030 ? 0 : WC_COMPOSITECHECK;
+// WC_COMPOSITECHECK, unless there is nothing that it could change: looking once is less than twice.
+DWORD encode_flags(unsigned int page, std::u16string_view text) {
+    return page == kGb18030 || !cp::has_mark(text) ? 0 : WC_COMPOSITECHECK;
 }
 
 std::u16string_view whole(const char16_t* text) {
@@ -80,24 +83,34 @@ unsigned int put_euc_jp(const cp::PageTable& shift_jis, char16_t unit, unsigned 
 void append_euc_jp(std::u16string_view text, CBuffer& out) {
     const auto* const shift_jis = cp::PageTable::of(kShiftJis);
     if (shift_jis == nullptr) return;
-    constexpr std::size_t kPiece = 4096;
-    for (; !text.empty(); text.remove_prefix(std::min(text.size(), kPiece))) {
-        const auto piece = text.substr(0, kPiece);
-        auto* const bytes = space(out, piece.size() * 2);
-        std::size_t size = 0;
-        for (const auto unit : piece) size += put_euc_jp(*shift_jis, unit, bytes + size);
-        out.ConsumeEnd(static_cast<unsigned int>(piece.size() * 2 - size));
+    const auto most = text.size() * 2;
+    auto* const bytes = space(out, most);
+    std::size_t size = 0;
+    for (const auto unit : text) size += put_euc_jp(*shift_jis, unit, bytes + size);
+    out.ConsumeEnd(static_cast<unsigned int>(most - size));
+}
+
+// To ask the size of a text with long sequences takes as long as to convert it.
+std::size_t room_for(unsigned int page, DWORD flags, std::u16string_view text) {
+    const auto* const table = cp::PageTable::of(page);
+    if (table != nullptr && table->has_leads()) {
+        return text.size() * (table->four_bytes() != nullptr ? 4 : 2);
     }
+    const int size = WideCharToMultiByte(page, flags, text.data(), static_cast<int>(text.size()),
+                                         nullptr, 0, nullptr, nullptr);
+    return size > 0 ? static_cast<std::size_t>(size) : 0;
 }
 
 int append_page(unsigned int page, std::u16string_view text, CBuffer& out) {
-    const auto flags = encode_flags(page);
-    const auto length = static_cast<int>(text.size());
-    const int size =
-        WideCharToMultiByte(page, flags, text.data(), length, nullptr, 0, nullptr, nullptr);
-    if (size <= 0) return 0;
-    auto* const bytes = reinterpret_cast<char*>(space(out, static_cast<std::size_t>(size)));
-    return WideCharToMultiByte(page, flags, text.data(), length, bytes, size, nullptr, nullptr);
+    const auto flags = encode_flags(page, text);
+    const auto room = room_for(page, flags, text);
+    if (room == 0) return 0;
+    if (room > INT_MAX) throw std::bad_alloc();
+    auto* const bytes = reinterpret_cast<char*>(space(out, room));
+    const int size = WideCharToMultiByte(page, flags, text.data(), static_cast<int>(text.size()),
+                                         bytes, static_cast<int>(room), nullptr, nullptr);
+    out.ConsumeEnd(static_cast<unsigned int>(room) - static_cast<unsigned int>(size));
+    return size;
 }
 
 void to_bytes(UINT page, const char16_t* text, CStringA& out) {
@@ -135,8 +148,8 @@ int CCharSetBaseEncoder::Encode(char16_t ch, unsigned char* out) const {
         const auto* const shift_jis = cp::PageTable::of(kShiftJis);
         return shift_jis == nullptr ? 0 : static_cast<int>(put_euc_jp(*shift_jis, ch, out));
     }
-    return WideCharToMultiByte(codePage, encode_flags(codePage), &ch, 1,
-                               reinterpret_cast<char*>(out), 6, nullptr, nullptr);
+    return WideCharToMultiByte(codePage, 0, &ch, 1, reinterpret_cast<char*>(out), 6, nullptr,
+                               nullptr);
 }
 
 int CCharSetBaseEncoder::Encode(const char16_t* text, CBuffer& out) const {

@@ -12,6 +12,9 @@
 #include "tvutil2/platform/base/export.h"
 
 class CBuffer;
+namespace tvutil2::codepage {
+class PageTable;
+}
 
 /// What has a code page.
 class TVUTIL_API CCharSetConverter {
@@ -75,10 +78,17 @@ class TVUTIL_API CCharSetDecoder : public CCharSetConverter {
     ///
     /// UTF-8 isn't tested: a stray byte is the character of its value, any byte continues a
     /// sequence, overlong forms and those of 5 and 6 bytes are computed modulo 2^32.
-    int Decode(unsigned char byte, unsigned int& code, unsigned char* raw, unsigned int* rawLength);
+    int Decode(unsigned char byte, unsigned int& code, unsigned char* raw,
+               unsigned int* rawLength) {
+        if (IsWhole(byte, code, raw, rawLength)) return 1;
+        return IsInside(byte) ? 0 : DecodeRest(byte, code, raw, rawLength);
+    }
     /// The same with a 16-bit unit in `code`: the low half of what lies above U+FFFF in UTF-8, and
     /// "." for it in 54936.
-    int Decode(unsigned char byte, char16_t& code, unsigned char* raw, unsigned int* rawLength);
+    int Decode(unsigned char byte, char16_t& code, unsigned char* raw, unsigned int* rawLength) {
+        if (IsWhole(byte, code, raw, rawLength)) return 1;
+        return IsInside(byte) ? 0 : DecodeRest(byte, code, raw, rawLength);
+    }
 
   protected:
     /// How many bytes a sequence has that begins with `byte`; 0xFFFFFFFF in 54936 until the bytes
@@ -88,10 +98,33 @@ class TVUTIL_API CCharSetDecoder : public CCharSetConverter {
   private:
     static constexpr unsigned int kLongest = 6;
 
+    // A terminal's bytes are mostly ASCII, which every page has as it is, and the rest mostly lies
+    // inside of characters: neither costs a call.
+    template <class Code>
+    bool IsWhole(unsigned char byte, Code& code, unsigned char* raw,
+                 unsigned int* rawLength) const {
+        if (received != 0 || byte >= 0x7F) return false;
+        code = byte;
+        if (raw != nullptr) *raw = byte;
+        if (rawLength != nullptr) *rawLength = 1;
+        return true;
+    }
+    bool IsInside(unsigned char byte) {
+        if (received == 0 || expected > kLongest || received + 1 >= expected) return false;
+        sequence[received++] = byte;
+        return true;
+    }
+
+    int DecodeRest(unsigned char byte, unsigned int& code, unsigned char* raw,
+                   unsigned int* rawLength);
+    int DecodeRest(unsigned char byte, char16_t& code, unsigned char* raw, unsigned int* rawLength);
     [[nodiscard]] unsigned int Page() const;
     bool Take(unsigned char byte);
     [[nodiscard]] char32_t Convert();
     char32_t Finish(unsigned char* raw, unsigned int* rawLength);
+    [[nodiscard]] const tvutil2::codepage::PageTable* SingleBytes() const;
+    template <class Code>
+    int Complete(unsigned char byte, Code& code, unsigned char* raw, unsigned int* rawLength);
 
     unsigned char sequence[kLongest] = {};
     unsigned int expected = 0;  ///< length of the sequence

@@ -42,8 +42,8 @@ unsigned int gb18030_length(const unsigned char* held, unsigned int count, unsig
 // The sum of a sequence of UTF-8, less the marker bits of its bytes, modulo 2^32.
 char32_t utf8_sum(const unsigned char* bytes, unsigned int length) {
     constexpr char32_t kMarkers[] = {0, 0, 0x3080, 0xE2080, 0x3C82080, 0xFA082080, 0x82082080};
-    char32_t sum = 0;
-    for (unsigned int i = 0; i < length; ++i) sum = (sum << 6U) + bytes[i];
+    char32_t sum = bytes[0];
+    for (unsigned int i = 1; i < length; ++i) sum = (sum << 6U) + bytes[i];
     return sum - kMarkers[length];
 }
 
@@ -122,24 +122,43 @@ inline char32_t CCharSetDecoder::Finish(unsigned char* raw, unsigned int* rawLen
     const auto character = Convert();
     if (raw != nullptr) std::copy_n(sequence, expected, raw);
     if (rawLength != nullptr) *rawLength = expected;
-    std::fill(std::begin(sequence), std::end(sequence), static_cast<unsigned char>(0));
     received = 0;
+    if (codePage == CP_UTF8) return character;
+    std::fill(std::begin(sequence), std::end(sequence), static_cast<unsigned char>(0));
     if (left_over != 0) Take(left_over);
     return character;
 }
 
-int CCharSetDecoder::Decode(unsigned char byte, unsigned int& code, unsigned char* raw,
-                            unsigned int* rawLength) {
+// A page of single bytes holds nothing between calls; its table, and null for any other page.
+inline const PageTable* CCharSetDecoder::SingleBytes() const {
+    if (codePage == CP_UTF8 || received != 0) return nullptr;
+    const auto* const table = PageTable::of(Page());
+    return table == nullptr || table->has_leads() ? nullptr : table;
+}
+
+template <class Code>
+inline int CCharSetDecoder::Complete(unsigned char byte, Code& code, unsigned char* raw,
+                                     unsigned int* rawLength) {
+    if (const auto* const table = SingleBytes(); table != nullptr) {
+        const auto unit = table->unit_of(byte);
+        code = static_cast<Code>(unit == PageTable::kNoUnit ? kBad : unit);
+        if (raw != nullptr) *raw = byte;
+        if (rawLength != nullptr) *rawLength = 1;
+        return 1;
+    }
     if (!Take(byte)) return 0;
-    code = Finish(raw, rawLength);
+    const auto character = Finish(raw, rawLength);
+    const bool has_room = sizeof(Code) > 2 || character <= 0xFFFF || codePage == CP_UTF8;
+    code = static_cast<Code>(has_room ? character : kBad);
     return 1;
 }
 
-int CCharSetDecoder::Decode(unsigned char byte, char16_t& code, unsigned char* raw,
-                            unsigned int* rawLength) {
-    if (!Take(byte)) return 0;
-    const auto character = Finish(raw, rawLength);
-    const bool has_unit = character <= 0xFFFF || Page() == CP_UTF8;
-    code = static_cast<char16_t>(has_unit ? character : kBad);
-    return 1;
+int CCharSetDecoder::DecodeRest(unsigned char byte, unsigned int& code, unsigned char* raw,
+                                unsigned int* rawLength) {
+    return Complete(byte, code, raw, rawLength);
+}
+
+int CCharSetDecoder::DecodeRest(unsigned char byte, char16_t& code, unsigned char* raw,
+                                unsigned int* rawLength) {
+    return Complete(byte, code, raw, rawLength);
 }

@@ -88,8 +88,8 @@ class AvailableRows {
     }
     [[nodiscard]] int index_of(unsigned int number) const {
         const auto end = m_rows.begin() + m_count;
-        const auto found = std::find_if(
-            m_rows.begin(), end, [number](const Row* row) { return row->number == number; });
+        const auto found = std::find_if(m_rows.begin(), end,
+                                        [number](const Row* row) { return row->number == number; });
         return found == end ? -1 : static_cast<int>(found - m_rows.begin());
     }
 

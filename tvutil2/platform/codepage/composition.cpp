@@ -6,53 +6,57 @@
 
 #include <algorithm>
 #include <array>
-#include <bitset>
+#include <cstdint>
 
 namespace tvutil2::codepage {
 namespace {
 
 constexpr char32_t kFirstMark = 0x300;  // none below
 
-// The non-spacing marks of the BMP, a bit each, and the blocks of 256 units that have some:
-// encoders ask about every text, and hardly any text has one.
+// Which units are non-spacing marks, or halves of surrogate pairs that may be: encoders ask about
+// every text, and hardly any text has one.
 class Marks {
   public:
     static const Marks& get() {
         static const Marks marks;
         return marks;
     }
-    [[nodiscard]] bool has_some_beside(char16_t unit) const { return m_blocks[unit >> 8U]; }
+    /// Whether there is a mark or a half among `count` units.
+    [[nodiscard]] bool may_be_among(const char16_t* units, std::size_t count) const {
+        unsigned int kinds = kNone;
+        for (std::size_t i = 0; i < count; ++i) kinds |= m_kinds[units[i]];
+        return kinds != kNone;
+    }
     [[nodiscard]] bool holds(char32_t c) const {
-        if (c < 0x10000) return m_units[c];
+        if (c < 0x10000) return m_kinds[c] == kMark;
         return u_charType(static_cast<UChar32>(c)) == U_NON_SPACING_MARK;
     }
 
   private:
+    enum Kind : std::uint8_t { kNone = 0, kMark = 1, kHalf = 2 };
+
     Marks() {
         u_enumCharTypes(add, this);
-        // Halves of surrogate pairs may stand for marks.
-        for (unsigned int block = 0xD8; block < 0xE0; ++block) m_blocks[block] = true;
+        std::fill(m_kinds.begin() + 0xD800, m_kinds.begin() + 0xE000, kHalf);
     }
     static UBool add(const void* context, UChar32 first, UChar32 limit, UCharCategory type) {
         if (type != U_NON_SPACING_MARK) return 1;
         auto& marks = *static_cast<Marks*>(const_cast<void*>(context));
         for (UChar32 c = first; c < limit && c < 0x10000; ++c) {
-            marks.m_units[static_cast<std::size_t>(c)] = true;
-            marks.m_blocks[static_cast<std::size_t>(c) >> 8U] = true;
+            marks.m_kinds[static_cast<std::size_t>(c)] = kMark;
         }
         return 1;
     }
 
-    std::bitset<0x10000> m_units;
-    std::array<bool, 256> m_blocks{};
+    std::array<Kind, 0x10000> m_kinds{};
 };
 
 bool is_mark(char32_t c) {
     return c >= kFirstMark && Marks::get().holds(c);
 }
 
-// The units at the front that can be no mark: of languages without any.
-std::size_t markless_prefix(std::u16string_view text) {
+// The units at the front of languages whose scripts have no marks.
+std::size_t low_prefix(std::u16string_view text) {
     constexpr std::size_t kStep = 32;
     std::size_t i = 0;
     for (; i + kStep <= text.size(); i += kStep) {
@@ -61,9 +65,17 @@ std::size_t markless_prefix(std::u16string_view text) {
         if (highest >= kFirstMark) break;
     }
     while (i < text.size() && text[i] < kFirstMark) ++i;
+    return i;
+}
+
+// The units at the front among which there is no mark.
+std::size_t markless_prefix(std::u16string_view text) {
+    constexpr std::size_t kStep = 16;
+    auto i = low_prefix(text);
     if (i == text.size()) return i;
     const auto& marks = Marks::get();
-    while (i < text.size() && !marks.has_some_beside(text[i])) ++i;
+    while (i + kStep <= text.size() && !marks.may_be_among(text.data() + i, kStep)) i += kStep;
+    while (i < text.size() && !marks.may_be_among(text.data() + i, 1)) ++i;
     return i;
 }
 
@@ -87,10 +99,12 @@ void append(std::u16string& text, char32_t c) {
 }  // namespace
 
 bool has_mark(std::u16string_view text) {
-    const auto prefix = markless_prefix(text);
-    bool has_base = prefix > 0;
-    text.remove_prefix(prefix);
+    bool has_base = false;
     while (!text.empty()) {
+        const auto prefix = markless_prefix(text);
+        text.remove_prefix(prefix);
+        has_base = has_base || prefix > 0;
+        if (text.empty()) return false;
         if (is_mark(take_front(text)) && has_base) return true;
         has_base = true;
     }
