@@ -299,7 +299,7 @@ TEST(TextFile, CopiesShareTheFileAndOneOfThemClosesIt) {
         EXPECT_EQ(line, expected);
     }
     CTextFileRead moved(std::move(copy));
-    EXPECT_TRUE(copy.Eof());
+    EXPECT_TRUE(copy.Eof());  // NOLINT(bugprone-use-after-move,clang-analyzer-cplusplus.Move)
     EXPECT_TRUE(moved.IsOpen());
 }
 
