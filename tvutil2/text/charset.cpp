@@ -10,7 +10,9 @@
 #include "tvutil2/text/euc_jp.h"
 
 #include <algorithm>
+#include <array>
 #include <climits>
+#include <cstdint>
 #include <limits>
 #include <new>
 #include <string_view>
@@ -80,13 +82,41 @@ unsigned int put_euc_jp(const cp::PageTable& shift_jis, char16_t unit, unsigned 
     return tvutil2::to_euc_jp(out, 2);
 }
 
+// What each unit becomes in EUC-JP, two bytes with the first one in the upper half.
+class EucJpBytes {
+  public:
+    static const EucJpBytes& get() {
+        static const EucJpBytes bytes;
+        return bytes;
+    }
+    [[nodiscard]] std::uint16_t of(char16_t unit) const { return m_bytes[unit]; }
+
+  private:
+    EucJpBytes() {
+        const auto* const shift_jis = cp::PageTable::of(kShiftJis);
+        for (unsigned int unit = 0; unit < 0x10000; ++unit) {
+            unsigned char bytes[2] = {'?'};
+            const auto size = shift_jis == nullptr
+                                  ? 1
+                                  : put_euc_jp(*shift_jis, static_cast<char16_t>(unit), bytes);
+            m_bytes[unit] =
+                static_cast<std::uint16_t>(size == 1 ? bytes[0] : bytes[0] << 8U | bytes[1]);
+        }
+    }
+
+    std::array<std::uint16_t, 0x10000> m_bytes;
+};
+
 void append_euc_jp(std::u16string_view text, CBuffer& out) {
-    const auto* const shift_jis = cp::PageTable::of(kShiftJis);
-    if (shift_jis == nullptr) return;
+    const auto& table = EucJpBytes::get();
     const auto most = text.size() * 2;
     auto* const bytes = space(out, most);
     std::size_t size = 0;
-    for (const auto unit : text) size += put_euc_jp(*shift_jis, unit, bytes + size);
+    for (const auto unit : text) {
+        const auto both = table.of(unit);
+        if (both > 0xFF) bytes[size++] = static_cast<unsigned char>(both >> 8U);
+        bytes[size++] = static_cast<unsigned char>(both);
+    }
     out.ConsumeEnd(static_cast<unsigned int>(most - size));
 }
 

@@ -11,10 +11,9 @@
 #include "tvutil2/framework/strings.h"
 #include "tvutil2/platform/base/export.h"
 
+#include <bit>
+
 class CBuffer;
-namespace tvutil2::codepage {
-class PageTable;
-}
 
 /// What has a code page.
 class TVUTIL_API CCharSetConverter {
@@ -80,14 +79,16 @@ class TVUTIL_API CCharSetDecoder : public CCharSetConverter {
     /// sequence, overlong forms and those of 5 and 6 bytes are computed modulo 2^32.
     int Decode(unsigned char byte, unsigned int& code, unsigned char* raw,
                unsigned int* rawLength) {
-        if (IsWhole(byte, code, raw, rawLength)) return 1;
-        return IsInside(byte) ? 0 : DecodeRest(byte, code, raw, rawLength);
+        if (IsAscii(byte, code, raw, rawLength)) return 1;
+        if (codePage == kUtf8) return DecodeUtf8(byte, code, raw, rawLength);
+        return DecodeRest(byte, code, raw, rawLength);
     }
     /// The same with a 16-bit unit in `code`: the low half of what lies above U+FFFF in UTF-8, and
     /// "." for it in 54936.
     int Decode(unsigned char byte, char16_t& code, unsigned char* raw, unsigned int* rawLength) {
-        if (IsWhole(byte, code, raw, rawLength)) return 1;
-        return IsInside(byte) ? 0 : DecodeRest(byte, code, raw, rawLength);
+        if (IsAscii(byte, code, raw, rawLength)) return 1;
+        if (codePage == kUtf8) return DecodeUtf8(byte, code, raw, rawLength);
+        return DecodeRest(byte, code, raw, rawLength);
     }
 
   protected:
@@ -98,10 +99,12 @@ class TVUTIL_API CCharSetDecoder : public CCharSetConverter {
   private:
     static constexpr unsigned int kLongest = 6;
 
-    // A terminal's bytes are mostly ASCII, which every page has as it is, and the rest mostly lies
-    // inside of characters: neither costs a call.
+    static constexpr unsigned int kUtf8 = 65001;
+
+    // A terminal's bytes are mostly ASCII, which every page has as it is, and hosts mostly send
+    // UTF-8: neither costs a call.
     template <class Code>
-    bool IsWhole(unsigned char byte, Code& code, unsigned char* raw,
+    bool IsAscii(unsigned char byte, Code& code, unsigned char* raw,
                  unsigned int* rawLength) const {
         if (received != 0 || byte >= 0x7F) return false;
         code = byte;
@@ -109,10 +112,36 @@ class TVUTIL_API CCharSetDecoder : public CCharSetConverter {
         if (rawLength != nullptr) *rawLength = 1;
         return true;
     }
-    bool IsInside(unsigned char byte) {
-        if (received == 0 || expected > kLongest || received + 1 >= expected) return false;
-        sequence[received++] = byte;
-        return true;
+    template <class Code>
+    int DecodeUtf8(unsigned char byte, Code& code, unsigned char* raw, unsigned int* rawLength) {
+        auto held = received;
+        const auto length = held == 0 ? Utf8Length(byte) : expected;
+        sequence[held++] = byte;
+        if (held < length) {
+            expected = length;
+            received = held;
+            return 0;
+        }
+        code = static_cast<Code>(Utf8Sum(length));
+        if (raw != nullptr) {
+            for (unsigned int i = 0; i < length; ++i) raw[i] = sequence[i];
+        }
+        if (rawLength != nullptr) *rawLength = length;
+        received = 0;
+        return 1;
+    }
+    // The leading one bits tell; a byte that continues a sequence and 0xFE, 0xFF stand alone.
+    static unsigned int Utf8Length(unsigned char first) {
+        const auto ones = static_cast<unsigned int>(std::countl_one(first));
+        return ones >= 2 && ones <= kLongest ? ones : 1;
+    }
+    // The sum of a sequence, less the marker bits of its bytes, modulo 2^32.
+    [[nodiscard]] unsigned int Utf8Sum(unsigned int length) const {
+        constexpr unsigned int kMarkers[] = {0,         0,          0x3080,    0xE2080,
+                                             0x3C82080, 0xFA082080, 0x82082080};
+        unsigned int sum = sequence[0];
+        for (unsigned int i = 1; i < length; ++i) sum = (sum << 6U) + sequence[i];
+        return sum - kMarkers[length];
     }
 
     int DecodeRest(unsigned char byte, unsigned int& code, unsigned char* raw,
@@ -122,7 +151,7 @@ class TVUTIL_API CCharSetDecoder : public CCharSetConverter {
     bool Take(unsigned char byte);
     [[nodiscard]] char32_t Convert();
     char32_t Finish(unsigned char* raw, unsigned int* rawLength);
-    [[nodiscard]] const tvutil2::codepage::PageTable* SingleBytes() const;
+    bool IsLookedUp(unsigned char byte, char16_t& unit) const;
     template <class Code>
     int Complete(unsigned char byte, Code& code, unsigned char* raw, unsigned int* rawLength);
 

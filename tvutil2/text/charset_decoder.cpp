@@ -4,7 +4,6 @@
 #include "tvutil2/text/euc_jp.h"
 
 #include <algorithm>
-#include <bit>
 #include <iterator>
 
 using tvutil2::codepage::FourByteArea;
@@ -21,10 +20,8 @@ bool is_between(unsigned char byte, unsigned char first, unsigned char last) {
     return byte >= first && byte <= last;
 }
 
-// The leading one bits tell; a byte that continues a sequence and 0xFE, 0xFF stand alone.
-unsigned int utf8_length(unsigned char first) {
-    const auto ones = static_cast<unsigned int>(std::countl_one(first));
-    return ones >= 2 && ones <= 6 ? ones : 1;
+bool is_gb18030_pair(unsigned char first, unsigned char second) {
+    return is_between(first, 0x81, 0xFE) && is_between(second, 0x40, 0xFE) && second != 0x7F;
 }
 
 unsigned int gb18030_length(const unsigned char* held, unsigned int count, unsigned char first) {
@@ -32,19 +29,9 @@ unsigned int gb18030_length(const unsigned char* held, unsigned int count, unsig
     if (count < 2) return kUnsettled;
     const auto second = held[1];
     if (FourByteArea::is_begun_by(first, second)) return 4;
-    if (is_between(first, 0x81, 0xFE) && second >= 0x40 && second != 0x7F && second != 0xFF) {
-        return 2;
-    }
+    if (is_gb18030_pair(first, second)) return 2;
     // A bad pair: what could begin a character is left to do so.
     return is_between(second, 0x81, 0xFE) ? 1 : 2;
-}
-
-// The sum of a sequence of UTF-8, less the marker bits of its bytes, modulo 2^32.
-char32_t utf8_sum(const unsigned char* bytes, unsigned int length) {
-    constexpr char32_t kMarkers[] = {0, 0, 0x3080, 0xE2080, 0x3C82080, 0xFA082080, 0x82082080};
-    char32_t sum = bytes[0];
-    for (unsigned int i = 1; i < length; ++i) sum = (sum << 6U) + bytes[i];
-    return sum - kMarkers[length];
 }
 
 char32_t from_table(const PageTable& page, const unsigned char* bytes, unsigned int length) {
@@ -77,7 +64,7 @@ unsigned int CCharSetDecoder::Page() const {
 unsigned int CCharSetDecoder::GetEncodeLength(unsigned char byte) const {
     switch (const auto page = Page()) {
         case CP_UTF8:
-            return utf8_length(byte);
+            return Utf8Length(byte);
         case kGb18030:
             return gb18030_length(sequence, received, byte);
         case kEucJp:
@@ -107,7 +94,7 @@ inline bool CCharSetDecoder::Take(unsigned char byte) {
 
 inline char32_t CCharSetDecoder::Convert() {
     auto page = Page();
-    if (page == CP_UTF8) return utf8_sum(sequence, expected);
+    if (page == CP_UTF8) return Utf8Sum(expected);
     if (page == kEucJp) {
         expected = tvutil2::to_shift_jis(sequence);
         page = 932;
@@ -123,32 +110,44 @@ inline char32_t CCharSetDecoder::Finish(unsigned char* raw, unsigned int* rawLen
     if (raw != nullptr) std::copy_n(sequence, expected, raw);
     if (rawLength != nullptr) *rawLength = expected;
     received = 0;
-    if (codePage == CP_UTF8) return character;
     std::fill(std::begin(sequence), std::end(sequence), static_cast<unsigned char>(0));
     if (left_over != 0) Take(left_over);
     return character;
 }
 
-// A page of single bytes holds nothing between calls; its table, and null for any other page.
-inline const PageTable* CCharSetDecoder::SingleBytes() const {
-    if (codePage == CP_UTF8 || received != 0) return nullptr;
+// Most of what the general way below would do, in a few steps: a byte of a page of single bytes,
+// and the second byte of a pair in a page whose pairs stand in its table as they come.
+inline bool CCharSetDecoder::IsLookedUp(unsigned char byte, char16_t& unit) const {
+    if (codePage == kEucJp) return false;
     const auto* const table = PageTable::of(Page());
-    return table == nullptr || table->has_leads() ? nullptr : table;
+    if (table == nullptr) return false;
+    if (received == 0) {
+        if (table->has_leads()) return false;
+        unit = table->unit_of(byte);
+        return true;
+    }
+    const bool is_pair = expected == 2 || (expected == kUnsettled && codePage == kGb18030 &&
+                                           is_gb18030_pair(sequence[0], byte));
+    if (received != 1 || !is_pair) return false;
+    unit = table->is_lead(sequence[0]) ? table->unit_of(sequence[0], byte) : PageTable::kNoUnit;
+    return true;
 }
 
 template <class Code>
 inline int CCharSetDecoder::Complete(unsigned char byte, Code& code, unsigned char* raw,
                                      unsigned int* rawLength) {
-    if (const auto* const table = SingleBytes(); table != nullptr) {
-        const auto unit = table->unit_of(byte);
+    auto unit = PageTable::kNoUnit;
+    if (IsLookedUp(byte, unit)) {
         code = static_cast<Code>(unit == PageTable::kNoUnit ? kBad : unit);
-        if (raw != nullptr) *raw = byte;
-        if (rawLength != nullptr) *rawLength = 1;
+        if (raw != nullptr) *std::copy_n(sequence, received, raw) = byte;
+        if (rawLength != nullptr) *rawLength = received + 1;
+        sequence[0] = 0;
+        received = 0;
         return 1;
     }
     if (!Take(byte)) return 0;
     const auto character = Finish(raw, rawLength);
-    const bool has_room = sizeof(Code) > 2 || character <= 0xFFFF || codePage == CP_UTF8;
+    const bool has_room = sizeof(Code) > 2 || character <= 0xFFFF || Page() == CP_UTF8;
     code = static_cast<Code>(has_room ? character : kBad);
     return 1;
 }
