@@ -121,9 +121,9 @@ class TVUTIL_API CTextFileRead : public CTextFileBase {
     bool ReadLine(std::u16string& line);
     bool ReadLine(CString& line);
     /// The rest of the file, its lines joined by `separator`. False only when no file is open.
-    bool Read(std::string& out, std::string separator);
-    bool Read(std::u16string& out, std::u16string separator);
-    bool Read(CString& out, CString separator);
+    bool Read(std::string& out, const std::string& separator);
+    bool Read(std::u16string& out, const std::u16string& separator);
+    bool Read(CString& out, const CString& separator);
 
   private:
     void DetectEncoding();

@@ -307,15 +307,15 @@ bool CTextFileRead::ReadRest(Text& out, const Text& separator) {
     return true;
 }
 
-bool CTextFileRead::Read(std::string& out, std::string separator) {
+bool CTextFileRead::Read(std::string& out, const std::string& separator) {
     return ReadRest(out, separator);
 }
 
-bool CTextFileRead::Read(std::u16string& out, std::u16string separator) {
+bool CTextFileRead::Read(std::u16string& out, const std::u16string& separator) {
     return ReadRest(out, separator);
 }
 
-bool CTextFileRead::Read(CString& out, CString separator) {
+bool CTextFileRead::Read(CString& out, const CString& separator) {
     std::u16string text;
     if (!ReadRest(text, std::u16string(separator.View()))) return false;
     out = CString(std::move(text));
