@@ -61,7 +61,7 @@ void list(const Options& options) {
             if (options.is_json) {
                 members.add(key, value);
             } else {
-                tool::print(key + '=' + value);
+                tool::print(std::string(key).append(1, '=').append(value));
             }
         }
         all.add(name, members.take());

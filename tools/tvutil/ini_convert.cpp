@@ -141,7 +141,7 @@ void convert(const Options& options) {
     IniEncoding from;
     std::optional<Conversion> conversion;
     bool is_changed = false;
-    const auto edit = [&](std::string bytes) -> std::optional<std::string> {
+    const auto edit = [&](const std::string& bytes) -> std::optional<std::string> {
         if (bytes.size() > kLargestIni) {
             throw Failure{Exit::refused,
                           options.file + ": larger than " + std::to_string(kLargestIni) + " bytes"};

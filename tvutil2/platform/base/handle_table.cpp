@@ -1,9 +1,12 @@
 #include "tvutil2/platform/base/handle_table.h"
 
+#include <pthread.h>
+
 #include <array>
 #include <atomic>
 #include <bit>
 #include <mutex>
+#include <new>
 #include <vector>
 
 namespace tvutil2::handle_table {
@@ -49,6 +52,32 @@ class Table {
         m_free.push_back(index);
     }
 
+    // The slot's lock, which isn't had while a fork is under way.
+    std::unique_lock<std::mutex> locked(Slot& slot) {
+        for (;;) {
+            std::unique_lock guard(slot.lock);
+            if (!m_is_forking) return guard;
+            guard.unlock();
+            m_is_forking.wait(true);
+        }
+    }
+
+    // A fork while another thread is inside of a slot or of the table would leave the child with a
+    // lock that nobody opens. So the table is held, threads are kept out of the slots, and those
+    // inside are waited for. One that still comes to a slot turns round without touching anything
+    // but its lock, and in the child the locks begin anew.
+    void before_fork() {
+        m_lock.lock();
+        m_is_forking = true;
+        for_each_slot([](Slot& slot) { const std::lock_guard guard(slot.lock); });
+    }
+    void after_fork(bool in_child) {
+        if (in_child) for_each_slot([](Slot& slot) { new (&slot.lock) std::mutex; });
+        m_is_forking = false;
+        m_is_forking.notify_all();
+        m_lock.unlock();
+    }
+
   private:
     static unsigned chunk_of(std::uint32_t index) {
         return 31U - static_cast<unsigned>(std::countl_zero(index / kFirstChunk + 1));
@@ -61,7 +90,13 @@ class Table {
         m_chunks[chunk_of(m_used)].store(new Slot[size], std::memory_order_release);
     }
 
+    template <class Work>
+    void for_each_slot(const Work& work) {
+        for (std::uint32_t i = 0; i < m_used; ++i) work(*slot(i));
+    }
+
     std::array<std::atomic<Slot*>, 17> m_chunks{};
+    std::atomic<bool> m_is_forking{false};
     std::mutex m_lock;
     std::vector<std::uint32_t> m_free;
     std::uint32_t m_used = 0;
@@ -72,6 +107,12 @@ Table& table() {
     static auto* const instance = new Table;
     return *instance;
 }
+
+// Registered as the library is loaded, and so run behind the locks of all that is registered later
+// and may ask for handles while it holds them.
+[[maybe_unused]] const int g_is_fork_safe =
+    pthread_atfork([] { table().before_fork(); }, [] { table().after_fork(false); },
+                   [] { table().after_fork(true); });
 
 std::uintptr_t handle_value(std::uint32_t index, std::uint32_t generation) {
     return (static_cast<std::uintptr_t>(generation) << 32) | (index << 2U);
@@ -100,7 +141,7 @@ std::uintptr_t insert(std::shared_ptr<HandleObject> object) {
         return 0;
     }
     auto& slot = *table().slot(index);
-    const std::lock_guard guard(slot.lock);
+    const auto guard = table().locked(slot);
     slot.object = std::move(object);
     return handle_value(index, slot.generation);
 }
@@ -108,7 +149,7 @@ std::uintptr_t insert(std::shared_ptr<HandleObject> object) {
 std::shared_ptr<HandleObject> find(std::uintptr_t handle) {
     auto* const slot = slot_of(handle);
     if (slot == nullptr) return nullptr;
-    const std::lock_guard guard(slot->lock);
+    const auto guard = table().locked(*slot);
     return is_live(*slot, handle) ? slot->object : nullptr;
 }
 
@@ -117,7 +158,7 @@ std::shared_ptr<HandleObject> remove(std::uintptr_t handle, HandleKind kind) {
     if (slot == nullptr) return nullptr;
     std::shared_ptr<HandleObject> object;
     {
-        const std::lock_guard guard(slot->lock);
+        const auto guard = table().locked(*slot);
         if (!is_live(*slot, handle) || slot->object->kind() != kind) return nullptr;
         object.swap(slot->object);
         slot->generation = slot->generation == 0xFFFFFFFFU ? 1 : slot->generation + 1;
