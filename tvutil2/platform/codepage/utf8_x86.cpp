@@ -300,9 +300,9 @@ TARGET Text put_units(Text text, const char* end, const char16_t* to_end) {
         const __m256i low = load(text.from);
         const __m256i high = load(text.from + 32);
         if (bits(_mm256_or_si256(low, high)) == 0) {
-            for (int i = 0; i < 4; ++i) {
-                const __m256i units = _mm256_cvtepu8_epi16(load_half(text.from + i * 16));
-                _mm256_storeu_si256(reinterpret_cast<__m256i*>(text.to + i * 16), units);
+            for (std::size_t i = 0; i < kBlock; i += 16) {
+                const __m256i units = _mm256_cvtepu8_epi16(load_half(text.from + i));
+                _mm256_storeu_si256(reinterpret_cast<__m256i*>(text.to + i), units);
             }
             text.from += kBlock;
             text.to += kBlock;
