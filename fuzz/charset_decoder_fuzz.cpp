@@ -35,25 +35,32 @@ Stream decode(unsigned int page, std::string_view bytes, std::size_t cut) {
     return stream;
 }
 
-// What is decoded from the bytes of a text is that text, as far as the page holds it.
-void check_round_trip(unsigned int page, const std::u32string& decoded) {
-    std::u16string text;
-    for (const auto code : decoded) {
+std::u16string in_units(const std::u32string& text) {
+    std::u16string result;
+    for (const auto code : text) {
         char16_t units[2];
-        if (code != 0 && code < 0x110000) text.append(units, _ucs4_to_utf16(code, units));
+        if (code != 0) result.append(units, _ucs4_to_utf16(code, units));
     }
-    CBuffer once;
-    CCharSetEncoder(page).Encode(text.c_str(), once);
-    const std::string_view bytes(reinterpret_cast<const char*>(once.Ptr()), once.Len());
+    return result;
+}
+
+std::string encode(unsigned int page, const std::u16string& text) {
+    CBuffer out;
+    CCharSetEncoder(page).Encode(text.c_str(), out);
+    return {reinterpret_cast<const char*>(out.Ptr()), out.Len()};
+}
+
+// The decoder takes some bytes of these for another length than they have in the page.
+bool has_other_lengths(unsigned int page) {
+    return page == 932 || page == 949 || page == 950 || page == 20936 || page == 51932;
+}
+
+// What an encoder wrote comes back from its text.
+void check_round_trip(unsigned int page, const std::u32string& text) {
+    const auto bytes = encode(page, in_units(text));
     const auto again = decode(page, bytes, 0);
-    std::u16string back;
-    for (const auto code : again.text) {
-        char16_t units[2];
-        back.append(units, _ucs4_to_utf16(code, units));
-    }
-    CBuffer twice;
-    CCharSetEncoder(page).Encode(back.c_str(), twice);
-    if (page == 65001) fuzz::require(twice == once);
+    if (has_other_lengths(page)) return;
+    fuzz::require(encode(page, in_units(again.text)) == bytes);
 }
 
 }  // namespace

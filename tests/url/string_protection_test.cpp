@@ -61,7 +61,7 @@ std::string protected_by_openssl(const std::string& key, const std::string& byte
 }
 
 TEST(StringProtection, IsWhatAnotherProgramComputes) {
-    if (openssl("version", "").empty()) GTEST_SKIP() << "no openssl program here";
+    ASSERT_FALSE(openssl("version", "").empty()) << "the openssl program is needed";
     const std::string keys[] = {"", "alice:LAB-1", std::string(300, 'x')};
     const std::u16string texts[] = {u"p\u00E4ss w\u00F6rd \U0001F511", std::u16string(5000, u'z')};
     for (const auto& key : keys) {
