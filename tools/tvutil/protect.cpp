@@ -32,7 +32,7 @@ class Protection {
     }
 
     [[nodiscard]] CString text() const {
-        const CString text(m_text.read());
+        CString text(m_text.read());
         if (text.View().find(u'\0') != std::u16string_view::npos) {
             throw Failure{Exit::refused, "a text with a zero in it can't be kept"};
         }

@@ -103,7 +103,8 @@ void report(const Options& options, const std::string& old_root,
     std::vector<std::string> stayed;
     for (const auto& file : files) {
         std::error_code ignored;
-        const bool is_there = fs::exists(fs::symlink_status(old_root + "/" + file, ignored));
+        const auto old_place = fs::path(old_root) / file;
+        const bool is_there = fs::exists(fs::symlink_status(old_place, ignored));
         (is_there ? stayed : moved).push_back(file);
     }
     if (options.json) {

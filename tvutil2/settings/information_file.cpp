@@ -42,7 +42,7 @@ void CInformationFile::ReadInformationFile(const char16_t* section, const char16
 }
 
 void CInformationFile::ReadInformationFile(const char16_t* section, const char16_t* key,
-                                           CString& value, CString fallback) const {
+                                           CString& value, const CString& fallback) const {
     ReadInformationFile(section, key, value, fallback.GetString());
 }
 

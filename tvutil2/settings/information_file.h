@@ -29,7 +29,7 @@ class TVUTIL_API CInformationFile {
     void ReadInformationFile(const char16_t* section, const char16_t* key, CString& value,
                              const char16_t* fallback) const;
     void ReadInformationFile(const char16_t* section, const char16_t* key, CString& value,
-                             CString fallback) const;
+                             const CString& fallback) const;
     void ReadInformationFile(const char16_t* section, const char16_t* key, int& value,
                              int fallback) const;
     void ReadInformationFile(const char16_t* section, const char16_t* key, unsigned int& value,

@@ -252,7 +252,7 @@ int CUrlInfo::MakeURL(CString& url, int dup, int secrets) const {
     return 1;
 }
 
-int CUrlInfo::IsURLWithPort(CString text) {
+int CUrlInfo::IsURLWithPort(const CString& text) {
     return has_port(text.View()) ? 1 : 0;
 }
 

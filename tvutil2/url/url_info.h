@@ -54,7 +54,7 @@ class TVUTIL_API CUrlInfo {
 
     /// 1 when the last ":" of `text` separates a port: when what stands before it is in brackets,
     /// or has no ":" itself.
-    static int IsURLWithPort(CString text);
+    static int IsURLWithPort(const CString& text);
 
     /// Protects `text` in its place: 1, or 0 for a `mac` that is none, with `text` as it was. A
     /// null key is TvGetCipherKey(). What the ANSI code page can't hold becomes "?". `enc` isn't

@@ -3,6 +3,7 @@
 #include <unicode/ucnv.h>
 
 #include <cstddef>
+#include <iterator>
 
 namespace tvutil2::codepage {
 namespace {
@@ -47,7 +48,7 @@ class Row {
         const char* from = bytes;
         char16_t* to = units;
         UErrorCode status = U_ZERO_ERROR;
-        ucnv_toUnicode(&converter, &to, units + 256 * 3, &from, bytes + size, offsets, 1, &status);
+        ucnv_toUnicode(&converter, &to, std::end(units), &from, bytes + size, offsets, 1, &status);
         if (U_SUCCESS(status)) keep(units, offsets, to - units);
     }
     [[nodiscard]] char16_t unit_of(unsigned int byte) const { return m_units[byte]; }

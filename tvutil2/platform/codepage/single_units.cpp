@@ -1,5 +1,6 @@
 #include "tvutil2/platform/codepage/single_units.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 
@@ -46,7 +47,7 @@ struct UpperHalf {
 
 TARGET UpperHalf split(const char16_t* units) {
     UpperHalf result;
-    for (int i = 0; i < 2; ++i) {
+    for (std::size_t i = 0; i < 2; ++i) {
         const auto* const from = units + 0x80 + i * 64;
         const __m512i a = _mm512_loadu_si512(from);
         const __m512i b = _mm512_loadu_si512(from + 32);
