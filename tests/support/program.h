@@ -14,4 +14,13 @@ std::string copy_program(const std::string& program, const std::string& folder,
 /// fails the test.
 std::string output_of(const std::string& file, const std::vector<std::string>& arguments = {});
 
+struct Run {
+    int code;  ///< exit code, or -1 for a program that was killed or didn't start
+    std::string out, err;
+};
+
+/// Runs a program to its end with `input` on its standard input.
+Run run(const std::string& file, const std::vector<std::string>& arguments,
+        const std::string& input = "");
+
 }  // namespace tests

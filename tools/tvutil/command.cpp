@@ -2,6 +2,7 @@
 
 #include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/base/utf.h"
+#include "tvutil2/platform/files/replaced_file.h"
 
 #include <termios.h>
 #include <unistd.h>
@@ -9,6 +10,8 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
+#include <fstream>
 #include <iostream>
 #include <memory>
 #include <optional>
@@ -68,6 +71,8 @@ std::string_view system_text(unsigned int error) {
             return "invalid parameter";
         case ERROR_DISK_FULL:
             return "the disk is full";
+        case ERROR_FILE_TOO_LARGE:
+            return "the file is too large";
         case ERROR_INVALID_NAME:
             return "invalid name";
         case ERROR_ALREADY_EXISTS:
@@ -184,6 +189,20 @@ std::string read_input(const std::string& file, std::size_t limit) {
     }
     if (std::ferror(input.get()) != 0) throw Failure{Exit::failed, file + ": can't be read"};
     return content;
+}
+
+void write_output(const std::string& file, std::string_view bytes) {
+    namespace fs = std::filesystem;
+    std::error_code ignored;
+    const auto status = fs::status(file, ignored);
+    if (!fs::exists(status) || fs::is_regular_file(status)) {
+        const auto whole = [bytes](const std::string& /*old*/) { return std::string(bytes); };
+        if (tvutil2::replace_content(fs::absolute(file).string(), true, whole)) return;
+        throw Failure{Exit::failed, error_text(file, GetLastError())};
+    }
+    std::ofstream stream(file, std::ios::binary);
+    stream << bytes << std::flush;
+    if (!stream) throw Failure{Exit::failed, file + ": can't be written"};
 }
 
 int run(int argc, char** argv) {

@@ -89,4 +89,9 @@ class SecretOption {
 /// be read.
 [[nodiscard]] std::string read_input(const std::string& file, std::size_t limit);
 
+/// Writes a file in one step: whoever reads it, and whatever fails, there is the old content or the
+/// new one. What isn't a plain file (a terminal, a pipe) is written to as it is. Failure when it
+/// can't be done.
+void write_output(const std::string& file, std::string_view bytes);
+
 }  // namespace tool

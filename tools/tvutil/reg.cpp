@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <charconv>
 #include <cstring>
-#include <fstream>
 #include <iostream>
 #include <map>
 #include <memory>
@@ -366,10 +365,7 @@ void export_text(const Options& options) {
         std::cout << bytes;
         return;
     }
-    std::ofstream file(options.file, std::ios::binary | std::ios::trunc);
-    file << bytes;
-    file.close();
-    if (!file) throw tool::Failure{tool::Exit::failed, options.file + ": can't be written"};
+    tool::write_output(options.file, bytes);
 }
 
 CLI::App* sub_command(CLI::App& reg, const std::string& name, const std::string& what,
@@ -425,6 +421,9 @@ void add_texts(CLI::App& reg, const std::shared_ptr<Options>& options) {
     importing->callback([options] { import_text(*options); });
 
     auto* const exporting = sub_command(reg, "export", "Write a key with all below it", *options);
+    exporting->footer(
+        "Quotes mean text with a final zero. Text that was stored without one, text to expand and\n"
+        "lists are written as bytes, which import exactly, with the words in a comment above.");
     exporting->add_option("file", options->file, "The .reg text; standard output if missing")
         ->type_name("FILE");
     exporting->callback([options] {

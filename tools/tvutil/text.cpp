@@ -165,12 +165,7 @@ void convert(const Options& options) {
         report_loss(options, "text is lost in " + to.name() + ", first in line " +
                                  std::to_string(first_difference(text, back)));
     }
-    const auto path = std::filesystem::absolute(options.output).string();
-    if (!tvutil2::replace_content(path, true, [&](const std::string&) {
-            return std::optional<std::string>(std::string(to.mark()) + body);
-        })) {
-        throw Failure{Exit::failed, tool::error_text(options.output, GetLastError())};
-    }
+    tool::write_output(options.output, std::string(to.mark()) + body);
 }
 
 const tool::Command g_command([](CLI::App& app) {

@@ -25,8 +25,8 @@ bool read_whole_file(const std::string& path, struct stat& info, std::string& by
 using ContentEdit = std::function<std::optional<std::string>(std::string bytes)>;
 
 /// Puts what `edit` makes of the present content in its place; with `may_be_new` a missing file
-/// counts as empty. On the disk when this returns. False with the last error; the file is then
-/// what it was.
+/// counts as empty. `path` is absolute. On the disk when this returns. False with the last error;
+/// the file is then what it was.
 TVUTIL_API bool replace_content(const std::string& path, bool may_be_new, const ContentEdit& edit);
 
 }  // namespace tvutil2

@@ -60,8 +60,10 @@ struct RegTextError {
 TVUTIL_API LONG apply_reg_text(const std::vector<RegTextKey>& keys, std::size_t& failed);
 
 /// The text of these keys: UTF-16LE with its mark, lines ended by CR LF. What is written reads back
-/// the same. False, with `bytes` empty, for a key whose name has a line break or a zero, or a value
-/// whose name has a zero, which the format can't hold.
+/// the same. Text that quotes can't hold exactly (lists, text to expand, text without a final zero)
+/// is written as bytes, with the words in a comment above. False, with `bytes` empty, for a key
+/// whose name has a line break or a zero, or a value whose name has a zero, which the format can't
+/// hold.
 [[nodiscard]] TVUTIL_API bool write_reg_text(const std::vector<RegTextKey>& keys,
                                              std::string& bytes);
 

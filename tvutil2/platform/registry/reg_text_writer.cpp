@@ -41,6 +41,10 @@ class Writer {
 
   private:
     void put_value(const RegTextValue& value) {
+        if (const auto words = words_in(value); !words.empty()) {
+            put(u"; ");
+            put_line(words);
+        }
         if (value.name.empty()) {
             put(u'@');
         } else {
@@ -62,17 +66,47 @@ class Writer {
         put_line();
     }
 
+    // What a text says that is told byte by byte, for those who read it; the texts of a list with
+    // " | " between them. Nothing where it could end the comment, or is quoted anyway.
+    static std::u16string words_in(const RegTextValue& value) {
+        const bool is_text = value.type == REG_SZ || value.type == REG_EXPAND_SZ;
+        const bool is_odd = value.data.size() % 2 != 0;
+        if (value.is_deleted || is_odd || !(is_text || value.type == REG_MULTI_SZ)) return {};
+        auto text = units_of(value.data);
+        if (value.type == REG_SZ && is_quotable(text)) return {};
+        text.erase(text.find_last_not_of(u'\0') + 1);
+        std::u16string words;
+        for (const char16_t unit : text) {
+            if (unit == 0) {
+                words += u" | ";
+            } else if (unit < u' ') {
+                return {};
+            } else {
+                words += unit;
+            }
+        }
+        return words;
+    }
+
     // Quotes mean text with one zero, at its end. All else is told byte by byte, so that reading
     // gives back the very same data.
     static std::optional<std::u16string> quotable_text(const RegTextValue& value) {
-        const auto& data = value.data;
-        if (value.type != REG_SZ || data.empty() || data.size() % 2 != 0) return std::nullopt;
+        if (value.type != REG_SZ || value.data.size() % 2 != 0) return std::nullopt;
+        auto text = units_of(value.data);
+        if (!is_quotable(text)) return std::nullopt;
+        text.pop_back();
+        return text;
+    }
+
+    static bool is_quotable(std::u16string_view text) {
+        return !text.empty() && text.find(u'\0') == text.size() - 1;
+    }
+
+    static std::u16string units_of(const std::vector<BYTE>& data) {
         std::u16string text;
-        for (std::size_t i = 0; i < data.size(); i += 2) {
+        for (std::size_t i = 0; i + 1 < data.size(); i += 2) {
             text.push_back(static_cast<char16_t>(data[i] | data[i + 1] << 8U));
         }
-        if (text.find(u'\0') != text.size() - 1) return std::nullopt;
-        text.pop_back();
         return text;
     }
 

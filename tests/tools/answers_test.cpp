@@ -1,0 +1,148 @@
+// The small commands and those of secrets: answers, refusals, and where a secret may come from.
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <string>
+#include <vector>
+
+#include "tests/support/profile.h"
+#include "tests/tools/tvutil.h"
+
+namespace {
+
+using tests::tvutil;
+
+TEST(Tvutil, AnswersAndRefusesByItsCodes) {
+    const std::vector<tests::Answer> answers = {
+        {{}, "", 2},
+        {{"--version"}, "", 0, "*"},
+        {{"--help"}, "", 0, "*"},
+        {{"nothing"}, "", 2},
+        {{"product", "name", "1"}, "", 0, "1\tPelrin\n"},
+        {{"product", "name", "8"}, "", 2},
+        {{"product", "name", "-1"}, "", 2},
+        {{"product", "name", "1x"}, "", 2},
+        {{"product", "version", "1"}, "", 1, ""},
+        {{"product", "version", "1", "--json"}, "", 1, "*"},
+        {{"base64", "encode"}, "", 0, "\n"},
+        {{"base64", "encode"}, std::string("\0\xff", 2), 0, "AP8=\n"},
+        {{"base64", "encode", "/nowhere/at/all"}, "", 4},
+        {{"base64", "encode", "/"}, "", 4},
+        {{"base64", "decode"}, "AP8=\n", 0, std::string("\0\xff", 2)},
+        {{"base64", "decode"}, "A P\r\n8=", 0, std::string("\0\xff", 2)},
+        {{"base64", "decode"}, "AP8*", 3},
+        {{"base64", "decode"}, std::string("AP8=\0", 5), 3},
+        {{"base64", "decode"}, "\xc3\xa4", 3},
+        {{"reveal"}, "AP8=", 3},
+        {{"reveal"}, "\xff", 3},
+        {{"protect", "--key", "other"}, "s", 2},
+        {{"url", "parse", "-"}, "://", 3},
+        {{"url", "parse", "\xff"}, "", 2},
+        {{"url", "make"}, "", 2},
+        {{"url", "make", "--host", "h", "--item", "=v"}, "", 2},
+        {{"url", "make", "--host", "h", "--password-file", "-"}, "p", 2},
+        {{"url", "make", "--scheme", "ssh", "--host", "h", "--port", "22"}, "", 0, "ssh://h:22\n"},
+        {{"path", "append", "C:\\a\\b", "..\\c"}, "", 0, "C:\\a\\c\n"},
+        {{"path", "match", "*.tx?", "a.txt"}, "", 0, ""},
+        {{"path", "match", "*.tx?", "a.TXT"}, "", 1, ""},
+        {{"path", "to-host", "C:\\a\\b"}, "", 0, "/a/b\n"},
+        {{"path", "to-host", "Q:\\a"}, "", 3},
+        {{"path", "from-host", "/a/../b"}, "", 0, "C:\\b\n"},
+        {{"path", "from-host", "/a\\b"}, "", 3},
+        {{"path", "truncate", "C:\\a", "x"}, "", 2},
+        {{"string", "get", "0"}, "", 1},
+        {{"string", "get", "99999999999"}, "", 2},
+        {{"string", "get", "14107", "--language", "de"}, "", 0, "*"},
+        {{"string", "list", "--language", "nobody's"}, "", 2},
+        {{"reg", "query", "HKCU\\None"}, "", 1},
+        {{"reg", "query", "HKXX\\a"}, "", 2},
+        {{"reg", "query", "HKCU\\a\\\\b"}, "", 2},
+        {{"reg", "delete", "HKCU"}, "", 2},
+        {{"reg", "add", "HKCU\\A", "n", "4294967296", "--type", "dword"}, "", 2},
+        {{"reg", "add", "HKCU\\A", "n", "abc", "--type", "binary"}, "", 2},
+        {{"reg", "add", "HKCU\\A", "n", "a", "b"}, "", 2},
+        {{"reg", "import", "-"}, "no .reg text", 3},
+    };
+    tests::expect_answers("", answers);
+}
+
+TEST(Tvutil, JsonIsValidForAnyText) {
+    const std::string odd = "q\"\\\x01\xc3\xa4";
+    tvutil({"reg", "add", "HKCU\\J", odd, odd});
+    const std::vector<std::string> commands[] = {
+        {"product", "name"},
+        {"product", "version", "0"},
+        {"product", "running"},
+        {"url", "parse", "ssh://u@h/%22%5C%01%C3%A4"},
+        {"path", "append", "C:\\" + odd, "b"},
+        {"path", "split-args", odd + " b"},
+        {"path", "to-host", "C:\\" + odd},
+        {"string", "list"},
+        {"string", "languages"},
+        {"reg", "query", "HKCU\\J", "--recursive"},
+        {"reg", "query", "HKCU\\J", "--value", odd},
+    };
+    for (auto command : commands) {
+        SCOPED_TRACE(command[0] + ' ' + command[1]);
+        command.emplace_back("--json");
+        const auto run = tvutil(command);
+        EXPECT_TRUE(nlohmann::json::accept(run.out)) << run.out << run.err;
+    }
+    const auto value =
+        nlohmann::json::parse(tvutil({"reg", "query", "HKCU\\J", "--value", odd, "--json"}).out);
+    EXPECT_EQ(value["name"], odd);
+    EXPECT_EQ(value["data"], odd);
+}
+
+TEST(Tvutil, SecretsComeFromFilesAndGoBackUnchanged) {
+    const auto folder = tests::new_folder();
+    const std::string secret = "p\xc3\xa4ss w\"ord";
+    tests::write_file(folder + "/secret", secret + "\r\n");
+    tests::write_file(folder + "/key", "my own key\n");
+    for (const auto& key :
+         {std::vector<std::string>{}, {"--key", "machine"}, {"--key-file", folder + "/key"}}) {
+        for (const auto* mac : {"md5", "none"}) {
+            std::vector<std::string> options = key;
+            options.insert(options.end(), {"--mac", mac});
+            auto hide = options;
+            hide.insert(hide.begin(), {"protect", "--secret-file", folder + "/secret"});
+            auto show = options;
+            show.insert(show.begin(), "reveal");
+            const auto hidden = tvutil(hide);
+            EXPECT_EQ(hidden.code, 0) << hidden.err;
+            EXPECT_EQ(hidden.out.find(secret), std::string::npos);
+            EXPECT_EQ(tvutil(show, hidden.out).out, secret + "\n");
+        }
+    }
+    const auto made = tvutil(
+        {"url", "make", "--scheme", "ssh", "--user", "u", "--host", "h", "--password-file", "-"},
+        secret);
+    EXPECT_EQ(made.code, 0) << made.err;
+    EXPECT_EQ(made.out.find("word"), std::string::npos);
+    const auto parsed = [&made](std::vector<std::string> more) {
+        more.insert(more.begin(), {"url", "parse", "-", "--json"});
+        return nlohmann::json::parse(tvutil(more, made.out).out)["password"];
+    };
+    EXPECT_EQ(parsed({"--show-secrets"}), secret);
+    EXPECT_NE(parsed({}), secret);
+}
+
+// What a user of the machine could read in a process list is no place for a secret.
+TEST(Tvutil, TakesNoSecretAsArgument) {
+    const std::vector<std::string> commands[] = {
+        {"protect", "secret"},
+        {"protect", "--secret", "secret"},
+        {"protect", "--key", "secret"},
+        {"reveal", "secret"},
+        {"url", "make", "--host", "h", "--user", "u", "--password", "secret"},
+        {"url", "make", "--host", "h", "--passphrase", "secret"},
+        {"url", "make", "--host", "h", "--item", "PASSphrase=secret"},
+    };
+    for (const auto& command : commands) {
+        const auto run = tvutil(command);
+        EXPECT_EQ(run.code, 2) << testing::PrintToString(command);
+        EXPECT_EQ(run.out, "");
+    }
+}
+
+}  // namespace
