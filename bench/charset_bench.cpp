@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <numeric>
 #include <string>
 
 #include "bench/support/page_peers.h"
@@ -158,10 +159,17 @@ const bool kIsRegistered = [] {
         while (text.size() < bench::kSize) text += u"The quick brown fox jumps over the lazy dog. ";
         return text;
     });
-    add_page(kUtf8, "UTF-8", [] {
-        std::u16string letters = u"\u00E9\u00FC\u0436\u0448\u03B1\u05D0\u0627\u0E01";
-        for (char16_t unit = 0x4E00; unit < 0x4E20; ++unit) letters += unit;
-        return bench::mixed_text(letters);
+    const auto from = [](char16_t first, char16_t last) {
+        std::u16string letters(static_cast<std::size_t>(last - first + 1), u'\0');
+        std::iota(letters.begin(), letters.end(), first);
+        return letters;
+    };
+    const auto cyrillic = from(u'\u0430', u'\u044F');
+    const auto chinese = from(u'\u4E00', u'\u4E1F');
+    add_page(kUtf8, "UTF-8, two bytes", [cyrillic] { return bench::mixed_text(cyrillic); });
+    add_page(kUtf8, "UTF-8, three bytes", [chinese] { return bench::mixed_text(chinese); });
+    add_page(kUtf8, "UTF-8, both", [=] {
+        return bench::mixed_text(u"\u00E9\u00FC\u0436\u0448\u03B1\u05D0\u0627\u0E01" + chinese);
     });
     for (const auto& page : bench::kPages) {
         add_page(page, std::to_string(page.number),

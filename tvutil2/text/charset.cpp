@@ -21,9 +21,9 @@ namespace cp = tvutil2::codepage;
 
 namespace {
 
-constexpr unsigned int kEucJp = 51932;
+using tvutil2::kEucJp;
+using tvutil2::kGb18030;
 constexpr unsigned int kShiftJis = 932;
-constexpr unsigned int kGb18030 = 54936;
 
 // WC_COMPOSITECHECK, unless there is nothing that it could change: looking once is less than twice.
 DWORD encode_flags(unsigned int page, std::u16string_view text) {

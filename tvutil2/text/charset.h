@@ -10,6 +10,7 @@
 
 #include "tvutil2/framework/strings.h"
 #include "tvutil2/platform/base/export.h"
+#include "tvutil2/text/decode_table.h"
 
 #include <bit>
 
@@ -79,16 +80,12 @@ class TVUTIL_API CCharSetDecoder : public CCharSetConverter {
     /// sequence, overlong forms and those of 5 and 6 bytes are computed modulo 2^32.
     int Decode(unsigned char byte, unsigned int& code, unsigned char* raw,
                unsigned int* rawLength) {
-        if (IsAscii(byte, code, raw, rawLength)) return 1;
-        if (codePage == kUtf8) return DecodeUtf8(byte, code, raw, rawLength);
-        return DecodeRest(byte, code, raw, rawLength);
+        return Step(byte, code, raw, rawLength);
     }
     /// The same with a 16-bit unit in `code`: the low half of what lies above U+FFFF in UTF-8, and
     /// "." for it in 54936.
     int Decode(unsigned char byte, char16_t& code, unsigned char* raw, unsigned int* rawLength) {
-        if (IsAscii(byte, code, raw, rawLength)) return 1;
-        if (codePage == kUtf8) return DecodeUtf8(byte, code, raw, rawLength);
-        return DecodeRest(byte, code, raw, rawLength);
+        return Step(byte, code, raw, rawLength);
     }
 
   protected:
@@ -98,66 +95,102 @@ class TVUTIL_API CCharSetDecoder : public CCharSetConverter {
 
   private:
     static constexpr unsigned int kLongest = 6;
-
     static constexpr unsigned int kUtf8 = 65001;
 
-    // A terminal's bytes are mostly ASCII, which every page has as it is, and hosts mostly send
-    // UTF-8: neither costs a call.
+    /// In one register, so that a caller's `code` can stay in another.
+    struct Result {
+        int isComplete;
+        unsigned int code;
+    };
+
+    // None of what hosts mostly send costs a call: pages with a table, ASCII, UTF-8.
     template <class Code>
-    bool IsAscii(unsigned char byte, Code& code, unsigned char* raw,
-                 unsigned int* rawLength) const {
-        if (received != 0 || byte >= 0x7F) return false;
-        code = byte;
-        if (raw != nullptr) *raw = byte;
-        if (rawLength != nullptr) *rawLength = 1;
-        return true;
+    int Step(unsigned char byte, Code& code, unsigned char* raw, unsigned int* rawLength) {
+        if (codePage == kUtf8) return DecodeUtf8(byte, code, raw, rawLength);
+        if (table->page == codePage) return DecodeByTable(byte, code, raw, rawLength);
+        return DecodeByRule(byte, code, raw, rawLength);
     }
     template <class Code>
-    int DecodeUtf8(unsigned char byte, Code& code, unsigned char* raw, unsigned int* rawLength) {
-        auto held = received;
-        const auto length = held == 0 ? Utf8Length(byte) : expected;
-        sequence[held++] = byte;
-        if (held < length) {
-            expected = length;
-            received = held;
-            return 0;
-        }
-        code = static_cast<Code>(Utf8Sum(length));
+    static int Put(unsigned int character, unsigned int length, const unsigned char* bytes,
+                   Code& code, unsigned char* raw, unsigned int* rawLength) {
+        code = static_cast<Code>(character);
         if (raw != nullptr) {
-            for (unsigned int i = 0; i < length; ++i) raw[i] = sequence[i];
+            for (unsigned int i = 0; i < length; ++i) raw[i] = bytes[i];
         }
         if (rawLength != nullptr) *rawLength = length;
-        received = 0;
         return 1;
+    }
+    template <class Code>
+    int DecodeByTable(unsigned char byte, Code& code, unsigned char* raw, unsigned int* rawLength) {
+        using tvutil2::DecodeTable;
+        if (received == 0) {
+            const auto unit = table->units[byte];
+            if (unit != DecodeTable::kNoUnit) return Put(unit, 1, &byte, code, raw, rawLength);
+            if (table->row[byte] != 0) {
+                sequence[0] = byte;
+                expected = table->begun;
+                received = 1;
+                return 0;
+            }
+        } else if (received == 1) {
+            const auto row = table->row[sequence[0]] * 256U;
+            const auto unit = table->units[row + byte];
+            const bool is_told = !table->is_rewritten || (raw == nullptr && rawLength == nullptr);
+            if (row != 0 && unit != DecodeTable::kNoUnit && is_told) {
+                sequence[1] = byte;
+                received = 0;
+                return Put(unit, 2, sequence, code, raw, rawLength);
+            }
+        }
+        return DecodeByRule(byte, code, raw, rawLength);
+    }
+    // The sum is kept as it grows.
+    template <class Code>
+    int DecodeUtf8(unsigned char byte, Code& code, unsigned char* raw, unsigned int* rawLength) {
+        if (received == 0) {
+            if (byte < 0x80) return Put(byte, 1, &byte, code, raw, rawLength);
+            expected = Utf8Length(byte);
+            if (expected == 1) return Put(byte, 1, &byte, code, raw, rawLength);
+            sequence[0] = byte;
+            sum = byte;
+            received = 1;
+            return 0;
+        }
+        sequence[received] = byte;
+        sum = (sum << 6U) + byte;
+        if (++received < expected) return 0;
+        received = 0;
+        return Put(Utf8Sum(expected), expected, sequence, code, raw, rawLength);
+    }
+    template <class Code>
+    int DecodeByRule(unsigned char byte, Code& code, unsigned char* raw, unsigned int* rawLength) {
+        const auto result = Complete(byte, sizeof(Code) > 2, raw, rawLength);
+        if (result.isComplete != 0) code = static_cast<Code>(result.code);
+        return result.isComplete;
     }
     // The leading one bits tell; a byte that continues a sequence and 0xFE, 0xFF stand alone.
     static unsigned int Utf8Length(unsigned char first) {
         const auto ones = static_cast<unsigned int>(std::countl_one(first));
         return ones >= 2 && ones <= kLongest ? ones : 1;
     }
-    // The sum of a sequence, less the marker bits of its bytes, modulo 2^32.
+    // The sum without the marker bits of its bytes, modulo 2^32.
     [[nodiscard]] unsigned int Utf8Sum(unsigned int length) const {
         constexpr unsigned int kMarkers[] = {0,         0,          0x3080,    0xE2080,
                                              0x3C82080, 0xFA082080, 0x82082080};
-        unsigned int sum = sequence[0];
-        for (unsigned int i = 1; i < length; ++i) sum = (sum << 6U) + sequence[i];
         return sum - kMarkers[length];
     }
 
-    int DecodeRest(unsigned char byte, unsigned int& code, unsigned char* raw,
-                   unsigned int* rawLength);
-    int DecodeRest(unsigned char byte, char16_t& code, unsigned char* raw, unsigned int* rawLength);
     [[nodiscard]] unsigned int Page() const;
     bool Take(unsigned char byte);
     [[nodiscard]] char32_t Convert();
     char32_t Finish(unsigned char* raw, unsigned int* rawLength);
-    bool IsLookedUp(unsigned char byte, char16_t& unit) const;
-    template <class Code>
-    int Complete(unsigned char byte, Code& code, unsigned char* raw, unsigned int* rawLength);
+    Result Complete(unsigned char byte, bool isWide, unsigned char* raw, unsigned int* rawLength);
 
     unsigned char sequence[kLongest] = {};
     unsigned int expected = 0;  ///< length of the sequence
     unsigned int received = 0;  ///< bytes held; 0 between characters
+    unsigned int sum = 0;       ///< what the bytes held come to in UTF-8
+    const tvutil2::DecodeTable* table = &tvutil2::DecodeTable::none;
 };
 
 /// A code point as one unit or a surrogate pair, and their count. Beyond Unicode it is the middle

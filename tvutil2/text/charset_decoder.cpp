@@ -6,15 +6,14 @@
 #include <algorithm>
 #include <iterator>
 
+using tvutil2::kEucJp;
+using tvutil2::kUnsettled;
 using tvutil2::codepage::FourByteArea;
 using tvutil2::codepage::PageTable;
 
 namespace {
 
 constexpr char32_t kBad = U'.';
-constexpr unsigned int kUnsettled = 0xFFFFFFFF;
-constexpr unsigned int kEucJp = 51932;
-constexpr unsigned int kGb18030 = 54936;
 
 bool is_between(unsigned char byte, unsigned char first, unsigned char last) {
     return byte >= first && byte <= last;
@@ -65,46 +64,34 @@ unsigned int CCharSetDecoder::GetEncodeLength(unsigned char byte) const {
     switch (const auto page = Page()) {
         case CP_UTF8:
             return Utf8Length(byte);
-        case kGb18030:
+        case tvutil2::kGb18030:
             return gb18030_length(sequence, received, byte);
-        case kEucJp:
-            return byte == 0x8F ? 3 : byte == 0x8E || is_between(byte, 0xA1, 0xFE) ? 2 : 1;
-        case 932:
-            return is_between(byte, 0x81, 0x9F) || is_between(byte, 0xE0, 0xEF) ? 2 : 1;
-        case 949:
-            return is_between(byte, 0xA1, 0xFE) ? 2 : 1;
-        case 950:
-        case 20936:
-            return is_between(byte, 0x81, 0xFE) ? 2 : 1;
-        default: {
-            const auto* const table = PageTable::of(page);
-            return table != nullptr && table->is_lead(byte) ? 2 : 1;
-        }
+        default:
+            return tvutil2::sequence_length(page, byte);
     }
 }
 
 // Whether a character is complete with this byte. No more than `expected` bytes are ever held,
 // except for the second one of a bad pair.
-inline bool CCharSetDecoder::Take(unsigned char byte) {
+bool CCharSetDecoder::Take(unsigned char byte) {
     if (received == 0) expected = GetEncodeLength(byte);
     sequence[received++] = byte;
     if (expected == kUnsettled) expected = GetEncodeLength(sequence[0]);
     return received >= expected;
 }
 
-inline char32_t CCharSetDecoder::Convert() {
+char32_t CCharSetDecoder::Convert() {
     auto page = Page();
-    if (page == CP_UTF8) return Utf8Sum(expected);
     if (page == kEucJp) {
         expected = tvutil2::to_shift_jis(sequence);
         page = 932;
     }
     if (expected == 1 && sequence[0] < 0x80) return sequence[0];
-    const auto* const table = PageTable::of(page);
-    return table == nullptr ? kBad : from_table(*table, sequence, expected);
+    const auto* const units = PageTable::of(page);
+    return units == nullptr ? kBad : from_table(*units, sequence, expected);
 }
 
-inline char32_t CCharSetDecoder::Finish(unsigned char* raw, unsigned int* rawLength) {
+char32_t CCharSetDecoder::Finish(unsigned char* raw, unsigned int* rawLength) {
     const unsigned char left_over = received > expected ? sequence[1] : 0;
     const auto character = Convert();
     if (raw != nullptr) std::copy_n(sequence, expected, raw);
@@ -115,49 +102,16 @@ inline char32_t CCharSetDecoder::Finish(unsigned char* raw, unsigned int* rawLen
     return character;
 }
 
-// Most of what the general way below would do, in a few steps: a byte of a page of single bytes,
-// and the second byte of a pair in a page whose pairs stand in its table as they come.
-inline bool CCharSetDecoder::IsLookedUp(unsigned char byte, char16_t& unit) const {
-    if (codePage == kEucJp) return false;
-    const auto* const table = PageTable::of(Page());
-    if (table == nullptr) return false;
-    if (received == 0) {
-        if (table->has_leads()) return false;
-        unit = table->unit_of(byte);
-        return true;
+// What a look-up doesn't tell, the first look at a page, and UTF-8 as the ANSI code page.
+CCharSetDecoder::Result CCharSetDecoder::Complete(unsigned char byte, bool isWide,
+                                                  unsigned char* raw, unsigned int* rawLength) {
+    if (Page() == CP_UTF8) {
+        Result result{0, 0};
+        result.isComplete = DecodeUtf8(byte, result.code, raw, rawLength);
+        return result;
     }
-    const bool is_pair = expected == 2 || (expected == kUnsettled && codePage == kGb18030 &&
-                                           is_gb18030_pair(sequence[0], byte));
-    if (received != 1 || !is_pair) return false;
-    unit = table->is_lead(sequence[0]) ? table->unit_of(sequence[0], byte) : PageTable::kNoUnit;
-    return true;
-}
-
-template <class Code>
-inline int CCharSetDecoder::Complete(unsigned char byte, Code& code, unsigned char* raw,
-                                     unsigned int* rawLength) {
-    auto unit = PageTable::kNoUnit;
-    if (IsLookedUp(byte, unit)) {
-        code = static_cast<Code>(unit == PageTable::kNoUnit ? kBad : unit);
-        if (raw != nullptr) *std::copy_n(sequence, received, raw) = byte;
-        if (rawLength != nullptr) *rawLength = received + 1;
-        sequence[0] = 0;
-        received = 0;
-        return 1;
-    }
-    if (!Take(byte)) return 0;
+    if (table->page != codePage) table = tvutil2::DecodeTable::of(codePage);
+    if (!Take(byte)) return {0, 0};
     const auto character = Finish(raw, rawLength);
-    const bool has_room = sizeof(Code) > 2 || character <= 0xFFFF || Page() == CP_UTF8;
-    code = static_cast<Code>(has_room ? character : kBad);
-    return 1;
-}
-
-int CCharSetDecoder::DecodeRest(unsigned char byte, unsigned int& code, unsigned char* raw,
-                                unsigned int* rawLength) {
-    return Complete(byte, code, raw, rawLength);
-}
-
-int CCharSetDecoder::DecodeRest(unsigned char byte, char16_t& code, unsigned char* raw,
-                                unsigned int* rawLength) {
-    return Complete(byte, code, raw, rawLength);
+    return {1, isWide || character <= 0xFFFF ? character : kBad};
 }

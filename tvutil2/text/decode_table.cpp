@@ -1,0 +1,104 @@
+#include "tvutil2/text/decode_table.h"
+
+#include "tvutil2/platform/codepage/codepage.h"
+#include "tvutil2/platform/codepage/page_table.h"
+#include "tvutil2/text/euc_jp.h"
+
+#include <map>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+using tvutil2::codepage::PageTable;
+
+namespace tvutil2 {
+namespace {
+
+static_assert(DecodeTable::kNoUnit == PageTable::kNoUnit);
+
+constexpr auto kNoUnits = [] {
+    std::array<char16_t, 256> units{};
+    units.fill(DecodeTable::kNoUnit);
+    return units;
+}();
+
+// By way of Shift-JIS, and its arithmetic takes any second byte.
+char16_t euc_jp_unit(const PageTable& shift_jis, unsigned int lead, unsigned int trail) {
+    unsigned char bytes[] = {static_cast<unsigned char>(lead), static_cast<unsigned char>(trail)};
+    if (to_shift_jis(bytes) == 1) return shift_jis.unit_of(bytes[0]);
+    return shift_jis.is_lead(bytes[0]) ? shift_jis.unit_of(bytes[0], bytes[1])
+                                       : DecodeTable::kNoUnit;
+}
+
+// The units of EUC-JP, kept as long as the table.
+const char16_t* add_euc_jp(const PageTable& shift_jis, DecodeTable& table) {
+    auto& units = *new std::vector<char16_t>(kNoUnits.begin(), kNoUnits.end());
+    for (unsigned char byte = 0; byte < 0x7F; ++byte) units[byte] = byte;
+    for (unsigned int lead = 0x80; lead < 0x100; ++lead) {
+        if (sequence_length(kEucJp, static_cast<unsigned char>(lead)) != 2) continue;
+        table.row[lead] = static_cast<unsigned char>(units.size() / 256);
+        for (unsigned int trail = 0; trail < 0x100; ++trail) {
+            units.push_back(euc_jp_unit(shift_jis, lead, trail));
+        }
+    }
+    return units.data();
+}
+
+// The page's own units; of its rows those that the decoder's rule for the length has too.
+const char16_t* add_page(const PageTable& page, DecodeTable& table) {
+    for (unsigned int lead = 0x80; lead < 0x100; ++lead) {
+        const auto byte = static_cast<unsigned char>(lead);
+        const bool is_pair = page.number() == kGb18030 || sequence_length(page.number(), byte) == 2;
+        if (is_pair) table.row[lead] = page.row_numbers()[lead];
+    }
+    return page.rows();
+}
+
+std::unique_ptr<const DecodeTable> make(unsigned int number, const PageTable& page) {
+    auto table = std::make_unique<DecodeTable>();
+    table->page = number;
+    table->begun = page.number() == kGb18030 ? kUnsettled : 2;
+    table->is_rewritten = page.number() == kEucJp;
+    const auto* const shift_jis = table->is_rewritten ? PageTable::of(932) : nullptr;
+    table->units = shift_jis != nullptr ? add_euc_jp(*shift_jis, *table) : add_page(page, *table);
+    return table;
+}
+
+}  // namespace
+
+constinit const DecodeTable DecodeTable::none = {0xFFFFFFFF, 2, false, {}, kNoUnits.data()};
+
+// Never destroyed: other modules' static objects may decode after ours are gone.
+const DecodeTable* DecodeTable::of(unsigned int page) {
+    static std::mutex making;
+    static auto& tables = *new std::map<unsigned int, std::unique_ptr<const DecodeTable>>();
+    const auto* const source = PageTable::of(page == CP_ACP ? GetACP() : page);
+    if (source == nullptr) return &none;
+    const std::lock_guard guard(making);
+    auto& table = tables[page];
+    if (!table) table = make(page, *source);
+    return table.get();
+}
+
+unsigned int sequence_length(unsigned int page, unsigned char first) {
+    const auto is_between = [first](unsigned char low, unsigned char high) {
+        return first >= low && first <= high;
+    };
+    switch (page) {
+        case kEucJp:
+            return first == 0x8F ? 3 : first == 0x8E || is_between(0xA1, 0xFE) ? 2 : 1;
+        case 932:
+            return is_between(0x81, 0x9F) || is_between(0xE0, 0xEF) ? 2 : 1;
+        case 949:
+            return is_between(0xA1, 0xFE) ? 2 : 1;
+        case 950:
+        case 20936:
+            return is_between(0x81, 0xFE) ? 2 : 1;
+        default: {
+            const auto* const table = PageTable::of(page);
+            return table != nullptr && table->is_lead(first) ? 2 : 1;
+        }
+    }
+}
+
+}  // namespace tvutil2
