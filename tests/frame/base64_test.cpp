@@ -125,7 +125,6 @@ TEST(Base64, KernelsAgreeOnEverySizeAndComeBack) {
         const auto text = encoded(tvutil2::base64_kernels()[0], bytes);
         for (const auto& kernel : tvutil2::base64_kernels()) {
             ASSERT_EQ(encoded(kernel, bytes), text) << kernel.name << " " << size;
-            ASSERT_EQ(kernel.length(text.c_str()), text.size());
             CBuffer out;
             ASSERT_EQ(tvutil2::decode_base64(kernel, text, out), 1);
             ASSERT_EQ(bytes_of(out), bytes) << kernel.name << " " << size;

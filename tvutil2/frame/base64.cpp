@@ -1,6 +1,7 @@
 #include "tvutil2/frame/base64.h"
 
 #include "tvutil2/frame/base64_reader.h"
+#include "tvutil2/platform/base/text_length.h"
 #include "tvutil2/platform/base/wide_text.h"
 
 #include <climits>
@@ -115,5 +116,5 @@ void CBase64::Encode(const CBuffer& data, CString& out) {
 
 int CBase64::Decode(const char16_t* text, CBuffer& out) {
     const auto& kernel = tvutil2::base64_kernels().back();
-    return tvutil2::decode_base64(kernel, {text, kernel.length(text)}, out);
+    return tvutil2::decode_base64(kernel, {text, tvutil2::text_length(text)}, out);
 }

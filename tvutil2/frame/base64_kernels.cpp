@@ -2,7 +2,6 @@
 
 #include <array>
 #include <cstdint>
-#include <string>
 
 namespace tvutil2 {
 namespace {
@@ -67,7 +66,7 @@ std::size_t decode(const char16_t* from, std::size_t size, unsigned char* to) {
 
 }  // namespace
 
-const Base64Kernel kPortableBase64{"portable", encode, decode, std::char_traits<char16_t>::length};
+const Base64Kernel kPortableBase64{"portable", encode, decode};
 
 std::span<const Base64Kernel> base64_kernels() {
     struct Available {

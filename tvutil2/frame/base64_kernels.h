@@ -21,8 +21,6 @@ struct Base64Kernel {
     /// multiple of 4). Stops in front of a block with a character outside the alphabet. `to` has
     /// room for all of `size`.
     std::size_t (*decode)(const char16_t* from, std::size_t size, unsigned char* to);
-    /// Units before the terminating zero.
-    std::size_t (*length)(const char16_t* text);
 };
 
 inline constexpr char kBase64Alphabet[] =

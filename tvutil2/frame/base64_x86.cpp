@@ -107,35 +107,6 @@ TARGET_AVX2 std::size_t decode_avx2(const char16_t* from, std::size_t size, unsi
     return taken;
 }
 
-// One bit a byte of an aligned block of 64 bytes: two set bits for a zero unit.
-TARGET_AVX2 __attribute__((no_sanitize("address", "thread"))) std::uint64_t zeros_in(
-    const __m256i* block) {
-    const __m256i zero = _mm256_setzero_si256();
-    const auto low =
-        static_cast<std::uint32_t>(_mm256_movemask_epi8(_mm256_cmpeq_epi16(block[0], zero)));
-    const auto high =
-        static_cast<std::uint32_t>(_mm256_movemask_epi8(_mm256_cmpeq_epi16(block[1], zero)));
-    return std::uint64_t{high} << 32U | low;
-}
-
-// Reads whole aligned blocks, so beyond both ends of the text but never into a page that the text
-// doesn't touch; the sanitizers can't know that this is harmless.
-TARGET_AVX2 std::size_t length_avx2(const char16_t* text) {
-    const auto address = reinterpret_cast<std::uintptr_t>(text);
-    const auto before = address % 64;
-    const auto* block = reinterpret_cast<const __m256i*>(address - before);
-    if (const auto zeros = zeros_in(block) >> before; zeros != 0) {
-        return static_cast<std::size_t>(__builtin_ctzll(zeros)) / 2;
-    }
-    for (;;) {
-        block += 2;
-        if (const auto zeros = zeros_in(block); zeros != 0) {
-            const auto start = reinterpret_cast<std::uintptr_t>(block) - address;
-            return (start + static_cast<std::size_t>(__builtin_ctzll(zeros))) / 2;
-        }
-    }
-}
-
 constexpr __mmask64 kFirst48 = 0x0000FFFFFFFFFFFF;
 
 TARGET_AVX512 std::size_t encode_avx512(const unsigned char* from, std::size_t size, char16_t* to) {
@@ -194,8 +165,8 @@ TARGET_AVX512 std::size_t decode_avx512(const char16_t* from, std::size_t size, 
 
 }  // namespace
 
-const Base64Kernel kAvx2Base64{"AVX2", encode_avx2, decode_avx2, length_avx2};
-const Base64Kernel kAvx512Base64{"AVX-512 VBMI", encode_avx512, decode_avx512, length_avx2};
+const Base64Kernel kAvx2Base64{"AVX2", encode_avx2, decode_avx2};
+const Base64Kernel kAvx512Base64{"AVX-512 VBMI", encode_avx512, decode_avx512};
 
 }  // namespace tvutil2
 

@@ -5,6 +5,7 @@
 #include "tvutil2/platform/codepage/codepage.h"
 #include "tvutil2/platform/codepage/composition.h"
 #include "tvutil2/platform/codepage/page_table.h"
+#include "tvutil2/platform/codepage/pair_bytes.h"
 #include "tvutil2/platform/codepage/utf8_coding.h"
 #include "tvutil2/text/code_page.h"
 #include "tvutil2/text/euc_jp.h"
@@ -76,13 +77,11 @@ unsigned int put_euc_jp(const cp::PageTable& shift_jis, char16_t unit, unsigned 
     if (unit < 0x80) return 1;
     const auto bytes = shift_jis.bytes_of(unit);
     out[0] = bytes == cp::PageTable::kNoBytes ? '?' : static_cast<unsigned char>(bytes);
-    if (bytes <= 0xFF) return tvutil2::to_euc_jp(out, 1);
-    out[0] = static_cast<unsigned char>(bytes >> 8U);
-    out[1] = static_cast<unsigned char>(bytes);
-    return tvutil2::to_euc_jp(out, 2);
+    out[1] = static_cast<unsigned char>(bytes >> 8U);
+    return tvutil2::to_euc_jp(out, bytes > 0xFF ? 2 : 1);
 }
 
-// What each unit becomes in EUC-JP, two bytes with the first one in the upper half.
+// What each unit becomes in EUC-JP, as in the table of a page; every unit has its bytes.
 class EucJpBytes {
   public:
     static const EucJpBytes& get() {
@@ -90,6 +89,7 @@ class EucJpBytes {
         return bytes;
     }
     [[nodiscard]] std::uint16_t of(char16_t unit) const { return m_bytes[unit]; }
+    [[nodiscard]] const std::uint16_t* table() const { return m_bytes.data(); }
 
   private:
     EucJpBytes() {
@@ -100,22 +100,24 @@ class EucJpBytes {
                                   ? 1
                                   : put_euc_jp(*shift_jis, static_cast<char16_t>(unit), bytes);
             m_bytes[unit] =
-                static_cast<std::uint16_t>(size == 1 ? bytes[0] : bytes[0] << 8U | bytes[1]);
+                static_cast<std::uint16_t>(size == 1 ? bytes[0] : bytes[1] << 8U | bytes[0]);
         }
     }
 
-    std::array<std::uint16_t, 0x10000> m_bytes;
+    std::array<std::uint16_t, 0x10001> m_bytes;
 };
 
 void append_euc_jp(std::u16string_view text, CBuffer& out) {
     const auto& table = EucJpBytes::get();
     const auto most = text.size() * 2;
     auto* const bytes = space(out, most);
-    std::size_t size = 0;
-    for (const auto unit : text) {
+    const auto front = cp::pair_bytes_kernels().back().put(table.table(), text,
+                                                           reinterpret_cast<char*>(bytes), most);
+    auto size = front.made;
+    for (const auto unit : text.substr(front.taken)) {
         const auto both = table.of(unit);
-        if (both > 0xFF) bytes[size++] = static_cast<unsigned char>(both >> 8U);
         bytes[size++] = static_cast<unsigned char>(both);
+        if (both > 0xFF) bytes[size++] = static_cast<unsigned char>(both >> 8U);
     }
     out.ConsumeEnd(static_cast<unsigned int>(most - size));
 }

@@ -7,6 +7,8 @@
 #include "tvutil2/platform/files/files.h"
 
 #include <gtest/gtest.h>
+#include <sys/mman.h>
+#include <unistd.h>
 
 #include <atomic>
 #include <cerrno>
@@ -44,7 +46,28 @@ TEST(WideText, Comparisons) {
     }
     EXPECT_EQ(_wcsicmp(u"ABC\u00C4", u"abc\u00E4"), 0);
     EXPECT_GT(_wcsicmp(u"Z", u"_"), 0) << "lowered, not raised";
+}
+
+// Every length at the end of a page, with nothing behind it and no zero in front.
+TEST(WideText, LengthReadsNoPageBeyondItsText) {
+    const auto page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+    auto* const pages =
+        mmap(nullptr, 2 * page, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    ASSERT_NE(pages, MAP_FAILED);
+    ASSERT_EQ(mprotect(static_cast<char*>(pages) + page, page, PROT_NONE), 0);
+    auto* const units = static_cast<char16_t*>(pages);
+    const std::size_t count = page / sizeof *units;
+    for (std::size_t i = 0; i < count; ++i)
+        units[i] = static_cast<char16_t>(i % 2 == 0 ? 1 : 0x100);
+    for (std::size_t last = 200; last > 0; --last) {
+        units[count - last] = 0;
+        for (std::size_t size = 0; size < 200; ++size) {
+            ASSERT_EQ(lstrlenW(units + count - last - size), static_cast<int>(size));
+        }
+        units[count - last] = 0x8000;
+    }
     EXPECT_EQ(lstrlenW(nullptr), 0);
+    munmap(pages, 2 * page);
 }
 
 TEST(WideText, Numbers) {

@@ -1,6 +1,7 @@
 // The inner loops against plain ones: what a kernel takes becomes the same as without it, whatever
 // stands before and behind, and wherever something is wrong.
 #include "tvutil2/platform/codepage/codepage.h"
+#include "tvutil2/platform/codepage/pair_bytes.h"
 #include "tvutil2/platform/codepage/single_units.h"
 #include "tvutil2/platform/codepage/utf8_kernels.h"
 
@@ -163,6 +164,45 @@ TEST(CodePageKernels, SingleUnitsAreTheSameByAllOfThem) {
             for (std::size_t i = 0; i < size; ++i) {
                 ASSERT_EQ(units[i], table[static_cast<unsigned char>(bytes[i])]) << kernel.name;
             }
+        }
+    }
+}
+
+// Units of one and two bytes in every mixture, one without any at every place, and room that ends
+// early.
+TEST(CodePageKernels, PairBytesAreTheSameByAllOfThem) {
+    std::vector<std::uint16_t> table(0x10001);
+    for (std::uint16_t unit = 1; unit != 0; ++unit) {
+        table[unit] = static_cast<std::uint16_t>(unit < 0x100 ? unit : unit | 0x4080);
+    }
+    constexpr char16_t kNone = 0x4E00;
+    table[kNone] = 0;
+    std::mt19937 random(1);
+    for (std::size_t size = 0; size < 300; ++size) {
+        std::u16string units(size, u'a');
+        std::string expected;
+        const auto stop = random() % 400;
+        for (std::size_t i = 0; i < size; ++i) {
+            if (random() % 3 != 0) units[i] = static_cast<char16_t>(1 + random() % 0xFFFF);
+            if (i == stop) units[i] = kNone;
+            const auto bytes = table[units[i]];
+            expected += static_cast<char>(bytes);
+            if (bytes > 0xFF) expected += static_cast<char>(bytes >> 8U);
+        }
+        const std::size_t room = random() % 3 == 0 ? random() % 600 : size * 2;
+        const auto whole =
+            pair_bytes_kernels()[0].put(table.data(), units, std::string(room, '#').data(), room);
+        for (const auto& kernel : pair_bytes_kernels()) {
+            std::string bytes(room + 1, '#');
+            const auto progress = kernel.put(table.data(), units, bytes.data(), room);
+            ASSERT_EQ(progress.taken, whole.taken) << kernel.name << " " << size;
+            ASSERT_EQ(progress.made, whole.made) << kernel.name << " " << size;
+            ASSERT_EQ(bytes.substr(0, progress.made), expected.substr(0, progress.made));
+            ASSERT_EQ(bytes[room], '#');
+            ASSERT_LE(progress.taken, units.find(kNone));
+        }
+        if (room == size * 2) {
+            ASSERT_GT(whole.taken + 32, std::min(size, units.find(kNone)));
         }
     }
 }

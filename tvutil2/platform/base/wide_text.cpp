@@ -1,6 +1,7 @@
 #include "tvutil2/platform/base/wide_text.h"
 
 #include "tvutil2/platform/base/locale.h"
+#include "tvutil2/platform/base/text_length.h"
 
 #include <unicode/uchar.h>
 #include <unicode/ucol.h>
@@ -95,7 +96,7 @@ bool put_part(std::u16string_view part, char16_t* out, std::size_t size) {
 }  // namespace
 
 int lstrlenW(const char16_t* text) {
-    return text == nullptr ? 0 : static_cast<int>(std::char_traits<char16_t>::length(text));
+    return text == nullptr ? 0 : static_cast<int>(tvutil2::text_length(text));
 }
 
 int lstrcmpW(const char16_t* a, const char16_t* b) {

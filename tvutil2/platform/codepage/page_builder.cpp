@@ -86,7 +86,7 @@ bool is_private(char16_t unit) {
 }
 
 constexpr std::uint16_t pair_of(unsigned int lead, unsigned int trail) {
-    return static_cast<std::uint16_t>(lead << 8U | trail);
+    return static_cast<std::uint16_t>(trail << 8U | lead);
 }
 
 }  // namespace
@@ -190,11 +190,11 @@ void PageBuilder::add_inverse_from(UConverter& converter) {
         if (U_FAILURE(status)) continue;
         for (std::ptrdiff_t i = 0, end = to - bytes; i < end;) {
             const auto start = i;
-            unsigned int value = 0;
-            for (; i < end && offsets[i] == offsets[start]; ++i) {
-                value = value << 8U | static_cast<BYTE>(bytes[i]);
-            }
-            if (i - start <= 2) entry_of(units[offsets[start]]) = static_cast<std::uint16_t>(value);
+            while (i < end && offsets[i] == offsets[start]) ++i;
+            if (i - start > 2) continue;
+            const auto lead = static_cast<BYTE>(bytes[start]);
+            const auto trail = i - start == 2 ? static_cast<BYTE>(bytes[start + 1]) : BYTE{0};
+            entry_of(units[offsets[start]]) = pair_of(lead, trail);
         }
     }
 }
@@ -234,24 +234,26 @@ void PageBuilder::add_upper_half() {
 }
 
 void PageBuilder::add_differences() {
-    const auto exchange = [this](char16_t& place, unsigned int sequence, char16_t unit) {
+    const auto exchange = [this](char16_t& place, std::uint16_t bytes, char16_t unit) {
         if (place != PageTable::kNoUnit) entry_of(place) = PageTable::kNoBytes;
         place = unit;
-        if (unit != PageTable::kNoUnit) entry_of(unit) = static_cast<std::uint16_t>(sequence);
+        if (unit != PageTable::kNoUnit) entry_of(unit) = bytes;
     };
     for (const auto& difference : differences()) {
         if (difference.number != m_row.number) continue;
         for (unsigned int byte = difference.first; byte <= difference.last; ++byte) {
             const bool is_none = difference.unit == PageTable::kNoUnit;
             const auto step = is_none ? 0 : byte - difference.first;
-            exchange(m_table->m_units[byte], byte, static_cast<char16_t>(difference.unit + step));
+            exchange(m_table->m_units[byte], pair_of(byte, 0),
+                     static_cast<char16_t>(difference.unit + step));
         }
     }
     for (const auto& difference : pair_differences()) {
         if (difference.number != m_row.number) continue;
-        const std::size_t row = m_table->m_row_of_lead[difference.pair >> 8U];
-        exchange(m_table->m_units[row * 256 + (difference.pair & 0xFFU)], difference.pair,
-                 difference.unit);
+        const unsigned int lead = difference.pair >> 8U;
+        const unsigned int trail = difference.pair & 0xFFU;
+        const std::size_t row = m_table->m_row_of_lead[lead];
+        exchange(m_table->m_units[row * 256 + trail], pair_of(lead, trail), difference.unit);
     }
 }
 

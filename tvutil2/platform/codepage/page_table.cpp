@@ -15,7 +15,7 @@ PageTable::PageTable(const CatalogueRow& row)
       m_replacement(row.replacement),
       m_leads{row.leads[0], row.leads[1]},
       m_units(256, kNoUnit),
-      m_bytes(static_cast<std::uint16_t*>(std::calloc(0x10000, sizeof(std::uint16_t)))) {
+      m_bytes(static_cast<std::uint16_t*>(std::calloc(0x10001, sizeof(std::uint16_t)))) {
     if (!m_bytes) throw std::bad_alloc();
 }
 

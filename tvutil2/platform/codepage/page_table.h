@@ -50,11 +50,11 @@ class PageTable {
     [[nodiscard]] const char16_t* lenient_units() const { return m_lenient.data(); }
     /// Every byte is the unit of its value.
     [[nodiscard]] bool is_latin1() const { return m_is_latin1; }
-    /// One byte, or two with the lead byte in the upper half; kNoBytes for none, and for U+0000,
-    /// whose byte is 0.
+    /// One byte, or two with the lead byte in the lower half, as they stand in memory; kNoBytes for
+    /// none, and for U+0000, whose byte is 0.
     [[nodiscard]] std::uint16_t bytes_of(char16_t unit) const { return m_bytes[unit]; }
     /// bytes_of as a table of 65,536, for inner loops, whose writes would make them look the
-    /// table's members up again and again.
+    /// table's members up again and again. Two bytes behind it may be read.
     [[nodiscard]] const std::uint16_t* bytes() const { return m_bytes.get(); }
     /// unit_of in the same way: the units of single bytes, and behind them a row of 256 for each
     /// lead byte; and the number of a lead byte's row, 0 for other bytes.

@@ -1,6 +1,8 @@
 #include "tvutil2/platform/codepage/table_coding.h"
 
+#include "tvutil2/platform/codepage/ascii_block.h"
 #include "tvutil2/platform/codepage/lead_scan.h"
+#include "tvutil2/platform/codepage/pair_bytes.h"
 #include "tvutil2/platform/codepage/single_units.h"
 
 #include <bit>
@@ -8,22 +10,6 @@
 
 namespace tvutil2::codepage {
 namespace {
-
-// How much is looked at for plain ASCII at once. In mixed text there is none, and the question is
-// cheap because its answer is always the same.
-constexpr std::size_t kStep = 32;
-
-bool is_ascii(const char16_t* units) {
-    std::uint64_t words[kStep / 4];
-    std::memcpy(words, units, sizeof words);
-    std::uint64_t all = 0;
-    for (const auto word : words) all |= word;
-    return (all & 0xFF80FF80FF80FF80U) == 0;
-}
-
-void narrow(const char16_t* from, char* to) {
-    for (std::size_t i = 0; i < kStep; ++i) to[i] = static_cast<char>(from[i]);
-}
 
 BYTE byte_of(char c) {
     return static_cast<BYTE>(c);
@@ -145,11 +131,11 @@ std::uint64_t put_eight(const std::uint16_t* bytes_of, const char16_t* from, cha
 Progress put_latin1_bytes(std::u16string_view units, char* to, std::size_t room) {
     units = units.substr(0, room);
     std::size_t i = 0;
-    for (; i + kStep <= units.size(); i += kStep) {
+    for (; i + kAsciiBlock <= units.size(); i += kAsciiBlock) {
         unsigned int all = 0;
-        for (std::size_t j = i; j < i + kStep; ++j) all |= units[j];
+        for (std::size_t j = i; j < i + kAsciiBlock; ++j) all |= units[j];
         if (all > 0xFF) break;
-        narrow(units.data() + i, to + i);
+        narrow_block(units.data() + i, to + i);
     }
     for (; i < units.size() && units[i] <= 0xFF; ++i) to[i] = static_cast<char>(units[i]);
     return {i, i};
@@ -161,13 +147,13 @@ Progress put_single_bytes(const PageTable& page, std::u16string_view units, char
     const char16_t* const from = units.data();
     const std::size_t size = std::min(units.size(), room);
     std::size_t i = 0;
-    for (; i + kStep <= size; i += kStep) {
-        if (is_ascii(from + i)) {
-            narrow(from + i, to + i);
+    for (; i + kAsciiBlock <= size; i += kAsciiBlock) {
+        if (is_ascii_block(from + i)) {
+            narrow_block(from + i, to + i);
             continue;
         }
         std::uint64_t has_none = 0;
-        for (std::size_t j = i; j < i + kStep; j += 8)
+        for (std::size_t j = i; j < i + kAsciiBlock; j += 8)
             has_none |= put_eight(bytes_of, from + j, to + j);
         if (has_none != 0) break;
     }
@@ -198,39 +184,6 @@ Progress count_pair_bytes(const PageTable& page, std::u16string_view units) {
     return progress;
 }
 
-Progress put_pair_bytes(const PageTable& page, std::u16string_view units, char* to,
-                        std::size_t room) {
-    const std::uint16_t* const bytes_of = page.bytes();
-    const char16_t* const start = units.data();
-    const char16_t* const end = start + units.size();
-    const char16_t* from = start;
-    char* const out = to;
-    while (end - from >= static_cast<std::ptrdiff_t>(kStep) &&
-           out + room - to >= static_cast<std::ptrdiff_t>(2 * kStep)) {
-        if (is_ascii(from)) {
-            narrow(from, to);
-            from += kStep;
-            to += kStep;
-            continue;
-        }
-        for (const char16_t* const stop = from + kStep; from < stop; ++from) {
-            const unsigned int bytes = bytes_of[*from];
-            if (bytes == PageTable::kNoBytes) {
-                return {static_cast<std::size_t>(from - start), static_cast<std::size_t>(to - out)};
-            }
-            // Without a branch, and always two bytes: whether a character has two can't be
-            // foretold.
-            const unsigned int is_pair = bytes > 0xFF ? 1 : 0;
-            const unsigned int swapped = bytes << 8U | bytes >> 8U;
-            const auto both =
-                static_cast<std::uint16_t>(bytes ^ ((swapped ^ bytes) & (0 - is_pair)));
-            std::memcpy(to, &both, sizeof both);
-            to += 1 + is_pair;
-        }
-    }
-    return {static_cast<std::size_t>(from - start), static_cast<std::size_t>(to - out)};
-}
-
 }  // namespace
 
 Progress count_plain_units(const PageTable& page, bool is_strict, std::string_view bytes) {
@@ -257,7 +210,7 @@ Progress count_plain_bytes(const PageTable& page, const DefaultBytes& unmapped,
 Progress put_plain_bytes(const PageTable& page, std::u16string_view units, char* to,
                          std::size_t room) {
     if (page.is_latin1()) return put_latin1_bytes(units, to, room);
-    return page.has_leads() ? put_pair_bytes(page, units, to, room)
+    return page.has_leads() ? pair_bytes_kernels().back().put(page.bytes(), units, to, room)
                             : put_single_bytes(page, units, to, room);
 }
 
@@ -281,7 +234,8 @@ TableFront table_front(const PageTable& page, std::string_view bytes) {
 BytesFront bytes_front(const PageTable& page, std::u16string_view units) {
     if (units[0] == 0) return {0, 1, 1};
     const unsigned int bytes = page.bytes_of(units[0]);
-    if (bytes != PageTable::kNoBytes) return {bytes, bytes > 0xFF ? 2U : 1U, 1};
+    if (bytes > 0xFF) return {(bytes & 0xFFU) << 8U | bytes >> 8U, 2, 1};
+    if (bytes != PageTable::kNoBytes) return {bytes, 1, 1};
     if (page.four_bytes() == nullptr) return {0, 0, 1};
     const auto character = utf16_front(units);
     const auto four = page.four_bytes()->bytes_of(character);
