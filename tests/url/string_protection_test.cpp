@@ -7,11 +7,13 @@
 #include "tvutil2/url/url_info.h"
 
 #include <gtest/gtest.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstdio>
 #include <string>
+#include <thread>
 
 #include "tests/support/profile.h"
 
@@ -206,6 +208,45 @@ TEST(StringProtection, WhatOneProcessProtectsAnotherReads) {
     CUrlInfo info;
     EXPECT_EQ(info.Parse_URL(CString(text), 1), 1);
     EXPECT_TRUE(info.m_strPassword == u"s\u00E9cret");
+}
+
+CString url_with_secret() {
+    CUrlInfo info;
+    info.m_strHost = u"host";
+    info.m_strUser = u"user";
+    info.m_strPassword = u"secret";
+    CString url;
+    EXPECT_EQ(info.MakeURL(url, 0, 1), 1);
+    return url;
+}
+
+bool is_readable(const CString& url) {
+    CUrlInfo info;
+    EXPECT_EQ(info.Parse_URL(url, 1), 1);
+    return info.m_strPassword == u"secret";
+}
+
+// Only the superuser can act for another; for anyone else the account stays what it is.
+TEST(StringProtection, ASecretIsTheActingAccountsAtEveryCall) {
+    constexpr auto kKeep = static_cast<uid_t>(-1);
+    constexpr uid_t kNobody = 65534;
+    const auto own = url_with_secret();
+    for (const uid_t others : {kKeep, kNobody}) {  // for a while, and for good
+        // A thread's ids are its own when the C library isn't asked to set them for all.
+        std::thread([&] {
+            EXPECT_TRUE(is_readable(own));
+            const auto before = geteuid();
+            const bool is_other =
+                syscall(SYS_setresuid, others, kNobody, others) == 0 && before != kNobody;
+            for (int i = 0; i < 2; ++i) {
+                EXPECT_EQ(is_readable(own), !is_other);
+                EXPECT_EQ(url_with_secret() == own, !is_other);
+            }
+            if (syscall(SYS_setresuid, kKeep, getuid(), kKeep) != 0) ADD_FAILURE();
+            EXPECT_EQ(is_readable(own), others == kKeep || !is_other);
+        }).join();
+        EXPECT_TRUE(is_readable(own));
+    }
 }
 
 TEST(StringProtection, TheDefaultKeyIsUserAndComputer) {

@@ -38,12 +38,17 @@ Digest md5(const void* data, std::size_t size) {
     return digest;
 }
 
-// In place: the bytes never stand anywhere but in the block that is wiped at the end.
-void apply_cipher(const char* key_text, unsigned char* bytes, std::size_t size) {
+// RC4 before its first byte.
+RC4_KEY start_under(const char* key_text) {
     const auto key = md5(key_text, std::strlen(key_text));
-    RC4_KEY schedule;
-    RC4_set_key(&schedule, static_cast<int>(key.size()), key.data());
-    RC4(&schedule, size, bytes, bytes);
+    RC4_KEY start;
+    RC4_set_key(&start, static_cast<int>(key.size()), key.data());
+    return start;
+}
+
+// In place: the bytes never stand anywhere but in the block that is wiped at the end.
+void apply_cipher(RC4_KEY cipher, unsigned char* bytes, std::size_t size) {
+    RC4(&cipher, size, bytes, bytes);
 }
 
 // The plain bytes of a text, with `more` bytes of room behind them. One block from the beginning:
@@ -53,7 +58,7 @@ unsigned int put_plain_bytes(const CString& text, unsigned int more, CBuffer& ou
     const auto most = (static_cast<std::size_t>(text.GetLength()) + 1) * kMostForUnit;
     if (most > INT_MAX) throw std::bad_alloc();
     const auto room = static_cast<unsigned int>(most);
-    auto* const bytes = reinterpret_cast<char*>(out.AppendSpace(room + more));
+    auto* const bytes = reinterpret_cast<char*>(out.InsertSpace(room + more));
     const int with_zero = WideCharToMultiByte(CP_ACP, WC_COMPOSITECHECK, text, -1, bytes,
                                               static_cast<int>(room), "?", nullptr);
     const auto size = static_cast<unsigned int>(with_zero - 1);
@@ -86,6 +91,29 @@ LocalText identifier_of(const char16_t* account) {
     return LocalText(text);
 }
 
+// What the versions of a key text make of an account.
+enum class KeyForm {
+    identifier,  // up to "5.2"
+    name_first,  // up to "7.0", session URLs among them: they say "5.3"
+    backwards    // above
+};
+
+bool put_account_key(CString& out, KeyForm form) {
+    char16_t name[256] = {};
+    DWORD name_size = 255;
+    if (GetUserNameW(name, &name_size) == 0) return false;
+    const auto identifier = identifier_of(name);
+    out.Empty();
+    if (!identifier) return false;
+    if (form == KeyForm::name_first) out = name;
+    out += identifier.get();
+    if (form == KeyForm::backwards) {
+        out.MakeReverse();
+        out += name;
+    }
+    return true;
+}
+
 struct CipherKey {
     char text[256] = {};
 };
@@ -109,38 +137,77 @@ char16_t* storage_of(CString& text) {
     return storage;
 }
 
+void encrypt(const RC4_KEY& start, CString& text, bool with_digest) {
+    CBuffer work;
+    const auto size = put_plain_bytes(text, with_digest ? MD5_DIGEST_LENGTH : 0, work);
+    const auto digest = with_digest ? md5(work.Ptr(), size) : Digest{};
+    apply_cipher(start, bytes_of(work), size);
+    if (with_digest) work.Append(digest.data(), MD5_DIGEST_LENGTH);
+    CBase64::Encode(work, text);
+}
+
+bool decrypt(const RC4_KEY& start, CString& text, bool with_digest) {
+    CBuffer work;
+    if (CBase64::Decode(text, work) == 0) return false;
+    Digest expected{};
+    if (with_digest) {
+        if (work.Len() < expected.size()) return false;
+        const auto size = work.Len() - MD5_DIGEST_LENGTH;
+        std::memcpy(expected.data(), work.Ptr() + size, expected.size());
+        work.ConsumeEnd(MD5_DIGEST_LENGTH);
+    }
+    apply_cipher(start, bytes_of(work), work.Len());
+    if (with_digest && md5(work.Ptr(), work.Len()) != expected) return false;
+    work.PutByte(0);
+    text = reinterpret_cast<const char*>(work.Ptr());
+    return true;
+}
+
+// The cipher under the key of the current account; null when the account can't be had. To work it
+// out costs several times the rest of a short secret, so a thread keeps the last account's, by its
+// number: a change of account is seen at once. Other keys are none of ours to keep.
+const RC4_KEY* account_start() {
+    struct Kept {
+        bool is_made;
+        DWORD account;
+        RC4_KEY start;
+    };
+    thread_local Kept kept{};
+    const auto account = acting_user_id();
+    if (kept.is_made && kept.account == account) return &kept.start;
+    CString key;
+    if (!put_account_key(key, KeyForm::name_first)) return nullptr;
+    kept = {true, account, start_under(CAnsiString(key.GetString()))};
+    return &kept.start;
+}
+
 }  // namespace
 
 int encrypt_string(const char* key, CString& text, int mac) {
     if (mac != kNoMac && mac != kMd5Mac) return 0;
     if (key == nullptr) key = TvGetCipherKey();
-    CBuffer work;
-    const auto size = put_plain_bytes(text, mac == kMd5Mac ? MD5_DIGEST_LENGTH : 0, work);
-    const auto digest = mac == kMd5Mac ? md5(work.Ptr(), size) : Digest{};
-    apply_cipher(key, bytes_of(work), size);
-    if (mac == kMd5Mac) work.Append(digest.data(), MD5_DIGEST_LENGTH);
-    CBase64::Encode(work, text);
-    work.Clear(1);
+    encrypt(start_under(key), text, mac == kMd5Mac);
     return 1;
 }
 
 int decrypt_string(const char* key, CString& text, int mac) {
     if (mac != kNoMac && mac != kMd5Mac) return 0;
     if (key == nullptr) key = TvGetCipherKey();
-    CBuffer work;
-    if (CBase64::Decode(text, work) == 0) return 0;
-    Digest expected{};
-    if (mac == kMd5Mac) {
-        if (work.Len() < expected.size()) return 0;
-        const auto size = work.Len() - MD5_DIGEST_LENGTH;
-        std::memcpy(expected.data(), work.Ptr() + size, expected.size());
-        work.ConsumeEnd(MD5_DIGEST_LENGTH);
-    }
-    apply_cipher(key, bytes_of(work), work.Len());
-    if (mac == kMd5Mac && md5(work.Ptr(), work.Len()) != expected) return 0;
-    work.PutByte(0);
-    text = reinterpret_cast<const char*>(work.Ptr());
-    return 1;
+    return decrypt(start_under(key), text, mac == kMd5Mac) ? 1 : 0;
+}
+
+bool protect_for_account(CString& text) {
+    const auto* const start = account_start();
+    if (start == nullptr) return false;
+    encrypt(*start, text, true);
+    return true;
+}
+
+bool reveal_for_account(CString& text) {
+    const auto* const start = account_start();
+    if (start == nullptr) return false;
+    decrypt(*start, text, true);
+    return true;
 }
 
 }  // namespace tvutil2
@@ -165,21 +232,9 @@ char16_t* TvGetDecryptedString(const char16_t* key, const char16_t* text) {
 }
 
 int GetCurSID(CString& out, const char16_t* version) {
-    char16_t name[256] = {};
-    DWORD name_size = 255;
-    if (GetUserNameW(name, &name_size) == 0) return 0;
-    const auto sid = tvutil2::identifier_of(name);
-    out.Empty();
-    if (!sid) return 0;
-    if (lstrcmpW(version, u"5.2") <= 0) {
-        out = sid.get();
-    } else if (lstrcmpW(version, u"7.0") <= 0) {
-        out = name;
-        out += sid.get();
-    } else {
-        out = sid.get();
-        out.MakeReverse();
-        out += name;
-    }
-    return 1;
+    using tvutil2::KeyForm;
+    const auto form = lstrcmpW(version, u"5.2") <= 0   ? KeyForm::identifier
+                      : lstrcmpW(version, u"7.0") <= 0 ? KeyForm::name_first
+                                                       : KeyForm::backwards;
+    return tvutil2::put_account_key(out, form) ? 1 : 0;
 }

@@ -38,4 +38,10 @@ namespace tvutil2 {
 int encrypt_string(const char* key, CString& text, int mac);
 int decrypt_string(const char* key, CString& text, int mac);
 
+/// The way of the secrets in session URLs: with a digest, under the key text of the current account
+/// for version "5.3". False, with `text` as it was, when the account can't be had. A text that
+/// can't be read under this account stays as it is.
+bool protect_for_account(CString& text);
+bool reveal_for_account(CString& text);
+
 }  // namespace tvutil2

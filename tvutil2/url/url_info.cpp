@@ -1,11 +1,9 @@
 #include "tvutil2/url/url_info.h"
 
-#include "tvutil2/frame/ansi_string.h"
 #include "tvutil2/platform/base/wide_text.h"
 #include "tvutil2/url/string_protection.h"
 #include "tvutil2/url/url_text.h"
 
-#include <optional>
 #include <string_view>
 
 const char16_t* const kAuthMethodNames[6] = {u"Password", u"Public Key", u"Keyboard Interactive",
@@ -18,19 +16,11 @@ using View = std::u16string_view;
 
 constexpr auto kNone = View::npos;
 constexpr WORD kRdpPort = 3389;
-constexpr char16_t kKeyVersion[] = u"5.3";
 constexpr char16_t kAuthMethod[] = u"AuthMethod";
 constexpr char16_t kPublicKeyMethod[] = u"11";
 
 bool is_key(const CString& key, View name) {
     return key.View().size() == name.size() && key.CompareNoCase(name.data()) == 0;
-}
-
-// The key text that secrets in URLs are protected under; nothing when the account can't be had.
-std::optional<CAnsiString> user_key() {
-    CString text;
-    if (GetCurSID(text, kKeyVersion) == 0) return std::nullopt;
-    return CAnsiString(text.GetString());
 }
 
 bool has_port(View text) {
@@ -91,7 +81,7 @@ class Reader {
         }
         m_info.m_strPassword = user.substr(colon + 1);
         unescape(m_info.m_strPassword);
-        if (!reveal(m_info.m_strPassword)) return false;
+        if (!tvutil2::reveal_for_account(m_info.m_strPassword)) return false;
         m_info.m_strUser = user.substr(0, colon);
         return true;
     }
@@ -118,7 +108,7 @@ class Reader {
         CString value(item.substr(at + 1));
         unescape(key);
         unescape(value);
-        if (is_key(key, u"Passphrase") && !reveal(value)) return false;
+        if (is_key(key, u"Passphrase") && !tvutil2::reveal_for_account(value)) return false;
 
         auto& items = m_info.m_mapParams;
         const bool is_agent = is_key(key, u"Agent");
@@ -162,26 +152,16 @@ class Reader {
         return true;
     }
 
-    // False only when there is no key; a text that doesn't decipher stays as it is.
-    static bool reveal(CString& text) {
-        const auto key = user_key();
-        if (!key) return false;
-        CUrlInfo::DecryptString(*key, text, CUrlInfo::MAC_MD5, CUrlInfo::ENC_RC4);
-        return true;
-    }
-
     CUrlInfo& m_info;
     View m_rest;
     bool m_unescape;
 };
 
 // Writes a secret, protected and escaped, behind `prefix`; false, and nothing, when there is no
-// key.
+// account.
 bool append_secret(View prefix, const CString& secret, CString& url) {
-    const auto key = user_key();
-    if (!key) return false;
     CString text(secret);
-    CUrlInfo::EncryptString(*key, text, CUrlInfo::MAC_MD5, CUrlInfo::ENC_RC4);
+    if (!tvutil2::protect_for_account(text)) return false;
     url += prefix;
     tvutil2::append_escaped(text.View(), url);
     return true;

@@ -6,13 +6,17 @@
 #include "tvutil2/platform/codepage/codepage.h"
 #include "tvutil2/platform/process/machine_number.h"
 
+#include <linux/capability.h>
 #include <pwd.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <charconv>
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -91,25 +95,22 @@ std::optional<std::u16string> ask_user_name(uid_t id) {
     return to_utf16_lossy(account.name.value_or(std::string(kNumericName) + std::to_string(id)));
 }
 
-// Whether this process can never act for another account: it is nobody's deputy and not root.
-bool is_account_fixed() {
+// Whether the calling thread can never act for another account: all its user ids are one, and it
+// isn't allowed to set others. Nothing but a new program gives that right back.
+bool is_fixed_to(uid_t id) {
     uid_t real = 0;
     uid_t effective = 0;
     uid_t saved = 0;
-    return getresuid(&real, &effective, &saved) == 0 && effective != 0 && real == effective &&
-           saved == effective;
-}
-
-// The user id that the process acts for; a system call only where it can change.
-uid_t user_id() {
-    static const std::optional<uid_t> fixed =
-        is_account_fixed() ? std::optional(geteuid()) : std::nullopt;
-    return fixed ? *fixed : geteuid();
+    __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
+    __user_cap_data_struct capabilities[_LINUX_CAPABILITY_U32S_3] = {};
+    return getresuid(&real, &effective, &saved) == 0 && real == id && effective == id &&
+           saved == id && syscall(SYS_capget, &header, capabilities) == 0 &&
+           (capabilities[0].permitted & (1U << CAP_SETUID)) == 0;
 }
 
 std::optional<std::u16string> user_name() {
     static auto* const last = new LastAnswer<uid_t, std::u16string>;
-    const auto id = user_id();
+    const auto id = acting_user_id();
     return last->get(id, [id] { return ask_user_name(id); });
 }
 
@@ -183,6 +184,22 @@ void write_sid(PSID out, const MachineNumber& machine, uid_t id) {
     std::memcpy(static_cast<char*>(out) + sizeof head, rest, sizeof rest);
 }
 
+// The text of an identifier in the making, in room for the longest one.
+class SidText {
+  public:
+    void append(std::string_view text) { m_end = std::copy(text.begin(), text.end(), m_end); }
+    void append(std::uint64_t number) {
+        m_end = std::to_chars(m_end, std::end(m_text), number).ptr;
+    }
+    [[nodiscard]] std::string_view view() const { return {m_text, m_end}; }
+
+  private:
+    static constexpr std::size_t kMostDigits = 20;
+    char m_text[4 + kMostDigits +
+                std::size_t{kMostSubAuthorities} * 11];  // "S-1-", and a "-" and 10 digits each
+    char* m_end = m_text;
+};
+
 // GetUserName's rule for sizes: the zero counts both ways.
 template <class Text, class Unit>
 BOOL give_name(const Text& name, Unit* buffer, DWORD* size) {
@@ -207,6 +224,22 @@ BOOL give_computer_name(const Text& name, Unit* buffer, DWORD* size) {
 }
 
 }  // namespace
+
+// By thread: to the kernel every thread has user ids of its own, and programs that serve several
+// accounts make use of that.
+std::uint32_t acting_user_id() {
+    struct Seen {
+        bool is_any;
+        bool is_fixed;
+        uid_t id;
+    };
+    thread_local Seen seen{};
+    if (seen.is_fixed) return seen.id;
+    const auto id = geteuid();
+    if (!seen.is_any || seen.id != id) seen = {true, is_fixed_to(id), id};
+    return id;
+}
+
 }  // namespace tvutil2
 
 BOOL GetUserNameW(char16_t* buffer, DWORD* size) {
@@ -265,16 +298,20 @@ BOOL ConvertSidToStringSidW(const void* sid, char16_t** text) {
     for (std::size_t i = 0; i < sizeof SID::IdentifierAuthority; ++i) {
         authority = authority << 8 | bytes[offsetof(SID, IdentifierAuthority) + i];
     }
-    auto out = "S-1-" + std::to_string(authority);
+    SidText out;
+    out.append("S-1-");
+    out.append(authority);
     for (std::size_t i = 0; i < count; ++i) {
         DWORD part = 0;
         std::memcpy(&part, bytes + offsetof(SID, SubAuthority) + i * sizeof part, sizeof part);
-        out += '-' + std::to_string(part);
+        out.append("-");
+        out.append(part);
     }
-    auto* const block = LocalAlloc(LMEM_FIXED, (out.size() + 1) * sizeof(char16_t));
+    const auto made = out.view();
+    auto* const block = LocalAlloc(LMEM_FIXED, (made.size() + 1) * sizeof(char16_t));
     if (block == nullptr) return FALSE;
     *text = reinterpret_cast<char16_t*>(block);
-    *std::copy(out.begin(), out.end(), *text) = 0;
+    *std::copy(made.begin(), made.end(), *text) = 0;
     return TRUE;
 }
 

@@ -6,12 +6,14 @@
 // would answer differently. All functions are safe from any thread.
 //
 // The account database is asked once for each account in turn, not at each call, and the machine's
-// name once in the life of the process. A process that can act for several accounts (root, a
-// set-user-id program) is looked at anew each time.
+// name once in the life of the process. The account itself is the calling thread's effective user:
+// a thread that can change it (root's, a set-user-id program's) is looked at anew each time.
 #pragma once
 
 #include "tvutil2/platform/base/export.h"
 #include "tvutil2/platform/base/types.h"
+
+#include <cstdint>
 
 /// A binary security identifier; see SID for its layout.
 using PSID = void*;
@@ -63,3 +65,12 @@ inline constexpr UINT LMEM_ZEROINIT = 0x0040;
 TVUTIL_API HLOCAL LocalAlloc(UINT flags, std::size_t size);
 /// Frees a block, null included. Always null.
 TVUTIL_API HLOCAL LocalFree(HLOCAL block);
+
+namespace tvutil2 {
+
+/// The number of the account that the calling thread acts for. Name and identifier of an account
+/// stay what they are for the life of the process, so what is worked out from them can be kept by
+/// this number. A system call where the account can change, none elsewhere.
+[[nodiscard]] std::uint32_t acting_user_id();
+
+}  // namespace tvutil2
