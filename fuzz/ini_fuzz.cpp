@@ -16,11 +16,11 @@ using Entries = std::map<std::u16string, std::map<std::u16string, std::u16string
 
 Entries entries_of(const CIniFile& document) {
     Entries entries;
-    document.sections.ForEach([&entries](const CString& name, void* section) {
+    document.sections.ForEach([&entries](std::u16string_view name, void* section) {
         if (section == nullptr) return;
         static_cast<CIniSection*>(section)->Values().ForEach(
-            [&](const CString& key, const CString& value) {
-                entries[std::u16string(name.View())][std::u16string(key.View())] = value.View();
+            [&](std::u16string_view key, std::u16string_view value) {
+                entries[std::u16string(name)][std::u16string(key)] = value;
             });
     });
     return entries;

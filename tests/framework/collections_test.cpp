@@ -51,12 +51,15 @@ TEST(Maps, DoWhatAnOrderedMapDoes) {
         const unsigned range = round % 4000 < 2000 ? 300 : 20;
         const auto key = key_of(random() % range);
         CString value;
-        switch (random() % 5) {
+        switch (random() % 6) {
             case 0:
-            case 1:
-                value = key_of(random());
+                value = CString(u'v', static_cast<int>(random() % 20));
                 map.SetAt(key, value);
                 model[key.GetString()] = value;
+                break;
+            case 1:
+                map[key] += u'+';
+                model[key.GetString()] += u'+';
                 break;
             case 2:
                 value = map[key];
@@ -76,6 +79,27 @@ TEST(Maps, DoWhatAnOrderedMapDoes) {
         ASSERT_EQ(static_cast<std::size_t>(map.GetCount()), model.size());
     }
     EXPECT_EQ(content_of(map), model);
+}
+
+// A value's own text, and parts of it, taken while it stands behind its key and while it is a
+// string.
+TEST(Maps, TextOfTheMapCanBeSetInIt) {
+    for (const bool is_string : {false, true}) {
+        CMapStringToString map;
+        map.SetAt(u"key", u"some text that is long enough");
+        const std::u16string_view text = is_string ? map[u"key"].View() : [&map] {
+            std::u16string_view found;
+            map.ForEach(
+                [&found](std::u16string_view, std::u16string_view value) { found = value; });
+            return found;
+        }();
+        map.Set(text, text);
+        map.Set(u"key", text.substr(5));
+        EXPECT_EQ(content_of(map),
+                  (std::map<std::u16string, std::u16string>{
+                      {u"key", u"text that is long enough"},
+                      {u"some text that is long enough", u"some text that is long enough"}}));
+    }
 }
 
 TEST(Maps, AWalkSurvivesTheRemovalOfWhatItIsAt) {

@@ -18,16 +18,16 @@ namespace {
 
 using Entries = std::map<std::string, std::string>;  // "section|key", value
 
-std::string utf8(const CString& text) {
-    return tvutil2::to_ansi(text.View());
+std::string utf8(std::u16string_view text) {
+    return tvutil2::to_ansi(text);
 }
 
 Entries entries_of(const CIniFile& document) {
     Entries entries;
-    document.sections.ForEach([&entries](const CString& name, void* section) {
+    document.sections.ForEach([&entries](std::u16string_view name, void* section) {
         if (section == nullptr) return;
         static_cast<CIniSection*>(section)->Values().ForEach(
-            [&](const CString& key, const CString& value) {
+            [&](std::u16string_view key, std::u16string_view value) {
                 entries[utf8(name) + '|' + utf8(key)] = utf8(value);
             });
     });
@@ -249,7 +249,7 @@ TEST(IniFile, TellsWhatCannotBeOpened) {
     for (const auto& [path, error] : cases) {
         EXPECT_EQ(document.Read(path.c_str()), 0);
         EXPECT_EQ(document.Write(path.c_str(), 1, 1), 0);
-        EXPECT_EQ(GetLastError(), error) << utf8(CString(path));
+        EXPECT_EQ(GetLastError(), error) << utf8(path);
         document.Read(nullptr);
     }
     const File read_only("[s]\nk=2");

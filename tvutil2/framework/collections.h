@@ -6,6 +6,7 @@
 // framework takes for an invalid argument throws CInvalidArgException.
 #pragma once
 
+#include "tvutil2/framework/node_pool.h"
 #include "tvutil2/framework/string_map.h"
 
 /// Doubly linked list of text.

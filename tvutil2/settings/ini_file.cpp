@@ -16,7 +16,7 @@ int CIniSection::RemoveKey(const char16_t* key) {
 void CIniSection::SetValue(const char16_t* key, int value) {
     CString text;
     text.Format(u"%d", value);
-    m_values.SetAt(key, std::move(text));
+    m_values.SetAt(key, text);
 }
 
 void CIniSection::SetValue(const char16_t* key, const char16_t* value) {
@@ -26,7 +26,7 @@ void CIniSection::SetValue(const char16_t* key, const char16_t* value) {
 void CIniSection::SetValue(const char16_t* key, const unsigned char* data, DWORD size) {
     CString text;
     if (data != nullptr && size != 0) CBase64::Encode(data, size, text);
-    m_values.SetAt(key, std::move(text));
+    m_values.SetAt(key, text);
 }
 
 int CIniSection::GetValue(const char16_t* key, int fallback) const {
@@ -50,7 +50,7 @@ CIniFile::~CIniFile() {
 }
 
 void CIniFile::DeleteSections() {
-    sections.ForEach([](const CString&, void* section) {
+    sections.ForEach([](std::u16string_view, void* section) {
         const std::unique_ptr<CIniSection> owner(static_cast<CIniSection*>(section));
     });
     sections.RemoveAll();

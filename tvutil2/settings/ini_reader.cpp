@@ -28,7 +28,7 @@ class IniParser {
         const auto equals = find_unit(text, u'=');
         if (equals == std::u16string_view::npos || equals == 0) return;
         if (m_section == nullptr) m_section = &m_document.SectionFor(m_name);
-        m_section->m_values.At(text.substr(0, equals)) = text.substr(equals + 1);
+        m_section->m_values.Set(text.substr(0, equals), text.substr(equals + 1));
     }
 
     void lines(std::u16string_view text) {
@@ -222,8 +222,9 @@ bool parse_narrow(LineRuns& runs, bool has_mark, IniParser& parser) {
 
 IniOutcome read_ini(const char16_t* path, CIniFile& document) {
     IniOutcome outcome;
-    const auto file = CreateFileW(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                                  OPEN_EXISTING, FILE_FLAG_SEQUENTIAL_SCAN, nullptr);
+    const auto file =
+        CreateFileW(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                    nullptr, OPEN_EXISTING, FILE_FLAG_SEQUENTIAL_SCAN, nullptr);
     if (file == INVALID_HANDLE_VALUE) return outcome;
     outcome.is_open = true;
     LineRuns runs(file);

@@ -20,17 +20,17 @@ constexpr char16_t kMark = 0xFEFF;
 // header, and the section that a walk meets last stands first.
 template <class Piece>
 void for_each_piece_from_behind(const CIniFile& document, Piece piece) {
-    document.sections.ForEach([&piece](const CString& name, void* section) {
+    document.sections.ForEach([&piece](std::u16string_view name, void* section) {
         if (section == nullptr) return;
         const auto& values = static_cast<const CIniSection*>(section)->Values();
-        values.ForEach([&piece](const CString& key, const CString& value) {
+        values.ForEach([&piece](std::u16string_view key, std::u16string_view value) {
             piece(u"\n");
-            piece(value.View());
+            piece(value);
             piece(u"=");
-            piece(key.View());
+            piece(key);
         });
         piece(u"]\n");
-        piece(name.View());
+        piece(name);
         piece(u"[");
     });
 }

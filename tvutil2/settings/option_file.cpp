@@ -63,8 +63,12 @@ int COptionFile::EnumOption(CStringArray& out, const char16_t* sectionOverride) 
         listed = &SectionFor(std::u16string_view(sectionOverride));
     }
     if (listed == nullptr) return 0;
-    listed->Values().ForEach(
-        [&out](const CString& key, const CString& value) { out.Add(key + u"=" + value); });
+    listed->Values().ForEach([&out](std::u16string_view key, std::u16string_view value) {
+        CString line(key);
+        line += u'=';
+        line += value;
+        out.Add(std::move(line));
+    });
     if (out.IsEmpty()) return 0;
     std::sort(&out[0], &out[0] + out.GetSize(),
               [](const CString& a, const CString& b) { return a.Compare(b) < 0; });
