@@ -1,13 +1,21 @@
-// Everything that the library offers to a product.
+// Everything that the library offers to a product: the library's rooms and the framework's.
+//
+// Of the platform layer comes along what those need. A program that calls the layer's functions by
+// itself includes their area's header (tvutil2/platform/files/files.h, ...): they are many, and
+// their names are global. Exported for the tests and the tool alone, and no offer:
+// tvutil2/frame/base64_kernels.h, tvutil2/frame/base64_reader.h, tvutil2/framework/narrow_text.h.
 #pragma once
 
 #include "tvutil2/data/command_line.h"
+#include "tvutil2/data/features.h"
 #include "tvutil2/data/files.h"
 #include "tvutil2/data/folders.h"
 #include "tvutil2/data/names.h"
 #include "tvutil2/data/path.h"
+#include "tvutil2/data/session_folders.h"
 #include "tvutil2/data/shell.h"
 #include "tvutil2/data/text.h"
+#include "tvutil2/data/user_data.h"
 #include "tvutil2/frame/ansi_string.h"
 #include "tvutil2/frame/base64.h"
 #include "tvutil2/frame/buffer.h"
@@ -36,3 +44,4 @@
 #include "tvutil2/url/string_protection.h"
 #include "tvutil2/url/url_info.h"
 #include "tvutil2/url/url_launch.h"
+#include "tvutil2/url/url_text.h"

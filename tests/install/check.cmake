@@ -1,6 +1,6 @@
 # Installs the built tree below a throw-away prefix, and builds and runs a program against that alone:
 # once with find_package, once with pkg-config. Then each header that no source of its own includes first
-# is compiled alone.
+# is compiled alone, and tvutil2.h is held against what the library's and the framework's rooms export.
 #
 #   cmake -D BUILD=... -D SOURCE=... -D WORK=... -D COMPILER=... -P check.cmake
 set(prefix ${WORK}/prefix)
@@ -13,6 +13,15 @@ function(run)
     string(JOIN " " command ${ARGN})
     message(FATAL_ERROR "${command}\n${output}")
   endif()
+  set(printed ${output} PARENT_SCOPE)
+endfunction()
+
+# The program must have worked, and said what it is there to say.
+function(run_consumer program)
+  run(${program})
+  if(NOT printed STREQUAL "Pelrin\n")
+    message(FATAL_ERROR "${program} printed: ${printed}")
+  endif()
 endfunction()
 
 run(${CMAKE_COMMAND} --install ${BUILD} --prefix ${prefix})
@@ -21,7 +30,7 @@ run(${prefix}/bin/tvutil --version)
 run(${CMAKE_COMMAND} -G Ninja -S ${SOURCE}/consumer -B ${WORK}/consumer
     -D CMAKE_CXX_COMPILER=${COMPILER} -D CMAKE_PREFIX_PATH=${prefix})
 run(${CMAKE_COMMAND} --build ${WORK}/consumer)
-run(${WORK}/consumer/consumer)
+run_consumer(${WORK}/consumer/consumer)
 
 file(GLOB_RECURSE package ${prefix}/*/tvutil2.pc)
 get_filename_component(package_folder ${package} DIRECTORY)
@@ -32,10 +41,17 @@ separate_arguments(flags UNIX_COMMAND "${flags}")
 run(${COMPILER} ${SOURCE}/consumer/consumer.cpp ${flags} -o ${WORK}/by_pkg_config)
 get_filename_component(library_folder ${package_folder} DIRECTORY)
 set(ENV{LD_LIBRARY_PATH} ${library_folder})
-run(${WORK}/by_pkg_config)
+run_consumer(${WORK}/by_pkg_config)
 
 file(GLOB_RECURSE headers RELATIVE ${prefix}/include ${prefix}/include/tvutil2/*.h)
+run(${COMPILER} -std=c++20 -I${prefix}/include -MM ${SOURCE}/consumer/consumer.cpp)
+file(READ ${prefix}/include/tvutil2/tvutil2.h offer)
 foreach(header ${headers})
+  file(STRINGS ${prefix}/include/${header} exports REGEX TVUTIL_API LIMIT_COUNT 1)
+  string(FIND "${printed} ${offer}" ${header} place)
+  if(exports AND place EQUAL -1 AND NOT header MATCHES "^tvutil2/platform/")
+    message(FATAL_ERROR "tvutil2.h neither includes ${header} nor says why not")
+  endif()
   string(REGEX REPLACE "[.]h$" ".cpp" own_source ${SOURCE}/../../${header})
   if(EXISTS ${own_source})
     continue()
