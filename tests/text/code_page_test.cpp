@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <ostream>
 #include <string_view>
 #include <thread>
 #include <vector>
@@ -63,6 +64,10 @@ struct Language {
     const char* locale;
     unsigned int page;
 };
+
+void PrintTo(const Language& language, std::ostream* out) {
+    *out << language.locale;
+}
 
 class DefaultOfLanguage : public ::testing::TestWithParam<Language> {};
 

@@ -267,6 +267,52 @@ TEST(TextFileWrite, FailuresPassThroughButNotOutOfDestructors) {
     refused.WriteEndl();
 }
 
+// What a file of its own keeps back or reads ahead stays unseen by who asks it.
+TEST(TextFile, ItsOwnFileKnowsWhereItIs) {
+    struct Writer : CTextFileWrite {
+        using CTextFileBase::file;
+        using CTextFileWrite::CTextFileWrite;
+    };
+    struct Reader : CTextFileRead {
+        using CTextFileBase::file;
+        using CTextFileRead::CTextFileRead;
+    };
+    const Place place;
+    std::string expected;
+    {
+        Writer writer(place.path.c_str(), Base::TE_ANSI);
+        // Blocks of every size around what is kept back, and in between the file itself is asked.
+        for (unsigned int size = 1; size < 20000; size = size * 3 + 1) {
+            const std::string text(size, static_cast<char>('a' + size % 26));
+            writer.file->Write(text.data(), size);
+            expected += text;
+            EXPECT_EQ(writer.file->GetPosition(), expected.size());
+            EXPECT_EQ(writer.file->GetLength(), expected.size());
+        }
+        writer.file->Seek(-3, CFile::current);
+        writer.file->Write("xyz", 3);
+        expected.replace(expected.size() - 3, 3, "xyz");
+        writer.file->Write("!", 1);
+        writer.file->Flush();
+        EXPECT_EQ(tests::read_file(place.host), expected + "!");
+        writer.Write("?");
+    }
+    expected += "!?";
+    EXPECT_EQ(tests::read_file(place.host), expected);
+
+    Reader reader(place.path.c_str());
+    EXPECT_EQ(reader.file->GetPosition(), 0U);
+    std::string bytes(expected.size() + 10, '\0');
+    for (const unsigned int place_in_file : {0U, 7U, 5000U, 100U}) {
+        EXPECT_EQ(reader.file->Seek(place_in_file, CFile::begin), place_in_file);
+        EXPECT_EQ(reader.file->Read(bytes.data(), 10), 10U);
+        EXPECT_EQ(reader.file->Seek(2, CFile::current), place_in_file + 12);
+        const auto rest = reader.file->Read(bytes.data(), static_cast<UINT>(bytes.size()));
+        EXPECT_EQ(bytes.substr(0, rest), expected.substr(place_in_file + 12));
+        EXPECT_EQ(reader.file->GetPosition(), expected.size());
+    }
+}
+
 TEST(TextFile, CopiesShareTheFileAndOneOfThemClosesIt) {
     const Place place;
     {

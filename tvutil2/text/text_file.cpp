@@ -1,27 +1,24 @@
 #include "tvutil2/text/text_file.h"
 
 #include "tvutil2/text/text_conversion.h"
+#include "tvutil2/text/window_file.h"
 
 #include <algorithm>
 #include <memory>
 #include <utility>
 
+using tvutil2::WindowFile;
+
 namespace {
 
-// A file that an object opened, and how many copies of the object point to it.
-class OwnFile : public CFile {
-  public:
-    int holders = 1;
-};
-
 void hold(CFile* file) {
-    if (auto* const own = dynamic_cast<OwnFile*>(file)) ++own->holders;
+    if (auto* const own = dynamic_cast<WindowFile*>(file)) ++own->holders;
 }
 
 // Deletes with the last holder.
 struct Release {
     void operator()(CFile* file) const {
-        auto* const own = dynamic_cast<OwnFile*>(file);
+        auto* const own = dynamic_cast<WindowFile*>(file);
         if (own == nullptr || --own->holders == 0) delete file;
     }
 };
@@ -102,7 +99,7 @@ void CTextFileBase::Close() {
 }
 
 void CTextFileBase::OpenOwn(const char16_t* path, UINT flags) {
-    file = new OwnFile;
+    file = new WindowFile;
     ownsFile = true;
     file->Open(path, flags);
 }

@@ -12,6 +12,10 @@
 // Text for a call ends at its first zero, also in a std::string. A zero in a file is kept in a line
 // of more than 1023 units; in the last 1023 of them, or in a shorter line, the line ends there.
 //
+// Blocks of 1024 bytes go to a CFile and come from it. A file that the object opened itself gathers
+// them: it reads 64 KiB ahead and keeps up to 8 KiB back (WindowFile). A caller's file does what
+// it does.
+//
 // Failures have no codes: a failed open shows as IsOpen() 0 and, for a reader, Eof() true.
 // Exceptions of CFile (CFileException) pass through, but not out of a destructor: who must know
 // that all is written calls Close. A block whose writing failed isn't tried again, since part of it

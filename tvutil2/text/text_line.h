@@ -1,6 +1,8 @@
 // A line while it is being read.
 #pragma once
 
+#include "tvutil2/platform/base/text_length.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <string>
@@ -35,21 +37,25 @@ class TextLine {
 
     /// The whole line, with a zero behind it. Nothing may be put any more.
     std::basic_string_view<Unit> finish() {
-        m_units[m_count] = 0;
-        m_count = std::char_traits<Unit>::length(m_units);
-        if (m_long.empty()) return {m_units, m_count};
-        m_long.append(m_units, m_count);
-        return m_long;
+        const auto last = last_piece();
+        if (m_long.empty()) return last;
+        return m_long.append(last);
     }
 
     /// The whole line in the caller's string.
-    void finish_in_string() {
-        m_units[m_count] = 0;
-        m_long.append(m_units, std::char_traits<Unit>::length(m_units));
-    }
+    void finish_in_string() { m_long.append(last_piece()); }
 
   private:
     static constexpr std::size_t kPiece = 1023;
+
+    std::basic_string_view<Unit> last_piece() {
+        m_units[m_count] = 0;
+        if constexpr (sizeof(Unit) == 1) {
+            return m_units;
+        } else {
+            return {m_units, text_length(m_units)};
+        }
+    }
 
     void move_piece() {
         m_long.append(m_units, kPiece);

@@ -1,4 +1,4 @@
-// Searches in bytes and 16-bit units, eight bytes at a time.
+// Searches in bytes and 16-bit units, sixteen bytes at a time.
 #pragma once
 
 #include <cstddef>
