@@ -1,16 +1,9 @@
 #!/usr/bin/env bash
 # One text through ten code pages and back, and a character taken a byte at a time.
 # Usage: examples/code_pages.sh BUILD-FOLDER
-set -euo pipefail
-
-build=$(cd "${1:?a build folder}" && pwd)
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-export TVUTIL_PROFILE=$work/profile
+# shellcheck source=examples/support/checks.sh
+. "$(dirname "$0")/support/checks.sh"
 tvutil=$build/bin/tvutil
-failures=0
-
-title() { printf '\n== %s\n' "$1"; }
 
 # What a page doesn't hold becomes "?", so each page gets a text in its own letters.
 round_trip() { # PAGE TEXT
@@ -18,8 +11,7 @@ round_trip() { # PAGE TEXT
     if [ "$("$tvutil" decode "$1" "$work/bytes")" = "$2" ]; then
         printf '   ok    %5s  %-24s %s\n' "$1" "$2" "$(od -An -tx1 "$work/bytes" | tr -d '\n' | cut -c1-48)"
     else
-        printf '   FAIL  %5s  %s doesn'\''t come back\n' "$1" "$2"
-        failures=$((failures + 1))
+        fail "$1  $2 doesn't come back"
     fi
 }
 
@@ -37,13 +29,9 @@ round_trip 54936 '晚上好，世界 🌍'
 
 title "A euro sign taken a byte at a time"
 printf '\342\202\254' | "$tvutil" decode 65001 --trace | tee "$work/trace" | sed 's/^/   | /'
-if ! grep -qx 'AC  U+20AC €  from E2 82 AC' "$work/trace"; then
-    printf '   FAIL  the euro sign is not there\n'
-    failures=$((failures + 1))
-fi
+check 'the euro sign is there' grep -qx 'AC  U+20AC €  from E2 82 AC' "$work/trace"
 
 title "A bad byte never stops the stream"
 printf 'before \201\040 after\n' | "$tvutil" decode 54936 | sed 's/^/   | /'
 
-[ "$failures" -eq 0 ] || { printf '\n%s checks failed\n' "$failures"; exit 1; }
-printf '\nAll of it as expected.\n'
+finish

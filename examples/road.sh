@@ -1,28 +1,10 @@
 #!/usr/bin/env bash
 # Hands sessions from one program to another and checks what arrives, in a throw-away profile.
 # Usage: examples/road.sh BUILD-FOLDER
-set -euo pipefail
+# shellcheck source=examples/support/checks.sh
+. "$(dirname "$0")/support/checks.sh"
 
-build=$(cd "${1:?a build folder}" && pwd)
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-export TVUTIL_PROFILE=$work/profile
-unset TVUTIL_DRIVES
-failures=0
-
-title() { printf '\n== %s\n' "$1"; }
 fact() { printf '   %-16s %s\n' "$1" "$2"; }
-
-check() { # WHAT COMMAND...
-    local what=$1
-    shift
-    if "$@" >/dev/null 2>&1; then
-        printf '   ok    %s\n' "$what"
-    else
-        printf '   FAIL  %s\n' "$what"
-        failures=$((failures + 1))
-    fi
-}
 
 # A folder with the command-line program and the products named.
 family() { # FOLDER PRODUCT...
@@ -32,9 +14,6 @@ family() { # FOLDER PRODUCT...
     cp "$build/bin/tvutil" "$folder/"
     for product in "$@"; do cp "$build/products/$product.exe" "$folder/"; done
 }
-
-# The platform's name of a host path: C:\ is /.
-platform_path() { printf 'C:%s' "${1//\//\\}"; }
 
 # Launches a URL from a folder and waits for what the other program reports of itself.
 launch() { # FOLDER URL
@@ -109,8 +88,4 @@ check 'no product takes rdp://' eval '"$beside/tvutil" url launch rdp://192.0.2.
 check 'a text that is no session URL is refused' \
     eval '"$beside/tvutil" url launch "ssh://"; test $? = 3'
 
-if [ "$failures" -ne 0 ]; then
-    printf '\n%d of the checks FAILED\n' "$failures"
-    exit 1
-fi
-printf '\nAll checks passed.\n'
+finish

@@ -2,43 +2,20 @@
 # A person's first run: the data folder is made, a session folder is moved with its files, and an
 # old settings file is read without losing an entry. In a throw-away profile, and checked.
 # Usage: examples/user_data.sh BUILD-FOLDER
-set -euo pipefail
-
-build=$(cd "${1:?a build folder}" && pwd)
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-export TVUTIL_PROFILE=$work/profile
-unset TVUTIL_DRIVES
-failures=0
-
-title() { printf '\n== %s\n' "$1"; }
-
-check() { # WHAT COMMAND...
-    local what=$1
-    shift
-    if "$@" >/dev/null 2>&1; then
-        printf '   ok    %s\n' "$what"
-    else
-        printf '   FAIL  %s\n' "$what"
-        failures=$((failures + 1))
-    fi
-}
+# shellcheck source=examples/support/checks.sh
+. "$(dirname "$0")/support/checks.sh"
 
 # Shows a command and what it says, and keeps that in $work/said; its failures are counted.
 show() { # ARGUMENT...
     printf '   $ tvutil %s\n' "$*"
     if ! "$build/bin/tvutil" "$@" >"$work/said"; then
-        printf '   FAIL  the command failed\n'
-        failures=$((failures + 1))
+        fail 'the command failed'
     fi
     sed 's/^/   | /' "$work/said"
 }
 
 said() { grep -qF -- "$1" "$work/said"; }
 missing() { [ ! -e "$1" ]; }
-
-# The platform's name of a host path: C:\ is /.
-platform_path() { printf 'C:%s' "${1//\//\\}"; }
 
 data="$TVUTIL_PROFILE/home/Documents/Tolvarine Computer/8"
 old=$data/Pelrin/Sessions
@@ -89,9 +66,4 @@ iconv -f UTF-16 -t ISO-8859-1 "$letters" >"$work/back.ini"
 check 'so are comments, order and line ends' cmp "$work/back.ini" "$work/before.ini"
 show ini lint "$letters"
 
-printf '\n'
-if [ "$failures" -ne 0 ]; then
-    printf '%d checks failed\n' "$failures"
-    exit 1
-fi
-printf 'All checks hold.\n'
+finish

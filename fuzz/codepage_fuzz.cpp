@@ -2,13 +2,13 @@
 // room, UTF-8 that is well-formed comes back, and what ICU converts as well becomes the same.
 #include "tvutil2/platform/codepage/codepage.h"
 
-#include <unicode/ucnv.h>
 #include <unicode/ustring.h>
 
 #include <memory>
 #include <vector>
 
 #include "fuzz/fuzz_input.h"
+#include "tests/support/icu_converter.h"
 
 namespace {
 
@@ -33,55 +33,31 @@ constexpr Page kPages[] = {{CP_ACP},
                            {51932},
                            {51949}};
 
-// A converter that refuses what it has no exact mapping for.
-class Icu {
-  public:
-    explicit Icu(const char* name) {
-        UErrorCode status = U_ZERO_ERROR;
-        m_converter = ucnv_open(name, &status);
-        ucnv_setToUCallBack(m_converter, UCNV_TO_U_CALLBACK_STOP, nullptr, nullptr, nullptr,
-                            &status);
-        ucnv_setFromUCallBack(m_converter, UCNV_FROM_U_CALLBACK_STOP, nullptr, nullptr, nullptr,
-                              &status);
-        ucnv_setFallback(m_converter, 0);
-        fuzz::require(U_SUCCESS(status));
-    }
-    ~Icu() { ucnv_close(m_converter); }
-    Icu(const Icu&) = delete;
-    Icu& operator=(const Icu&) = delete;
+void hold_against(const tests::IcuConverter& icu, std::string_view bytes,
+                  const std::u16string& units) {
+    std::u16string out(units.size() + 8, u'\0');
+    const auto count = icu.widen(bytes, out);
+    // It refuses more than we do: a control character as a second byte, for one.
+    if (count < 0) return;
+    out.resize(static_cast<std::size_t>(count));
+    fuzz::require(out == units);
+}
 
-    void hold_against(std::string_view bytes, const std::u16string& units) const {
-        std::u16string out(units.size() + 8, u'\0');
-        UErrorCode status = U_ZERO_ERROR;
-        const auto count =
-            ucnv_toUChars(m_converter, out.data(), static_cast<std::int32_t>(out.size()),
-                          bytes.data(), static_cast<std::int32_t>(bytes.size()), &status);
-        // It refuses more than we do: a control character as a second byte, for one.
-        if (U_FAILURE(status)) return;
-        out.resize(static_cast<std::size_t>(count));
-        fuzz::require(out == units);
-    }
-    void hold_against(const std::u16string& text, const std::string& bytes) const {
-        std::string out(bytes.size() + 8, '\0');
-        UErrorCode status = U_ZERO_ERROR;
-        const auto count =
-            ucnv_fromUChars(m_converter, out.data(), static_cast<std::int32_t>(out.size()),
-                            text.data(), static_cast<std::int32_t>(text.size()), &status);
-        // What we hold, ICU holds.
-        fuzz::require(U_SUCCESS(status));
-        out.resize(static_cast<std::size_t>(count));
-        fuzz::require(out == bytes);
-    }
+void hold_against(const tests::IcuConverter& icu, const std::u16string& text,
+                  const std::string& bytes) {
+    std::string out(bytes.size() + 8, '\0');
+    const auto count = icu.narrow(text, out);
+    fuzz::require(count >= 0);  // what we hold, ICU holds
+    out.resize(static_cast<std::size_t>(count));
+    fuzz::require(out == bytes);
+}
 
-  private:
-    UConverter* m_converter = nullptr;
-};
-
-const Icu* icu_of(const Page& page) {
-    static std::unique_ptr<Icu> converters[std::size(kPages)];
+const tests::IcuConverter* icu_of(const Page& page) {
+    static std::unique_ptr<tests::IcuConverter> converters[std::size(kPages)];
     if (page.icu == nullptr) return nullptr;
     auto& converter = converters[&page - kPages];
-    if (!converter) converter = std::make_unique<Icu>(page.icu);
+    if (!converter) converter = std::make_unique<tests::IcuConverter>(page.icu);
+    fuzz::require(converter->get() != nullptr);
     return converter.get();
 }
 
@@ -136,7 +112,7 @@ void widen(const Page& kind, DWORD flags, std::string_view bytes, int short_room
     fuzz::require(convert(room.data(), needed) == needed);
     if (const auto* const icu = icu_of(kind);
         icu != nullptr && (flags & MB_ERR_INVALID_CHARS) != 0) {
-        icu->hold_against(bytes, {room.begin(), room.end()});
+        hold_against(*icu, bytes, {room.begin(), room.end()});
     }
     if (short_room > 0 && short_room < needed) {
         std::vector<char16_t> small(static_cast<std::size_t>(short_room));
@@ -163,7 +139,7 @@ void narrow(const Page& kind, DWORD flags, const std::u16string& text, int short
     std::vector<char> room(static_cast<std::size_t>(needed));
     fuzz::require(convert(room.data(), needed) == needed);
     if (const auto* const icu = icu_of(kind); icu != nullptr && flags == 0 && used == FALSE) {
-        icu->hold_against(text, {room.begin(), room.end()});
+        hold_against(*icu, text, {room.begin(), room.end()});
     }
     if (short_room > 0 && short_room < needed) {
         std::vector<char> small(static_cast<std::size_t>(short_room));

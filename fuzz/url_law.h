@@ -7,21 +7,12 @@
 #include <string>
 
 #include "fuzz/fuzz_input.h"
+#include "tests/support/url_items.h"
 
 namespace fuzz {
 
-using Items = std::map<std::u16string, std::u16string>;
-
-inline Items items_of(const CUrlInfo& info) {
-    Items items;
-    CString key;
-    CString value;
-    for (auto position = info.m_mapParams.GetStartPosition(); position != nullptr;) {
-        info.m_mapParams.GetNextAssoc(position, key, value);
-        items.emplace(key.View(), value.View());
-    }
-    return items;
-}
+using tests::Items;
+using tests::items_of;
 
 /// Keys that reading stores twice, or that set another one: which spelling or value came last isn't
 /// in the record, so the law leaves such records out.

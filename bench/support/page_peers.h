@@ -5,10 +5,11 @@
 #include "tvutil2/platform/base/types.h"
 
 #include <iconv.h>
-#include <unicode/ucnv.h>
 
 #include <cstdint>
 #include <string>
+
+#include "tests/support/icu_converter.h"
 
 namespace bench {
 
@@ -57,39 +58,7 @@ inline constexpr Page kPages[] = {
     {1252, "ibm-5348_P100-1997", "CP1252"},
 };
 
-class Icu {
-  public:
-    explicit Icu(const char* name) {
-        UErrorCode status = U_ZERO_ERROR;
-        m_converter = ucnv_open(name, &status);
-        ucnv_setToUCallBack(m_converter, UCNV_TO_U_CALLBACK_STOP, nullptr, nullptr, nullptr,
-                            &status);
-        ucnv_setFromUCallBack(m_converter, UCNV_FROM_U_CALLBACK_STOP, nullptr, nullptr, nullptr,
-                              &status);
-    }
-    ~Icu() { ucnv_close(m_converter); }
-    [[nodiscard]] UConverter* get() const { return m_converter; }
-    Icu(const Icu&) = delete;
-    Icu& operator=(const Icu&) = delete;
-
-    std::int32_t widen(const std::string& bytes, std::u16string& out) const {
-        UErrorCode status = U_ZERO_ERROR;
-        const auto count =
-            ucnv_toUChars(m_converter, out.data(), static_cast<std::int32_t>(out.size()),
-                          bytes.data(), static_cast<std::int32_t>(bytes.size()), &status);
-        return U_SUCCESS(status) ? count : -1;
-    }
-    std::int32_t narrow(const std::u16string& text, std::string& out) const {
-        UErrorCode status = U_ZERO_ERROR;
-        const auto count =
-            ucnv_fromUChars(m_converter, out.data(), static_cast<std::int32_t>(out.size()),
-                            text.data(), static_cast<std::int32_t>(text.size()), &status);
-        return U_SUCCESS(status) ? count : -1;
-    }
-
-  private:
-    UConverter* m_converter = nullptr;
-};
+using Icu = tests::IcuConverter;
 
 class Host {
   public:

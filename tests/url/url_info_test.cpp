@@ -6,23 +6,14 @@
 
 #include <gtest/gtest.h>
 
-#include <map>
 #include <string>
+
+#include "tests/support/url_items.h"
 
 namespace {
 
-using Items = std::map<std::u16string, std::u16string>;
-
-Items items_of(const CUrlInfo& info) {
-    Items items;
-    CString key;
-    CString value;
-    for (auto position = info.m_mapParams.GetStartPosition(); position != nullptr;) {
-        info.m_mapParams.GetNextAssoc(position, key, value);
-        items.emplace(key.View(), value.View());
-    }
-    return items;
-}
+using tests::Items;
+using tests::items_of;
 
 CUrlInfo parsed(const std::u16string& url, int unescape = 1) {
     CUrlInfo info;

@@ -4,6 +4,7 @@
 #include "tvutil2/framework/narrow_text.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <cmath>
 #include <cstring>
@@ -378,31 +379,15 @@ void put_as_it_is(FormatOutput& out, Directive d, const FormatArgument& argument
     }
 }
 
+// What takes an argument; a table, for each directive asks.
+constexpr auto kIsConversion = [] {
+    std::array<bool, 128> list{};
+    for (const char16_t c : std::u16string_view(u"diuoxXcCsSpeEfFgGaA")) list[c] = true;
+    return list;
+}();
+
 bool is_conversion(char16_t c) {
-    switch (c) {
-        case u'd':
-        case u'i':
-        case u'u':
-        case u'o':
-        case u'x':
-        case u'X':
-        case u'c':
-        case u'C':
-        case u's':
-        case u'S':
-        case u'p':
-        case u'e':
-        case u'E':
-        case u'f':
-        case u'F':
-        case u'g':
-        case u'G':
-        case u'a':
-        case u'A':
-            return true;
-        default:
-            return false;
-    }
+    return c < kIsConversion.size() && kIsConversion[c];
 }
 
 void put_argument(FormatOutput& out, const Directive& d, const FormatArgument& argument) {

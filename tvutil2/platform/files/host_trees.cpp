@@ -179,18 +179,32 @@ void TreeWork::copy_folder(const std::string& from, const std::string& to, const
     if (!is_taken && (!folder || !keep_times_and_mode(folder.get(), info))) fail();
 }
 
-void TreeWork::copy(const std::string& from, const std::string& to) {
-    struct stat source {};
-    struct stat target {};
-    if (lstat(from.c_str(), &source) != 0) {
+struct TreeWork::Pair {
+    struct stat source;
+    bool is_taken;  // there is something of the target's name
+};
+
+// Looks at both names: false, with the failure entered, when there is nothing to take, or a folder
+// and something else would have to become one.
+bool TreeWork::look(const std::string& from, const std::string& to, Pair& pair) {
+    if (lstat(from.c_str(), &pair.source) != 0) {
         fail_at(from);
-        return fail();
+        return fail(), false;
     }
-    const bool is_taken = lstat(to.c_str(), &target) == 0;
-    if (is_taken && S_ISDIR(source.st_mode) != S_ISDIR(target.st_mode)) {
+    struct stat target {};
+    pair.is_taken = lstat(to.c_str(), &target) == 0;
+    if (pair.is_taken && S_ISDIR(pair.source.st_mode) != S_ISDIR(target.st_mode)) {
         SetLastError(ERROR_ALREADY_EXISTS);
-        return fail();
+        return fail(), false;
     }
+    return true;
+}
+
+void TreeWork::copy(const std::string& from, const std::string& to) {
+    Pair pair{};
+    if (!look(from, to, pair)) return;
+    const auto& source = pair.source;
+    const bool is_taken = pair.is_taken;
     if (S_ISDIR(source.st_mode)) return copy_folder(from, to, source, is_taken);
     if (is_taken && !may_replace(to)) return;
     const bool copied =
@@ -221,18 +235,10 @@ void TreeWork::move_by_copy(const std::string& from, const std::string& to) {
 }
 
 void TreeWork::move(const std::string& from, const std::string& to) {
-    struct stat source {};
-    struct stat target {};
-    if (lstat(from.c_str(), &source) != 0) {
-        fail_at(from);
-        return fail();
-    }
-    const bool is_taken = lstat(to.c_str(), &target) == 0;
-    if (is_taken && S_ISDIR(source.st_mode) && S_ISDIR(target.st_mode)) return merge(from, to);
-    if (is_taken && S_ISDIR(source.st_mode) != S_ISDIR(target.st_mode)) {
-        SetLastError(ERROR_ALREADY_EXISTS);
-        return fail();
-    }
+    Pair pair{};
+    if (!look(from, to, pair)) return;
+    const bool is_taken = pair.is_taken;
+    if (is_taken && S_ISDIR(pair.source.st_mode)) return merge(from, to);
     if (is_taken && !may_replace(to)) return;
     if (move_host_file(from, to, is_taken ? MOVEFILE_REPLACE_EXISTING : 0)) return;
     if (GetLastError() != ERROR_NOT_SAME_DEVICE) return fail();

@@ -32,6 +32,8 @@ class TreeWork {
     void fail();
 
   private:
+    struct Pair;
+    [[nodiscard]] bool look(const std::string& from, const std::string& to, Pair& pair);
     [[nodiscard]] bool may_replace(const std::string& target);
     void copy_folder(const std::string& from, const std::string& to, const struct stat& info,
                      bool is_taken);
