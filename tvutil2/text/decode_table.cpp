@@ -5,7 +5,6 @@
 #include "tvutil2/text/euc_jp.h"
 
 #include <map>
-#include <memory>
 #include <mutex>
 #include <vector>
 
@@ -30,38 +29,47 @@ char16_t euc_jp_unit(const PageTable& shift_jis, unsigned int lead, unsigned int
                                        : DecodeTable::kNoUnit;
 }
 
-// The units of EUC-JP, kept as long as the table.
-const char16_t* add_euc_jp(const PageTable& shift_jis, DecodeTable& table) {
-    auto& units = *new std::vector<char16_t>(kNoUnits.begin(), kNoUnits.end());
+// A table, and the units of a page that has none by itself.
+struct Kept {
+    DecodeTable table{};
+    std::vector<char16_t> units;
+};
+
+void add_euc_jp(const PageTable& shift_jis, Kept& kept) {
+    auto& units = kept.units;
+    units.assign(kNoUnits.begin(), kNoUnits.end());
     for (unsigned char byte = 0; byte < 0x7F; ++byte) units[byte] = byte;
     for (unsigned int lead = 0x80; lead < 0x100; ++lead) {
         if (sequence_length(kEucJp, static_cast<unsigned char>(lead)) != 2) continue;
-        table.row[lead] = static_cast<unsigned char>(units.size() / 256);
+        kept.table.row[lead] = static_cast<unsigned char>(units.size() / 256);
         for (unsigned int trail = 0; trail < 0x100; ++trail) {
             units.push_back(euc_jp_unit(shift_jis, lead, trail));
         }
     }
-    return units.data();
+    kept.table.units = units.data();
 }
 
 // The page's own units; of its rows those that the decoder's rule for the length has too.
-const char16_t* add_page(const PageTable& page, DecodeTable& table) {
+void add_page(const PageTable& page, DecodeTable& table) {
     for (unsigned int lead = 0x80; lead < 0x100; ++lead) {
         const auto byte = static_cast<unsigned char>(lead);
         const bool is_pair = page.number() == kGb18030 || sequence_length(page.number(), byte) == 2;
         if (is_pair) table.row[lead] = page.row_numbers()[lead];
     }
-    return page.rows();
+    table.units = page.rows();
 }
 
-std::unique_ptr<const DecodeTable> make(unsigned int number, const PageTable& page) {
-    auto table = std::make_unique<DecodeTable>();
-    table->page = number;
-    table->begun = page.number() == kGb18030 ? kUnsettled : 2;
-    table->is_rewritten = page.number() == kEucJp;
-    const auto* const shift_jis = table->is_rewritten ? PageTable::of(932) : nullptr;
-    table->units = shift_jis != nullptr ? add_euc_jp(*shift_jis, *table) : add_page(page, *table);
-    return table;
+void fill(Kept& kept, unsigned int number, const PageTable& page) {
+    auto& table = kept.table;
+    table.page = number;
+    table.begun = page.number() == kGb18030 ? kUnsettled : 2;
+    table.is_rewritten = page.number() == kEucJp;
+    const auto* const shift_jis = table.is_rewritten ? PageTable::of(932) : nullptr;
+    if (shift_jis != nullptr) {
+        add_euc_jp(*shift_jis, kept);
+    } else {
+        add_page(page, table);
+    }
 }
 
 }  // namespace
@@ -71,13 +79,13 @@ constinit const DecodeTable DecodeTable::none = {0xFFFFFFFF, 2, false, {}, kNoUn
 // Never destroyed: other modules' static objects may decode after ours are gone.
 const DecodeTable* DecodeTable::of(unsigned int page) {
     static std::mutex making;
-    static auto& tables = *new std::map<unsigned int, std::unique_ptr<const DecodeTable>>();
+    static auto& tables = *new std::map<unsigned int, Kept>();
     const auto* const source = PageTable::of(page == CP_ACP ? GetACP() : page);
     if (source == nullptr) return &none;
     const std::lock_guard guard(making);
-    auto& table = tables[page];
-    if (!table) table = make(page, *source);
-    return table.get();
+    auto& kept = tables[page];
+    if (kept.table.units == nullptr) fill(kept, page, *source);
+    return &kept.table;
 }
 
 unsigned int sequence_length(unsigned int page, unsigned char first) {
