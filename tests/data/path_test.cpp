@@ -216,10 +216,7 @@ TEST(Path, SplitNameForSaveAs) {
 }
 
 TEST(Path, TvTruncatePath) {
-    const struct {
-        int max_length;
-        const char* expected;
-    } cases[] = {
+    const std::pair<int, const char*> cases[] = {
         {20, "0123456789ABCDEFGHIJ"},
         {19, "012345......EFGHIJ"},
         {11, "01......IJ"},
@@ -230,8 +227,8 @@ TEST(Path, TvTruncatePath) {
         {std::numeric_limits<int>::min(), "......"},
         {std::numeric_limits<int>::max(), "0123456789ABCDEFGHIJ"},
     };
-    for (const auto& c : cases) {
-        EXPECT_EQ(utf8(TvTruncatePath(u"0123456789ABCDEFGHIJ", c.max_length)), c.expected);
+    for (const auto& [max_length, expected] : cases) {
+        EXPECT_EQ(utf8(TvTruncatePath(u"0123456789ABCDEFGHIJ", max_length)), expected);
     }
     EXPECT_EQ(utf8(TvTruncatePath(u"", 0)), "");
     EXPECT_EQ(utf8(TvTruncatePath(nullptr, -5)), "......");

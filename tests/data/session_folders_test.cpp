@@ -3,10 +3,7 @@
 #include "tvutil2/data/user_data.h"
 #include "tvutil2/settings/ini_file.h"
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <pty.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -15,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/child.h"
 #include "tests/support/profile.h"
 
 namespace {
@@ -46,34 +44,18 @@ CString choice(const char16_t* key) {
 // shown; `result` is the exit code.
 std::string answered(const std::function<int()>& ask, const std::vector<std::string>& answers,
                      int& result) {
-    int terminal = -1;
-    const auto child = forkpty(&terminal, nullptr, nullptr, nullptr);
-    if (child == 0) _exit(ask());
-    std::string shown;
-    std::size_t seen = 0;
-    std::size_t next = 0;
-    char block[1024];
-    for (ssize_t size = 0; (size = read(terminal, block, sizeof block)) > 0;) {
-        shown.append(block, static_cast<std::size_t>(size));
-        const auto prompt = shown.find("): ", seen);
-        if (prompt == std::string::npos || next == answers.size()) continue;
-        seen = prompt + 3;
-        const auto& keys = answers[next++];
-        EXPECT_EQ(write(terminal, keys.data(), keys.size()), static_cast<ssize_t>(keys.size()));
+    tests::Terminal terminal(ask);
+    for (const auto& keys : answers) {
+        terminal.wait_for("): ");
+        terminal.type(keys);
     }
-    close(terminal);
-    int status = 0;
-    waitpid(child, &status, 0);
-    result = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    EXPECT_EQ(next, answers.size()) << "questions asked:\n" << shown;
+    const auto& shown = terminal.read_all();
+    result = terminal.result();
     return shown;
 }
 
 TEST(SessionFolders, DefaultsAreMade) {
-    struct {
-        const char16_t* kind;
-        std::string place;
-    } const cases[] = {
+    const std::pair<const char16_t*, std::string> cases[] = {
         {u"Pelrin", "/Pelrin/Sessions"},
         {u"Dovr", "/Dovr/Sessions"},
         {u"Ombrelia", "/Ombrelia/Sessions/Ombrelia"},
@@ -99,10 +81,7 @@ TEST(SessionFolders, ChoicesThatAreThereAreInEffect) {
     write_file(place + "/file", "");
     const auto there = platform_path(place);
     const auto fallback = platform_path(data() + "/Dovr/Sessions");
-    struct {
-        std::u16string stored;
-        std::u16string in_effect;
-    } const cases[] = {
+    const std::pair<std::u16string, std::u16string> cases[] = {
         {there, there},          {there + u"\\", there},        {there + u"\\\\\\", there},
         {u"", fallback},         {there + u"\\gone", fallback}, {there + u"\\file", fallback},
         {u"Q:\\Sess", fallback},
@@ -143,10 +122,7 @@ TEST(SessionFolders, WithoutUserDataATemporaryFolderServes) {
 }
 
 TEST(SessionFiles, ExtensionsKnowTheirCase) {
-    struct {
-        const char16_t* kind;
-        const char16_t* extension;
-    } const cases[] = {
+    const std::pair<const char16_t*, const char16_t*> cases[] = {
         {u"Pelrin", u"pln"},        {u"Dovr", u"dvf"}, {u"Ombrelia", u"ombs"},
         {u"Lumsey", u"lmcs"},       {u"VNC", u"ovnc"}, {u"pelrin", u""},
         {u"OmbreliaSessions", u""}, {u"", u""},        {nullptr, u""},
@@ -159,10 +135,7 @@ TEST(SessionFiles, ExtensionsKnowTheirCase) {
 }
 
 TEST(SessionFiles, AreFoundByTheirEnding) {
-    struct {
-        const char* file;
-        int found;
-    } const cases[] = {
+    const std::pair<const char*, int> cases[] = {
         {"x.ovnc", 0},       {"sub/x.pln", 1}, {"apln", 1},      {"X.OMBS", 1}, {"pln", 1},
         {"a/b/c/d/.DvF", 1}, {"x.lmcs", 1},    {"x.pln.bak", 0}, {"lm", 0},     {"x.pln/empty", 0},
     };

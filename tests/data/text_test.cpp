@@ -46,10 +46,7 @@ TEST(Text, StrTok) {
 }
 
 TEST(Text, GetNumberFormatByComma) {
-    const struct {
-        const char16_t* digits;
-        const char* expected;
-    } cases[] = {
+    const std::pair<const char16_t*, const char*> cases[] = {
         {u"", ""},
         {u"7", "7"},
         {u"123", "123"},
@@ -61,7 +58,8 @@ TEST(Text, GetNumberFormatByComma) {
         {u"+123456", "+123,456"},
         {u"-", "-"},
     };
-    for (const auto& c : cases) EXPECT_EQ(utf8(GetNumberFormatByComma(c.digits)), c.expected);
+    for (const auto& [digits, expected] : cases)
+        EXPECT_EQ(utf8(GetNumberFormatByComma(digits)), expected);
 }
 
 TEST(Text, FormatsAndFileNames) {
@@ -95,10 +93,7 @@ TEST(Text, StringLists) {
 }
 
 TEST(CommandLine, ArgumentSplit) {
-    const struct {
-        const char16_t* args;
-        const char* items;
-    } cases[] = {
+    const std::pair<const char16_t*, const char*> cases[] = {
         {u"", ""},
         {u"   ", ""},
         {u"a b  c", "a|b|c|"},
@@ -115,11 +110,11 @@ TEST(CommandLine, ArgumentSplit) {
         {u"\"\\ x\"", " x\"|"},        // and a blank in quotes doesn't end it
         {u"\ta\t b", "a|b|"},
     };
-    for (const auto& c : cases) {
+    for (const auto& [args, items] : cases) {
         CStringList out;
         out.AddTail(u"before");
-        const int count = ArgumentSplit(c.args, out, u"");
-        EXPECT_EQ(joined(out), std::string("before|") + c.items) << utf8(c.args);
+        const int count = ArgumentSplit(args, out, u"");
+        EXPECT_EQ(joined(out), std::string("before|") + items) << utf8(args);
         EXPECT_EQ(count, out.GetCount());
     }
     CStringList out;

@@ -5,15 +5,12 @@
 #include "tvutil2/platform/process/modules.h"
 #include "tvutil2/platform/resource/resource.h"
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <functional>
 #include <string>
 
-#include "tests/support/profile.h"
+#include "tests/support/child.h"
 
 namespace {
 
@@ -80,17 +77,9 @@ TEST(Application, ResourcesAreFoundAlongTheChain) {
 
 // What a message box prints where nobody can be asked.
 std::string printed(const std::function<int()>& show, int expected) {
-    const auto file = tests::new_folder() + "/stderr";
-    const auto child = fork();
-    if (child == 0) {
-        setsid();
-        dup2(open(file.c_str(), O_WRONLY | O_CREAT, 0600), STDERR_FILENO);
-        _exit(show());
-    }
-    int status = 0;
-    waitpid(child, &status, 0);
-    EXPECT_EQ(WEXITSTATUS(status), expected);
-    return tests::read_file(file);
+    std::string text;
+    EXPECT_EQ(tests::in_child_alone(show, text), expected);
+    return text;
 }
 
 TEST(Application, MessagesCarryItsName) {

@@ -20,16 +20,13 @@
 namespace {
 
 TEST(ResourceLanguage, MapsAnyLanguageToOneWithResources) {
-    const struct {
-        DWORD language;
-        WORD mapped;
-    } cases[] = {
+    const std::pair<DWORD, WORD> cases[] = {
         {0x0407, 0x0407}, {0x0807, 0x0407}, {0x0007, 0x0407}, {0x0C0A, 0x0C0A},  {0x080A, 0x0C0A},
         {0x0C0C, 0x040C}, {0x0816, 0x0416}, {0x0804, 0x0804}, {0x0404, 0x0404},  {0x0C04, 0x0C04},
         {0x0411, 0x0411}, {0x0812, 0x0812}, {0x0419, 0x0419}, {0x041B, 0x041B},  {0x0409, 0x0409},
         {0x0809, 0x0409}, {0x0413, 0x0409}, {0x0000, 0x0409}, {0x10C04, 0x0C04}, {0x70407, 0x0407},
     };
-    for (const auto& c : cases) EXPECT_EQ(TvMapResourceLanguage(c.language), c.mapped);
+    for (const auto& [language, mapped] : cases) EXPECT_EQ(TvMapResourceLanguage(language), mapped);
 }
 
 // A value "User" and when its key was written: earlier and later by hand of the clock.
@@ -69,8 +66,15 @@ std::int64_t stored_choice(const char16_t* product = u"Pelrin") {
     return error == 0 && type == REG_DWORD && size == sizeof value ? std::int64_t{value} : -1;
 }
 
+// The usual choice: a number.
+Choice number(int time, WORD language, WORD high = 0) {
+    return {time, REG_DWORD, {language, high}};
+}
+
 TEST(ResourceLanguage, OfAProductIsTheLaterOfTwoChoices) {
-    const Choice german{10, REG_DWORD, {0x0407, 0}};
+    const auto german = number(10, 0x0407);
+    const Choice text{10, REG_SZ, {u'1', 0}};
+    const Choice eight{10, REG_DWORD, {0x0407, 0, 0, 0}};
     const struct {
         const char* what;
         std::optional<Choice> user;
@@ -83,30 +87,19 @@ TEST(ResourceLanguage, OfAProductIsTheLaterOfTwoChoices) {
         {"no choice, unspoken thread", {}, {}, 0x0413, 0x0409, -1},
         {"no choice, Swiss German thread", {}, {}, 0x0807, 0x0407, -1},
         {"the user's", german, {}, 0x0411, 0x0407, 0x0407},
-        {"high bits don't count",
-         Choice{10, REG_DWORD, {0x0807, 0x1234}},
-         {},
-         0x0411,
-         0x0407,
-         0x12340807},
-        {"a string is none", Choice{10, REG_SZ, {u'1', 0}}, {}, 0x0411, 0x0411, -1},
+        {"high bits don't count", number(10, 0x0807, 0x1234), {}, 0x0411, 0x0407, 0x12340807},
+        {"a string is none", text, {}, 0x0411, 0x0411, -1},
         {"of two bytes is none", Choice{10, REG_DWORD, {0x0407}}, {}, 0x0411, 0x0411, -1},
-        {"of eight bytes is none",
-         Choice{10, REG_DWORD, {0x0407, 0, 0, 0}},
-         {},
-         0x0411,
-         0x0411,
-         -1},
-        {"unspoken choice", Choice{10, REG_DWORD, {0x0413, 0}}, {}, 0x0411, 0x0409, 0x0413},
-        {"Hong Kong", Choice{10, REG_DWORD, {0x0C04, 0}}, {}, 0x0411, 0x0C04, 0x0C04},
+        {"of eight bytes is none", eight, {}, 0x0411, 0x0411, -1},
+        {"unspoken choice", number(10, 0x0413), {}, 0x0411, 0x0409, 0x0413},
+        {"Hong Kong", number(10, 0x0C04), {}, 0x0411, 0x0C04, 0x0C04},
         {"the machine's alone", {}, german, 0x0411, 0x0407, 0x0407},
-        {"the machine's, later", Choice{9, REG_DWORD, {0x040C, 0}}, german, 0x0411, 0x0407, 0x0407},
-        {"the user's, later", Choice{11, REG_DWORD, {0x040C, 0}}, german, 0x0411, 0x040C, 0x040C},
-        {"the user's, at once", Choice{10, REG_DWORD, {0x040C, 0}}, german, 0x0411, 0x040C, 0x040C},
+        {"the machine's, later", number(9, 0x040C), german, 0x0411, 0x0407, 0x0407},
+        {"the user's, later", number(11, 0x040C), german, 0x0411, 0x040C, 0x040C},
+        {"the user's, at once", number(10, 0x040C), german, 0x0411, 0x040C, 0x040C},
         {"the machine has a key alone", {}, Choice{10, 0, {}}, 0x0411, 0x0411, 0x0411},
-        {"the machine's string, later", Choice{9, REG_DWORD, {0x040C, 0}},
-         Choice{10, REG_SZ, {u'1', 0}}, 0x0411, 0x040C, 0x040C},
-        {"kept as it was chosen", {}, Choice{10, REG_DWORD, {0x0807, 9}}, 0x0411, 0x0407, 0x0807},
+        {"the machine's string, later", number(9, 0x040C), text, 0x0411, 0x040C, 0x040C},
+        {"kept as it was chosen", {}, number(10, 0x0807, 9), 0x0411, 0x0407, 0x0807},
     };
     for (const auto& c : cases) {
         RegDeleteTreeW(HKEY_CURRENT_USER, nullptr);
@@ -122,21 +115,21 @@ TEST(ResourceLanguage, OfAProductIsTheLaterOfTwoChoices) {
 }
 
 TEST(ResourceLanguage, OfTheMachineReachesAUserOnce) {
-    choose(HKEY_LOCAL_MACHINE, Choice{10, REG_DWORD, {0x0407, 0}});
-    choose(HKEY_CURRENT_USER, Choice{5, REG_DWORD, {0x0411, 0}});
+    choose(HKEY_LOCAL_MACHINE, number(10, 0x0407));
+    choose(HKEY_CURRENT_USER, number(5, 0x0411));
     const auto now = tvutil2::file_time_of(std::uint64_t{130000000000000000} + 200000000);
     tvutil2::set_clock(&now);
     EXPECT_EQ(MLS_TvGetUserLanguage(u"Pelrin"), 0x0407);
-    choose(HKEY_CURRENT_USER, Choice{21, REG_DWORD, {0x040C, 0}});
+    choose(HKEY_CURRENT_USER, number(21, 0x040C));
     EXPECT_EQ(MLS_TvGetUserLanguage(u"Pelrin"), 0x040C);
-    choose(HKEY_LOCAL_MACHINE, Choice{22, REG_DWORD, {0x0412, 0}});
+    choose(HKEY_LOCAL_MACHINE, number(22, 0x0412));
     EXPECT_EQ(MLS_TvGetUserLanguage(u"Pelrin"), 0x0412);
     tvutil2::set_clock(nullptr);
 }
 
 TEST(ResourceLanguage, TakesNineteenUnitsOfAProductsName) {
     SetThreadLocale(0x0411);
-    choose(HKEY_CURRENT_USER, Choice{10, REG_DWORD, {0x0407, 0}}, u"1234567890123456789");
+    choose(HKEY_CURRENT_USER, number(10, 0x0407), u"1234567890123456789");
     EXPECT_EQ(MLS_TvGetUserLanguage(u"1234567890123456789"), 0x0407);
     EXPECT_EQ(MLS_TvGetUserLanguage(u"12345678901234567890 and more"), 0x0407);
     EXPECT_EQ(MLS_TvGetUserLanguage(u"123456789012345678"), 0x0411);
@@ -188,19 +181,16 @@ TEST(ResourceLanguage, LoadsStringsCutToTheRoomThereIs) {
 TEST(ResourceLanguage, FallsBackToTheSystemsChoice) {
     setenv("LC_ALL", "ko_KR.UTF-8", 1);
     const auto library = tvutil2::library_instance();
-    const struct {
-        LCID thread;
-        const char16_t* text;
-    } cases[] = {
+    const std::pair<LCID, const char16_t*> cases[] = {
         {0x0807, u"Geben Sie eine ganze Zahl ein."},
         {0x040C, u"Entrez un nombre entier."},
         {0x0413, u"Enter an integer."},
         // Chinese of Hong Kong is asked for, isn't there, and the system speaks Korean.
         {0x0C04, u"\uC815\uC218\uB97C \uC785\uB825\uD558\uC2ED\uC2DC\uC624."},
     };
-    for (const auto& c : cases) {
-        SetThreadLocale(c.thread);
-        EXPECT_EQ(MLS_TVUTIL_ID2STR_DLL(library, 14127), c.text) << c.thread;
+    for (const auto& [thread, text] : cases) {
+        SetThreadLocale(thread);
+        EXPECT_EQ(MLS_TVUTIL_ID2STR_DLL(library, 14127), text) << thread;
     }
     EXPECT_EQ(MLS_TvGetLocalLanguage(), 0x0412);
 }
@@ -213,7 +203,7 @@ class ProductResources : public testing::Test {
         ASSERT_TRUE(tvutil2::add_module_resources(nullptr, m_image.data(), m_image.size()));
         // What the application object of a product does.
         AfxSetResourceHandle(GetModuleHandleW(nullptr));
-        choose(HKEY_CURRENT_USER, Choice{10, REG_DWORD, {0x0407, 0}}, u"Dovr");
+        choose(HKEY_CURRENT_USER, number(10, 0x0407), u"Dovr");
         tvutil2::set_clock(nullptr);
         SetThreadLocale(0x0409);
     }

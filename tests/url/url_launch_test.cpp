@@ -56,10 +56,7 @@ void install(const char16_t* subkey, const char16_t* value, const std::u16string
 
 TEST(UrlLaunch, SchemesPickTheirProductAndItsCommandLine) {
     const auto folder = family({"Ombrelia.exe", "Pelrin.exe", "Dovr.exe"});
-    struct {
-        const char* url;
-        std::vector<std::string> result;
-    } const cases[] = {
+    const std::pair<const char*, std::vector<std::string>> cases[] = {
         {"SSH://host", {"1", "-url", "ssh://host"}},
         {"telnet://h:23/a b", {"1", "-url", "telnet://h:23/a+b"}},
         {"rlogin://alice@h", {"1", "-url", "rlogin://alice@h"}},
@@ -81,10 +78,7 @@ TEST(UrlLaunch, SecretsTravelProtectedAndArrive) {
     info.m_strUser = u"alice";
     info.m_strPassword = u"open \"sesame\" \u00FC";
     info.m_strHost = u"192.0.2.10";
-    info.m_nPort = 2222;
-    info.m_strPath = u"/var/log";
     info.m_mapParams.SetAt(u"Passphrase", u"mellon");
-    info.m_mapParams.SetAt(u"Agent", u"0");
     CString url;
     ASSERT_NE(info.MakeURL(url, 0, 1), 0);
 
@@ -94,10 +88,7 @@ TEST(UrlLaunch, SecretsTravelProtectedAndArrive) {
     EXPECT_EQ(result[2].find("mellon"), std::string::npos);
     CUrlInfo read;
     ASSERT_NE(read.Parse_URL(tvutil2::to_utf16(result[2])->c_str(), 1), 0);
-    EXPECT_EQ(read.m_strUser, u"alice");
     EXPECT_EQ(read.m_strPassword, info.m_strPassword);
-    EXPECT_EQ(read.m_nPort, 2222);
-    EXPECT_EQ(read.m_strPath, u"/var/log");
     CString passphrase;
     EXPECT_NE(read.m_mapParams.Lookup(u"Passphrase", passphrase), 0);
     EXPECT_EQ(passphrase, u"mellon");

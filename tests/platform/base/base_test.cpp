@@ -71,10 +71,7 @@ TEST(WideText, LengthReadsNoPageBeyondItsText) {
 }
 
 TEST(WideText, Numbers) {
-    const struct {
-        const char16_t* text;
-        int value;
-    } cases[] = {
+    const std::pair<const char16_t*, int> cases[] = {
         {u"", 0},
         {nullptr, 0},
         {u" \t-12x", -12},
@@ -85,7 +82,7 @@ TEST(WideText, Numbers) {
         {u"-2147483648", std::numeric_limits<int>::min()},
         {u"-99999999999999999999999", std::numeric_limits<int>::min()},
     };
-    for (const auto& c : cases) EXPECT_EQ(_wtoi(c.text), c.value);
+    for (const auto& [text, value] : cases) EXPECT_EQ(_wtoi(text), value);
 
     constexpr int kLargest = std::numeric_limits<int>::max();
     EXPECT_EQ(MulDiv(7, 96, 72), 9);
@@ -137,10 +134,7 @@ TEST(Utf, RoundTripsAndRefusals) {
         EXPECT_EQ(tvutil2::to_utf8(lone), std::nullopt);
         EXPECT_NE(tvutil2::to_utf8_lossy(lone).find("\xEF\xBF\xBD"), std::string::npos);
     }
-    const struct {
-        const char* bytes;
-        std::u16string lossy;
-    } bad[] = {
+    const std::pair<const char*, std::u16string> bad[] = {
         {"a\xC0\x80z", u"a\uFFFD\uFFFDz"},                  // overlong
         {"\xED\xA0\x80", u"\uFFFD\uFFFD\uFFFD"},            // a surrogate
         {"\xF4\x90\x80\x80", u"\uFFFD\uFFFD\uFFFD\uFFFD"},  // above U+10FFFF
@@ -148,9 +142,9 @@ TEST(Utf, RoundTripsAndRefusals) {
         {"\xC3z", u"\uFFFDz"},
         {"\x80", u"\uFFFD"},
     };
-    for (const auto& c : bad) {
-        EXPECT_EQ(tvutil2::to_utf16(c.bytes), std::nullopt);
-        EXPECT_EQ(tvutil2::to_utf16_lossy(c.bytes), c.lossy);
+    for (const auto& [bytes, lossy] : bad) {
+        EXPECT_EQ(tvutil2::to_utf16(bytes), std::nullopt);
+        EXPECT_EQ(tvutil2::to_utf16_lossy(bytes), lossy);
     }
 }
 

@@ -4,17 +4,16 @@
 #include "tvutil2/platform/files/files.h"
 
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <cstdlib>
 #include <filesystem>
-#include <functional>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include "tests/support/child.h"
 #include "tests/support/profile.h"
 
 namespace {
@@ -35,10 +34,7 @@ TEST(HostPath, DrivesRootsAndDots) {
     drives += folder + "/data/;E=relative;Q;=;F=/;G=" + folder + "/data/sub";
     setenv("TVUTIL_DRIVES", drives.c_str(), 1);
     fs::current_path(folder);
-    const struct {
-        std::u16string path;
-        std::string expected;
-    } cases[] = {
+    const std::pair<std::u16string, std::string> cases[] = {
         {u"C:\\", "/"},
         {u"c:/", "/"},
         {u"C:", "/"},
@@ -67,7 +63,7 @@ TEST(HostPath, DrivesRootsAndDots) {
         {std::u16string(u"C:\\x\xD800y"), std::to_string(ERROR_INVALID_NAME)},
         {std::u16string(u"C:\\x\0y", 6), std::to_string(ERROR_INVALID_NAME)},
     };
-    for (const auto& c : cases) EXPECT_EQ(mapped(c.path), c.expected);
+    for (const auto& [path, expected] : cases) EXPECT_EQ(mapped(path), expected);
 
     EXPECT_EQ(tvutil2::platform_path(folder + "/data/sub/x"), u"G:\\x");
     EXPECT_EQ(tvutil2::platform_path(folder + "/data/subx"), u"D:\\subx");
@@ -103,10 +99,7 @@ TEST(HostPath, ExactlyFirstAndWithoutCaseSecond) {
         tests::write_file(folder + "/" + name, "");
     }
     const auto base = tests::platform_path(folder);
-    const struct {
-        const char16_t* path;
-        const char* expected;
-    } cases[] = {
+    const std::pair<const char16_t*, const char*> cases[] = {
         {u"\\SUB\\FILE.TXT", "/Sub/File.txt"},
         {u"\\Two\\x", "/Two/x"},
         {u"\\two\\X", "/two/X"},  // exact folder first, whatever is in it
@@ -115,9 +108,9 @@ TEST(HostPath, ExactlyFirstAndWithoutCaseSecond) {
         {u"\\SUB\\New\\FILE", "/Sub/New/FILE"},
         {u"\\sub\\file.txt\\x", "/Sub/File.txt/x"},
     };
-    for (const auto& c : cases) {
-        EXPECT_EQ(mapped(base + c.path), folder + c.expected);
-        EXPECT_EQ(host_path(base + c.path, tvutil2::Lookup::likely_new), folder + c.expected);
+    for (const auto& [path, expected] : cases) {
+        EXPECT_EQ(mapped(base + path), folder + expected);
+        EXPECT_EQ(host_path(base + path, tvutil2::Lookup::likely_new), folder + expected);
     }
     EXPECT_EQ(host_path(base + u"\\sub\\FILE.txt", tvutil2::Lookup::last_as_written),
               folder + "/Sub/FILE.txt");
@@ -143,15 +136,6 @@ class LargeFolder : public testing::Test {
     [[nodiscard]] std::string found(const std::u16string& name) const {
         return fs::path(mapped(m_base + u"\\" + name)).filename();
     }
-    static void in_another_process(const std::function<void()>& work) {
-        const pid_t child = fork();
-        if (child == 0) {
-            work();
-            _exit(0);
-        }
-        waitpid(child, nullptr, 0);
-    }
-
     const std::string m_folder = tests::new_folder();
     const std::u16string m_base = tests::platform_path(m_folder);
 };
@@ -161,9 +145,9 @@ TEST_F(LargeFolder, AnswersFollowEveryChange) {
     EXPECT_EQ(found(u"F17"), "f17");
     tests::write_file(path("New"), "");
     EXPECT_EQ(found(u"NEW"), "New");
-    in_another_process([&] { tests::write_file(path("NEw"), ""); });
+    tests::in_child([&] { return tests::write_file(path("NEw"), ""), 0; });
     EXPECT_EQ(found(u"new"), "NEw") << "the first in byte order";
-    in_another_process([&] { fs::rename(path("NEw"), path("other")); });
+    tests::in_child([&] { return fs::rename(path("NEw"), path("other")), 0; });
     EXPECT_EQ(found(u"new"), "New");
     EXPECT_EQ(found(u"OTHER"), "other");
     fs::rename(path("New"), m_folder + "-outside");
@@ -193,12 +177,14 @@ TEST_F(LargeFolder, FolderThatIsReplacedIsReadAnew) {
 
 TEST_F(LargeFolder, ChildAndParentEachSeeAllChanges) {
     const auto path = [this](const char* name) { return m_folder + "/" + name; };
-    in_another_process([&] {
+    const int answer = tests::in_child([&] {
         tests::write_file(path("Child"), "");
         for (const auto* name : {u"CHILD", u"NONE", u"CHILD"}) {
-            if (found(name) == "CHILD") _exit(1);
+            if (found(name) == "CHILD") return 1;
         }
+        return 0;
     });
+    EXPECT_EQ(answer, 0);
     EXPECT_EQ(found(u"CHILD"), "Child");
 }
 

@@ -11,10 +11,7 @@
 namespace {
 
 TEST(Locale, GivesTheIdOfAHostsName) {
-    const struct {
-        const char* host;
-        LANGID id;
-    } cases[] = {
+    const std::pair<const char*, LANGID> cases[] = {
         {"de_DE.UTF-8", 0x0407},
         {"de_AT@euro", 0x0C07},
         {"de", 0x0407},
@@ -49,7 +46,7 @@ TEST(Locale, GivesTheIdOfAHostsName) {
         {".UTF-8", 0x0409},
         {"@latin", 0x0409},
     };
-    for (const auto& c : cases) EXPECT_EQ(tvutil2::language_of(c.host), c.id) << c.host;
+    for (const auto& [host, id] : cases) EXPECT_EQ(tvutil2::language_of(host), id) << host;
     // Longer than any buffer for names.
     EXPECT_EQ(tvutil2::language_of(std::string(100000, 'q')), 0x0409);
 }

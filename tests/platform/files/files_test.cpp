@@ -5,7 +5,6 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -16,11 +15,15 @@
 #include <string>
 #include <thread>
 
+#include "tests/support/child.h"
+#include "tests/support/host_files.h"
 #include "tests/support/profile.h"
 
 namespace {
 
 namespace fs = std::filesystem;
+using tests::FullDisk;
+using tests::in_child;
 using tests::new_folder;
 using tests::platform_path;
 using tests::read_file;
@@ -41,16 +44,6 @@ DWORD try_open(const std::string& path, DWORD access, DWORD sharing,
     if (handle == INVALID_HANDLE_VALUE) return GetLastError();
     CloseHandle(handle);
     return 0;
-}
-
-// Runs `work` in a child process and gives what it returned.
-template <class Work>
-int in_another_process(Work work) {
-    const pid_t child = fork();
-    if (child == 0) _exit(work());
-    int status = 0;
-    waitpid(child, &status, 0);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
 TEST(CreateFile, DispositionsTellWhatWasThere) {
@@ -164,7 +157,7 @@ TEST(CreateFile, SharingHoldsBetweenHandlesAndProcesses) {
         const int expected = c.goes ? 0 : static_cast<int>(ERROR_SHARING_VIOLATION);
         const auto row = &c - cases;
         EXPECT_EQ(second(), expected) << row;
-        EXPECT_EQ(in_another_process(second), expected) << row;
+        EXPECT_EQ(in_child(second), expected) << row;
         CloseHandle(first);
         EXPECT_EQ(try_open(path, GENERIC_READ | GENERIC_WRITE, 0), 0U) << row;
     }
@@ -290,26 +283,6 @@ TEST(FileHandle, TimesComeBackToTheTick) {
     EXPECT_EQ(w.dwLowDateTime, accessed.dwLowDateTime);
     CloseHandle(file);
 }
-
-// A full disk, as far as one process can have its own.
-class FullDisk {
-  public:
-    explicit FullDisk(rlim_t limit) {
-        m_handler = std::signal(SIGXFSZ, SIG_IGN);
-        getrlimit(RLIMIT_FSIZE, &m_before);
-        rlimit now = m_before;
-        now.rlim_cur = limit;
-        setrlimit(RLIMIT_FSIZE, &now);
-    }
-    ~FullDisk() {
-        setrlimit(RLIMIT_FSIZE, &m_before);
-        std::signal(SIGXFSZ, m_handler);
-    }
-
-  private:
-    rlimit m_before{};
-    void (*m_handler)(int) = nullptr;
-};
 
 TEST(FileHandle, FullDiskTellsHowMuchArrived) {
     const auto path = new_folder() + "/file";

@@ -40,10 +40,7 @@ TEST(Find, PatternsTakeInWhatThePlatformWould) {
         tests::write_file(folder + "/" + name, "x");
     }
     fs::create_directory(folder + "/Sub");
-    const struct {
-        const char16_t* pattern;
-        std::string names;
-    } cases[] = {
+    const std::pair<const char16_t*, std::string> cases[] = {
         {u"*", ".|..|.dot|a.text|A.TXT|b.txt|noext|Sub|we*rd|x[1].tar.gz|ä.txt"},
         {u"*.*", ".|..|.dot|a.text|A.TXT|b.txt|noext|Sub|we*rd|x[1].tar.gz|ä.txt"},
         {u"*.txt", "A.TXT|b.txt|ä.txt"},
@@ -65,8 +62,8 @@ TEST(Find, PatternsTakeInWhatThePlatformWould) {
         {u"Sub\\", "2"},
         {u"Sub\\..", fs::path(folder).filename()},
     };
-    for (const auto& c : cases) {
-        EXPECT_EQ(found(tests::platform_path(folder) + u"\\" + c.pattern), c.names);
+    for (const auto& [pattern, names] : cases) {
+        EXPECT_EQ(found(tests::platform_path(folder) + u"\\" + pattern), names);
     }
     EXPECT_EQ(found(u""), "3");
     EXPECT_EQ(found(u"C:\\"), "2");

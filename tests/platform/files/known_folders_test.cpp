@@ -36,10 +36,7 @@ TEST(KnownFolders, AProfileHoldsAllOfThem) {
     const auto& root = tests::profile_folder();
     setenv("XDG_CONFIG_HOME", "/elsewhere", 1);
     setenv("XDG_DATA_HOME", "/elsewhere", 1);
-    struct {
-        int folder;
-        std::string place;
-    } const cases[] = {
+    const std::pair<int, std::string> cases[] = {
         {CSIDL_PERSONAL, "/home/Documents"},
         {CSIDL_APPDATA, "/home/.config"},
         {CSIDL_LOCAL_APPDATA, "/home/.local/share"},

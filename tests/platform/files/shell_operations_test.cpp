@@ -5,15 +5,13 @@
 #include "tvutil2/platform/files/files.h"
 
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <unistd.h>
 
-#include <csignal>
 #include <filesystem>
-#include <set>
 #include <string>
 #include <vector>
 
+#include "tests/support/host_files.h"
 #include "tests/support/profile.h"
 
 namespace {
@@ -21,6 +19,7 @@ namespace {
 namespace fs = std::filesystem;
 using tests::new_folder;
 using tests::read_file;
+using tests::tree;
 using tests::write_file;
 
 constexpr FILEOP_FLAGS kQuiet = FOF_NOCONFIRMATION | FOF_SILENT | FOF_NOERRORUI;
@@ -47,25 +46,6 @@ Outcome run(UINT operation, const std::vector<std::string>& from,
     request.fFlags = flags;
     const int result = SHFileOperationW(&request);
     return {result, request.fAnyOperationsAborted != FALSE};
-}
-
-// Every file, folder and link below a folder with its content, in one text.
-std::string tree(const std::string& folder) {
-    std::set<std::string> lines;
-    for (const auto& entry : fs::recursive_directory_iterator(folder)) {
-        auto line = entry.path().string().substr(folder.size() + 1);
-        if (entry.is_symlink()) {
-            line += "->" + fs::read_symlink(entry.path()).string();
-        } else if (entry.is_regular_file()) {
-            line += "=" + read_file(entry.path());
-        } else {
-            line += "/";
-        }
-        lines.insert(line);
-    }
-    std::string text;
-    for (const auto& line : lines) text += line + " ";
-    return text;
 }
 
 // a/ with a file, a folder, and links that must not be followed; and what the links lead to.
@@ -132,143 +112,73 @@ TEST(ShellOperation, CopyAndMoveGiveTheSameTree) {
 }
 
 TEST(ShellOperation, WhereThingsEndUp) {
+    using Names = std::vector<std::string>;
+    constexpr int kCancelled = DE_OPCANCELLED;
+    constexpr int kMissing = ERROR_FILE_NOT_FOUND;
+    constexpr int kViolation = ERROR_SHARING_VIOLATION;
+    constexpr int kInvalid = ERROR_INVALID_PARAMETER;
+    constexpr FILEOP_FLAGS kPairs = kQuiet | FOF_MULTIDESTFILES;
+    const std::string folders = "d/ d/x=X e/ e/x=E ";
+    const std::string untouched = folders + "f=F g=G ";
     const struct {
         const char* what;
         UINT operation;
-        std::vector<std::string> from;
-        std::vector<std::string> to;
-        FILEOP_FLAGS flags;
-        int result;
+        Names from, to;
         std::string tree;
+        int result = 0;
+        FILEOP_FLAGS flags = kQuiet;
     } cases[] = {
-        {"into a folder", FO_MOVE, {"/f"}, {"/d"}, kQuiet, 0, "d/ d/f=F d/x=X e/ e/x=E g=G "},
-        {"to a new name", FO_MOVE, {"/f"}, {"/n"}, kQuiet, 0, "d/ d/x=X e/ e/x=E g=G n=F "},
-        {"two make a folder",
-         FO_MOVE,
-         {"/f", "/g"},
-         {"/n"},
-         kQuiet,
-         0,
-         "d/ d/x=X e/ e/x=E n/ n/f=F n/g=G "},
-        {"merge of folders", FO_MOVE, {"/d/*", "/f"}, {"/e"}, kQuiet, 0, "d/ e/ e/f=F e/x=X g=G "},
-        {"merge of a folder into one of its name",
+        {"into a folder", FO_MOVE, {"/f"}, {"/d"}, "d/ d/f=F d/x=X e/ e/x=E g=G "},
+        {"to a new name", FO_MOVE, {"/f"}, {"/n"}, folders + "g=G n=F "},
+        {"two make a folder", FO_MOVE, {"/f", "/g"}, {"/n"}, folders + "n/ n/f=F n/g=G "},
+        {"merge", FO_MOVE, {"/d/*", "/f"}, {"/e"}, "d/ e/ e/f=F e/x=X g=G "},
+        {"into one of its name",
          FO_COPY,
          {"/e"},
          {"/d/e"},
-         kQuiet,
-         0,
-         "d/ d/e/ d/e/x=E d/x=X e/ e/x=E f=F g=G "},
+         "d/ d/e/ d/e/x=E " + untouched.substr(3)},
         {"pairs",
          FO_MOVE,
          {"/f", "/g"},
          {"/p/1", "/q/2"},
-         kQuiet | FOF_MULTIDESTFILES,
+         folders + "p/ p/1=F q/ q/2=G ",
          0,
-         "d/ d/x=X e/ e/x=E p/ p/1=F q/ q/2=G "},
-        {"pairs that don't pair",
-         FO_MOVE,
-         {"/f", "/g"},
-         {"/p"},
-         kQuiet | FOF_MULTIDESTFILES,
-         static_cast<int>(ERROR_INVALID_PARAMETER),
-         "d/ d/x=X e/ e/x=E f=F g=G "},
-        {"a pair with a missing one",
-         FO_MOVE,
-         {"/no", "/g"},
-         {"/1", "/2"},
-         kQuiet | FOF_MULTIDESTFILES,
-         static_cast<int>(ERROR_FILE_NOT_FOUND),
-         "2=G d/ d/x=X e/ e/x=E f=F "},
-        {"over another, in other case",
-         FO_COPY,
-         {"/f"},
-         {"/G"},
-         kQuiet,
-         0,
-         "d/ d/x=X e/ e/x=E f=F g=F "},
-        {"over another, nobody to ask",
-         FO_COPY,
-         {"/f"},
-         {"/g"},
-         FOF_SILENT,
-         DE_OPCANCELLED,
-         "d/ d/x=X e/ e/x=E f=F g=G "},
-        {"delete, nobody to ask",
-         FO_DELETE,
-         {"/f"},
-         {},
-         0,
-         DE_OPCANCELLED,
-         "d/ d/x=X e/ e/x=E f=F g=G "},
-        {"file over folder",
-         FO_MOVE,
-         {"/f"},
-         {"/d/x/"},
-         kQuiet,
-         static_cast<int>(ERROR_PATH_NOT_FOUND),
-         "d/ d/x=X e/ e/x=E f=F g=G "},
+         kPairs},
+        {"no pairs", FO_MOVE, {"/f", "/g"}, {"/p"}, untouched, kInvalid, kPairs},
+        {"half", FO_MOVE, {"/no", "/g"}, {"/1", "/2"}, "2=G " + folders + "f=F ", kMissing, kPairs},
+        {"over another, in other case", FO_COPY, {"/f"}, {"/G"}, folders + "f=F g=F "},
+        {"over another, nobody to ask", FO_COPY, {"/f"}, {"/g"}, untouched, kCancelled, FOF_SILENT},
+        {"delete, nobody to ask", FO_DELETE, {"/f"}, {}, untouched, kCancelled, 0},
+        {"file over folder", FO_MOVE, {"/f"}, {"/d/x/"}, untouched, ERROR_PATH_NOT_FOUND},
         {"into itself",
          FO_COPY,
          {"/d"},
          {"/d/sub/d"},
-         kQuiet,
-         static_cast<int>(ERROR_SHARING_VIOLATION),
-         "d/ d/sub/ d/x=X e/ e/x=E f=F g=G "},
-        {"on itself",
-         FO_MOVE,
-         {"/f"},
-         {"/F"},
-         kQuiet,
-         static_cast<int>(ERROR_SHARING_VIOLATION),
-         "d/ d/x=X e/ e/x=E f=F g=G "},
-        {"rename", FO_RENAME, {"/f"}, {"/h"}, kQuiet, 0, "d/ d/x=X e/ e/x=E g=G h=F "},
-        {"rename of case alone",
-         FO_RENAME,
-         {"/f"},
-         {"/F"},
-         kQuiet,
-         0,
-         "F=F d/ d/x=X e/ e/x=E g=G "},
-        {"rename over another",
-         FO_RENAME,
-         {"/f"},
-         {"/g"},
-         kQuiet,
-         static_cast<int>(ERROR_ALREADY_EXISTS),
-         "d/ d/x=X e/ e/x=E f=F g=G "},
-        {"no match",
-         FO_DELETE,
-         {"/*.none"},
-         {},
-         kQuiet,
-         static_cast<int>(ERROR_FILE_NOT_FOUND),
-         "d/ d/x=X e/ e/x=E f=F g=G "},
-        {"by wildcards, in other case", FO_DELETE, {"/?"}, {}, kQuiet, 0, ""},
-        {"unknown",
-         5,
-         {"/f"},
-         {"/h"},
-         kQuiet,
-         static_cast<int>(ERROR_INVALID_PARAMETER),
-         "d/ d/x=X e/ e/x=E f=F g=G "},
+         "d/ d/sub/ " + untouched.substr(3),
+         kViolation},
+        {"on itself", FO_MOVE, {"/f"}, {"/F"}, untouched, kViolation},
+        {"rename", FO_RENAME, {"/f"}, {"/h"}, folders + "g=G h=F "},
+        {"rename of case alone", FO_RENAME, {"/f"}, {"/F"}, "F=F " + folders + "g=G "},
+        {"rename over another", FO_RENAME, {"/f"}, {"/g"}, untouched, ERROR_ALREADY_EXISTS},
+        {"no match", FO_DELETE, {"/*.none"}, {}, untouched, kMissing},
+        {"by wildcards, in other case", FO_DELETE, {"/?"}, {}, ""},
+        {"unknown", 5, {"/f"}, {"/h"}, untouched, kInvalid},
     };
     // No terminal to ask on, wherever the tests run.
     setsid();
     for (const auto& c : cases) {
         const auto folder = new_folder();
-        fs::create_directory(folder + "/d");
-        fs::create_directory(folder + "/e");
-        for (const auto* name : {"d/x=X", "e/x=E", "f=F", "g=G"}) {
-            const std::string text(name);
-            write_file(folder + "/" + text.substr(0, text.find('=')), text.substr(text.size() - 1));
+        for (const auto* name : {"/d", "/e"}) fs::create_directory(folder + name);
+        for (const auto& [name, text] :
+             {std::pair{"/d/x", "X"}, {"/e/x", "E"}, {"/f", "F"}, {"/g", "G"}}) {
+            write_file(folder + name, text);
         }
         auto from = c.from;
         auto to = c.to;
         for (auto& name : from) name.insert(0, folder);
         for (auto& name : to) name.insert(0, folder);
-        const auto outcome = run(c.operation, from, to, c.flags);
-        EXPECT_EQ(outcome.result, c.result) << c.what;
-        EXPECT_EQ(outcome.aborted, c.result == DE_OPCANCELLED) << c.what;
+        EXPECT_EQ(run(c.operation, from, to, c.flags), (Outcome{c.result, c.result == kCancelled}))
+            << c.what;
         EXPECT_EQ(tree(folder), c.tree) << c.what;
     }
 }
@@ -310,14 +220,8 @@ TEST(Trash, TakesFromAnotherFileSystemAndLosesNothingWhenFull) {
     fs::create_directory(folder + "/tree");
     write_file(folder + "/tree/big", std::string(200000, 'x'));
     {
-        const auto handler = std::signal(SIGXFSZ, SIG_IGN);
-        rlimit before{};
-        getrlimit(RLIMIT_FSIZE, &before);
-        const rlimit full{100000, before.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &full);
+        const tests::FullDisk full(100000);
         EXPECT_NE(run(FO_DELETE, {folder + "/tree"}, {}, kQuiet | FOF_ALLOWUNDO).result, 0);
-        setrlimit(RLIMIT_FSIZE, &before);
-        std::signal(SIGXFSZ, handler);
     }
     EXPECT_EQ(read_file(folder + "/tree/big").size(), 200000U);
     EXPECT_EQ(run(FO_DELETE, {folder + "/tree"}, {}, kQuiet | FOF_ALLOWUNDO).result, 0);

@@ -10,10 +10,7 @@ namespace {
 constexpr auto kVariable = "XDG_DOCUMENTS_DIR";
 
 TEST(UserDirs, OneLine) {
-    struct {
-        std::string line;
-        std::optional<std::string> folder;
-    } const cases[] = {
+    const std::pair<std::string, std::optional<std::string>> cases[] = {
         {R"(XDG_DOCUMENTS_DIR="$HOME/Papers")", "/home/ann/Papers"},
         {"  \tXDG_DOCUMENTS_DIR=\"$HOME/Papers\"\r", "/home/ann/Papers"},
         {R"(XDG_DOCUMENTS_DIR="/mnt/d/Papers//" # moved)", "/mnt/d/Papers"},

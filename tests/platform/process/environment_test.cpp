@@ -48,10 +48,8 @@ TEST(Environment, EmptyIsNotMissing) {
 
 TEST(Environment, NamesAndTextsThatAreRefused) {
     const char16_t lone[] = {0xD800, 0};
-    struct {
-        const char16_t* name;
-        const char16_t* value;
-    } const cases[] = {{u"", u"x"}, {u"A=B", u"x"}, {nullptr, u"x"}, {lone, u"x"}, {u"A", lone}};
+    const std::pair<const char16_t*, const char16_t*> cases[] = {
+        {u"", u"x"}, {u"A=B", u"x"}, {nullptr, u"x"}, {lone, u"x"}, {u"A", lone}};
     for (const auto& [name, value] : cases) {
         SetLastError(0);
         EXPECT_EQ(SetEnvironmentVariableW(name, value), FALSE);

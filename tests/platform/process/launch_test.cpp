@@ -47,10 +47,7 @@ std::string value(const std::string& report, const std::string& name) {
 
 TEST(Launch, CommandLinesAreSplitByTheRunTimeLibrarysRules) {
     using List = std::vector<std::u16string>;
-    struct {
-        const char16_t* text;
-        List arguments;
-    } const cases[] = {
+    const std::pair<const char16_t*, List> cases[] = {
         {u"", {}},
         {u" \t ", {}},
         {u"-url ssh://a@b/c", {u"-url", u"ssh://a@b/c"}},

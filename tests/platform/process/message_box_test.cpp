@@ -2,64 +2,18 @@
 
 #include "tvutil2/platform/base/last_error.h"
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <pty.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <cstdlib>
-#include <functional>
+#include <csignal>
 #include <string>
 
-#include "tests/support/profile.h"
+#include "tests/support/child.h"
 
 namespace {
 
-// A box asked on a terminal of its own, by a child process whose exit code is the answer.
-class Asked {
-  public:
-    explicit Asked(const std::function<int()>& ask) {
-        m_child = forkpty(&m_terminal, nullptr, nullptr, nullptr);
-        if (m_child == 0) _exit(ask());
-    }
-    ~Asked() { close(m_terminal); }
-    Asked(const Asked&) = delete;
-    Asked& operator=(const Asked&) = delete;
-
-    // Reads until the terminal has shown `text` once more; all that was shown.
-    const std::string& wait_for(const std::string& text) {
-        while (m_shown.find(text, m_seen) == std::string::npos) {
-            char block[1024];
-            const auto size = read(m_terminal, block, sizeof block);
-            if (size <= 0) {
-                ADD_FAILURE() << "never shown: " << text << "\nshown: " << m_shown;
-                return m_shown;
-            }
-            m_shown.append(block, static_cast<std::size_t>(size));
-        }
-        m_seen = m_shown.find(text, m_seen) + text.size();
-        return m_shown;
-    }
-    void type(const std::string& keys) const {
-        EXPECT_EQ(write(m_terminal, keys.data(), keys.size()), static_cast<ssize_t>(keys.size()));
-    }
-    void hang_up() {
-        close(m_terminal);
-        m_terminal = -1;
-    }
-    int answer() const {
-        int status = 0;
-        waitpid(m_child, &status, 0);
-        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    }
-
-  private:
-    int m_terminal = -1;
-    pid_t m_child;
-    std::string m_shown;
-    std::size_t m_seen = 0;
-};
+using tests::Terminal;
 
 constexpr auto kPromptEnd = "): ";
 
@@ -84,15 +38,15 @@ TEST(MessageBox, AnswersOnATerminal) {
         {MB_CANCELTRYCONTINUE, "g\n", IDCONTINUE},
     };
     for (const auto& [type, typed, id] : cases) {
-        Asked box([type = type] { return MessageBoxW(nullptr, u"Sure?", u"Tool", type); });
+        Terminal box([type = type] { return MessageBoxW(nullptr, u"Sure?", u"Tool", type); });
         box.wait_for(kPromptEnd);
         box.type(typed);
-        EXPECT_EQ(box.answer(), id) << typed << " of type " << type;
+        EXPECT_EQ(box.result(), id) << typed << " of type " << type;
     }
 }
 
 TEST(MessageBox, AsksAgainUntilTheAnswerIsOne) {
-    Asked box([] { return MessageBoxW(nullptr, u"Delete all?", u"Tool", MB_YESNO); });
+    Terminal box([] { return MessageBoxW(nullptr, u"Delete all?", u"Tool", MB_YESNO); });
     box.wait_for(kPromptEnd);
     for (const auto* nonsense : {"maybe\n", "yesyes\n", "ye\n", "\x1B[A\n"}) {
         box.type(nonsense);
@@ -101,26 +55,26 @@ TEST(MessageBox, AsksAgainUntilTheAnswerIsOne) {
     box.type(std::string(300, 'y') + "\n");
     box.wait_for(kPromptEnd);
     box.type("yes\n");
-    EXPECT_EQ(box.answer(), IDYES);
+    EXPECT_EQ(box.result(), IDYES);
 }
 
 TEST(MessageBox, EndOfInputAndHangUpRefuse) {
-    Asked ended([] { return MessageBoxW(nullptr, u"Go?", u"Tool", MB_OKCANCEL); });
+    Terminal ended([] { return MessageBoxW(nullptr, u"Go?", u"Tool", MB_OKCANCEL); });
     ended.wait_for(kPromptEnd);
     ended.type("\x04");
-    EXPECT_EQ(ended.answer(), IDCANCEL);
+    EXPECT_EQ(ended.result(), IDCANCEL);
 
-    Asked hung_up([] {
+    Terminal hung_up([] {
         signal(SIGHUP, SIG_IGN);
         return MessageBoxW(nullptr, u"Go?", u"Tool", MB_YESNO);
     });
     hung_up.wait_for(kPromptEnd);
     hung_up.hang_up();
-    EXPECT_EQ(hung_up.answer(), IDNO);
+    EXPECT_EQ(hung_up.result(), IDNO);
 }
 
 TEST(MessageBox, HostileTextIsShownNotObeyed) {
-    Asked box([] {
+    Terminal box([] {
         return MessageBoxW(nullptr, u"a\x1B[2Jb\x9B\x07\n[Y]es\u202Eexe.txt\r\nend",
                            u"T\x1B]0;x\x07", MB_OK);
     });
@@ -132,29 +86,11 @@ TEST(MessageBox, HostileTextIsShownNotObeyed) {
               std::string::npos)
         << shown;
     box.type("\n");
-    EXPECT_EQ(box.answer(), IDOK);
-}
-
-// Runs without a controlling terminal, standard error in a file.
-int asked_of_nobody(UINT type, std::string& printed) {
-    const auto file = tests::new_folder() + "/stderr";
-    const auto child = fork();
-    if (child == 0) {
-        setsid();
-        dup2(open(file.c_str(), O_WRONLY | O_CREAT, 0600), STDERR_FILENO);
-        _exit(MessageBoxW(nullptr, u"Run it anyway?", u"Tool", type));
-    }
-    int status = 0;
-    waitpid(child, &status, 0);
-    printed = tests::read_file(file);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    EXPECT_EQ(box.result(), IDOK);
 }
 
 TEST(MessageBox, NothingIsApprovedWhenNobodyCanBeAsked) {
-    struct {
-        UINT type;
-        int id;
-    } const cases[] = {
+    const std::pair<UINT, int> cases[] = {
         {MB_OK, IDOK},
         {MB_OKCANCEL | MB_DEFBUTTON1, IDCANCEL},
         {MB_ABORTRETRYIGNORE | MB_DEFBUTTON3, IDABORT},
@@ -165,14 +101,19 @@ TEST(MessageBox, NothingIsApprovedWhenNobodyCanBeAsked) {
     };
     for (const auto& [type, id] : cases) {
         std::string printed;
-        EXPECT_EQ(asked_of_nobody(type, printed), id) << type;
+        EXPECT_EQ(
+            tests::in_child_alone(
+                [type = type] { return MessageBoxW(nullptr, u"Run it anyway?", u"Tool", type); },
+                printed),
+            id)
+            << type;
         EXPECT_NE(printed.find("Run it anyway?"), std::string::npos) << "never in silence";
     }
 }
 
 TEST(MessageBox, InTheBackgroundNobodyIsAsked) {
     // A background process that read from the terminal would be stopped.
-    Asked box([] {
+    Terminal box([] {
         const auto child = fork();
         if (child == 0) {
             setpgid(0, 0);
@@ -183,7 +124,7 @@ TEST(MessageBox, InTheBackgroundNobodyIsAsked) {
         return WIFEXITED(status) ? WEXITSTATUS(status) : 99;
     });
     box.wait_for("nobody could be asked");
-    EXPECT_EQ(box.answer(), IDNO);
+    EXPECT_EQ(box.result(), IDNO);
 }
 
 TEST(MessageBox, UnknownSetsOfButtonsAreRefused) {
