@@ -10,10 +10,9 @@
 #include <filesystem>
 #include <optional>
 #include <string>
-#include <thread>
-#include <vector>
 
 #include "tests/support/profile.h"
+#include "tests/support/threads.h"
 
 namespace {
 
@@ -169,17 +168,13 @@ TEST(UserData, TheCacheAsksAgainOnlyForARefresh) {
 
 TEST(UserData, ManyThreadsFillTheCachesTogether) {
     const auto expected = platform_path(documents() + "/Tolvarine Computer/8");
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 8; ++i) {
-        threads.emplace_back([&, refresh = i % 2] {
-            for (int round = 0; round < 50; ++round) {
-                EXPECT_EQ(GetUserDataFolderPath(refresh), expected);
-                EXPECT_EQ(TvGetCredentialPath(), expected + u"\\Common\\Credential");
-                EXPECT_NE(*GetCommonDataFolderPath(), 0);
-            }
-        });
-    }
-    for (auto& thread : threads) thread.join();
+    tests::on_threads(8, [&](int i) {
+        for (int round = 0; round < 50; ++round) {
+            EXPECT_EQ(GetUserDataFolderPath(i % 2), expected);
+            EXPECT_EQ(TvGetCredentialPath(), expected + u"\\Common\\Credential");
+            EXPECT_NE(*GetCommonDataFolderPath(), 0);
+        }
+    });
 }
 
 TEST(UserData, CommonFolders) {

@@ -4,8 +4,8 @@
 
 #include <atomic>
 #include <string>
-#include <thread>
-#include <vector>
+
+#include "tests/support/threads.h"
 
 namespace {
 
@@ -22,23 +22,20 @@ TEST(LockBuffer, HoldsACopyOfItsOwn) {
     EXPECT_EQ(CLockBuffer().Len(), 0U);
 }
 
-// Who appends in three steps isn't interrupted, and what is taken is whole.
+// Who appends in three steps isn't interrupted, and what is taken is whole. The lock is one that
+// threads share: a record of it that changed outside its mutex would leave it locked for good.
 TEST(LockBuffer, KeepsTheOthersOut) {
     CLockBuffer queue;
     std::atomic<int> open_ends = 0;
-    std::vector<std::thread> threads;
-    for (const char mark : {'a', 'b', 'c', 'd'}) {
-        threads.emplace_back([&queue, &open_ends, mark] {
-            for (int i = 0; i < 2000; ++i) {
-                queue.Lock();
-                if (queue.Len() > 300) queue.Consume(3);
-                for (int n = 0; n < 3; ++n) queue.PutByte(static_cast<unsigned char>(mark));
-                if (queue.Len() % 3 != 0) ++open_ends;
-                queue.Unlock();
-            }
-        });
-    }
-    for (auto& thread : threads) thread.join();
+    tests::on_threads(4, [&](int thread) {
+        for (int i = 0; i < 2000; ++i) {
+            queue.Lock();
+            if (queue.Len() > 300) queue.Consume(3);
+            for (int n = 0; n < 3; ++n) queue.PutByte(static_cast<unsigned char>('a' + thread));
+            if (queue.Len() % 3 != 0) ++open_ends;
+            queue.Unlock();
+        }
+    });
     EXPECT_EQ(open_ends, 0);
     const auto text = text_of(queue);
     for (std::size_t i = 0; i < text.size(); i += 3) {

@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <thread>
-#include <vector>
 
 namespace {
 
@@ -46,27 +45,6 @@ TEST(Sync, AStrangersUnlockChangesNothing) {
     std::thread([&lock] { EXPECT_FALSE(lock.Unlock()); }).join();
     EXPECT_TRUE(lock.IsLocked());
     EXPECT_FALSE(is_free(mutex));
-}
-
-// As in a buffer that carries its own lock: a record that changed outside the mutex would leave it
-// locked for good.
-TEST(Sync, OneLockMayBeSharedByThreads) {
-    CMutex mutex;
-    CSingleLock shared(&mutex);
-    int count = 0;
-    std::vector<std::thread> threads(4);
-    for (auto& thread : threads) {
-        thread = std::thread([&] {
-            for (int round = 0; round < 2000; ++round) {
-                shared.Lock();
-                ++count;
-                shared.Unlock();
-            }
-        });
-    }
-    for (auto& thread : threads) thread.join();
-    EXPECT_EQ(count, 8000);
-    EXPECT_FALSE(shared.IsLocked());
 }
 
 TEST(Sync, ANameIsRefused) {

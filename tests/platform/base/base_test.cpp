@@ -1,25 +1,16 @@
-// The small rooms of the base: texts, UTF, handles, clock.
+// The small rooms of the base: texts, UTF, clock.
 #include "tvutil2/platform/base/clock.h"
-#include "tvutil2/platform/base/handle_table.h"
-#include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/base/utf.h"
 #include "tvutil2/platform/base/wide_text.h"
-#include "tvutil2/platform/files/files.h"
 
 #include <gtest/gtest.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
-#include <atomic>
 #include <cerrno>
 #include <cstdlib>
 #include <limits>
-#include <set>
 #include <string>
-#include <thread>
-#include <vector>
-
-#include "tests/support/profile.h"
 
 namespace {
 
@@ -145,35 +136,6 @@ TEST(Utf, RoundTripsAndRefusals) {
     for (const auto& [bytes, lossy] : bad) {
         EXPECT_EQ(tvutil2::to_utf16(bytes), std::nullopt);
         EXPECT_EQ(tvutil2::to_utf16_lossy(bytes), lossy);
-    }
-}
-
-// Many threads open, use and close, and try handles that others closed: never the wrong object.
-TEST(HandleTable, ClosedHandlesStayClosedUnderContention) {
-    const auto path = tests::platform_path(tests::new_folder() + "/file");
-    CloseHandle(CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, 0, nullptr));
-    std::atomic<int> wrong{0};
-    std::vector<std::thread> threads;
-    threads.reserve(4);
-    for (int t = 0; t < 4; ++t) {
-        threads.emplace_back([&] {
-            std::set<HANDLE> closed;
-            for (int i = 0; i < 300; ++i) {
-                const HANDLE file = CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ,
-                                                nullptr, OPEN_EXISTING, 0, nullptr);
-                LARGE_INTEGER size{};
-                if (file == INVALID_HANDLE_VALUE || GetFileSizeEx(file, &size) == FALSE) ++wrong;
-                if (!closed.insert(file).second) ++wrong;  // a value comes only once
-                if (CloseHandle(file) == FALSE) ++wrong;
-                if (CloseHandle(*closed.begin()) != FALSE) ++wrong;
-                if (GetLastError() != ERROR_INVALID_HANDLE) ++wrong;
-            }
-        });
-    }
-    for (auto& thread : threads) thread.join();
-    EXPECT_EQ(wrong, 0);
-    for (const auto value : {0, 1, 3, 4, -1, -4}) {
-        EXPECT_FALSE(CloseHandle(reinterpret_cast<HANDLE>(static_cast<std::intptr_t>(value))));
     }
 }
 

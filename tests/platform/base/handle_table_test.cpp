@@ -8,8 +8,9 @@
 #include <atomic>
 #include <cstdint>
 #include <set>
-#include <thread>
 #include <vector>
+
+#include "tests/support/threads.h"
 
 namespace {
 
@@ -41,9 +42,10 @@ TEST(HandleTable, AClosedHandleStaysVoidThoughItsPlaceIsUsedAgain) {
 TEST(HandleTable, InventedHandlesAreRefused) {
     auto* const live = new_event();
     const auto value = reinterpret_cast<std::uintptr_t>(live);
-    for (const auto invented : {std::uintptr_t{0}, ~std::uintptr_t{0}, value + 1, value + 2,
-                                value ^ (std::uintptr_t{1} << 32), value & 0xFFFFFFFF,
-                                value | 0xFFFFFFFC, value + 400000, std::uintptr_t{0x80000001}}) {
+    for (const auto invented :
+         {std::uintptr_t{0}, std::uintptr_t{1}, std::uintptr_t{4}, ~std::uintptr_t{0}, value + 1,
+          value + 2, value ^ (std::uintptr_t{1} << 32), value & 0xFFFFFFFF, value | 0xFFFFFFFC,
+          value + 400000, std::uintptr_t{0x80000001}}) {
         EXPECT_FALSE(SetEvent(reinterpret_cast<HANDLE>(invented))) << std::hex << invented;
         EXPECT_FALSE(CloseHandle(reinterpret_cast<HANDLE>(invented))) << std::hex << invented;
     }
@@ -54,19 +56,15 @@ TEST(HandleTable, ThreadsMayCloseWhatOthersUse) {
     std::array<std::atomic<HANDLE>, 8> shared{};
     for (auto& handle : shared) handle = new_event();
     std::atomic<int> wrong = 0;
-    std::vector<std::thread> threads(4);
-    for (std::size_t t = 0; t < threads.size(); ++t) {
-        threads[t] = std::thread([&, t] {
-            for (std::size_t i = t; i < 5000; ++i) {
-                auto* const old = shared[i * 5 % 8].exchange(new_event());
-                SetEvent(shared[i * 3 % 8]);
-                WaitForSingleObject(old, 0);
-                // Whoever took it out of the array is the only one who closes it.
-                if (!CloseHandle(old) || CloseHandle(old)) ++wrong;
-            }
-        });
-    }
-    for (auto& thread : threads) thread.join();
+    tests::on_threads(4, [&](int t) {
+        for (auto i = static_cast<std::size_t>(t); i < 5000; ++i) {
+            auto* const old = shared[i * 5 % 8].exchange(new_event());
+            SetEvent(shared[i * 3 % 8]);
+            WaitForSingleObject(old, 0);
+            // Whoever took it out of the array is the only one who closes it.
+            if (!CloseHandle(old) || CloseHandle(old)) ++wrong;
+        }
+    });
     EXPECT_EQ(wrong, 0);
     for (auto& handle : shared) EXPECT_TRUE(CloseHandle(handle));
 }

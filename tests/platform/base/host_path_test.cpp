@@ -10,11 +10,10 @@
 #include <cstdlib>
 #include <filesystem>
 #include <string>
-#include <thread>
-#include <vector>
 
 #include "tests/support/child.h"
 #include "tests/support/profile.h"
+#include "tests/support/threads.h"
 
 namespace {
 
@@ -190,24 +189,19 @@ TEST_F(LargeFolder, ChildAndParentEachSeeAllChanges) {
 
 TEST_F(LargeFolder, ManyThreadsMakeFilesAtOnce) {
     std::atomic<int> wrong{0};
-    std::vector<std::thread> threads;
-    threads.reserve(4);
-    for (int t = 0; t < 4; ++t) {
-        threads.emplace_back([this, t, &wrong] {
-            for (int i = 0; i < 200; ++i) {
-                std::string lower("t");
-                lower += std::to_string(t * 1000 + i);
-                std::u16string name(lower.begin(), lower.end());
-                if (CopyFileW((m_base + u"\\f1").c_str(), (m_base + u"\\" + name).c_str(), TRUE) ==
-                    FALSE) {
-                    ++wrong;
-                }
-                name[0] = u'T';
-                if (found(name) != lower) ++wrong;
+    tests::on_threads(4, [this, &wrong](int t) {
+        for (int i = 0; i < 200; ++i) {
+            std::string lower("t");
+            lower += std::to_string(t * 1000 + i);
+            std::u16string name(lower.begin(), lower.end());
+            if (CopyFileW((m_base + u"\\f1").c_str(), (m_base + u"\\" + name).c_str(), TRUE) ==
+                FALSE) {
+                ++wrong;
             }
-        });
-    }
-    for (auto& thread : threads) thread.join();
+            name[0] = u'T';
+            if (found(name) != lower) ++wrong;
+        }
+    });
     EXPECT_EQ(wrong, 0);
 }
 

@@ -3,7 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <thread>
-#include <vector>
+
+#include "tests/support/threads.h"
 
 namespace {
 
@@ -33,17 +34,13 @@ TEST(CriticalSection, LosesNoCountUnderContention) {
     constexpr int kThreads = 4;
     constexpr int kRounds = 20000;
     int count = 0;
-    std::vector<std::thread> threads(kThreads);
-    for (auto& thread : threads) {
-        thread = std::thread([&] {
-            for (int round = 0; round < kRounds; ++round) {
-                EnterCriticalSection(&section);
-                ++count;
-                LeaveCriticalSection(&section);
-            }
-        });
-    }
-    for (auto& thread : threads) thread.join();
+    tests::on_threads(kThreads, [&](int /*thread*/) {
+        for (int round = 0; round < kRounds; ++round) {
+            EnterCriticalSection(&section);
+            ++count;
+            LeaveCriticalSection(&section);
+        }
+    });
     EXPECT_EQ(count, kThreads * kRounds);
     DeleteCriticalSection(&section);
 }

@@ -6,9 +6,12 @@
 #include <atomic>
 #include <chrono>
 #include <thread>
-#include <vector>
+
+#include "tests/support/threads.h"
 
 namespace {
+
+using tests::on_threads;
 
 // Owner of a handle, so that a failed test leaves nothing behind.
 class Object {
@@ -50,14 +53,6 @@ DWORD wait_all(const std::array<HANDLE, count>& objects, DWORD milliseconds = IN
 template <class Work>
 void on_other_thread(Work work) {
     std::thread(work).join();
-}
-
-template <class Work>
-void on_threads(int count, Work work) {
-    std::vector<std::thread> threads;
-    threads.reserve(static_cast<std::size_t>(count));
-    for (int i = 0; i < count; ++i) threads.emplace_back(work, i);
-    for (auto& thread : threads) thread.join();
 }
 
 TEST(Objects, AutoResetEventIsTakenByTheWaitAndManualOneIsNot) {

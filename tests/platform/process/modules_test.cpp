@@ -9,10 +9,10 @@
 
 #include <atomic>
 #include <filesystem>
-#include <thread>
 #include <vector>
 
 #include "tests/support/profile.h"
+#include "tests/support/threads.h"
 
 namespace {
 
@@ -182,19 +182,15 @@ TEST(Modules, DpiAwarenessIsSetOnce) {
 TEST(Modules, ThreadsThatLoadAndFreeTheSameFile) {
     const auto path = started("versioned.dll");
     std::atomic<int> failures{0};
-    std::vector<std::thread> threads;
-    for (int t = 0; t < 4; ++t) {
-        threads.emplace_back([&] {
-            for (int i = 0; i < 200; ++i) {
-                const auto module = LoadLibraryW(path.c_str());
-                if (module == nullptr || GetProcAddress(module, "DllGetVersion") == nullptr ||
-                    !FreeLibrary(module)) {
-                    ++failures;
-                }
+    tests::on_threads(4, [&](int /*thread*/) {
+        for (int i = 0; i < 200; ++i) {
+            const auto module = LoadLibraryW(path.c_str());
+            if (module == nullptr || GetProcAddress(module, "DllGetVersion") == nullptr ||
+                !FreeLibrary(module)) {
+                ++failures;
             }
-        });
-    }
-    for (auto& thread : threads) thread.join();
+        }
+    });
     EXPECT_EQ(failures, 0);
     EXPECT_EQ(GetModuleHandleW(u"versioned.dll"), nullptr);
 }
