@@ -1,4 +1,5 @@
-// Registry values beside a prepared SELECT and a prepared INSERT on an equal SQLite file.
+// Registry values beside prepared statements on a SQLite file of the same durability: as little as
+// holds one value, and, for writes, with the row of the value's key, which tells when it changed.
 #include "tvutil2/settings/registry.h"
 
 #include <benchmark/benchmark.h>
@@ -21,14 +22,20 @@ class Peer {
                      "PRAGMA journal_mode = WAL; PRAGMA synchronous = NORMAL;"
                      "CREATE TABLE v (key INTEGER, name BLOB, type INTEGER, data BLOB,"
                      " PRIMARY KEY (key, name)) WITHOUT ROWID;"
+                     "CREATE TABLE k (id INTEGER PRIMARY KEY, name BLOB, written INTEGER);"
+                     "INSERT INTO k VALUES (1, x'004e', 0);"
                      "INSERT INTO v VALUES (1, x'004e', 4, x'2a000000')",
                      nullptr, nullptr, nullptr);
         prepare("SELECT type, data FROM v WHERE key = 1 AND name = x'004e'", m_select);
         prepare("INSERT OR REPLACE INTO v VALUES (1, x'004e', 4, ?1)", m_insert);
+        prepare("UPDATE k SET written = ?1 WHERE id = 1", m_update);
+        prepare("BEGIN IMMEDIATE", m_begin);
+        prepare("COMMIT", m_commit);
     }
     ~Peer() {
-        sqlite3_finalize(m_select);
-        sqlite3_finalize(m_insert);
+        for (auto* statement : {m_select, m_insert, m_update, m_begin, m_commit}) {
+            sqlite3_finalize(statement);
+        }
         sqlite3_close(m_database);
     }
     Peer(const Peer&) = delete;
@@ -45,8 +52,14 @@ class Peer {
     void insert() {
         ++m_number;
         sqlite3_bind_blob(m_insert, 1, &m_number, sizeof m_number, SQLITE_STATIC);
-        sqlite3_step(m_insert);
-        sqlite3_reset(m_insert);
+        run(m_insert);
+    }
+    void insert_with_key() {
+        run(m_begin);
+        sqlite3_bind_int64(m_update, 1, m_number);
+        run(m_update);
+        insert();
+        run(m_commit);
     }
 
   private:
@@ -54,10 +67,18 @@ class Peer {
         if (sqlite3_prepare_v2(m_database, sql, -1, &statement, nullptr) != SQLITE_OK) std::abort();
     }
 
+    static void run(sqlite3_stmt* statement) {
+        if (sqlite3_step(statement) != SQLITE_DONE) std::abort();
+        sqlite3_reset(statement);
+    }
+
     DWORD m_number = 0;
     sqlite3* m_database = nullptr;
     sqlite3_stmt* m_select = nullptr;
     sqlite3_stmt* m_insert = nullptr;
+    sqlite3_stmt* m_update = nullptr;
+    sqlite3_stmt* m_begin = nullptr;
+    sqlite3_stmt* m_commit = nullptr;
 };
 
 Peer& peer() {
@@ -99,9 +120,12 @@ void peer_read(benchmark::State& state) {
 void peer_write(benchmark::State& state) {
     for (auto _ : state) peer().insert();
 }
+void peer_write_with_key(benchmark::State& state) {
+    for (auto _ : state) peer().insert_with_key();
+}
 void peer_read_after_write(benchmark::State& state) {
     for (auto _ : state) {
-        peer().insert();
+        peer().insert_with_key();
         benchmark::DoNotOptimize(peer().select());
     }
 }
@@ -112,7 +136,8 @@ BENCHMARK(read_text)->Name("read a text|ours");
 BENCHMARK(peer_read)->Name("read a text|SQLite SELECT");
 BENCHMARK(write_number)->Name("write a number|ours");
 BENCHMARK(peer_write)->Name("write a number|SQLite INSERT");
+BENCHMARK(peer_write_with_key)->Name("write a number|SQLite, two rows");
 BENCHMARK(read_after_write)->Name("write and read|ours");
-BENCHMARK(peer_read_after_write)->Name("write and read|SQLite");
+BENCHMARK(peer_read_after_write)->Name("write and read|SQLite, two rows");
 
 }  // namespace

@@ -3,11 +3,18 @@
 #include "tvutil2/platform/registry/registry.h"
 
 #include <gtest/gtest.h>
+#include <linux/audit.h>
+#include <linux/filter.h>
+#include <linux/seccomp.h>
+#include <sys/prctl.h>
 #include <sys/resource.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <csignal>
+#include <cstddef>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -82,13 +89,58 @@ TEST(RegistryFaults, ADamagedHiveIsReportedAndLeftAlone) {
     }
 }
 
+// From here on, whoever waits for the disk in this process is told that it failed.
+bool disk_fails() {
+    sock_filter steps[] = {
+        BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
+        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_fsync, 1, 0),
+        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_fdatasync, 0, 1),
+        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | EIO),
+        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
+    };
+    const sock_fprog program{std::size(steps), steps};
+    return prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 &&
+           prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program) == 0;
+}
+
+TEST(RegistryFaults, AFlushWaitsForTheDiskAndAWriteDoesNot) {
+    make_hive();
+    EXPECT_TRUE(holds_in_child([] {
+        return disk_fails() && set(u"v", "x") == 0 &&
+               RegFlushKey(HKEY_CURRENT_USER) == static_cast<LONG>(ERROR_CANTWRITE);
+    }));
+    EXPECT_EQ(RegFlushKey(HKEY_CURRENT_USER), 0);
+    std::string data;
+    EXPECT_EQ(get(u"v", data), 0);
+}
+
+// Files of this process can't grow beyond `size` bytes: an error as on a full disk.
+bool limit_files(rlim_t size) {
+    signal(SIGXFSZ, SIG_IGN);
+    const rlimit limit{size, size};
+    return setrlimit(RLIMIT_FSIZE, &limit) == 0;
+}
+
+// The limits fall into the making of the hive, its index and its log, and between two writes.
+TEST(RegistryFaults, AFullDiskIsReportedWhereverItIsMet) {
+    for (const rlim_t limit : {0, 500, 3000, 12'000, 33'000, 50'000, 50'001, 52'000, 150'000}) {
+        SCOPED_TRACE(limit);
+        EXPECT_TRUE(holds_in_child([limit] {
+            if (!limit_files(limit)) return false;
+            LONG error = 0;
+            for (int i = 0; i < 1000 && error == 0; ++i) error = set(u"v", std::to_string(i));
+            return error == static_cast<LONG>(ERROR_DISK_FULL);
+        }));
+        EXPECT_EQ(set(u"v", "after"), 0);
+        std::filesystem::remove_all(tvutil2::user_store());
+    }
+}
+
 TEST(RegistryFaults, AFullDiskKeepsWhatWasThere) {
     make_hive();
     EXPECT_TRUE(holds_in_child([] {
-        signal(SIGXFSZ, SIG_IGN);
-        const rlimit limit{200000, 200000};
-        if (setrlimit(RLIMIT_FSIZE, &limit) != 0) return false;
-        return set(u"large", std::string(1000000, 'l')) == static_cast<LONG>(ERROR_DISK_FULL) &&
+        return limit_files(200'000) &&
+               set(u"large", std::string(1'000'000, 'l')) == static_cast<LONG>(ERROR_DISK_FULL) &&
                set(u"small", "fits") == 0;
     }));
     std::string data;

@@ -192,6 +192,46 @@ TEST(RegistryProcesses, ChangesOfAnotherProcessSetTheEvent) {
     }
 }
 
+// What a deleted key takes away mustn't outweigh a change elsewhere in the tree.
+TEST(RegistryProcesses, ADeletionHidesNoChange) {
+    for (const DWORD filter : {REG_NOTIFY_CHANGE_NAME, REG_NOTIFY_CHANGE_LAST_SET}) {
+        auto* const key = made_key(u"Hidden");
+        set(made_key(u"Hidden\\Below"), u"v", 1);
+        made_key(u"Hidden\\Below\\Leaf");
+        auto* const event = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+        ASSERT_EQ(RegNotifyChangeKeyValue(key, TRUE, filter, event, TRUE), 0);
+        made_key(u"Hidden\\News");
+        set(key, u"v", 1);
+        ASSERT_EQ(WaitForSingleObject(event, 60000), WAIT_OBJECT_0);
+        EXPECT_EQ(SHDeleteKeyW(key, u"Below"), 0);
+        set(key, u"v", 2);
+        ASSERT_EQ(RegNotifyChangeKeyValue(key, TRUE, filter, event, TRUE), 0);
+        EXPECT_EQ(WaitForSingleObject(event, 0), WAIT_OBJECT_0);
+        EXPECT_EQ(SHDeleteKeyW(HKEY_CURRENT_USER, u"Hidden"), 0);
+        CloseHandle(event);
+    }
+}
+
+TEST(RegistryProcesses, AWatchEndsWithItsKey) {
+    for (const BOOL subtree : {FALSE, TRUE}) {
+        auto* const key = made_key(u"Mortal");
+        auto* const event = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+        const auto watch = [&](BOOL asynchronous) {
+            return RegNotifyChangeKeyValue(key, subtree, REG_NOTIFY_CHANGE_LAST_SET, event,
+                                           asynchronous);
+        };
+        ASSERT_EQ(watch(TRUE), 0);
+        EXPECT_TRUE(
+            succeeded(in_child([] { return RegDeleteKeyW(HKEY_CURRENT_USER, u"Mortal") == 0; })));
+        EXPECT_EQ(WaitForSingleObject(event, 60000), WAIT_OBJECT_0);
+        for (const BOOL asynchronous : {TRUE, FALSE}) {
+            EXPECT_EQ(watch(asynchronous), static_cast<LONG>(ERROR_KEY_DELETED));
+        }
+        RegCloseKey(key);
+        CloseHandle(event);
+    }
+}
+
 TEST(RegistryProcesses, ABlockedWaitEndsWithAChangeAndWithItsKey) {
     auto* const key = made_key(u"Blocked");
     std::atomic<bool> is_over{false};

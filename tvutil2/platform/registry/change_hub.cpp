@@ -88,7 +88,7 @@ void ChangeHub::finish(const std::shared_ptr<Watch>& watch, LONG result) {
     if (watch->event != nullptr) SetEvent(watch->event);
 }
 
-std::int64_t ChangeHub::since_of(const Watch& watch) {
+Changes ChangeHub::since_of(const Watch& watch) {
     const std::lock_guard guard(m_lock);
     return watch.since;
 }

@@ -14,12 +14,19 @@
 
 namespace tvutil2 {
 
+/// How often the sub keys and the values of a key, or of a tree, have changed.
+struct Changes {
+    std::int64_t names = 0;
+    std::int64_t values = 0;
+    bool operator==(const Changes&) const = default;
+};
+
 struct Watch {
     const void* owner = nullptr;  ///< the handle object; closing it ends the watch
     std::int64_t key = 0;
     bool subtree = false;
     DWORD filter = 0;
-    std::int64_t since = 0;  ///< number of the last change that isn't news
+    Changes since;           ///< what isn't news
     HANDLE event = nullptr;  ///< set when the watch ends; null when a thread waits in wait()
 
     bool is_over = false;  ///< guarded by the hub, as is the result
@@ -38,8 +45,8 @@ class ChangeHub {
     /// Enters a watch and looks once, so that nothing falls between `since` and now. The page is
     /// open.
     void add(const std::shared_ptr<Watch>& watch);
-    /// The number up to which a watch has reported.
-    [[nodiscard]] std::int64_t since_of(const Watch& watch);
+    /// Up to where a watch has reported.
+    [[nodiscard]] Changes since_of(const Watch& watch);
     /// Blocks until the watch is over; its result.
     LONG wait(const std::shared_ptr<Watch>& watch);
     /// Ends the watches of a handle: with ERROR_INVALID_HANDLE, for those who block.

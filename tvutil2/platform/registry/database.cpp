@@ -18,16 +18,22 @@ constexpr int kBusyMilliseconds = 5000;
 
 // "TvRg", so that file(1) and a person can tell a hive from another database.
 constexpr int kApplicationId = 0x54765267;
-constexpr int kFormatVersion = 1;
+constexpr int kFormatVersion = 2;
 
 // Names are blobs of big-endian units: any unit survives, and the order of the bytes is the order
 // of the units. "folded" is the name in upper case. Row ids are never used twice (AUTOINCREMENT),
 // so that a handle to a deleted key can't come to mean another one. Key 1 is the root.
+//
+// Small pages, because a small change writes each page that it touches whole. A draft that nobody
+// else sees needs no journal on the disk, nor an error of one, whose cause is lost with it.
+//
+// "names_changed" and "values_changed" count the changes of a key's sub keys and values. What is
+// deleted leaves its counts to its parent ("values_carried" for those of values, which aren't
+// changes of the parent's own), so that the sum over a tree only grows and tells any change in it.
 constexpr const char* kSchema = R"(
-PRAGMA page_size = 4096;
-PRAGMA journal_mode = WAL;
+PRAGMA page_size = 2048;
+PRAGMA journal_mode = MEMORY;
 BEGIN;
-CREATE TABLE state (change INTEGER NOT NULL);
 CREATE TABLE keys (
     id INTEGER PRIMARY KEY AUTOINCREMENT,
     parent INTEGER NOT NULL,
@@ -36,7 +42,8 @@ CREATE TABLE keys (
     depth INTEGER NOT NULL,
     written INTEGER NOT NULL,
     names_changed INTEGER NOT NULL DEFAULT 0,
-    values_changed INTEGER NOT NULL DEFAULT 0
+    values_changed INTEGER NOT NULL DEFAULT 0,
+    values_carried INTEGER NOT NULL DEFAULT 0
 );
 CREATE UNIQUE INDEX keys_by_name ON keys (parent, folded);
 CREATE TABLE "values" (
@@ -47,13 +54,13 @@ CREATE TABLE "values" (
     data BLOB NOT NULL,
     PRIMARY KEY (key, folded)
 ) WITHOUT ROWID;
-INSERT INTO state VALUES (0);
 INSERT INTO keys (id, parent, folded, name, depth, written) VALUES (1, 0, x'', x'', 0, 0);
 PRAGMA application_id = 1417040487;
-PRAGMA user_version = 1;
+PRAGMA user_version = 2;
 COMMIT;
+PRAGMA journal_mode = WAL;
 )";
-static_assert(kApplicationId == 1417040487 && kFormatVersion == 1);
+static_assert(kApplicationId == 1417040487 && kFormatVersion == 2);
 
 // In the order of Sql.
 constexpr std::array<const char*, static_cast<std::size_t>(Sql::count)> kTexts = {
@@ -64,16 +71,16 @@ constexpr std::array<const char*, static_cast<std::size_t>(Sql::count)> kTexts =
     /* begin_write */ "BEGIN IMMEDIATE",
     /* commit */ "COMMIT",
     /* rollback */ "ROLLBACK",
-    /* next_change */ "UPDATE state SET change = change + ?1",
-    /* current_change */ "SELECT change FROM state",
     /* key_exists */ "SELECT depth FROM keys WHERE id = ?1",
     /* find_sub_key */ "SELECT id FROM keys WHERE parent = ?1 AND folded = ?2",
     /* parent_of */ "SELECT parent FROM keys WHERE id = ?1",
     /* add_key */
     "INSERT INTO keys (parent, folded, name, depth, written) "
     "VALUES (?1, ?2, ?3, ?4, ?5)",
-    /* touch_names */ "UPDATE keys SET names_changed = ?2, written = ?3 WHERE id = ?1",
-    /* touch_values */ "UPDATE keys SET values_changed = ?2, written = ?3 WHERE id = ?1",
+    /* touch_names */
+    "UPDATE keys SET names_changed = names_changed + 1, written = ?2 WHERE id = ?1",
+    /* touch_values */
+    "UPDATE keys SET values_changed = values_changed + 1, written = ?2 WHERE id = ?1",
     /* key_info */ "SELECT written FROM keys WHERE id = ?1",
     /* sub_key_info */ "SELECT count(*), max(length(name)) FROM keys WHERE parent = ?1",
     /* value_info */
@@ -97,6 +104,19 @@ constexpr std::array<const char*, static_cast<std::size_t>(Sql::count)> kTexts =
     "VALUES (?1, ?2, ?3, ?4, ?5) ON CONFLICT DO UPDATE "
     "SET type = excluded.type, data = excluded.data",
     /* delete_value */ "DELETE FROM \"values\" WHERE key = ?1 AND folded = ?2",
+    /* carry_changes_below */
+    "WITH RECURSIVE below(id, names, vals) AS ("
+    "SELECT id, names_changed, values_changed + values_carried FROM keys WHERE parent = ?1 "
+    "UNION ALL SELECT keys.id, names_changed, values_changed + values_carried "
+    "FROM below JOIN keys ON keys.parent = below.id) "
+    "UPDATE keys SET (names_changed, values_carried) = "
+    "(SELECT names_changed + coalesce(sum(names), 0), values_carried + coalesce(sum(vals), 0) "
+    "FROM below) WHERE id = ?1",
+    /* carry_changes */
+    "UPDATE keys SET (names_changed, values_carried) = "
+    "(SELECT keys.names_changed + gone.names_changed, "
+    "keys.values_carried + gone.values_changed + gone.values_carried "
+    "FROM keys AS gone WHERE gone.id = ?1) WHERE id = ?2",
     /* delete_values_below */
     "WITH RECURSIVE below(id) AS (SELECT id FROM keys WHERE parent = ?1 "
     "UNION ALL SELECT keys.id FROM below JOIN keys ON keys.parent = below.id) "
@@ -110,10 +130,10 @@ constexpr std::array<const char*, static_cast<std::size_t>(Sql::count)> kTexts =
     /* changes_of_key */ "SELECT names_changed, values_changed FROM keys WHERE id = ?1",
     /* changes_of_tree */
     "WITH RECURSIVE tree(id, names, vals) AS ("
-    "SELECT id, names_changed, values_changed FROM keys WHERE id = ?1 UNION ALL "
-    "SELECT keys.id, keys.names_changed, keys.values_changed "
+    "SELECT id, names_changed, values_changed + values_carried FROM keys WHERE id = ?1 UNION ALL "
+    "SELECT keys.id, names_changed, values_changed + values_carried "
     "FROM tree JOIN keys ON keys.parent = tree.id) "
-    "SELECT max(names), max(vals) FROM tree",
+    "SELECT sum(names), sum(vals) FROM tree",
 };
 
 bool is_on_read_only_disk(sqlite3* connection) {
@@ -332,7 +352,9 @@ LONG Database::open(const std::string& file, bool may_write) {
 }
 
 LONG Database::check_format() {
-    auto error = execute("PRAGMA synchronous = NORMAL; PRAGMA journal_size_limit = 4194304");
+    auto error = execute(
+        "PRAGMA synchronous = NORMAL; PRAGMA wal_autocheckpoint = 2000; "
+        "PRAGMA journal_size_limit = 4194304");
     if (error != ERROR_SUCCESS) return error;
     auto format = query(Sql::format);
     if (format.next() &&
@@ -375,8 +397,14 @@ bool Database::is_stale() const {
            code == SQLITE_READONLY_CANTINIT;
 }
 
-LONG Database::set_durable(bool durable) {
-    return execute(durable ? "PRAGMA synchronous = FULL" : "PRAGMA synchronous = NORMAL");
+// What was committed is in the log, or was taken from there into the hive's file, which SQLite
+// brings to the disk before it writes over the log.
+LONG Database::sync() {
+    sqlite3_file* log = nullptr;
+    sqlite3_file_control(m_connection, "main", SQLITE_FCNTL_JOURNAL_POINTER, &log);
+    if (log == nullptr || log->pMethods == nullptr) return ERROR_SUCCESS;
+    const bool is_done = log->pMethods->xSync(log, SQLITE_SYNC_NORMAL) == SQLITE_OK;
+    return is_done ? LONG{ERROR_SUCCESS} : write_error(errno_of_write(m_connection));
 }
 
 LONG Database::execute(const char* sql) {

@@ -22,8 +22,6 @@ enum class Sql : std::uint8_t {
     begin_write,
     commit,
     rollback,
-    next_change,
-    current_change,
     key_exists,
     find_sub_key,
     parent_of,
@@ -40,6 +38,8 @@ enum class Sql : std::uint8_t {
     get_value,
     set_value,
     delete_value,
+    carry_changes_below,
+    carry_changes,
     delete_values_below,
     delete_keys_below,
     delete_values_of,
@@ -103,8 +103,9 @@ class Database {
     /// process that had to tidy up behind a killed one is gone.
     [[nodiscard]] bool is_stale() const;
 
-    /// Ends a transaction at the disk rather than at the system's cache, or goes back to that.
-    LONG set_durable(bool durable);
+    /// Returns when all that was committed before, by anyone, is on the disk. The connection has
+    /// read before.
+    LONG sync();
 
     /// The head of the mapped WAL index (48 bytes, twice), or null when there is none to share.
     /// Valid until the connection is closed.

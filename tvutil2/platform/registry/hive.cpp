@@ -42,18 +42,8 @@ LONG find_sub_key(Database& database, std::int64_t parent, std::u16string_view n
     return kSuccess;
 }
 
-// In two statements: one that updates and returns builds a table of its own for the answer, at ten
-// times the cost of both.
-LONG next_change(Database& database, std::int64_t& number) {
-    const auto error = database.query(Sql::next_change).bind(std::int64_t{1}).run();
-    if (error != kSuccess) return error;
-    auto current = database.query(Sql::current_change);
-    if (current.next()) number = current.integer(0);
-    return current.error();
-}
-
-LONG touch(Database& database, Sql what, std::int64_t key, std::int64_t number) {
-    const auto error = database.query(what).bind(key).bind(number).bind(now()).run();
+LONG touch(Database& database, Sql what, std::int64_t key) {
+    const auto error = database.query(what).bind(key).bind(now()).run();
     if (error != kSuccess) return error;
     return database.changed_rows() == 0 ? kDeleted : kSuccess;
 }
@@ -104,8 +94,7 @@ LONG walk_to_end(Database& database, std::int64_t base,
 
 // Walks again, for another writer may have been here since, and makes what isn't there.
 LONG add_missing(Database& database, std::int64_t base,
-                 const std::vector<std::u16string_view>& parts, std::int64_t number, Walk& at,
-                 bool& is_new) {
+                 const std::vector<std::u16string_view>& parts, Walk& at, bool& is_new) {
     if (const auto error = walk(database, base, parts, at); error != kSuccess) return error;
     const auto missing = parts.size() - at.found;
     is_new = missing > 0;
@@ -115,7 +104,7 @@ LONG add_missing(Database& database, std::int64_t base,
     while (at.found < parts.size()) {
         std::int64_t key = 0;
         auto error = add_key(database, at.key, parts[at.found], at.depth + 1, key);
-        if (error == kSuccess) error = touch(database, Sql::touch_names, at.key, number);
+        if (error == kSuccess) error = touch(database, Sql::touch_names, at.key);
         if (error != kSuccess) return error;
         at = {key, at.key, at.depth + 1, at.found + 1};
     }
@@ -131,19 +120,31 @@ LONG parent_of(Database& database, Walk& at) {
     return query.error();
 }
 
-LONG remove_key(Database& database, Walk& at, std::int64_t number) {
+LONG remove_key(Database& database, Walk& at) {
     if (const auto error = parent_of(database, at); error != kSuccess) return error;
+    auto error = database.query(Sql::carry_changes).bind(at.key).bind(at.parent).run();
     for (const auto step : {Sql::delete_values_of, Sql::delete_key}) {
-        if (const auto error = database.query(step).bind(at.key).run(); error != kSuccess) {
-            return error;
-        }
+        if (error == kSuccess) error = database.query(step).bind(at.key).run();
     }
-    return touch(database, Sql::touch_names, at.parent, number);
+    return error != kSuccess ? error : touch(database, Sql::touch_names, at.parent);
 }
 
 LONG remove_below(Database& database, std::int64_t key) {
-    const auto error = database.query(Sql::delete_values_below).bind(key).run();
-    return error != kSuccess ? error : database.query(Sql::delete_keys_below).bind(key).run();
+    auto error = kSuccess;
+    for (const auto step :
+         {Sql::carry_changes_below, Sql::delete_values_below, Sql::delete_keys_below}) {
+        if (error == kSuccess) error = database.query(step).bind(key).run();
+    }
+    return error;
+}
+
+LONG read_changes(Database& database, std::int64_t key, bool subtree, Changes& changes) {
+    auto query = database.query(subtree ? Sql::changes_of_tree : Sql::changes_of_key);
+    query.bind(key);
+    if (!query.next()) return query.error() == kSuccess ? kDeleted : query.error();
+    if (query.is_null(0)) return kDeleted;
+    changes = {query.integer(0), query.integer(1)};
+    return kSuccess;
 }
 
 }  // namespace
@@ -215,14 +216,12 @@ LONG Hive::open_writer() {
     return error;
 }
 
-LONG Hive::try_write(const Change& change, bool& is_stale) {
+LONG Hive::try_write(const Body& change, bool& is_stale) {
     if (const auto error = open_writer(); error != kSuccess) return error;
     Transaction transaction(m_writer, Sql::begin_write);
     auto error = transaction.error();
     if (error == kSuccess) {
-        std::int64_t number = 0;
-        error = next_change(m_writer, number);
-        if (error == kSuccess) error = change(m_writer, number);
+        error = change(m_writer);
         if (error == kSuccess) error = transaction.commit();
     }
     is_stale = error != kSuccess && m_writer.is_stale();
@@ -231,7 +230,7 @@ LONG Hive::try_write(const Change& change, bool& is_stale) {
 }
 
 // A file that was replaced behind our back is opened again, once.
-LONG Hive::write(const Change& change) {
+LONG Hive::write(const Body& change) {
     const std::lock_guard guard(m_write_lock);
     bool is_stale = false;
     const auto error = try_write(change, is_stale);
@@ -325,9 +324,7 @@ LONG Hive::create_key(std::int64_t base, std::u16string_view path, bool may_crea
     is_new = at.found < parts.size();
     if (is_new) {
         if (!may_create) return static_cast<LONG>(ERROR_ACCESS_DENIED);
-        error = write([&](Database& d, std::int64_t number) {
-            return add_missing(d, base, parts, number, at, is_new);
-        });
+        error = write([&](Database& d) { return add_missing(d, base, parts, at, is_new); });
     }
     if (error == kSuccess) key = at.key;
     return error;
@@ -336,7 +333,7 @@ LONG Hive::create_key(std::int64_t base, std::u16string_view path, bool may_crea
 LONG Hive::delete_key(std::int64_t base, std::u16string_view path) {
     std::vector<std::u16string_view> parts;
     if (const auto error = split_key_path(path, parts); error != kSuccess) return error;
-    return write([&](Database& database, std::int64_t number) {
+    return write([&](Database& database) {
         Walk at;
         const auto error = walk_to_end(database, base, parts, at);
         if (error != kSuccess) return error;
@@ -344,25 +341,25 @@ LONG Hive::delete_key(std::int64_t base, std::u16string_view path) {
         auto child = database.query(Sql::sub_key_at);
         child.bind(at.key).bind(std::int64_t{0});
         if (child.next()) return static_cast<LONG>(ERROR_ACCESS_DENIED);
-        return child.error() != kSuccess ? child.error() : remove_key(database, at, number);
+        return child.error() != kSuccess ? child.error() : remove_key(database, at);
     });
 }
 
 LONG Hive::delete_tree(std::int64_t base, std::u16string_view path, bool keep_key) {
     std::vector<std::u16string_view> parts;
     if (const auto error = split_key_path(path, parts); error != kSuccess) return error;
-    return write([&](Database& database, std::int64_t number) {
+    return write([&](Database& database) {
         Walk at;
         auto error = walk_to_end(database, base, parts, at);
         if (error != kSuccess) return error;
         if (at.key == kRootKey && !keep_key) return static_cast<LONG>(ERROR_ACCESS_DENIED);
         error = remove_below(database, at.key);
         if (error != kSuccess || !keep_key) {
-            return error != kSuccess ? error : remove_key(database, at, number);
+            return error != kSuccess ? error : remove_key(database, at);
         }
         error = database.query(Sql::delete_values_of).bind(at.key).run();
-        if (error == kSuccess) error = touch(database, Sql::touch_values, at.key, number);
-        return error != kSuccess ? error : touch(database, Sql::touch_names, at.key, number);
+        if (error == kSuccess) error = touch(database, Sql::touch_values, at.key);
+        return error != kSuccess ? error : touch(database, Sql::touch_names, at.key);
     });
 }
 
@@ -370,8 +367,8 @@ LONG Hive::set_value(std::int64_t key, std::u16string_view name, DWORD type,
                      std::string_view data) {
     const auto folded = folded_name(name);
     const auto stored = stored_name(name);
-    return write([&](Database& database, std::int64_t number) {
-        const auto error = touch(database, Sql::touch_values, key, number);
+    return write([&](Database& database) {
+        const auto error = touch(database, Sql::touch_values, key);
         if (error != kSuccess) return error;
         return database.query(Sql::set_value)
             .bind(key)
@@ -385,8 +382,8 @@ LONG Hive::set_value(std::int64_t key, std::u16string_view name, DWORD type,
 
 LONG Hive::delete_value(std::int64_t key, std::u16string_view name) {
     const auto folded = folded_name(name);
-    return write([&](Database& database, std::int64_t number) {
-        auto error = touch(database, Sql::touch_values, key, number);
+    return write([&](Database& database) {
+        auto error = touch(database, Sql::touch_values, key);
         if (error == kSuccess) {
             error = database.query(Sql::delete_value).bind(key).bind(folded).run();
         }
@@ -463,59 +460,38 @@ LONG Hive::info(std::int64_t key, KeyInfo& info) {
     return read(body, kSuccess);
 }
 
-// A commit that waits for the disk takes the ones before it along. It needs a change to commit,
-// and one by nothing is enough.
 LONG Hive::flush() {
     const auto exists = read([](Database&) { return kSuccess; }, kNotFound);
     if (!m_may_write || exists == kNotFound) return kSuccess;
     if (exists != kSuccess) return exists;
     const std::lock_guard guard(m_write_lock);
-    auto error = open_writer();
-    if (error == kSuccess) error = m_writer.set_durable(true);
-    if (error != kSuccess) return error;
-    {
-        Transaction transaction(m_writer, Sql::begin_write);
-        error = transaction.error();
-        if (error == kSuccess) {
-            error = m_writer.query(Sql::next_change).bind(std::int64_t{0}).run();
-        }
-        if (error == kSuccess) error = transaction.commit();
-    }
-    const auto back = m_writer.set_durable(false);
-    return error != kSuccess ? error : back;
+    const auto error = open_writer();
+    return error != kSuccess ? error : m_writer.sync();
 }
 
-LONG Hive::begin_watch(std::int64_t key, std::int64_t& now) {
+LONG Hive::begin_watch(std::int64_t key, bool subtree, Changes& now) {
     {
         const std::lock_guard guard(m_write_lock);
         const auto error =
             m_may_write ? open_writer() : m_hub.page().open(m_file + "-signal", m_is_private);
         if (error != kSuccess) return error;
     }
-    const auto body = [&](Database& database) {
-        DWORD depth = 0;
-        if (const auto error = find_key(database, key, depth); error != kSuccess) return error;
-        auto query = database.query(Sql::current_change);
-        if (query.next()) now = query.integer(0);
-        return query.error();
-    };
+    const auto body = [&](Database& database) { return read_changes(database, key, subtree, now); };
     return read(body, kNotFound);
 }
 
 LONG Hive::changed_since(Watch& watch) {
+    Changes now;
     const auto body = [&](Database& database) {
-        auto query = database.query(watch.subtree ? Sql::changes_of_tree : Sql::changes_of_key);
-        query.bind(watch.key);
-        if (!query.next()) return query.error() == kSuccess ? kDeleted : query.error();
-        if (query.is_null(0)) return kDeleted;
-        const bool names = (watch.filter & REG_NOTIFY_CHANGE_NAME) != 0;
-        const bool values = (watch.filter & REG_NOTIFY_CHANGE_LAST_SET) != 0;
-        const auto newest = std::max(names ? query.integer(0) : 0, values ? query.integer(1) : 0);
-        if (newest <= watch.since) return kNoMore;
-        watch.since = newest;
-        return kSuccess;
+        return read_changes(database, watch.key, watch.subtree, now);
     };
-    return read(body, kDeleted);
+    if (const auto error = read(body, kDeleted); error != kSuccess) return error;
+    auto seen = watch.since;
+    if ((watch.filter & REG_NOTIFY_CHANGE_NAME) != 0) seen.names = now.names;
+    if ((watch.filter & REG_NOTIFY_CHANGE_LAST_SET) != 0) seen.values = now.values;
+    if (seen == watch.since) return kNoMore;
+    watch.since = seen;
+    return kSuccess;
 }
 
 }  // namespace tvutil2

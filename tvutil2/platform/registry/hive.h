@@ -82,8 +82,8 @@ class Hive {
     LONG info(std::int64_t key, KeyInfo& info);
     LONG flush();
 
-    /// The number of the newest change; makes the hive if there is none, for a watch needs one.
-    LONG begin_watch(std::int64_t key, std::int64_t& now);
+    /// How often a key has changed; makes the hive if there is none, for a watch needs one.
+    LONG begin_watch(std::int64_t key, bool subtree, Changes& now);
     [[nodiscard]] ChangeHub& hub() { return m_hub; }
 
   private:
@@ -94,10 +94,9 @@ class Hive {
     Hive(const std::string& folder, bool is_private, bool may_write);
 
     using Body = std::function<LONG(Database&)>;
-    using Change = std::function<LONG(Database&, std::int64_t number)>;
     LONG read(const Body& body, LONG result_without_file);
-    LONG write(const Change& change);
-    LONG try_write(const Change& change, bool& is_stale);
+    LONG write(const Body& change);
+    LONG try_write(const Body& change, bool& is_stale);
     LONG open_writer();
     LONG open_reader();
     void close_reader();

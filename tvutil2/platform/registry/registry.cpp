@@ -99,8 +99,9 @@ LONG delete_tree(HKEY key, const char16_t* sub_key, bool keep_key) {
 // The watch of a call: news since the last one on the same handle, or from now on.
 LONG make_watch(const KeyReference& key, BOOL subtree, DWORD filter, HANDLE event,
                 std::shared_ptr<tvutil2::Watch>& watch) {
-    std::int64_t now = 0;
-    if (const auto error = key.hive->begin_watch(key.id, now); error != kSuccess) return error;
+    tvutil2::Changes now;
+    const auto error = key.hive->begin_watch(key.id, subtree != 0, now);
+    if (error != kSuccess) return error;
     watch = std::make_shared<tvutil2::Watch>();
     watch->owner = key.object.get();
     watch->key = key.id;
@@ -111,7 +112,9 @@ LONG make_watch(const KeyReference& key, BOOL subtree, DWORD filter, HANDLE even
     if (!key.object) return kSuccess;
     auto& memory = key.object->memory;
     const std::lock_guard guard(memory.lock);
-    if (memory.watch) watch->since = key.hive->hub().since_of(*memory.watch);
+    if (memory.watch && memory.watch->subtree == watch->subtree) {
+        watch->since = key.hive->hub().since_of(*memory.watch);
+    }
     memory.watch = watch;
     return kSuccess;
 }

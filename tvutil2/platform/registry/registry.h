@@ -137,7 +137,7 @@ TVUTIL_API LONG RegFlushKey(HKEY key);
 
 /// Waits for a change, of the key alone or with all below it; `filter` is one or both of the
 /// REG_NOTIFY_ bits. The first call on a handle begins to watch; what changes between two calls
-/// with the same handle is reported by the second at once.
+/// with the same handle and `subtree` is reported by the second at once.
 /// With `asynchronous` zero the call returns at the change, when the key is deleted, or when the
 /// handle is closed. Otherwise it returns at once and `event` is set, once, at the same moments;
 /// null gives ERROR_INVALID_PARAMETER. The first watch in a process starts a thread that lives as
