@@ -106,6 +106,10 @@ void exit_with(Exit code) {
     g_exit = code;
 }
 
+void add_to_footer(CLI::App& command, const std::string& text) {
+    command.footer(text + "\n\n" + command.get_footer());
+}
+
 void add_json_flag(CLI::App& command, bool& flag) {
     command.add_flag("--json", flag, "Print JSON");
 }

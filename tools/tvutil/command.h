@@ -37,6 +37,9 @@ class Command {
 /// The code that the program ends with when the running command has no failure to report.
 void exit_with(Exit code);
 
+/// Puts more about a command in front of what all of them say at the end of their help.
+void add_to_footer(CLI::App& command, const std::string& text);
+
 /// Adds "--json" to a command whose output is data.
 void add_json_flag(CLI::App& command, bool& flag);
 

@@ -211,7 +211,8 @@ void add_ini_lint(CLI::App& ini) {
         "lint",
         "Find what readers of an INI file would pass over, lose or see differently.\n"
         "Exit code 1 when something was found.");
-    command.footer(
+    add_to_footer(
+        command,
         "Rules: bad-encoding, nul, carriage-return, no-equals, empty-key, no-section, "
         "unclosed-header,\ntext-beside-header, empty-section, duplicate-section, duplicate-key, "
         "long-value. Names are\ncompared without regard to case.");

@@ -160,7 +160,9 @@ void add_matching(CLI::App& path, const Shared& options) {
 
 void add_mapping(CLI::App& path, const Shared& options) {
     auto& host = add(path, options, "to-host", "The host's path for one of the library's", to_host);
-    host.add_option("path", options->first, "Such as C:\\home\\a or D:\\x (see TVUTIL_DRIVES)")
+    host.add_option(
+            "path", options->first,
+            "Such as C:\\home\\a, or D:\\x where TVUTIL_DRIVES=\"D=/mnt/data;E=/srv\" maps D")
         ->required();
     tool::add_json_flag(host, options->json);
 

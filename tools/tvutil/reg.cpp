@@ -421,7 +421,8 @@ void add_texts(CLI::App& reg, const std::shared_ptr<Options>& options) {
     importing->callback([options] { import_text(*options); });
 
     auto* const exporting = sub_command(reg, "export", "Write a key with all below it", *options);
-    exporting->footer(
+    tool::add_to_footer(
+        *exporting,
         "Quotes mean text with a final zero. Text that was stored without one, text to expand and\n"
         "lists are written as bytes, which import exactly, with the words in a comment above.");
     exporting->add_option("file", options->file, "The .reg text; standard output if missing")

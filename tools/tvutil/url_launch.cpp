@@ -28,7 +28,8 @@ void launch(const std::string& url) {
 void add_url_launch(CLI::App& url) {
     auto* const command = url.add_subcommand(
         "launch", "Start the product that a session URL is for, and don't wait for it");
-    command->footer(
+    tool::add_to_footer(
+        *command,
         "The product is looked for beside this program, then through the registry\n"
         "(HKLM\\Software\\Tolvarine\\PRODUCT\\VERSION, value \"Path\"). ssh, telnet and rlogin go "
         "to\n"
