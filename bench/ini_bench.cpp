@@ -3,8 +3,10 @@
 // Reading begins with a closed file and ends with all entries in memory and one of them looked up;
 // writing begins with a loaded document and ends with the file closed. All get the same file, in
 // UTF-8 with text that isn't ASCII; UTF-16, which only ours reads, holds the same entries. Qt takes
-// a section apart when it is first used, so it is asked for a key of each. What a loaded document
-// takes is what the process grows by, as a multiple of the UTF-8 file.
+// a section apart when it is first used, so it is asked for a key of each. The large file is read
+// in a process of its own each time: some keep for the next document what the last one took, and
+// others give it back. What a loaded document takes is what the process grows by, as a multiple of
+// the UTF-8 file.
 #include "tvutil2/platform/base/host_path.h"
 #include "tvutil2/platform/profile/profile.h"
 #include "tvutil2/settings/ini_file.h"
@@ -21,6 +23,7 @@
 #include <unistd.h>
 
 #include <QSettings>
+#include <chrono>
 #include <cstring>
 #include <fstream>
 #include <memory>
@@ -162,17 +165,66 @@ class Qt {
     int m_change = 0;
 };
 
+long long size_of(const File& file) {
+    struct stat info {};
+    return stat(file.host.c_str(), &info) == 0 ? info.st_size : 0;
+}
+
+// Without the pages of programs and libraries, of which a first load brings in some.
+double resident_bytes() {
+    long long size = 0;
+    long long resident = 0;
+    long long of_files = 0;
+    std::ifstream("/proc/self/statm") >> size >> resident >> of_files;
+    return static_cast<double>((resident - of_files) * sysconf(_SC_PAGESIZE));
+}
+
+// What `measure` gives in a process of its own, where nothing fills room that was there before.
+template <class Measure>
+double in_child(Measure measure) {
+    int ends[2];
+    if (pipe(ends) != 0) return 0;
+    malloc_trim(0);
+    const pid_t child = fork();
+    if (child == 0) {
+        const double result = measure();
+        _exit(::write(ends[1], &result, sizeof result) == sizeof result ? 0 : 1);
+    }
+    close(ends[1]);
+    double result = 0;
+    if (::read(ends[0], &result, sizeof result) != sizeof result) result = 0;
+    close(ends[0]);
+    waitpid(child, nullptr, 0);
+    return result;
+}
+
+template <class Document>
+bool reads(Document& document, const File& file, int keys) {
+    return document.load(file, keys) && document.look_up() != 0;
+}
+
+// As in a program that loads one document.
+template <class Document, int keys>
+double seconds_of_first_read(const File& file) {
+    return in_child([&file]() -> double {
+        using Clock = std::chrono::steady_clock;
+        const auto start = Clock::now();
+        Document document;
+        if (!reads(document, file, keys)) return 0;
+        return std::chrono::duration<double>(Clock::now() - start).count();
+    });
+}
+
 template <class Document, int keys>
 void read_file(benchmark::State& state, const File& file) {
     for (auto _ : state) {
-        if constexpr (keys == k50Mb) {  // as in a program that loads one document
-            state.PauseTiming();
-            malloc_trim(0);
-            state.ResumeTiming();
-        }
-        Document document;
-        if (!document.load(file, keys) || document.look_up() == 0) {
-            state.SkipWithError("can't be read");
+        if constexpr (keys == k50Mb) {
+            const auto seconds = seconds_of_first_read<Document, keys>(file);
+            if (seconds == 0) state.SkipWithError("can't be read");
+            state.SetIterationTime(seconds);
+        } else {
+            Document document;
+            if (!reads(document, file, keys)) state.SkipWithError("can't be read");
         }
     }
 }
@@ -197,48 +249,18 @@ void write(benchmark::State& state) {
     unlink(out.host.c_str());
 }
 
-long long size_of(const File& file) {
-    struct stat info {};
-    return stat(file.host.c_str(), &info) == 0 ? info.st_size : 0;
-}
-
-long long resident_bytes() {
-    long long size = 0;
-    long long resident = 0;
-    std::ifstream("/proc/self/statm") >> size >> resident;
-    return resident * sysconf(_SC_PAGESIZE);
-}
-
-// In a process of its own, and before the other benchmarks, so that nothing fills room that was
-// there before.
-template <class Document>
-double memory_for(const File& file, int keys) {
-    int ends[2];
-    if (pipe(ends) != 0) return 0;
-    malloc_trim(0);
-    const pid_t child = fork();
-    if (child == 0) {
-        const auto before = resident_bytes();
-        Document document;
-        const bool is_loaded = document.load(file, keys);
-        malloc_trim(0);
-        const long long grown = is_loaded ? resident_bytes() - before : 0;
-        _exit(::write(ends[1], &grown, sizeof grown) == sizeof grown ? 0 : 1);
-    }
-    close(ends[1]);
-    long long grown = 0;
-    if (::read(ends[0], &grown, sizeof grown) != sizeof grown) grown = 0;
-    close(ends[0]);
-    waitpid(child, nullptr, 0);
-    return static_cast<double>(grown);
-}
-
 template <class Document, int keys>
 void memory(benchmark::State& state) {
     const auto& file = utf8_file<keys>();
     for (auto _ : state) {
-        state.counters["amount"] =
-            memory_for<Document>(file, keys) / static_cast<double>(size_of(file));
+        const auto grown = in_child([&file] {
+            const auto before = resident_bytes();
+            Document document;
+            const bool is_loaded = document.load(file, keys);
+            malloc_trim(0);
+            return is_loaded ? resident_bytes() - before : 0;
+        });
+        state.counters["amount"] = grown / static_cast<double>(size_of(file));
     }
 }
 
@@ -247,7 +269,7 @@ void register_reads(const std::string& size, benchmark::IterationCount iteration
     const auto add = [&](const char* who, void (*run)(benchmark::State&)) {
         const auto name = "ini read " + size + '|' + who;
         auto* const added = benchmark::RegisterBenchmark(name.c_str(), run);
-        if (iterations != 0) added->Iterations(iterations);
+        if (iterations != 0) added->Iterations(iterations)->UseManualTime();
     };
     add("ours", read<Ours, keys>);
     add("ours, UTF-16", read_utf16<keys>);

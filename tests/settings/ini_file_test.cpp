@@ -194,10 +194,31 @@ TEST(IniFile, WritesInTheOrderOfComing) {
               utf16(u"[b]\r\nz=1\r\na=two\r\nlines\r\n[a]\r\n[c]\r\nd=YWJj\r\ne=\r\n"));
     ASSERT_EQ(document.Write(file.path.c_str(), 0, 0), 1);
     EXPECT_EQ(file.content(), "[b]\r\nz=1\r\na=two\r\nlines\r\n[a]\r\n[c]\r\nd=YWJj\r\ne=\r\n");
-    // What the page doesn't hold isn't given up.
-    document.SetValue(u"a", u"k", u"\xD800");
+    // What the page doesn't hold isn't given up, be it found when much is written already.
+    document.SetValue(u"a", u"l", CString(u'x', 200'000));
+    document.SetValue(u"c", u"k", u"\xD800");
     ASSERT_EQ(document.Write(file.path.c_str(), 0, 0), 1);
-    EXPECT_EQ(CIniFile(file.path.c_str()).GetValue(u"a", u"k", u""), u"\xD800");
+    CIniFile again(file.path.c_str());
+    EXPECT_EQ(again.GetValue(u"a", u"l", u"").GetLength(), 200'000);
+    EXPECT_EQ(again.GetValue(u"c", u"k", u""), u"\xD800");
+}
+
+// Larger than the pieces in which it is written, with characters of two units at each place of
+// them, over nothing, over less and over more than itself.
+TEST(IniFile, WritesOverAnyContent) {
+    const File file;
+    for (const int count : {100'000, 50'000, 150'000}) {
+        for (const int unicode : {0, 1}) {
+            std::u16string value(static_cast<std::size_t>(count / 50'000 + unicode), u'x');
+            for (int i = 0; i < count; ++i) value += u"\U0001F600";
+            CIniFile document;
+            document.SetValue(u"s", u"k", value.c_str());
+            document.SetValue(u"s", u"lines", u"\n[t]\na=1\n\n");
+            ASSERT_EQ(document.Write(file.path.c_str(), unicode, 0), 1);
+            const auto text = u"[s]\r\nk=" + value + u"\r\nlines=\r\n[t]\r\na=1\r\n\r\n\r\n";
+            ASSERT_TRUE(file.content() == (unicode != 0 ? utf16(text) : utf8(text))) << count;
+        }
+    }
 }
 
 TEST(IniFile, ReadsNumbersByOneRule) {

@@ -128,6 +128,13 @@ class StringMap {
             visit(key_of(node), node->value.view(storage_of(node)));
         }
     }
+    /// The same from behind: what a walk meets last comes first.
+    template <class Visit>
+    void ForEachFromBehind(Visit visit) const {
+        for (const auto* node = m_head; node != nullptr; node = node->next) {
+            visit(key_of(node), node->value.view(storage_of(node)));
+        }
+    }
 
   private:
     // The key's units lie behind it, and behind them those of the value.

@@ -48,6 +48,7 @@ class IniParser {
 
 namespace {
 
+constexpr std::size_t kFirstBlock = std::size_t{8} << 10;  // most files hold less
 constexpr std::size_t kBlock = std::size_t{64} << 10;
 constexpr std::size_t kLongestLine = std::size_t{1} << 30;
 
@@ -101,8 +102,8 @@ class LineRuns {
     // Fills the buffer behind what is left of it, which moves to the front.
     void read() {
         const auto kept = m_end - m_begin;
-        if (kept * 2 >= m_size) {
-            const auto size = std::max(kBlock, m_size * 2);
+        if (kept * 2 >= m_size || (m_end == m_size && m_size < kBlock)) {
+            const auto size = m_size == 0 ? kFirstBlock : std::max(kBlock, m_size * 2);
             auto larger = std::make_unique_for_overwrite<char16_t[]>(size / sizeof(char16_t));
             if (kept != 0) std::memcpy(larger.get(), bytes() + m_begin, kept);
             m_buffer = std::move(larger);

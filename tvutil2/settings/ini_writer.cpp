@@ -1,5 +1,6 @@
 #include "tvutil2/settings/ini_writer.h"
 
+#include "tvutil2/framework/text_search.h"
 #include "tvutil2/platform/base/handle_table.h"
 #include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/codepage/codepage.h"
@@ -7,126 +8,208 @@
 #include "tvutil2/settings/ini_file.h"
 
 #include <algorithm>
-#include <climits>
+#include <limits>
+#include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 
 namespace tvutil2 {
 namespace {
 
-constexpr char16_t kMark = 0xFEFF;
+constexpr std::size_t kBlock = std::size_t{32} << 10;
 
-// Hands the pieces of the text to `piece`, the last one first: each section's keys stand below its
-// header, and the section that a walk meets last stands first.
-template <class Piece>
-void for_each_piece_from_behind(const CIniFile& document, Piece piece) {
-    document.sections.ForEach([&piece](std::u16string_view name, void* section) {
-        if (section == nullptr) return;
-        const auto& values = static_cast<const CIniSection*>(section)->Values();
-        values.ForEach([&piece](std::u16string_view key, std::u16string_view value) {
-            piece(u"\n");
-            piece(value);
-            piece(u"=");
-            piece(key);
-        });
-        piece(u"]\n");
-        piece(name);
-        piece(u"[");
-    });
-}
+// Gathers text in blocks and hands each full one to `take`, which says whether to go on. No block
+// ends within a surrogate pair.
+template <class Take>
+class Blocks {
+  public:
+    explicit Blocks(Take take) : m_take(std::move(take)) {}
 
-std::size_t line_ends(std::u16string_view text) {
-    return static_cast<std::size_t>(std::count(text.begin(), text.end(), u'\n'));
-}
-
-// The whole text behind its mark, with CR LF at the end of each line.
-std::u16string text_of(const CIniFile& document) {
-    std::size_t size = 1;
-    for_each_piece_from_behind(
-        document, [&size](std::u16string_view piece) { size += piece.size() + line_ends(piece); });
-    std::u16string text(size, u'\0');
-    auto* place = text.data() + size;
-    for_each_piece_from_behind(document, [&place](std::u16string_view piece) {
-        while (!piece.empty()) {
-            const auto line = piece.rfind(u'\n') + 1;  // 0: there is none
-            place = std::copy_backward(piece.begin() + line, piece.end(), place);
-            if (line == 0) return;
-            *--place = u'\n';
-            *--place = u'\r';
-            piece = piece.substr(0, line - 1);
+    void put(std::u16string_view text) {
+        while (!text.empty()) {
+            if (m_size == kBlock) hand_over();
+            const auto count = std::min(text.size(), kBlock - m_size);
+            std::copy_n(text.data(), count, &m_units[m_size]);
+            m_size += count;
+            text.remove_prefix(count);
         }
-    });
-    text.front() = kMark;
-    return text;
-}
-
-// Nothing when the page doesn't hold it all.
-std::optional<std::string> in_ansi_page(std::u16string_view text) {
-    if (text.empty()) return std::string();
-    if (text.size() > INT_MAX) return std::nullopt;
-    const auto units = static_cast<int>(text.size());
-    BOOL used_default = FALSE;
-    const int size =
-        WideCharToMultiByte(CP_ACP, 0, text.data(), units, nullptr, 0, "?", &used_default);
-    if (size == 0 || used_default != FALSE) return std::nullopt;
-    std::string bytes(static_cast<std::size_t>(size), '\0');
-    WideCharToMultiByte(CP_ACP, 0, text.data(), units, bytes.data(), size, "?", &used_default);
-    return bytes;
-}
-
-bool write_at(HANDLE file, LONGLONG offset, std::string_view bytes) {
-    LARGE_INTEGER distance{};
-    distance.QuadPart = offset;
-    if (offset != 0 && SetFilePointerEx(file, distance, nullptr, FILE_BEGIN) == FALSE) return false;
-    while (!bytes.empty()) {
-        constexpr std::size_t kMost = std::size_t{1} << 30;
-        const auto size = static_cast<DWORD>(std::min(bytes.size(), kMost));
-        DWORD written = 0;
-        if (WriteFile(file, bytes.data(), size, &written, nullptr) == FALSE) return false;
-        bytes.remove_prefix(size);
     }
-    return true;
+    // With CR LF for each line end.
+    void put_lines(std::u16string_view text) {
+        for (auto end = find_unit(text, u'\n'); end != std::u16string_view::npos;
+             end = find_unit(text, u'\n')) {
+            put(text.substr(0, end));
+            put(u"\r\n");
+            text.remove_prefix(end + 1);
+        }
+        put(text);
+    }
+    // Whether all was taken.
+    bool finish() {
+        while (m_size != 0) hand_over();
+        return m_goes_on;
+    }
+
+  private:
+    void hand_over() {
+        const bool is_in_pair = m_size > 1 && (m_units[m_size - 1] & 0xFC00) == 0xD800;
+        const auto count = m_size - (is_in_pair ? 1 : 0);
+        m_goes_on = m_goes_on && m_take(std::u16string_view(m_units.get(), count));
+        m_units[0] = m_units[m_size - 1];
+        m_size -= count;
+    }
+
+    Take m_take;
+    std::unique_ptr<char16_t[]> m_units = std::make_unique_for_overwrite<char16_t[]>(kBlock);
+    std::size_t m_size = 0;
+    bool m_goes_on = true;
+};
+
+// Each header stands above its keys, and what a walk meets last stands first; `front` stands before
+// it all. Whether all was taken.
+template <class Take>
+bool make_text(const CIniFile& document, std::u16string_view front, Take take) {
+    Blocks blocks(std::move(take));
+    blocks.put(front);
+    document.sections.ForEachFromBehind([&blocks](std::u16string_view name, void* section) {
+        if (section == nullptr) return;
+        blocks.put(u"[");
+        blocks.put_lines(name);
+        blocks.put(u"]\r\n");
+        const auto& values = static_cast<const CIniSection*>(section)->Values();
+        values.ForEachFromBehind([&blocks](std::u16string_view key, std::u16string_view value) {
+            blocks.put_lines(key);
+            blocks.put(u"=");
+            blocks.put_lines(value);
+            blocks.put(u"\r\n");
+        });
+    });
+    return blocks.finish();
 }
 
-void cut_at(HANDLE file, LONGLONG size) {
-    LARGE_INTEGER distance{};
-    distance.QuadPart = size;
-    if (SetFilePointerEx(file, distance, nullptr, FILE_BEGIN) != FALSE) SetEndOfFile(file);
-}
+// In the ANSI code page, in room that is used again.
+class Encoder {
+  public:
+    // Nothing when the page doesn't hold it all. Holds until the next call.
+    std::optional<std::string_view> encode(std::u16string_view text) {
+        constexpr std::size_t kMostToUnit = 4;
+        m_bytes.resize(std::max(m_bytes.size(), text.size() * kMostToUnit));
+        BOOL used_default = FALSE;
+        const int size = WideCharToMultiByte(CP_ACP, 0, text.data(), static_cast<int>(text.size()),
+                                             m_bytes.data(), static_cast<int>(m_bytes.size()), "?",
+                                             &used_default);
+        if (size == 0 || used_default != FALSE) return std::nullopt;
+        return std::string_view(m_bytes).substr(0, static_cast<std::size_t>(size));
+    }
 
-// What lies beyond the old content goes first: it alone needs room on the disk, and while it fails
-// nothing of the old content is gone.
-void replace_content(HANDLE file, std::string_view bytes) {
-    LARGE_INTEGER old{};
-    GetFileSizeEx(file, &old);
-    const auto kept = std::min(static_cast<std::size_t>(old.QuadPart), bytes.size());
-    if (kept != 0 && !write_at(file, old.QuadPart, bytes.substr(kept))) {
+  private:
+    std::string m_bytes;
+};
+
+class OutFile {
+  public:
+    explicit OutFile(HANDLE file) : m_file(file) {}
+    ~OutFile() { CloseHandle(m_file); }
+    OutFile(const OutFile&) = delete;
+    OutFile& operator=(const OutFile&) = delete;
+
+    [[nodiscard]] LONGLONG size() const {
+        LARGE_INTEGER size{};
+        GetFileSizeEx(m_file, &size);
+        return size.QuadPart;
+    }
+    bool write_at(LONGLONG place, std::string_view bytes) {
+        if (!go_to(place)) return false;
+        while (!bytes.empty()) {
+            constexpr std::size_t kMost = std::size_t{1} << 30;
+            const auto size = static_cast<DWORD>(std::min(bytes.size(), kMost));
+            DWORD written = 0;
+            const auto result = WriteFile(m_file, bytes.data(), size, &written, nullptr);
+            m_place += written;
+            if (result == FALSE) return false;
+            bytes.remove_prefix(size);
+        }
+        return true;
+    }
+    void cut_at(LONGLONG size) {
+        if (go_to(size)) SetEndOfFile(m_file);
+    }
+    void flush() { FlushFileBuffers(m_file); }
+
+  private:
+    bool go_to(LONGLONG place) {
+        LARGE_INTEGER distance{};
+        distance.QuadPart = place;
+        if (place != m_place && SetFilePointerEx(m_file, distance, nullptr, FILE_BEGIN) == FALSE) {
+            return false;
+        }
+        m_place = place;
+        return true;
+    }
+
+    HANDLE m_file;
+    LONGLONG m_place = 0;
+};
+
+// `make(take)` makes the content, piece by piece, as long as `take` says so, and gives whether all
+// was taken. It is made twice: what lies beyond the old content is written first, since it alone
+// needs room on the disk, and while it fails nothing of the old content is gone.
+template <class Make>
+void replace_content(OutFile& file, Make make) {
+    LONGLONG size = 0;
+    const auto write_part = [&](LONGLONG begin, LONGLONG end) {
+        size = 0;
+        return make([&](std::string_view piece) {
+            const auto place = std::exchange(size, size + static_cast<LONGLONG>(piece.size()));
+            const auto from = std::max(begin, place);
+            const auto to = std::min(end, size);
+            return from >= to || file.write_at(from, piece.substr(std::size_t(from - place),
+                                                                  std::size_t(to - from)));
+        });
+    };
+    const auto old_size = file.size();
+    if (!write_part(old_size, std::numeric_limits<LONGLONG>::max())) {
         const auto error = GetLastError();
-        cut_at(file, old.QuadPart);
+        file.cut_at(old_size);
         return SetLastError(error);
     }
-    LARGE_INTEGER front{};
-    if (kept != 0) SetFilePointerEx(file, front, nullptr, FILE_BEGIN);
-    if (!write_at(file, 0, kept != 0 ? bytes.substr(0, kept) : bytes)) return;
-    if (static_cast<std::size_t>(old.QuadPart) > bytes.size()) {
-        cut_at(file, static_cast<LONGLONG>(bytes.size()));
-    }
+    if (old_size != 0 && write_part(0, old_size) && size < old_size) file.cut_at(size);
+}
+
+void write_utf16(OutFile& file, const CIniFile& document) {
+    replace_content(file, [&document](auto take) {
+        return make_text(document, u"\xFEFF", [&take](std::u16string_view text) {
+            return take(
+                {reinterpret_cast<const char*>(text.data()), text.size() * sizeof(char16_t)});
+        });
+    });
+}
+
+// False when the page doesn't hold it all; then the file is as it was.
+bool write_narrow(OutFile& file, const CIniFile& document) {
+    bool is_held = true;
+    Encoder encoder;
+    replace_content(file, [&](auto take) {
+        return make_text(document, {}, [&](std::u16string_view text) {
+            const auto bytes = encoder.encode(text);
+            is_held = bytes.has_value();
+            return is_held && take(*bytes);
+        });
+    });
+    return is_held;
 }
 
 }  // namespace
 
 bool write_ini(const char16_t* path, const CIniFile& document, bool is_utf16, bool is_flushed) {
-    const auto text = text_of(document);
-    std::optional<std::string> narrow;
-    if (!is_utf16) narrow = in_ansi_page(std::u16string_view(text).substr(1));
-    const auto file = CreateFileW(path, GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                                  OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
-    if (file == INVALID_HANDLE_VALUE) return false;
-    replace_content(file, narrow ? std::string_view(*narrow)
-                                 : std::string_view(reinterpret_cast<const char*>(text.data()),
-                                                    text.size() * sizeof(char16_t)));
-    if (is_flushed && !narrow) FlushFileBuffers(file);
-    CloseHandle(file);
+    const auto handle = CreateFileW(path, GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                    nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (handle == INVALID_HANDLE_VALUE) return false;
+    OutFile file(handle);
+    if (!is_utf16 && write_narrow(file, document)) return true;
+    write_utf16(file, document);
+    if (is_flushed) file.flush();
     return true;
 }
 

@@ -16,7 +16,8 @@ namespace {
 constexpr DWORD kWriteRights = FILE_WRITE_DATA | FILE_APPEND_DATA;
 
 struct Request {
-    const std::string& path;
+    const char16_t* name;
+    std::string path;  // the host's
     DWORD access;
     DWORD sharing;
     DWORD disposition;
@@ -76,11 +77,23 @@ Descriptor open_host(const Request& request, int extra) {
     return Descriptor(file);
 }
 
+// Most files are there as they are written. What isn't is looked up, and may be there in another
+// writing.
+Descriptor open_existing(Request& request) {
+    auto file = open_host(request, 0);
+    if (file || errno != ENOENT) return file;
+    auto found = host_path_of(request.name, Lookup::likely_new);
+    errno = ENOENT;
+    if (!found || *found == request.path) return file;
+    request.path = std::move(*found);
+    return open_host(request, 0);
+}
+
 // Tells apart whether the file was there, which a plain O_CREAT would not.
-Descriptor open_or_create(const Request& request, bool& existed) {
+Descriptor open_or_create(Request& request, bool& existed) {
     existed = request.disposition != CREATE_NEW;
     if (request.disposition == CREATE_NEW) return open_host(request, O_CREAT | O_EXCL);
-    auto file = open_host(request, 0);
+    auto file = open_existing(request);
     if (file || errno != ENOENT || request.disposition == OPEN_EXISTING ||
         request.disposition == TRUNCATE_EXISTING) {
         return file;
@@ -108,7 +121,7 @@ bool is_allowed(const Request& request, const struct stat& info, bool existed) {
     return true;
 }
 
-std::shared_ptr<FileObject> open_file(const Request& request) {
+std::shared_ptr<FileObject> open_file(Request request) {
     bool existed = false;
     auto file = open_or_create(request, existed);
     if (!file) {
@@ -137,7 +150,7 @@ std::shared_ptr<FileObject> open_file(const Request& request) {
     if (request.disposition == CREATE_ALWAYS || request.disposition == OPEN_ALWAYS) {
         SetLastError(existed ? ERROR_ALREADY_EXISTS : ERROR_SUCCESS);
     }
-    return std::make_shared<FileObject>(std::move(file), request.access, request.path);
+    return std::make_shared<FileObject>(std::move(file), request.access, std::move(request.path));
 }
 
 }  // namespace
@@ -149,10 +162,10 @@ HANDLE CreateFileW(const char16_t* path, DWORD access, DWORD sharing,
     using namespace tvutil2;
     const DWORD rights = without_generic(access);
     if (!is_sound(disposition, rights, flags_and_attributes)) return INVALID_HANDLE_VALUE;
-    const auto host =
-        host_path_of(path, disposition == CREATE_NEW ? Lookup::likely_new : Lookup::all);
+    auto host = host_path_of(path, disposition == CREATE_NEW ? Lookup::likely_new : Lookup::none);
     if (!host) return INVALID_HANDLE_VALUE;
-    auto file = open_file({*host, rights, sharing, disposition, flags_and_attributes});
+    auto file =
+        open_file({path, std::move(*host), rights, sharing, disposition, flags_and_attributes});
     if (!file) return INVALID_HANDLE_VALUE;
     const auto handle = make_handle<HANDLE>(std::move(file));
     return handle != nullptr ? handle : INVALID_HANDLE_VALUE;
