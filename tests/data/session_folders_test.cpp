@@ -1,6 +1,7 @@
 #include "tvutil2/data/session_folders.h"
 
 #include "tvutil2/data/user_data.h"
+#include "tvutil2/platform/files/shell_operations.h"
 #include "tvutil2/settings/ini_file.h"
 
 #include <gtest/gtest.h>
@@ -264,7 +265,13 @@ TEST(ChangeOfFolder, AFailedMoveLeavesTheChoiceInForce) {
     const auto old_folder = old_sessions();
     const auto target = new_folder();
     write_file(target + "/lab", "in the way of the folder");
-    EXPECT_EQ(ChangeSessionPathWithoutMsgBox(platform_path(target).c_str(), u"Pelrin", 1), 1);
+    struct : tvutil2::ShellObserver {
+        void advanced(std::size_t done, std::size_t all) override { heard.emplace_back(done, all); }
+        std::vector<std::pair<std::size_t, std::size_t>> heard;
+    } observer;
+    EXPECT_EQ(
+        ChangeSessionPathWithoutMsgBox(platform_path(target).c_str(), u"Pelrin", 1, &observer), 1);
+    EXPECT_EQ(observer.heard, (decltype(observer.heard){{1, 2}, {2, 2}})) << "moved or not";
     EXPECT_EQ(AfxGetSessionPath(u"Pelrin").View(), platform_path(target));
     EXPECT_EQ(tests::read_file(old_folder + "/lab/b.pln"), "b");
 }

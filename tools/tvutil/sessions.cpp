@@ -2,8 +2,12 @@
 #include "tvutil2/data/files.h"
 #include "tvutil2/data/session_folders.h"
 #include "tvutil2/platform/base/host_path.h"
+#include "tvutil2/platform/files/shell_operations.h"
+
+#include <unistd.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <filesystem>
 #include <memory>
 #include <vector>
@@ -96,6 +100,28 @@ void show_plan(const Options& options, const CString& from, const std::u16string
     for (const auto& file : files) tool::print("would move " + file);
 }
 
+// How many files are worked on, on a terminal only: a line that is written over, and gone in the
+// end.
+class Progress : public tvutil2::ShellObserver {
+  public:
+    Progress() = default;
+    ~Progress() override {
+        if (m_percent != 0) std::fputs("\r\33[K", stderr);
+    }
+    Progress(const Progress&) = delete;
+    Progress& operator=(const Progress&) = delete;
+    void advanced(std::size_t done, std::size_t all) override {
+        const auto percent = done * 100 / all;
+        if (!m_is_shown || percent == m_percent) return;
+        m_percent = percent;
+        std::fprintf(stderr, "\rmoving: %zu of %zu files (%zu %%)", done, all, percent);
+    }
+
+  private:
+    bool m_is_shown = isatty(STDERR_FILENO) == 1;
+    std::size_t m_percent = 0;
+};
+
 // What became of each file, seen from where it was.
 void report(const Options& options, const std::string& old_root,
             const std::vector<std::string>& files) {
@@ -117,6 +143,16 @@ void report(const Options& options, const std::string& old_root,
                 " files moved");
 }
 
+int change_path(const Options& options, const std::u16string& target, const std::u16string& kind) {
+    Progress progress;
+    if (!options.yes && !options.leave_files) {
+        return ChangeSessionPath(target.c_str(), kind.c_str(), nullptr, &progress);
+    }
+    if (options.yes) EnsureFolderExistRecursive(target.c_str());
+    return ChangeSessionPathWithoutMsgBox(target.c_str(), kind.c_str(), options.leave_files ? 0 : 1,
+                                          &progress);
+}
+
 void move(const Options& options) {
     const auto kind = tool::wide(options.kind);
     const auto target = tool::wide(options.folder);
@@ -128,15 +164,7 @@ void move(const Options& options) {
     if (options.dry_run) return show_plan(options, from, target, files);
 
     const auto old_root = tvutil2::host_path(from.View()).value_or("");
-    int result = 0;
-    if (options.yes || options.leave_files) {
-        if (options.yes) EnsureFolderExistRecursive(target.c_str());
-        result = ChangeSessionPathWithoutMsgBox(target.c_str(), kind.c_str(),
-                                                options.leave_files ? 0 : 1);
-    } else {
-        result = ChangeSessionPath(target.c_str(), kind.c_str(), nullptr);
-    }
-    if (result == 0) {
+    if (change_path(options, target, kind) == 0) {
         throw tool::Failure{tool::Exit::refused,
                             "nothing changed: the folder wasn't wanted, or the "
                             "choice couldn't be written"};

@@ -15,14 +15,14 @@ using tvutil2::FolderSearch;
 
 namespace {
 
-int shell(UINT operation, const std::u16string& from, const std::u16string& to,
-          FILEOP_FLAGS flags) {
+int shell(UINT operation, const std::u16string& from, const std::u16string& to, FILEOP_FLAGS flags,
+          tvutil2::ShellObserver* observer = nullptr) {
     SHFILEOPSTRUCTW request{};
     request.wFunc = operation;
     request.pFrom = from.c_str();
     request.pTo = to.c_str();
     request.fFlags = flags;
-    return SHFileOperationW(&request);
+    return tvutil2::watched_shell_operation(&request, observer);
 }
 
 // One element of a list for the shell; the list's second zero is the text's own.
@@ -73,6 +73,11 @@ int SHDeleteFile(const char16_t* path) {
 }
 
 int MoveFolder(const char16_t* from, const char16_t* to, const char16_t* extension) {
+    return MoveFolder(from, to, extension, nullptr);
+}
+
+int MoveFolder(const char16_t* from, const char16_t* to, const char16_t* extension,
+               tvutil2::ShellObserver* observer) {
     const std::u16string ending = extension != nullptr ? extension : u"";
     EnsureFolderExistRecursive(to);
     std::u16string sources;
@@ -92,7 +97,8 @@ int MoveFolder(const char16_t* from, const char16_t* to, const char16_t* extensi
         }
     }
     if (sources.empty()) return 1;
-    return shell(FO_MOVE, sources, targets, FOF_ALLOWUNDO | FOF_MULTIDESTFILES) == 0 ? 1 : 0;
+    constexpr FILEOP_FLAGS kFlags = FOF_ALLOWUNDO | FOF_MULTIDESTFILES;
+    return shell(FO_MOVE, sources, targets, kFlags, observer) == 0 ? 1 : 0;
 }
 
 int DeleteFolderFiles(const char16_t* folder, int whole_folder) {

@@ -4,6 +4,10 @@
 #include "tvutil2/platform/base/export.h"
 #include "tvutil2/platform/base/types.h"
 
+namespace tvutil2 {
+class ShellObserver;
+}  // namespace tvutil2
+
 /// Renames through the shell, asking nothing. 0, or an error code; an existing name is never
 /// overwritten (ERROR_ALREADY_EXISTS).
 TVUTIL_API int SHRenameFile(const char16_t* from, const char16_t* to);
@@ -17,6 +21,10 @@ TVUTIL_API int SHDeleteFile(const char16_t* path);
 /// the way is a question to the person, and stays where there is nobody to ask. 1 when all went
 /// well, or there was nothing to move.
 TVUTIL_API int MoveFolder(const char16_t* from, const char16_t* to, const char16_t* extension);
+
+/// The same; `observer` hears of each file (platform/files/shell_operations.h).
+TVUTIL_API int MoveFolder(const char16_t* from, const char16_t* to, const char16_t* extension,
+                          tvutil2::ShellObserver* observer);
 
 /// Deletes a folder, or for 0 all that is in it, for good and without a question. 1 when all went
 /// well; a folder that is empty already is fine with 0, one that isn't there never.

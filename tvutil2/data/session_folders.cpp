@@ -174,19 +174,29 @@ int ExistSessionFile(const char16_t* folder) {
 }
 
 int ChangeSessionPath(const char16_t* folder, const char16_t* kind, HWND owner) {
+    return ChangeSessionPath(folder, kind, owner, nullptr);
+}
+
+int ChangeSessionPath(const char16_t* folder, const char16_t* kind, HWND owner,
+                      tvutil2::ShellObserver* observer) {
     const auto made = change(folder, kind, owner);
     if (!made.is_made) return 0;
     if (ExistSessionFile(made.old_folder) != 0 &&
         ask(owner, kMoveFiles, kind, kind, MB_YESNO | MB_ICONWARNING) == IDYES) {
-        MoveFolder(made.old_folder, folder, made.extension);
+        MoveFolder(made.old_folder, folder, made.extension, observer);
     }
     return 1;
 }
 
 int ChangeSessionPathWithoutMsgBox(const char16_t* folder, const char16_t* kind, int move_files) {
+    return ChangeSessionPathWithoutMsgBox(folder, kind, move_files, nullptr);
+}
+
+int ChangeSessionPathWithoutMsgBox(const char16_t* folder, const char16_t* kind, int move_files,
+                                   tvutil2::ShellObserver* observer) {
     const auto made = change(folder, kind, nullptr);
     if (!made.is_made) return 0;
-    if (move_files != 0) MoveFolder(made.old_folder, folder, made.extension);
+    if (move_files != 0) MoveFolder(made.old_folder, folder, made.extension, observer);
     return 1;
 }
 

@@ -13,6 +13,10 @@
 
 #include "tvutil2/framework/strings.h"
 
+namespace tvutil2 {
+class ShellObserver;
+}  // namespace tvutil2
+
 /// The extension of a kind's files, without its dot; empty for other kinds.
 TVUTIL_API void GetSessionFilesExt(const char16_t* kind, CString& extension);
 
@@ -44,6 +48,12 @@ TVUTIL_API int ChangeSessionPath(const char16_t* folder, const char16_t* kind, H
 /// The same without the question about the files: they are moved if `move_files` is non-zero.
 TVUTIL_API int ChangeSessionPathWithoutMsgBox(const char16_t* folder, const char16_t* kind,
                                               int move_files);
+
+/// Both for somebody who watches the files move (platform/files/shell_operations.h).
+TVUTIL_API int ChangeSessionPath(const char16_t* folder, const char16_t* kind, HWND owner,
+                                 tvutil2::ShellObserver* observer);
+TVUTIL_API int ChangeSessionPathWithoutMsgBox(const char16_t* folder, const char16_t* kind,
+                                              int move_files, tvutil2::ShellObserver* observer);
 
 /// "Ombrelia\Sessions" and "Ombrelia" below the user data folder.
 TVUTIL_API CString AfxGetOmbrDefaultSessionPath();

@@ -36,8 +36,9 @@ bool is_separator(char16_t c) {
 // One call of SHFileOperationW.
 class ShellOperation {
   public:
-    explicit ShellOperation(const SHFILEOPSTRUCTW& request)
+    ShellOperation(const SHFILEOPSTRUCTW& request, ShellObserver* observer)
         : m_request(request),
+          m_observer(observer),
           m_work([this](const std::string& target) { return may_replace(target); }) {}
 
     int run() {
@@ -138,6 +139,15 @@ class ShellOperation {
         if (m_sources.size() == before) fail(ERROR_FILE_NOT_FOUND);
     }
 
+    // Those that could be had; the observer hears of all.
+    template <class Work>
+    void for_each_source(Work work) {
+        for (std::size_t i = 0; i < m_sources.size(); ++i) {
+            if (!m_sources[i].empty()) work(m_sources[i], i);
+            if (m_observer != nullptr) m_observer->advanced(i + 1, m_sources.size());
+        }
+    }
+
     void remove_all() {
         const bool to_trash = has(FOF_ALLOWUNDO);
         if (m_sources.empty()) return;
@@ -152,14 +162,13 @@ class ShellOperation {
             m_declined = true;
             return;
         }
-        for (const auto& source : m_sources) {
-            if (source.empty()) continue;
+        for_each_source([&](const std::string& source, std::size_t /*index*/) {
             if (to_trash) {
                 move_to_trash(m_work, source);
             } else {
                 m_work.remove(source);
             }
-        }
+        });
     }
 
     void rename() {
@@ -177,26 +186,22 @@ class ShellOperation {
 
     void transfer_all() {
         if (has(FOF_MULTIDESTFILES)) {
-            for (std::size_t i = 0; i < m_sources.size(); ++i) {
-                if (m_sources[i].empty()) continue;
-                const auto target = host_path(m_targets[i]);
-                if (target) {
-                    transfer(m_sources[i], *target);
+            return for_each_source([this](const std::string& source, std::size_t index) {
+                if (const auto target = host_path(m_targets[index])) {
+                    transfer(source, *target);
                 } else {
                     m_work.fail();
                 }
-            }
-            return;
+            });
         }
         auto target = host_path(m_targets[0]);
         if (!target) return m_work.fail();
         const bool into_folder = is_folder(*target) || m_sources.size() > 1 || m_from_wildcards ||
                                  is_separator(m_targets[0].back());
         if (*target == "/") target->clear();
-        for (const auto& source : m_sources) {
-            if (source.empty()) continue;
+        for_each_source([&](const std::string& source, std::size_t /*index*/) {
             transfer(source, into_folder ? entry_of(*target, name_in(source)) : *target);
-        }
+        });
     }
 
     void transfer(const std::string& from, const std::string& to) {
@@ -233,6 +238,7 @@ class ShellOperation {
     }
 
     const SHFILEOPSTRUCTW& m_request;
+    ShellObserver* m_observer;
     std::vector<std::string> m_sources;  // empty: could not be had
     std::vector<std::u16string_view> m_targets;
     bool m_from_wildcards = false;
@@ -241,13 +247,18 @@ class ShellOperation {
 };
 
 }  // namespace
-}  // namespace tvutil2
 
-int SHFileOperationW(SHFILEOPSTRUCTW* operation) {
+int watched_shell_operation(SHFILEOPSTRUCTW* operation, ShellObserver* observer) {
     if (operation == nullptr) return static_cast<int>(ERROR_INVALID_PARAMETER);
     operation->hNameMappings = nullptr;
-    tvutil2::ShellOperation work(*operation);
+    ShellOperation work(*operation, observer);
     const int result = work.run();
     operation->fAnyOperationsAborted = work.has_declined() ? TRUE : FALSE;
     return result;
+}
+
+}  // namespace tvutil2
+
+int SHFileOperationW(SHFILEOPSTRUCTW* operation) {
+    return tvutil2::watched_shell_operation(operation, nullptr);
 }

@@ -4,6 +4,8 @@
 #include "tvutil2/platform/base/export.h"
 #include "tvutil2/platform/base/types.h"
 
+#include <cstddef>
+
 inline constexpr UINT FO_MOVE = 1;
 inline constexpr UINT FO_COPY = 2;
 inline constexpr UINT FO_DELETE = 3;
@@ -55,3 +57,18 @@ struct SHFILEOPSTRUCTW {
 /// Where there is nobody to ask, the answer is No. Failures are never shown, whether FOF_NOERRORUI
 /// is given or not, and there is no progress window: the result is the report.
 TVUTIL_API int SHFileOperationW(SHFILEOPSTRUCTW* operation);
+
+namespace tvutil2 {
+
+/// Is told how far an operation is, on the thread that carries it out. May not throw.
+class ShellObserver {
+  public:
+    virtual ~ShellObserver() = default;
+    /// Behind each source, whatever became of it: that many of all are worked on.
+    virtual void advanced(std::size_t done, std::size_t all) = 0;
+};
+
+/// SHFileOperationW for somebody who watches; a null `observer` is nobody.
+TVUTIL_API int watched_shell_operation(SHFILEOPSTRUCTW* operation, ShellObserver* observer);
+
+}  // namespace tvutil2
