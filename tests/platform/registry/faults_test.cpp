@@ -2,6 +2,7 @@
 #include "tvutil2/platform/base/locations.h"
 #include "tvutil2/platform/registry/registry.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <linux/audit.h>
 #include <linux/filter.h>
@@ -17,7 +18,7 @@
 #include <cstddef>
 #include <filesystem>
 #include <string>
-#include <vector>
+#include <utility>
 
 #include "tests/support/profile.h"
 
@@ -148,6 +149,43 @@ TEST(RegistryFaults, AFullDiskKeepsWhatWasThere) {
     EXPECT_EQ(data, std::string(20000, 'b'));
     EXPECT_EQ(get(u"large", data), static_cast<LONG>(ERROR_FILE_NOT_FOUND));
     EXPECT_EQ(get(u"small", data), 0);
+}
+
+// Takes the locks of a process that writes and comes to a halt ("WAL-mode file format" of SQLite):
+// the one of the writer, and the one of all who have the index open.
+bool take_write_lock() {
+    const int index = open((store() + "-shm").c_str(), O_RDWR | O_CLOEXEC);
+    for (const auto& [type, byte] : {std::pair<short, off_t>{F_RDLCK, 128}, {F_WRLCK, 120}}) {
+        struct flock lock {};
+        lock.l_type = type;
+        lock.l_start = byte;
+        lock.l_len = 1;
+        if (fcntl(index, F_SETLKW, &lock) != 0) return false;
+    }
+    return true;
+}
+
+TEST(RegistryFaults, AHaltedWriterIsWaitedForSoLongAndNoLonger) {
+    make_hive();
+    ASSERT_EQ(set(u"v", "x"), 0);
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    const pid_t child = fork();
+    if (child == 0) {
+        if (take_write_lock() && write(ends[1], "", 1) == 1) pause();
+        _exit(1);
+    }
+    char taken = 0;
+    ASSERT_EQ(read(ends[0], &taken, 1), 1);
+    EXPECT_EQ(set(u"v", "lost"), static_cast<LONG>(ERROR_BUSY));
+    std::string data;
+    EXPECT_EQ(get(u"v", data), 0);
+    EXPECT_EQ(data, "x");
+    kill(child, SIGKILL);
+    EXPECT_EQ(waitpid(child, nullptr, 0), child);
+    EXPECT_EQ(set(u"w", "y"), 0);
+    EXPECT_EQ(get(u"v", data), 0);
+    EXPECT_EQ(data, "x");
 }
 
 TEST(RegistryFaults, AHiveOfSomeoneElseIsReadButNotWritten) {

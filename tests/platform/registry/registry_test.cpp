@@ -1,10 +1,12 @@
 #include "tvutil2/platform/registry/registry.h"
 
 #include "tvutil2/platform/base/clock.h"
+#include "tvutil2/platform/objects/objects.h"
 
 #include <gtest/gtest.h>
 
 #include <array>
+#include <functional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -149,6 +151,129 @@ TEST(Registry, SizesOfAValue) {
     EXPECT_EQ(set(key, std::u16string(16384, u'n').c_str(), "x"), code(ERROR_INVALID_PARAMETER));
     EXPECT_EQ(set(key, std::u16string(16383, u'n').c_str(), "x"), 0);
     EXPECT_EQ(RegSetValueExW(key, u"v", 0, REG_BINARY, nullptr, 1), code(ERROR_INVALID_PARAMETER));
+}
+
+TEST(Registry, ValuesAreListedInOrderAsFarAsTheyFit) {
+    auto* const key = made(u"Values");
+    ASSERT_EQ(set(key, u"b", "12", REG_BINARY), 0);
+    ASSERT_EQ(set(key, u"A", std::string("t\0", 2), REG_SZ), 0);
+    ASSERT_EQ(set(key, u"", "", REG_NONE), 0);
+    ASSERT_EQ(set(key, u"cc", "1234", REG_DWORD), 0);
+    struct Case {
+        DWORD index, name_room, data_room, error;
+        std::u16string name;
+        DWORD type;
+        std::string data;
+    };
+    const Case cases[] = {
+        {0, 1, 0, 0, u"", REG_NONE, ""},
+        {1, 2, 4, 0, u"A", REG_SZ, std::string("t\0", 2)},
+        {2, 9, 9, 0, u"b", REG_BINARY, "12"},
+        {3, 3, 4, 0, u"cc", REG_DWORD, "1234"},
+        {4, 9, 9, ERROR_NO_MORE_ITEMS, u"", 0, ""},
+        {3, 2, 9, ERROR_MORE_DATA, u"", 0, ""},
+        {0, 0, 9, ERROR_MORE_DATA, u"", 0, ""},
+        {3, 3, 3, ERROR_MORE_DATA, u"cc", REG_DWORD, "####"},
+        {3, 3, 4, 0, u"cc", REG_DWORD, "1234"},
+        {0xFFFFFFFF, 9, 9, ERROR_NO_MORE_ITEMS, u"", 0, ""},
+        {0, 9, 9, 0, u"", REG_NONE, ""},
+    };
+    for (const auto& test : cases) {
+        SCOPED_TRACE(test.index);
+        std::array<char16_t, 9> name{};
+        std::string data(9, '#');
+        DWORD count = test.name_room, size = test.data_room, type = 0;
+        EXPECT_EQ(RegEnumValueW(key, test.index, name.data(), &count, nullptr, &type,
+                                reinterpret_cast<BYTE*>(data.data()), &size),
+                  code(test.error));
+        EXPECT_EQ(name.data(), test.name);
+        EXPECT_EQ(type, test.type);
+        EXPECT_EQ(data.substr(0, test.data.size()), test.data);
+        if (test.error == 0 || type != 0) {
+            EXPECT_EQ(count, test.name.size());
+            EXPECT_EQ(size, test.data.size());
+        }
+    }
+    std::array<char16_t, 9> name{};
+    DWORD count = 9, size = 0;
+    EXPECT_EQ(RegEnumValueW(key, 3, name.data(), &count, nullptr, nullptr, nullptr, &size), 0);
+    EXPECT_EQ(size, 4U);
+    count = 9;
+    EXPECT_EQ(RegDeleteValueW(key, u"A"), 0);
+    EXPECT_EQ(RegEnumValueW(key, 1, name.data(), &count, nullptr, nullptr, nullptr, nullptr), 0);
+    EXPECT_EQ(std::u16string(name.data()), u"b");
+}
+
+TEST(Registry, TheLargestValue) {
+    auto* const key = made(u"Large");
+    std::string data(REG_MAX_VALUE_DATA, 'x');
+    data.back() = 'y';
+    EXPECT_EQ(set(key, u"v", data), 0);
+    EXPECT_EQ(set(key, u"v", data + 'z'), code(ERROR_NOT_ENOUGH_MEMORY));
+    std::string read(data.size(), '#');
+    auto size = static_cast<DWORD>(read.size());
+    EXPECT_EQ(
+        RegQueryValueExW(key, u"v", nullptr, nullptr, reinterpret_cast<BYTE*>(read.data()), &size),
+        0);
+    EXPECT_TRUE(read == data);
+}
+
+TEST(Registry, WhatIsNoOpenKeyIsRefusedByAll) {
+    auto* const closed = made(u"Closed");
+    ASSERT_EQ(RegCloseKey(closed), 0);
+    auto* const event = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    const HKEY handles[] = {nullptr, closed, reinterpret_cast<HKEY>(event),
+                            reinterpret_cast<HKEY>(std::uintptr_t{0x80000003}),
+                            reinterpret_cast<HKEY>(~std::uintptr_t{0})};
+    const std::function<LONG(HKEY)> calls[] = {
+        [](HKEY key) { return RegOpenKeyExW(key, u"x", 0, KEY_READ, &key); },
+        [](HKEY key) { return create(key, u"x", key); },
+        [](HKEY key) { return RegCloseKey(key); },
+        [](HKEY key) { return query(key, u"v"); },
+        [](HKEY key) { return set(key, u"v", "x"); },
+        [](HKEY key) { return RegDeleteValueW(key, u"v"); },
+        [](HKEY key) {
+            char16_t name[2];
+            return RegEnumKeyW(key, 0, name, 2);
+        },
+        [](HKEY key) {
+            char16_t name[2];
+            DWORD count = 2;
+            return RegEnumValueW(key, 0, name, &count, nullptr, nullptr, nullptr, nullptr);
+        },
+        [](HKEY key) { return RegDeleteKeyW(key, u"x"); },
+        [](HKEY key) { return SHDeleteKeyW(key, u"x"); },
+        [](HKEY key) { return RegDeleteTreeW(key, nullptr); },
+        [](HKEY key) {
+            return RegQueryInfoKeyW(key, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
+                                    nullptr, nullptr, nullptr, nullptr, nullptr);
+        },
+        [](HKEY key) { return RegFlushKey(key); },
+        [event](HKEY key) {
+            return RegNotifyChangeKeyValue(key, 0, REG_NOTIFY_CHANGE_NAME, event, 1);
+        },
+    };
+    for (auto* const handle : handles) {
+        for (const auto& call : calls) {
+            EXPECT_EQ(call(handle), code(ERROR_INVALID_HANDLE)) << handle << &call - calls;
+        }
+    }
+    EXPECT_NE(CloseHandle(event), 0);
+}
+
+TEST(Registry, ARootIsEmptiedButStays) {
+    made(u"Any\\Below");
+    set(HKEY_CURRENT_USER, u"v", "x");
+    for (const auto* name : {u"", static_cast<const char16_t*>(nullptr)}) {
+        const auto denied = code(name == nullptr ? ERROR_INVALID_PARAMETER : ERROR_ACCESS_DENIED);
+        EXPECT_EQ(RegDeleteKeyW(HKEY_CURRENT_USER, name), denied);
+        EXPECT_EQ(SHDeleteKeyW(HKEY_CURRENT_USER, name), code(ERROR_ACCESS_DENIED));
+    }
+    EXPECT_EQ(query(HKEY_CURRENT_USER, u"v"), 0);
+    EXPECT_EQ(RegDeleteTreeW(HKEY_CURRENT_USER, nullptr), 0);
+    EXPECT_EQ(query(HKEY_CURRENT_USER, u"v"), code(ERROR_FILE_NOT_FOUND));
+    EXPECT_EQ(key_at(HKEY_CURRENT_USER, 0), u"");
+    made(u"Again");
 }
 
 TEST(Registry, ADeletedKeyStaysDeletedForItsHandles) {
