@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "tools/tvutil/command.h"
+#include "tools/tvutil/encoded_text.h"
 #include "tools/tvutil/ini_commands.h"
-#include "tools/tvutil/ini_text.h"
 
 namespace tool {
 namespace {
@@ -34,13 +34,13 @@ struct Loss {
 // Text is lost where it doesn't decode to the same text again.
 class Conversion {
   public:
-    Conversion(const IniEncoding& from, const IniEncoding& to) : m_from(from), m_to(to) {}
+    Conversion(const TextEncoding& from, const TextEncoding& to) : m_from(from), m_to(to) {}
 
     /// Content with its marks.
     std::string run(std::string_view bytes) {
         m_out = m_to.mark();
         if (bytes.starts_with(m_from.mark())) bytes.remove_prefix(m_from.mark().size());
-        IniLines lines(m_from, bytes);
+        EncodedLines lines(m_from, bytes);
         const char* begin = bytes.data();
         // Many lines at a time, and one by one only where something is lost.
         for (bool more = lines.next(); more;) {
@@ -70,7 +70,7 @@ class Conversion {
         }
         m_pending = 0;
         m_out.resize(before);
-        for (IniLines lines(m_from, run); lines.next();) {
+        for (EncodedLines lines(m_from, run); lines.next();) {
             ++m_line;
             const auto loss = add(lines.whole());
             if (loss.empty()) continue;
@@ -88,8 +88,8 @@ class Conversion {
                                                       : "not all of it exists in " + m_to.name();
     }
 
-    IniEncoding m_from;
-    IniEncoding m_to;
+    TextEncoding m_from;
+    TextEncoding m_to;
     std::string m_out;
     std::vector<Loss> m_losses;
     std::size_t m_line = 0;
@@ -97,7 +97,7 @@ class Conversion {
     std::size_t m_lost = 0;
 };
 
-IniEncoding source_encoding(const Options& options, std::string_view bytes) {
+TextEncoding source_encoding(const Options& options, std::string_view bytes) {
     const auto found = encoding_of(bytes);
     if (options.from.empty()) return found;
     auto named = encoding_named(options.from);
@@ -109,7 +109,7 @@ IniEncoding source_encoding(const Options& options, std::string_view bytes) {
     return named;
 }
 
-void report(const Options& options, const IniEncoding& from, const IniEncoding& to,
+void report(const Options& options, const TextEncoding& from, const TextEncoding& to,
             const Conversion& conversion, bool is_changed) {
     if (options.is_json) {
         auto lost = nlohmann::ordered_json::array();
@@ -138,7 +138,7 @@ void report(const Options& options, const IniEncoding& from, const IniEncoding& 
 void convert(const Options& options) {
     const auto to = encoding_named(options.to);
     if (!options.from.empty()) static_cast<void>(encoding_named(options.from));
-    IniEncoding from;
+    TextEncoding from;
     std::optional<Conversion> conversion;
     bool is_changed = false;
     const auto edit = [&](const std::string& bytes) -> std::optional<std::string> {

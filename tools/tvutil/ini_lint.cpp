@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "tools/tvutil/command.h"
+#include "tools/tvutil/encoded_text.h"
 #include "tools/tvutil/ini_commands.h"
-#include "tools/tvutil/ini_text.h"
 
 namespace tool {
 namespace {
@@ -85,9 +85,9 @@ class Linter {
   public:
     explicit Linter(std::size_t limit) : m_limit(limit) {}
 
-    void run(const IniEncoding& encoding, std::string_view bytes) {
+    void run(const TextEncoding& encoding, std::string_view bytes) {
         bytes.remove_prefix(encoding.mark().size());
-        for (IniLines lines(encoding, bytes); lines.next();) {
+        for (EncodedLines lines(encoding, bytes); lines.next();) {
             ++m_line;
             const auto content = lines.content();
             if (content.empty()) continue;

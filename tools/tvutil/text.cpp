@@ -10,13 +10,13 @@
 #include <optional>
 
 #include "tools/tvutil/command.h"
-#include "tools/tvutil/ini_text.h"
+#include "tools/tvutil/encoded_text.h"
 
 namespace {
 
 using tool::Exit;
 using tool::Failure;
-using Encoding = tool::IniEncoding;
+using Encoding = tool::TextEncoding;
 
 // The whole text is in memory, a few times over.
 constexpr std::size_t kLargestText = std::size_t{256} << 20U;

@@ -1,6 +1,7 @@
 // The installation's ANSI page is read once a process: each test runs in one of its own.
+#include "tests/support/ansi_page.h"
+
 #include "tvutil2/framework/strings.h"
-#include "tvutil2/platform/base/wide_text.h"
 #include "tvutil2/platform/codepage/codepage.h"
 #include "tvutil2/platform/registry/registry.h"
 
@@ -8,48 +9,37 @@
 
 namespace {
 
-void install_page(const char16_t* number, DWORD type = REG_SZ) {
-    HKEY key = nullptr;
-    ASSERT_EQ(
-        RegCreateKeyExW(HKEY_LOCAL_MACHINE, u"SYSTEM\\CurrentControlSet\\Control\\Nls\\CodePage", 0,
-                        nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr),
-        0);
-    const auto size = static_cast<DWORD>(lstrlenW(number)) * 2;
-    ASSERT_EQ(RegSetValueExW(key, u"ACP", 0, type, reinterpret_cast<const BYTE*>(number), size), 0);
-    RegCloseKey(key);
-}
-
 TEST(AnsiPage, IsUtf8WithoutASetting) {
     EXPECT_EQ(GetACP(), CP_UTF8);
     EXPECT_EQ(CString("\xC3\xA9"), CString(u"\u00E9"));
 }
 
 TEST(AnsiPage, SingleBytePageServesNarrowText) {
-    install_page(u"1252");
+    tests::install_ansi_page(u"1252");
     EXPECT_EQ(GetACP(), 1252U);
     EXPECT_EQ(CString("\xE9\x80"), CString(u"\u00E9\u20AC"));
     EXPECT_EQ(CStringA(u"\u20AC\u4E00").View(), "\x80?");
 }
 
 TEST(AnsiPage, DoubleBytePageServesNarrowText) {
-    install_page(u"936");
+    tests::install_ansi_page(u"936");
     EXPECT_EQ(CString("\xD6\xD0"), CString(u"\u4E2D"));
     EXPECT_NE(IsDBCSLeadByteEx(GetACP(), 0xD6), 0);
 }
 
 TEST(AnsiPage, UnknownPageIsPassedOver) {
-    install_page(u"4711");
+    tests::install_ansi_page(u"4711");
     EXPECT_EQ(GetACP(), CP_UTF8);
 }
 
 // A page in which ASCII isn't itself would turn every key and format of the library into noise.
 TEST(AnsiPage, PageThatMovesAsciiIsPassedOver) {
-    install_page(u"37");
+    tests::install_ansi_page(u"37");
     EXPECT_EQ(GetACP(), CP_UTF8);
 }
 
 TEST(AnsiPage, NumberMustBeText) {
-    install_page(u"1252", REG_BINARY);
+    tests::install_ansi_page(u"1252", REG_BINARY);
     EXPECT_EQ(GetACP(), CP_UTF8);
 }
 

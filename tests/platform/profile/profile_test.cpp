@@ -14,6 +14,7 @@
 #include <filesystem>
 #include <utility>
 
+#include "tests/support/ansi_page.h"
 #include "tests/support/profile.h"
 
 namespace {
@@ -151,6 +152,42 @@ TEST(Profile, RefusesWhatCannotBeWritten) {
     EXPECT_EQ(file.write(u"s", u"k", u"w"), FALSE);
     EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
     EXPECT_EQ(file.content(), "[s]\nk=v\n");
+}
+
+TEST(Profile, KeepsEveryEntryOfAHugeFile) {
+    constexpr int kKeys = 250'000;
+    std::string content = "[s]\n";
+    for (int i = 0; i < kKeys; ++i) content += 'k' + std::to_string(i) + "=v\n";
+    content += "long=" + std::string(2'000'000, 'x') + "\nlast=1\n";
+    const File file(content);
+    EXPECT_EQ(file.value(u"s", u"k249999"), "v");
+    EXPECT_EQ(file.value(u"s", u"long"), std::string(199, 'x')) << "as far as the buffer goes";
+    ASSERT_NE(file.write(u"s", u"last", u"2"), FALSE);
+    ASSERT_NE(file.write(u"t", u"new", u"3"), FALSE);
+    const auto written = file.content();
+    content.replace(content.size() - 2, 1, "2");
+    EXPECT_TRUE(written.starts_with(content));
+    EXPECT_EQ(written.substr(content.size()), "\n[t]\nnew=3\n");
+    EXPECT_EQ(file.value(u"s", u"k0"), "v");
+}
+
+TEST(Profile, KeepsTheAnsiPageOfAFile) {
+    tests::install_ansi_page(u"1252");
+    const File file("; caf\xE9\r\n[s]\r\nk=\x80\r\n");
+    EXPECT_EQ(file.value(u"S", u"K"), "\u20AC");
+    ASSERT_NE(file.write(u"s", u"\u00FC", u"\u00DF"), FALSE);
+    EXPECT_EQ(file.content(), "; caf\xE9\r\n[s]\r\nk=\x80\r\n\xFC=\xDF\r\n");
+    EXPECT_EQ(file.value(u"s", u"\u00DC"), "\u00DF");
+}
+
+TEST(Profile, AFolderInThePlaceOfTheFileStays) {
+    const File file;
+    std::filesystem::create_directory(file.host);
+    tests::write_file(file.host + "/inside", "x");
+    EXPECT_EQ(file.value(u"s", u"k"), "(none)");
+    EXPECT_EQ(file.write(u"s", u"k", u"v"), FALSE);
+    EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
+    EXPECT_EQ(tests::read_file(file.host + "/inside"), "x");
 }
 
 TEST(Profile, KeepsModeAndLinks) {

@@ -1,4 +1,4 @@
-#include "tools/tvutil/ini_text.h"
+#include "tools/tvutil/encoded_text.h"
 
 #include "tvutil2/platform/base/utf.h"
 #include "tvutil2/platform/codepage/codepage.h"
@@ -17,7 +17,7 @@ constexpr UINT kUtf16Swapped = 1201;
 
 constexpr struct {
     const char* name;
-    IniEncoding encoding;
+    TextEncoding encoding;
     std::string_view mark;
 } kNamed[] = {{"utf-16", {kUtf16, true}, "\xFF\xFE"},
               {"utf-16be", {kUtf16Swapped, true}, "\xFE\xFF"},
@@ -28,7 +28,7 @@ void swap_pairs(std::u16string& text) {
     for (auto& unit : text) unit = static_cast<char16_t>((unit >> 8U) | (unit << 8U));
 }
 
-DecodedText decoded_utf16(const IniEncoding& encoding, std::string_view bytes) {
+DecodedText decoded_utf16(const TextEncoding& encoding, std::string_view bytes) {
     DecodedText result;
     result.text.resize(bytes.size() / 2);
     if (!result.text.empty()) std::memcpy(result.text.data(), bytes.data(), bytes.size() / 2 * 2);
@@ -43,21 +43,21 @@ bool is_known(UINT page) {
 
 }  // namespace
 
-std::string_view IniEncoding::mark() const {
+std::string_view TextEncoding::mark() const {
     for (const auto& named : kNamed) {
         if (named.encoding == *this) return named.mark;
     }
     return {};
 }
 
-std::string IniEncoding::name() const {
+std::string TextEncoding::name() const {
     for (const auto& named : kNamed) {
         if (named.encoding == *this) return named.name;
     }
     return std::to_string(page);
 }
 
-IniEncoding encoding_named(const std::string& name) {
+TextEncoding encoding_named(const std::string& name) {
     if (name == "ansi") return {GetACP(), false};
     UINT page = 0;
     const auto* const end = name.data() + name.size();
@@ -75,14 +75,14 @@ IniEncoding encoding_named(const std::string& name) {
     return {page, false};
 }
 
-IniEncoding encoding_of(std::string_view bytes) {
+TextEncoding encoding_of(std::string_view bytes) {
     for (const auto& named : kNamed) {
         if (!named.mark.empty() && bytes.starts_with(named.mark)) return named.encoding;
     }
     return {tvutil2::to_utf16(bytes) ? CP_UTF8 : GetACP(), false};
 }
 
-DecodedText decoded(const IniEncoding& encoding, std::string_view bytes) {
+DecodedText decoded(const TextEncoding& encoding, std::string_view bytes) {
     if (bytes.empty()) return {};
     if (encoding.unit() == 2) return decoded_utf16(encoding, bytes);
     DecodedText result;
@@ -98,7 +98,7 @@ DecodedText decoded(const IniEncoding& encoding, std::string_view bytes) {
     return result;
 }
 
-std::string encoded(const IniEncoding& encoding, std::u16string_view text) {
+std::string encoded(const TextEncoding& encoding, std::u16string_view text) {
     if (text.empty()) return {};
     if (encoding.unit() == 2) {
         std::u16string units(text);
@@ -113,13 +113,13 @@ std::string encoded(const IniEncoding& encoding, std::u16string_view text) {
     return bytes;
 }
 
-bool IniLines::is_unit(std::string_view bytes, std::size_t at, char c) const {
+bool EncodedLines::is_unit(std::string_view bytes, std::size_t at, char c) const {
     if (m_encoding.unit() == 1) return bytes[at] == c;
     const std::size_t low = m_encoding.page == kUtf16 ? 0 : 1;
     return bytes[at + low] == c && bytes[at + 1 - low] == '\0';
 }
 
-bool IniLines::next() {
+bool EncodedLines::next() {
     const auto unit = m_encoding.unit();
     std::size_t end = 0;
     while (end + unit <= m_rest.size()) {
@@ -138,7 +138,7 @@ bool IniLines::next() {
     return !m_whole.empty();
 }
 
-std::string_view IniLines::content() const {
+std::string_view EncodedLines::content() const {
     const auto unit = m_encoding.unit();
     auto line = m_whole;
     for (const char c : {'\n', '\r'}) {

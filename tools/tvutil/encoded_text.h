@@ -1,4 +1,4 @@
-// The text of INI files: its encodings, and its lines.
+// Text as bytes in an encoding, and the lines of it: for INI files and for texts.
 #pragma once
 
 #include "tvutil2/platform/base/types.h"
@@ -13,11 +13,11 @@ namespace tool {
 inline constexpr std::size_t kLargestIni = std::size_t{64} << 20U;
 
 /// A code page, 1200 and 1201 being UTF-16 and the same with its bytes swapped.
-struct IniEncoding {
+struct TextEncoding {
     UINT page = 0;
     bool has_mark = false;
 
-    bool operator==(const IniEncoding&) const = default;
+    bool operator==(const TextEncoding&) const = default;
     [[nodiscard]] std::string_view mark() const;
     [[nodiscard]] std::size_t unit() const { return page == 1200 || page == 1201 ? 2 : 1; }
     /// As encoding_named takes it.
@@ -26,26 +26,26 @@ struct IniEncoding {
 
 /// "utf-8", "utf-8-bom", "utf-16", "utf-16be", "ansi" or the number of a code page; Failure{usage}
 /// for others.
-[[nodiscard]] IniEncoding encoding_named(const std::string& name);
+[[nodiscard]] TextEncoding encoding_named(const std::string& name);
 
 /// What the library takes a file for: by its mark, as UTF-8 when it is valid UTF-8, else in the
 /// ANSI code page.
-[[nodiscard]] IniEncoding encoding_of(std::string_view bytes);
+[[nodiscard]] TextEncoding encoding_of(std::string_view bytes);
 
 /// Text without its mark, and whether every byte of it was valid.
 struct DecodedText {
     std::u16string text;
     bool is_valid = true;
 };
-[[nodiscard]] DecodedText decoded(const IniEncoding& encoding, std::string_view bytes);
+[[nodiscard]] DecodedText decoded(const TextEncoding& encoding, std::string_view bytes);
 
 /// What the page doesn't hold becomes "?", or U+FFFD in UTF-8.
-[[nodiscard]] std::string encoded(const IniEncoding& encoding, std::u16string_view text);
+[[nodiscard]] std::string encoded(const TextEncoding& encoding, std::u16string_view text);
 
 /// Lines of bytes, one after the other.
-class IniLines {
+class EncodedLines {
   public:
-    IniLines(const IniEncoding& encoding, std::string_view bytes)
+    EncodedLines(const TextEncoding& encoding, std::string_view bytes)
         : m_encoding(encoding), m_rest(bytes) {}
 
     /// Goes to the next line; false behind the last one.
@@ -57,7 +57,7 @@ class IniLines {
   private:
     [[nodiscard]] bool is_unit(std::string_view bytes, std::size_t at, char c) const;
 
-    IniEncoding m_encoding;
+    TextEncoding m_encoding;
     std::string_view m_rest;
     std::string_view m_whole;
 };
