@@ -7,7 +7,7 @@
 #include <cstring>
 #include <utility>
 
-#include "tools/tvutil/command.h"
+#include "tools/tvutil/failure.h"
 
 namespace tool {
 namespace {
