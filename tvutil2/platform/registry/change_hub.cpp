@@ -1,42 +1,18 @@
 #include "tvutil2/platform/registry/change_hub.h"
 
 #include "tvutil2/platform/base/last_error.h"
+#include "tvutil2/platform/base/service_thread.h"
 #include "tvutil2/platform/objects/objects.h"
 
-#include <pthread.h>
-
 #include <algorithm>
-#include <csignal>
-#include <thread>
 
 namespace tvutil2 {
-namespace {
-
-// The program's signal handlers expect to run on the program's own threads.
-class AllSignalsBlocked {
-  public:
-    AllSignalsBlocked() {
-        sigset_t all;
-        sigfillset(&all);
-        pthread_sigmask(SIG_SETMASK, &all, &m_before);
-    }
-    ~AllSignalsBlocked() { pthread_sigmask(SIG_SETMASK, &m_before, nullptr); }
-    AllSignalsBlocked(const AllSignalsBlocked&) = delete;
-    AllSignalsBlocked& operator=(const AllSignalsBlocked&) = delete;
-
-  private:
-    sigset_t m_before{};
-};
-
-}  // namespace
-
 void ChangeHub::add(const std::shared_ptr<Watch>& watch) {
     {
         const std::lock_guard guard(m_lock);
         m_watches.push_back(watch);
         if (!m_is_running) {
-            const AllSignalsBlocked blocked;
-            std::thread([this] { run(); }).detach();
+            start_service_thread([this] { run(); });
             m_is_running = true;
         }
     }
