@@ -15,6 +15,7 @@
 #include <string>
 #include <thread>
 
+#include "tests/support/ansi_page.h"
 #include "tests/support/child.h"
 #include "tests/support/profile.h"
 
@@ -99,6 +100,19 @@ TEST(StringProtection, ComesBack) {
     EXPECT_TRUE(protect("key", u"", kNone).IsEmpty());
     EXPECT_EQ(protect("key", u"", kMd5).GetLength(), 24);
     EXPECT_EQ(protect("key", u"same", kMd5), protect("key", u"same", kMd5));
+}
+
+// A page with four bytes for a unit.
+TEST(StringProtection, ComesBackInEveryAnsiPage) {
+    tests::install_ansi_page(u"54936");
+    for (const std::size_t size : {1U, 100U, 50000U}) {
+        const std::u16string text(size, u'\u00E3');
+        for (const auto mac : {kNone, kMd5}) {
+            auto protected_text = protect("key", text.c_str(), mac);
+            EXPECT_EQ(reveal("key", protected_text, mac), 1);
+            EXPECT_EQ(protected_text.View(), text);
+        }
+    }
 }
 
 TEST(StringProtection, RefusalsLeaveTheTextAlone) {

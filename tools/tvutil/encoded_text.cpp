@@ -2,9 +2,11 @@
 
 #include "tvutil2/platform/base/utf.h"
 #include "tvutil2/platform/codepage/codepage.h"
+#include "tvutil2/platform/codepage/conversion.h"
 
 #include <charconv>
 #include <cstring>
+#include <optional>
 #include <utility>
 
 #include "tools/tvutil/failure.h"
@@ -35,6 +37,13 @@ DecodedText decoded_utf16(const TextEncoding& encoding, std::string_view bytes) 
     if (encoding.page == kUtf16Swapped) swap_pairs(result.text);
     result.is_valid = bytes.size() % 2 == 0;  // half a unit says nothing
     return result;
+}
+
+// A page takes every text, up to the most that can be converted at once.
+template <class Text>
+Text or_fail(std::optional<Text> text) {
+    if (!text) throw Failure{Exit::failed, "the text is too long to be converted"};
+    return *std::move(text);
 }
 
 bool is_known(UINT page) {
@@ -85,17 +94,10 @@ TextEncoding encoding_of(std::string_view bytes) {
 DecodedText decoded(const TextEncoding& encoding, std::string_view bytes) {
     if (bytes.empty()) return {};
     if (encoding.unit() == 2) return decoded_utf16(encoding, bytes);
-    DecodedText result;
-    const auto size = static_cast<int>(bytes.size());
-    const auto convert = [&](DWORD flags) {
-        const int units = MultiByteToWideChar(encoding.page, flags, bytes.data(), size, nullptr, 0);
-        result.text.resize(static_cast<std::size_t>(units));
-        return units != 0 && MultiByteToWideChar(encoding.page, flags, bytes.data(), size,
-                                                 result.text.data(), units) != 0;
-    };
-    result.is_valid = convert(MB_ERR_INVALID_CHARS);
-    if (!result.is_valid) convert(0);
-    return result;
+    auto text = tvutil2::codepage::units_of(encoding.page, MB_ERR_INVALID_CHARS, bytes);
+    const bool is_valid = text.has_value();
+    if (!is_valid) text = tvutil2::codepage::units_of(encoding.page, 0, bytes);
+    return {or_fail(std::move(text)), is_valid};
 }
 
 std::string encoded(const TextEncoding& encoding, std::u16string_view text) {
@@ -105,12 +107,7 @@ std::string encoded(const TextEncoding& encoding, std::u16string_view text) {
         if (encoding.page == kUtf16Swapped) swap_pairs(units);
         return {reinterpret_cast<const char*>(units.data()), units.size() * sizeof(char16_t)};
     }
-    const auto units = static_cast<int>(text.size());
-    const int size =
-        WideCharToMultiByte(encoding.page, 0, text.data(), units, nullptr, 0, nullptr, nullptr);
-    std::string bytes(static_cast<std::size_t>(size), '\0');
-    WideCharToMultiByte(encoding.page, 0, text.data(), units, bytes.data(), size, nullptr, nullptr);
-    return bytes;
+    return or_fail(tvutil2::codepage::bytes_in(encoding.page, 0, text));
 }
 
 bool EncodedLines::is_unit(std::string_view bytes, std::size_t at, char c) const {

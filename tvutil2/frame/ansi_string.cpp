@@ -1,12 +1,17 @@
 #include "tvutil2/frame/ansi_string.h"
 
 #include "tvutil2/platform/codepage/codepage.h"
+#include "tvutil2/platform/codepage/conversion.h"
 
 #include <algorithm>
 #include <cctype>
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
+#include <memory>
+#include <new>
+#include <span>
+#include <string_view>
 #include <utility>
 
 namespace {
@@ -24,18 +29,19 @@ char* copy_of(const char* text, std::size_t size) {
 
 char* narrow_copy_of(const char16_t* text) {
     if (text == nullptr) return nullptr;
-    const auto convert = [text](char* out, int room) {
-        return WideCharToMultiByte(CP_ACP, WC_COMPOSITECHECK, text, -1, out, room, "?", nullptr);
+    const std::u16string_view units = text;
+    const auto convert = [units](std::span<char> out) {
+        using namespace tvutil2::codepage;
+        const auto size = put_bytes(CP_ACP, WC_COMPOSITECHECK, units, out, "?");
+        if (!size) throw std::bad_alloc();  // beyond what one text can be
+        return *size;
     };
-    // Most texts are short: one pass, and no more memory than they need.
-    char room[256];
-    int size = convert(room, sizeof room);
-    if (size > 0) return copy_of(room, static_cast<std::size_t>(size) - 1);
-    size = convert(nullptr, 0);
-    if (size <= 0) return nullptr;
-    char* const copy = new char[static_cast<std::size_t>(size)];
-    convert(copy, size);
-    return copy;
+    // Most texts are short: no more memory than they need.
+    char in_place[1024];
+    const auto room = tvutil2::codepage::byte_room(CP_ACP, units.size());
+    if (room <= sizeof in_place) return copy_of(in_place, convert(in_place));
+    const auto bytes = std::make_unique_for_overwrite<char[]>(room);
+    return copy_of(bytes.get(), convert({bytes.get(), room}));
 }
 
 int is_class(int (*test)(int), char c) {

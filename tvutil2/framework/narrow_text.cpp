@@ -1,8 +1,12 @@
 #include "tvutil2/framework/narrow_text.h"
 
 #include "tvutil2/platform/codepage/codepage.h"
+#include "tvutil2/platform/codepage/conversion.h"
 
 #include <algorithm>
+#include <new>
+#include <optional>
+#include <utility>
 
 namespace tvutil2 {
 namespace {
@@ -14,33 +18,28 @@ bool is_ascii(const Text& text) {
                        [](auto unit) { return static_cast<char32_t>(unit) < 0x80; });
 }
 
+// Only a text that no string of the framework has room for can't be converted.
+template <class Text>
+Text or_throw(std::optional<Text> text) {
+    if (!text) throw std::bad_alloc();
+    return *std::move(text);
+}
+
 }  // namespace
 
 std::u16string from_ansi(std::string_view bytes) {
     if (is_ascii(bytes)) return {bytes.begin(), bytes.end()};
-    // No page has more units than bytes.
-    std::u16string text(bytes.size(), u'\0');
-    const auto size = static_cast<int>(bytes.size());
-    text.resize(static_cast<std::size_t>(
-        MultiByteToWideChar(CP_ACP, 0, bytes.data(), size, text.data(), size)));
-    return text;
+    return or_throw(codepage::units_of(CP_ACP, 0, bytes));
 }
 
 std::string to_ansi(std::u16string_view text) {
-    std::string bytes;
     if (is_ascii(text)) {
-        bytes.resize(text.size());
+        std::string bytes(text.size(), '\0');
         std::transform(text.begin(), text.end(), bytes.begin(),
                        [](char16_t unit) { return static_cast<char>(unit); });
         return bytes;
     }
-    const auto convert = [&text](char* out, int room) {
-        return WideCharToMultiByte(CP_ACP, WC_COMPOSITECHECK, text.data(),
-                                   static_cast<int>(text.size()), out, room, "?", nullptr);
-    };
-    bytes.resize(static_cast<std::size_t>(convert(nullptr, 0)));
-    convert(bytes.data(), static_cast<int>(bytes.size()));
-    return bytes;
+    return or_throw(codepage::bytes_in(CP_ACP, WC_COMPOSITECHECK, text, "?"));
 }
 
 }  // namespace tvutil2

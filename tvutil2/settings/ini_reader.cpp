@@ -2,12 +2,14 @@
 
 #include "tvutil2/platform/base/handle_table.h"
 #include "tvutil2/platform/codepage/codepage.h"
+#include "tvutil2/platform/codepage/conversion.h"
 #include "tvutil2/platform/files/files.h"
 #include "tvutil2/settings/ini_file.h"
 
 #include <algorithm>
 #include <cstring>
 #include <memory>
+#include <span>
 #include <utility>
 
 namespace tvutil2 {
@@ -146,21 +148,16 @@ class LineRuns {
 class Decoder {
   public:
     std::u16string_view decode(UINT page, std::string_view bytes) {
-        if (bytes.empty()) return {};
-        const auto room = bytes.size() * (page == CP_UTF8 ? 1 : 2);
+        const auto room = codepage::unit_room(bytes.size());
         if (m_size < room) {
             m_units = std::make_unique_for_overwrite<char16_t[]>(room);
             m_size = room;
         }
-        const int count =
-            MultiByteToWideChar(page, 0, bytes.data(), static_cast<int>(bytes.size()),
-                                m_units.get(), static_cast<int>(std::min(room, kMostUnits)));
-        return {m_units.get(), static_cast<std::size_t>(count)};
+        const auto count = codepage::put_units(page, 0, bytes, std::span(m_units.get(), room));
+        return {m_units.get(), count.value_or(0)};
     }
 
   private:
-    static constexpr std::size_t kMostUnits = 0x7FFFFFFF;
-
     std::unique_ptr<char16_t[]> m_units;
     std::size_t m_size = 0;
 };

@@ -4,6 +4,7 @@
 #include "tvutil2/platform/base/handle_table.h"
 #include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/codepage/codepage.h"
+#include "tvutil2/platform/codepage/conversion.h"
 #include "tvutil2/platform/files/files.h"
 #include "tvutil2/settings/ini_file.h"
 
@@ -93,14 +94,11 @@ class Encoder {
   public:
     // Nothing when the page doesn't hold it all. Holds until the next call.
     std::optional<std::string_view> encode(std::u16string_view text) {
-        constexpr std::size_t kMostToUnit = 4;
-        m_bytes.resize(std::max(m_bytes.size(), text.size() * kMostToUnit));
+        m_bytes.resize(std::max(m_bytes.size(), codepage::byte_room(CP_ACP, text.size())));
         BOOL used_default = FALSE;
-        const int size = WideCharToMultiByte(CP_ACP, 0, text.data(), static_cast<int>(text.size()),
-                                             m_bytes.data(), static_cast<int>(m_bytes.size()), "?",
-                                             &used_default);
-        if (size == 0 || used_default != FALSE) return std::nullopt;
-        return std::string_view(m_bytes).substr(0, static_cast<std::size_t>(size));
+        const auto size = codepage::put_bytes(CP_ACP, 0, text, m_bytes, "?", &used_default);
+        if (!size || used_default != FALSE) return std::nullopt;
+        return std::string_view(m_bytes).substr(0, *size);
     }
 
   private:

@@ -1,9 +1,11 @@
 #include "tvutil2/text/charset.h"
 
 #include "tvutil2/frame/buffer.h"
+#include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/base/wide_text.h"
 #include "tvutil2/platform/codepage/codepage.h"
 #include "tvutil2/platform/codepage/composition.h"
+#include "tvutil2/platform/codepage/conversion.h"
 #include "tvutil2/platform/codepage/page_table.h"
 #include "tvutil2/platform/codepage/pair_bytes.h"
 #include "tvutil2/platform/codepage/utf8_coding.h"
@@ -16,6 +18,7 @@
 #include <cstdint>
 #include <limits>
 #include <new>
+#include <span>
 #include <string_view>
 
 namespace cp = tvutil2::codepage;
@@ -122,41 +125,31 @@ void append_euc_jp(std::u16string_view text, CBuffer& out) {
     out.ConsumeEnd(static_cast<unsigned int>(most - size));
 }
 
-// To ask the size of a text with long sequences takes as long as to convert it.
-std::size_t room_for(unsigned int page, DWORD flags, std::u16string_view text) {
-    const auto* const table = cp::PageTable::of(page);
-    if (table != nullptr && table->has_leads()) {
-        return text.size() * (table->four_bytes() != nullptr ? 4 : 2);
-    }
-    const int size = WideCharToMultiByte(page, flags, text.data(), static_cast<int>(text.size()),
-                                         nullptr, 0, nullptr, nullptr);
-    return size > 0 ? static_cast<std::size_t>(size) : 0;
-}
-
 int append_page(unsigned int page, std::u16string_view text, CBuffer& out) {
     const auto flags = encode_flags(page, text);
-    const auto room = room_for(page, flags, text);
-    if (room == 0) return 0;
-    if (room > INT_MAX) throw std::bad_alloc();
+    const auto room = cp::byte_room(page, text.size());
+    if (room == 0) return tvutil2::fail_with(ERROR_INVALID_PARAMETER);
     auto* const bytes = reinterpret_cast<char*>(space(out, room));
-    const int size = WideCharToMultiByte(page, flags, text.data(), static_cast<int>(text.size()),
-                                         bytes, static_cast<int>(room), nullptr, nullptr);
-    out.ConsumeEnd(static_cast<unsigned int>(room) - static_cast<unsigned int>(size));
-    return size;
+    const auto size = cp::put_bytes(page, flags, text, std::span(bytes, room)).value_or(0);
+    out.ConsumeEnd(static_cast<unsigned int>(room - size));
+    return static_cast<int>(size);
+}
+
+// The size asked first, so that the string has no more room than it needs; nothing where it can't
+// be converted. `convert` has the platform's results.
+template <class String, class Convert>
+void set_converted(String& out, bool is_empty, Convert convert) {
+    const int size = is_empty ? 0 : convert(nullptr, 0);
+    if (size <= 0) return out.Empty();
+    out.ReleaseBuffer(convert(out.GetBuffer(size), size));
 }
 
 void to_bytes(UINT page, const char16_t* text, CStringA& out) {
     const auto units = whole(text);
-    const auto length = static_cast<int>(units.size());
-    const int size = length == 0 ? 0
-                                 : WideCharToMultiByte(page, 0, units.data(), length, nullptr, 0,
-                                                       nullptr, nullptr);
-    if (size <= 0) {
-        out.Empty();
-        return;
-    }
-    WideCharToMultiByte(page, 0, units.data(), length, out.GetBuffer(size), size, nullptr, nullptr);
-    out.ReleaseBuffer(size);
+    set_converted(out, units.empty(), [page, units](char* bytes, int room) {
+        return WideCharToMultiByte(page, 0, units.data(), static_cast<int>(units.size()), bytes,
+                                   room, nullptr, nullptr);
+    });
 }
 
 }  // namespace
@@ -224,13 +217,9 @@ void Utf16ToAnsi(const char16_t* text, CStringA& out) {
 
 void Utf8ToUtf16(const char* text, CString& out) {
     const std::string_view bytes = text == nullptr ? "" : text;
-    const auto length = static_cast<int>(bytes.size());
-    const int size =
-        length == 0 ? 0 : MultiByteToWideChar(CP_UTF8, 0, bytes.data(), length, nullptr, 0);
-    if (size <= 0) {
-        out.Empty();
-        return;
-    }
-    MultiByteToWideChar(CP_UTF8, 0, bytes.data(), length, out.GetBuffer(size), size);
-    out.ReleaseBuffer(size);
+    if (bytes.size() > INT_MAX) return out.Empty();
+    set_converted(out, bytes.empty(), [bytes](char16_t* units, int room) {
+        return MultiByteToWideChar(CP_UTF8, 0, bytes.data(), static_cast<int>(bytes.size()), units,
+                                   room);
+    });
 }

@@ -8,6 +8,7 @@
 #include "tvutil2/frame/base64.h"
 #include "tvutil2/platform/base/wide_text.h"
 #include "tvutil2/platform/codepage/codepage.h"
+#include "tvutil2/platform/codepage/conversion.h"
 #include "tvutil2/platform/process/account.h"
 
 #include <openssl/md5.h>
@@ -15,10 +16,10 @@
 
 #include <algorithm>
 #include <array>
-#include <climits>
 #include <cstring>
 #include <memory>
-#include <new>
+#include <optional>
+#include <span>
 #include <string>
 
 namespace tvutil2 {
@@ -51,17 +52,17 @@ void apply_cipher(RC4_KEY cipher, unsigned char* bytes, std::size_t size) {
     RC4(&cipher, size, bytes, bytes);
 }
 
-// The plain bytes of a text, with `more` bytes of room behind them. One block from the beginning:
-// growth would leave the secret in the old one.
-unsigned int put_plain_bytes(const CString& text, unsigned int more, CBuffer& out) {
-    constexpr std::size_t kMostForUnit = 3;  // in UTF-8; 2 in any other page
-    const auto most = (static_cast<std::size_t>(text.GetLength()) + 1) * kMostForUnit;
-    if (most > INT_MAX) throw std::bad_alloc();
-    const auto room = static_cast<unsigned int>(most);
-    auto* const bytes = reinterpret_cast<char*>(out.InsertSpace(room + more));
-    const int with_zero = WideCharToMultiByte(CP_ACP, WC_COMPOSITECHECK, text, -1, bytes,
-                                              static_cast<int>(room), "?", nullptr);
-    const auto size = static_cast<unsigned int>(with_zero - 1);
+// The plain bytes of a text, with `more` bytes of room behind them; nothing when no page could hold
+// so long a text. One block from the beginning: growth would leave the secret in the old one.
+std::optional<unsigned int> put_plain_bytes(const CString& text, unsigned int more, CBuffer& out) {
+    const auto units = text.View().substr(0, text.View().find(u'\0'));
+    const auto room = codepage::byte_room(CP_ACP, units.size());
+    auto* const bytes =
+        reinterpret_cast<char*>(out.InsertSpace(static_cast<unsigned int>(room) + more));
+    const auto put =
+        codepage::put_bytes(CP_ACP, WC_COMPOSITECHECK, units, std::span(bytes, room), "?");
+    if (!put) return std::nullopt;
+    const auto size = static_cast<unsigned int>(*put);
     out.ConsumeEnd(out.Len() - size);
     return size;
 }
@@ -137,13 +138,15 @@ char16_t* storage_of(CString& text) {
     return storage;
 }
 
-void encrypt(const RC4_KEY& start, CString& text, bool with_digest) {
+bool encrypt(const RC4_KEY& start, CString& text, bool with_digest) {
     CBuffer work;
     const auto size = put_plain_bytes(text, with_digest ? MD5_DIGEST_LENGTH : 0, work);
-    const auto digest = with_digest ? md5(work.Ptr(), size) : Digest{};
-    apply_cipher(start, bytes_of(work), size);
+    if (!size) return false;
+    const auto digest = with_digest ? md5(work.Ptr(), *size) : Digest{};
+    apply_cipher(start, bytes_of(work), *size);
     if (with_digest) work.Append(digest.data(), MD5_DIGEST_LENGTH);
     CBase64::Encode(work, text);
+    return true;
 }
 
 bool decrypt(const RC4_KEY& start, CString& text, bool with_digest) {
@@ -186,8 +189,7 @@ const RC4_KEY* account_start() {
 int encrypt_string(const char* key, CString& text, int mac) {
     if (mac != kNoMac && mac != kMd5Mac) return 0;
     if (key == nullptr) key = TvGetCipherKey();
-    encrypt(start_under(key), text, mac == kMd5Mac);
-    return 1;
+    return encrypt(start_under(key), text, mac == kMd5Mac) ? 1 : 0;
 }
 
 int decrypt_string(const char* key, CString& text, int mac) {
@@ -199,8 +201,7 @@ int decrypt_string(const char* key, CString& text, int mac) {
 bool protect_for_account(CString& text) {
     const auto* const start = account_start();
     if (start == nullptr) return false;
-    encrypt(*start, text, true);
-    return true;
+    return encrypt(*start, text, true);
 }
 
 bool reveal_for_account(CString& text) {

@@ -4,6 +4,7 @@
 #include "tvutil2/platform/base/utf.h"
 #include "tvutil2/platform/base/wide_text.h"
 #include "tvutil2/platform/codepage/codepage.h"
+#include "tvutil2/platform/codepage/conversion.h"
 #include "tvutil2/platform/process/machine_number.h"
 
 #include <linux/capability.h>
@@ -130,12 +131,7 @@ const std::u16string& computer_name() {
 }
 
 std::string ansi(const std::u16string& text) {
-    std::string out(text.size() * 4 + 1, '\0');
-    const int size =
-        WideCharToMultiByte(CP_ACP, 0, text.data(), static_cast<int>(text.size()), out.data(),
-                            static_cast<int>(out.size()), nullptr, nullptr);
-    out.resize(static_cast<std::size_t>(std::max(size, 0)));
-    return out;
+    return codepage::bytes_in(CP_ACP, 0, text).value_or(std::string());
 }
 
 // The number that an account without an entry shows as its name.

@@ -3,9 +3,9 @@
 #include "tvutil2/platform/base/utf.h"
 #include "tvutil2/platform/base/wide_text.h"
 #include "tvutil2/platform/codepage/codepage.h"
+#include "tvutil2/platform/codepage/conversion.h"
 
 #include <algorithm>
-#include <climits>
 #include <utility>
 
 namespace tvutil2 {
@@ -61,24 +61,14 @@ bool is_plain_utf8(std::string_view bytes) {
 }
 
 std::u16string from_page(UINT page, std::string_view bytes) {
-    if (bytes.empty() || bytes.size() > INT_MAX / 2) return {};
-    std::u16string text(bytes.size() * 2, u'\0');
-    const int size = MultiByteToWideChar(page, 0, bytes.data(), static_cast<int>(bytes.size()),
-                                         text.data(), static_cast<int>(text.size()));
-    text.resize(static_cast<std::size_t>(size));
-    return text;
+    return codepage::units_of(page, 0, bytes).value_or(std::u16string());
 }
 
 bool append_in_page(std::u16string_view text, std::string& out) {
-    if (text.empty()) return true;
-    if (text.size() > INT_MAX / 4) return false;
-    std::string bytes(text.size() * 4, '\0');
     BOOL used_default = FALSE;
-    const int size =
-        WideCharToMultiByte(CP_ACP, 0, text.data(), static_cast<int>(text.size()), bytes.data(),
-                            static_cast<int>(bytes.size()), "?", &used_default);
-    if (size <= 0 || used_default != FALSE) return false;
-    out.append(bytes, 0, static_cast<std::size_t>(size));
+    const auto bytes = codepage::bytes_in(CP_ACP, 0, text, "?", &used_default);
+    if (!bytes || used_default != FALSE) return false;
+    out += *bytes;
     return true;
 }
 
