@@ -15,6 +15,7 @@
 #include "tests/support/fifo.h"
 #include "tests/support/profile.h"
 #include "tests/support/program.h"
+#include "tests/support/url_items.h"
 
 namespace {
 
@@ -70,6 +71,53 @@ TEST(UrlLaunch, SchemesPickTheirProductAndItsCommandLine) {
         {"", {"0"}},
     };
     for (const auto& [url, result] : cases) EXPECT_EQ(launched(folder, url), result) << url;
+}
+
+// Nothing of a URL is an argument of its own, and a host that can't be one starts nothing.
+TEST(UrlLaunch, HostilePartsStayParts) {
+    const auto folder = family({"Ombrelia.exe", "Pelrin.exe"});
+    const std::pair<const char*, std::vector<std::string>> cases[] = {
+        {"ssh://h%09-evil", {"0"}},
+        {"ssh://h+-evil", {"0"}},
+        {"ssh://-evil", {"0"}},
+        {"ssh://h%22", {"0"}},
+        {"ssh://h%00", {"0"}},
+        {"ssh%00x://h", {"0"}},
+        {"ssh%AD://h", {"0"}},
+        {"ssh://h\u2003x", {"0"}},
+        {"xdm://host+-ac+-config", {"0"}},
+        {"xdm://host%09-ac", {"0"}},
+        {"xdm://-ac", {"0"}},
+        {"xdm://[fe80::1%25eth0]", {"1", ":[0]", "-query", "[fe80::1%eth0]"}},
+        {"ssh://b\u00FCro_1.example", {"1", "-url", "ssh://b\u00FCro_1.example"}},
+        {"ssh://a%09b%22 c@h", {"1", "-url", "ssh://a\tb\"+c@h"}},
+        {"ssh://a%00b@h", {"1", "-url", "ssh://a%00b@h"}},
+    };
+    for (const auto& [url, result] : cases) EXPECT_EQ(launched(folder, url), result) << url;
+}
+
+TEST(UrlLaunch, TheRecordThatArrivesIsTheOneThatLeft) {
+    const auto folder = family({"Pelrin.exe"});
+    for (const auto* text :
+         {u"DOM\\al\"ice\\", u"\"", u"\\\\\" -x", u"a\tb", u"%41+%00", u"'$(x)`;*"}) {
+        CUrlInfo info;
+        info.m_strScheme = u"ssh";
+        info.m_strHost = u"host";
+        info.m_strUser = info.m_strPassword = text;
+        info.m_strPath = CString(u"/") + text;
+        info.m_mapParams[text] = text;
+        CString url;
+        ASSERT_NE(info.MakeURL(url, 0, 1), 0);
+        const auto result = launched(folder, *tvutil2::to_utf8(url.View()));
+        ASSERT_EQ(result.size(), 3U) << result[0];
+        CUrlInfo read;
+        ASSERT_NE(read.Parse_URL(tvutil2::to_utf16(result[2])->c_str(), 1), 0);
+        EXPECT_EQ(read.m_strHost, info.m_strHost);
+        EXPECT_EQ(read.m_strUser, info.m_strUser);
+        EXPECT_EQ(read.m_strPassword, info.m_strPassword);
+        EXPECT_EQ(read.m_strPath, info.m_strPath);
+        EXPECT_EQ(tests::items_of(read), tests::items_of(info));
+    }
 }
 
 TEST(UrlLaunch, SecretsTravelProtectedAndArrive) {

@@ -19,7 +19,7 @@ void launch(const std::string& url) {
     if (ExecuteURL(info) == 0) {
         throw Failure{Exit::no, "no product takes a URL of the scheme \"" +
                                     narrow(info.m_strScheme.View()) +
-                                    "\", or it isn't installed or doesn't start"};
+                                    "\" and this host, or it isn't installed or doesn't start"};
     }
 }
 

@@ -119,7 +119,7 @@ class Reader {
         if (is_user_key || (is_agent && value.Compare(u"0") != 0)) {
             items[kAuthMethod] = kPublicKeyMethod;
         }
-        if (!is_agent) items[key] = std::move(value);
+        if (!is_agent) items.Set(key.View(), value.View());
         return true;
     }
 

@@ -12,7 +12,9 @@
 #include "tvutil2/settings/registry.h"
 #include "tvutil2/url/url_info.h"
 
+#include <algorithm>
 #include <iterator>
+#include <string_view>
 
 namespace {
 
@@ -32,23 +34,34 @@ constexpr Scheme kSchemes[] = {
     {u"sftp", kDovrName, true},
 };
 
+// The whole name: what a comparison passes over would still be written into the URL.
 const Scheme* find_scheme(const CString& name) {
     for (const auto& scheme : kSchemes) {
-        if (name.CompareNoCase(scheme.name) == 0) return &scheme;
+        const bool is_as_long = name.View().size() == std::u16string_view(scheme.name).size();
+        if (is_as_long && name.CompareNoCase(scheme.name) == 0) return &scheme;
     }
     return nullptr;
 }
 
+// A name or an address, by the characters that one may have. What comes out of a URL as a host
+// goes to name servers and into command lines: nothing else is handed on, and no option either.
+bool is_host(std::u16string_view text) {
+    constexpr std::u16string_view kMarks = u"-._~:[]%";
+    const auto is_of_host = [kMarks](char16_t c) {
+        if (c >= 0x80) return c > 0x9F && !tvutil2::is_space(c);
+        return (c >= u'0' && c <= u'9') || (c >= u'A' && c <= u'Z') || (c >= u'a' && c <= u'z') ||
+               kMarks.find(c) != std::u16string_view::npos;
+    };
+    return !text.empty() && text.front() != u'-' &&
+           std::all_of(text.begin(), text.end(), is_of_host);
+}
+
+// One option and one argument, whatever the record holds.
 CString arguments_for(const CUrlInfo& info, const Scheme& scheme) {
-    CString arguments;
-    if (scheme.takes_url) {
-        CString url;
-        info.MakeURL(url, 0, 1);
-        arguments = u"-url " + url;
-    } else {
-        arguments.Format(u":[0] -query %s", info.m_strHost);
-    }
-    return arguments;
+    CString argument = info.m_strHost;
+    if (scheme.takes_url) info.MakeURL(argument, 0, 1);
+    return CString(scheme.takes_url ? u"-url " : u":[0] -query ") +
+           tvutil2::quoted_argument(argument.View()).c_str();
 }
 
 CString executable_in(const CString& folder, const char16_t* name) {
@@ -131,7 +144,8 @@ int ExecuteURL(const char16_t* url) {
 int ExecuteURL(const CUrlInfo& info) {
     const auto* const scheme = find_scheme(info.m_strScheme);
     CString path;
-    if (scheme == nullptr || GetProductPath(scheme->product, path) == 0) return 0;
+    if (scheme == nullptr || !is_host(info.m_strHost.View())) return 0;
+    if (GetProductPath(scheme->product, path) == 0) return 0;
     const auto arguments = arguments_for(info, *scheme);
     auto* const result = ShellExecuteW(nullptr, nullptr, path, arguments, nullptr, SW_SHOWNORMAL);
     return reinterpret_cast<std::intptr_t>(result) > 32 ? 1 : 0;

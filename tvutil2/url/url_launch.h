@@ -11,8 +11,12 @@
 class CUrlInfo;
 
 /// Reads a URL and launches it: 1 when the sibling was started; 0 when the URL is refused, no
-/// product takes its scheme, the product isn't found or doesn't start. The program isn't waited
-/// for.
+/// product takes its scheme, its host can't be one (anything but letters, digits, "-._~:[]%" and
+/// what isn't ASCII, or a "-" in front), the product isn't found or doesn't start. The program
+/// isn't waited for.
+///
+/// Whatever the record holds, the product gets two arguments, "-url" and the URL, or three of which
+/// the last is the host; the record that it reads from the URL is the one that was launched.
 TVUTIL_API int ExecuteURL(const char16_t* url);
 TVUTIL_API int ExecuteURL(const CUrlInfo& info);
 

@@ -7,11 +7,11 @@ namespace {
 
 constexpr std::u16string_view kReserved = u"%&+/:=?@";
 
-// What each ASCII character needs: nothing, or its escape.
+// What each ASCII character needs: nothing, or its escape. A zero would end the text.
 constexpr auto kIsPlain = [] {
     std::array<bool, 128> plain{};
     plain.fill(true);
-    plain[' '] = false;
+    plain[0] = plain[' '] = false;
     for (const auto c : kReserved) plain[c] = false;
     return plain;
 }();

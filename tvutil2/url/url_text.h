@@ -7,7 +7,7 @@
 #include <string_view>
 
 /// " " as "+", and "%", "&", "+", "/", ":", "=", "?", "@" as "%" and two hexadecimal digits; every
-/// other character as it is.
+/// other character as it is, except for a zero inside the text, which would end it: "%00".
 TVUTIL_API CString EscapeUrlText(const CString& text);
 
 /// The way back. "%" and two ASCII digits or letters give one character: 16 times the first and the

@@ -1,7 +1,5 @@
 #include "tvutil2/platform/codepage/conversion.h"
 
-#include "tests/support/ansi_page.h"
-
 #include "tvutil2/frame/ansi_string.h"
 #include "tvutil2/frame/buffer.h"
 #include "tvutil2/platform/base/last_error.h"
@@ -13,6 +11,8 @@
 
 #include <climits>
 #include <vector>
+
+#include "tests/support/ansi_page.h"
 
 namespace {
 

@@ -67,6 +67,21 @@ TEST(Launch, CommandLinesAreSplitByTheRunTimeLibrarysRules) {
     }
 }
 
+TEST(Launch, AQuotedArgumentStaysOne) {
+    // Every text of up to five characters that mean something, and one that doesn't.
+    constexpr std::u16string_view kUnits = u" \t\\\"x";
+    std::vector<std::u16string> texts{u""};
+    for (std::size_t i = 0; texts[i].size() < 5; ++i) {
+        for (const auto c : kUnits) texts.push_back(texts[i] + c);
+    }
+    for (const auto& text : texts) {
+        const auto line = u"-a " + tvutil2::quoted_argument(text) + u" b";
+        EXPECT_EQ(tvutil2::split_command_line(line),
+                  (std::vector<std::u16string>{u"-a", text, u"b"}));
+    }
+    EXPECT_EQ(tvutil2::quoted_argument(u"ssh://D\\alice@host\\"), u"ssh://D\\alice@host\\");
+}
+
 TEST(Launch, StartedProgramGetsItsArgumentsAndAFreshStart) {
     const tests::Fifo report;
     setenv("TVUTIL_TEST_REPORT", report.path().c_str(), 1);

@@ -323,6 +323,21 @@ std::vector<std::u16string> split_command_line(std::u16string_view text) {
     return arguments;
 }
 
+std::u16string quoted_argument(std::u16string_view argument) {
+    if (!argument.empty() && argument.find_first_of(u" \t\"") == std::u16string_view::npos) {
+        return std::u16string(argument);
+    }
+    std::u16string quoted = u"\"";
+    std::size_t backslashes = 0;  // at the end of what is written
+    for (const auto c : argument) {
+        if (c == u'"') quoted.append(backslashes + 1, u'\\');
+        quoted.push_back(c);
+        backslashes = c == u'\\' ? backslashes + 1 : 0;
+    }
+    quoted.append(backslashes, u'\\');
+    return quoted + u'"';
+}
+
 }  // namespace tvutil2
 
 HINSTANCE ShellExecuteW(HWND /*owner*/, const char16_t* verb, const char16_t* file,

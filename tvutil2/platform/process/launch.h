@@ -43,4 +43,8 @@ namespace tvutil2 {
 /// text holds arguments only: the program's name isn't part of it.
 [[nodiscard]] TVUTIL_API std::vector<std::u16string> split_command_line(std::u16string_view text);
 
+/// The way back: a text that is split into this one argument, whatever it holds. One without
+/// blanks, tabs and quotes is itself. A zero would end the command line, so nothing can carry it.
+[[nodiscard]] TVUTIL_API std::u16string quoted_argument(std::u16string_view argument);
+
 }  // namespace tvutil2
