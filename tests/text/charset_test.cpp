@@ -12,6 +12,8 @@
 #include <string_view>
 #include <vector>
 
+#include "tests/support/ansi_page.h"
+
 namespace {
 
 using namespace std::string_literals;
@@ -136,6 +138,11 @@ TEST(CharSetDecoder, AgreesWithTheConversionOfWholeTexts) {
         for (unsigned int pair = 0; pair < 0x10000; ++pair) {
             const char bytes[] = {static_cast<char>(pair >> 8U), static_cast<char>(pair)};
             const auto decoded = decode<unsigned int>(page, {bytes, 2});
+            // A decoder that has read before knows no other lengths than a new one.
+            const auto later =
+                decode<unsigned int>(page, std::string{'\xFF', 'a', bytes[0], bytes[1]});
+            ASSERT_TRUE(later.text.ends_with(decoded.text)) << std::hex << pair;
+            ASSERT_EQ(later.rest, decoded.rest) << std::hex << pair;
             const int size = decoded.text.size() == 1 && decoded.rest.empty() ? 2 : 1;
             char16_t unit = 0;
             const int count =
@@ -176,6 +183,24 @@ TEST(CharSet, EveryCharacterComesBack) {
         EXPECT_GT(held, 127U);
     }
 }
+
+// Whatever the ANSI code page is, what is encoded in page 0 is decoded in it.
+class AnsiStreams : public testing::TestWithParam<const char16_t*> {};
+
+TEST_P(AnsiStreams, EveryCharacterComesBack) {
+    tests::install_ansi_page(GetParam());
+    std::u16string text;
+    for (unsigned int unit = 1; unit < 0x10000; ++unit) {
+        if (unit >= 0xD800 && unit < 0xE000) continue;
+        const auto one = std::u16string(1, static_cast<char16_t>(unit));
+        if (unit == u'?' || encode(0, one) != "?") text += one;
+    }
+    ASSERT_GT(text.size(), 7000U);
+    EXPECT_EQ(decode<char16_t>(0, encode(0, text)).text, std::u32string(text.begin(), text.end()));
+}
+
+INSTANTIATE_TEST_SUITE_P(Pages, AnsiStreams,
+                         testing::Values(u"932", u"949", u"950", u"20936", u"51932", u"54936"));
 
 TEST(CharSetEncoder, RewritesShiftJisToEucJp) {
     const std::pair<const char16_t*, std::string> cases[] = {

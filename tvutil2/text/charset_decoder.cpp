@@ -61,13 +61,13 @@ unsigned int CCharSetDecoder::Page() const {
 }
 
 unsigned int CCharSetDecoder::GetEncodeLength(unsigned char byte) const {
-    switch (const auto page = Page()) {
+    switch (Page()) {
         case CP_UTF8:
             return Utf8Length(byte);
         case tvutil2::kGb18030:
             return gb18030_length(sequence, received, byte);
         default:
-            return tvutil2::sequence_length(page, byte);
+            return tvutil2::sequence_length(codePage, byte);
     }
 }
 
@@ -82,7 +82,7 @@ bool CCharSetDecoder::Take(unsigned char byte) {
 
 char32_t CCharSetDecoder::Convert() {
     auto page = Page();
-    if (page == kEucJp) {
+    if (codePage == kEucJp) {
         expected = tvutil2::to_shift_jis(sequence);
         page = 932;
     }

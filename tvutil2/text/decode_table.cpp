@@ -49,26 +49,33 @@ void add_euc_jp(const PageTable& shift_jis, Kept& kept) {
     kept.table.units = units.data();
 }
 
-// The page's own units; of its rows those that the decoder's rule for the length has too.
-void add_page(const PageTable& page, DecodeTable& table) {
+// The page's own units; of its rows those that the decoder's rule for the length has too. A byte
+// that is a character in the page and begins a pair by the rule is none here: then the units are a
+// copy.
+void add_page(const PageTable& page, Kept& kept) {
+    auto& table = kept.table;
+    table.units = page.rows();
     for (unsigned int lead = 0x80; lead < 0x100; ++lead) {
         const auto byte = static_cast<unsigned char>(lead);
-        const bool is_pair = page.number() == kGb18030 || sequence_length(page.number(), byte) == 2;
-        if (is_pair) table.row[lead] = page.row_numbers()[lead];
+        if (page.number() != kGb18030 && sequence_length(table.page, byte) != 2) continue;
+        table.row[lead] = page.row_numbers()[lead];
+        if (table.row[lead] != 0 || table.units[lead] == DecodeTable::kNoUnit) continue;
+        if (kept.units.empty()) kept.units.assign(page.rows(), page.rows() + page.row_units());
+        kept.units[lead] = DecodeTable::kNoUnit;
+        table.units = kept.units.data();
     }
-    table.units = page.rows();
 }
 
 void fill(Kept& kept, unsigned int number, const PageTable& page) {
     auto& table = kept.table;
     table.page = number;
     table.begun = page.number() == kGb18030 ? kUnsettled : 2;
-    table.is_rewritten = page.number() == kEucJp;
+    table.is_rewritten = number == kEucJp;
     const auto* const shift_jis = table.is_rewritten ? PageTable::of(932) : nullptr;
     if (shift_jis != nullptr) {
         add_euc_jp(*shift_jis, kept);
     } else {
-        add_page(page, table);
+        add_page(page, kept);
     }
 }
 
@@ -103,7 +110,7 @@ unsigned int sequence_length(unsigned int page, unsigned char first) {
         case 20936:
             return is_between(0x81, 0xFE) ? 2 : 1;
         default: {
-            const auto* const table = PageTable::of(page);
+            const auto* const table = PageTable::of(page == CP_ACP ? GetACP() : page);
             return table != nullptr && table->is_lead(first) ? 2 : 1;
         }
     }

@@ -15,7 +15,9 @@ inline constexpr unsigned int kGb18030 = 54936;
 /// In place of a length that the bytes held don't tell yet.
 inline constexpr unsigned int kUnsettled = 0xFFFFFFFF;
 
-/// The length of a sequence by its first byte, in every page but GB18030 and UTF-8.
+/// The length of a sequence by its first byte, in every page but GB18030 and UTF-8. Pages that have
+/// a rule of their own have it by their number only: 0, the ANSI code page, goes by its lead bytes,
+/// whatever it is, so that all that is encoded in it can be decoded.
 [[nodiscard]] unsigned int sequence_length(unsigned int page, unsigned char first);
 
 /// Kept for the life of the process once made, and never changed.

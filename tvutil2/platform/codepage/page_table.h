@@ -59,6 +59,7 @@ class PageTable {
     /// unit_of in the same way: the units of single bytes, and behind them a row of 256 for each
     /// lead byte; and the number of a lead byte's row, 0 for other bytes.
     [[nodiscard]] const char16_t* rows() const { return m_units.data(); }
+    [[nodiscard]] std::size_t row_units() const { return m_units.size(); }
     [[nodiscard]] const std::uint8_t* row_numbers() const { return m_row_of_lead.data(); }
     /// The sequences of four bytes of GB18030; null for every other page.
     [[nodiscard]] const FourByteArea* four_bytes() const { return m_four_bytes.get(); }
