@@ -4,14 +4,18 @@
 #include "tvutil2/platform/base/last_error.h"
 
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
-#include <csignal>
 #include <cstring>
 #include <map>
+#include <utility>
+#include <vector>
 
+#include "tests/support/ansi_page.h"
+#include "tests/support/host_files.h"
+#include "tests/support/killed.h"
 #include "tests/support/profile.h"
 
 namespace {
@@ -95,13 +99,13 @@ TEST(IniFile, TellsEncodingsAndRewritesNarrowFilesAlone) {
          false,
          1,
          0},
-        {"[s]\nk=\xE4z\nl=\xC3\xA4", {{"s|k", "�z"}, {"s|l", "ä"}}, true, 0, 0},
-        {"[s]\nk=v\nl=\xC3", {{"s|k", "v"}, {"s|l", "�"}}, true, 0, 0},
+        {"[s]\nk=\xE4z\nl=\xC3\xA4", {{"s|k", "äz"}, {"s|l", "Ã¤"}}, true, 0, 0},
+        {"[s]\nk=v\nl=\x80\x81\xC3", {{"s|k", "v"}, {"s|l", "€\u0081Ã"}}, true, 0, 0},
         {utf16(u"[s]\nk=\u00E4"), {{"s|k", "ä"}}, false, 0, 1},
         {utf16(u"[s]\nk=v\nl=w") + "x", {{"s|k", "v"}, {"s|l", "w"}}, false, 0, 1},
         {"\xFF\xFE", {}, false, 0, 1},
-        // The other byte order isn't known: lines of single bytes, none of them a header.
-        {std::string("\xFE\xFF\0[\0s\0]", 8), {}, true, 0, 0},
+        // The other byte order isn't known, and not given up for it.
+        {std::string("\xFE\xFF\0[\0s\0]", 8), {}, false, 0, 0},
     };
     for (const auto& c : cases) {
         const File file(c.content);
@@ -115,6 +119,18 @@ TEST(IniFile, TellsEncodingsAndRewritesNarrowFilesAlone) {
         EXPECT_TRUE(file.content().starts_with("\xFF\xFE"));
         EXPECT_EQ(entries_of(CIniFile(file.path.c_str())), c.expected) << c.content;
     }
+}
+
+// In a page that has no character for them.
+TEST(IniFile, RewritesNoFileThatWouldLoseBytes) {
+    tests::install_ansi_page(u"932");
+    const File valid("[s]\nk=\x82\xA0\n");
+    const File broken("[s]\nk=\x82\xA0\nl=\x81\x20\n");
+    for (const auto* file : {&valid, &broken}) {
+        EXPECT_EQ(CIniFile(file->path.c_str()).GetValue(u"s", u"k", u""), u"\u3042");
+    }
+    EXPECT_EQ(valid.content(), utf16(u"[s]\r\nk=\u3042\r\n"));
+    EXPECT_EQ(broken.content(), "[s]\nk=\x82\xA0\nl=\x81\x20\n");
 }
 
 TEST(IniFile, FindsTheSequenceThatTellsUtf8) {
@@ -282,23 +298,88 @@ TEST(IniFile, TellsWhatCannotBeOpened) {
     EXPECT_EQ(read_only.content(), "[s]\nk=2");
 }
 
+// A document of `count` keys with the same value.
+void fill(CIniFile& document, int count, const char16_t* value) {
+    for (int i = 0; i < count; ++i) {
+        CString key;
+        key.Format(u"key%d", i);
+        document.SetValue(u"s", key, value);
+    }
+}
+
+// Two processes write documents of unlike sizes over each other's while a third one reads: each
+// time it finds one of both, whole.
+TEST(IniFile, TwoWritersAndAReaderMeetNoMix) {
+    const File file;
+    const struct {
+        int count;
+        const char16_t* value;
+    } documents[] = {{3000, u"a"}, {200, u"bcd"}};
+    std::vector<pid_t> writers;
+    for (const auto& [count, value] : documents) {
+        CIniFile document;
+        fill(document, count, value);
+        ASSERT_EQ(document.Write(file.path.c_str(), 1, 0), 1);
+        const auto child = fork();
+        ASSERT_GE(child, 0);
+        if (child == 0) {
+            int failures = 0;
+            for (int i = 0; i < 300; ++i) failures += 1 - document.Write(file.path.c_str(), 1, 0);
+            _exit(failures == 0 ? 0 : 1);
+        }
+        writers.push_back(child);
+    }
+    for (const auto writer : writers) {
+        int status = -1;
+        while (waitpid(writer, &status, WNOHANG) == 0) {
+            CIniFile document;
+            ASSERT_EQ(document.Read(file.path.c_str()), 1);
+            const auto entries = entries_of(document);
+            const auto& expected = documents[entries.size() == 3000 ? 0 : 1];
+            ASSERT_EQ(entries.size(), static_cast<std::size_t>(expected.count));
+            for (const auto& [name, value] : entries) ASSERT_EQ(value, utf8(expected.value));
+        }
+        EXPECT_EQ(status, 0);
+    }
+}
+
+// Killed before each of its system calls, a writer leaves the one document or the other.
+TEST(IniFile, AKilledWriterLeavesOneDocument) {
+    const File file;
+    CIniFile few;
+    CIniFile many;
+    fill(few, 20, u"few");
+    fill(many, 500, u"many");
+    for (const auto& [before, after] : {std::pair(&few, &many), std::pair(&many, &few)}) {
+        const std::map<Entries, int> names{{entries_of(*before), 0}, {entries_of(*after), 1}};
+        int found[] = {0, 0};
+        for (int call = 0;; ++call) {
+            ASSERT_EQ(before->Write(file.path.c_str(), 1, 0), 1);
+            const bool is_killed =
+                tests::kill_at_call(call, [&] { after->Write(file.path.c_str(), 1, 0); });
+            const auto name = names.find(entries_of(CIniFile(file.path.c_str())));
+            ASSERT_NE(name, names.end()) << call;
+            ++found[name->second];
+            if (!is_killed) break;
+        }
+        EXPECT_GT(found[0], 3);
+        EXPECT_GT(found[1], 1);
+    }
+}
+
 // A narrow file is rewritten by the very act of reading it: a full disk must not take it away.
 TEST(IniFile, LeavesTheFileWhenTheDiskIsFull) {
     std::string content("[s]\n");
     for (int i = 0; i < 1000; ++i) content += "key" + std::to_string(i) + "=value\n";
     const File file(content);
-    std::signal(SIGXFSZ, SIG_IGN);
-    rlimit limit{};
-    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &limit), 0);
     for (const auto room : {std::size_t{0}, content.size() / 2, content.size() * 3 / 2}) {
-        rlimit less = limit;
-        less.rlim_cur = room;
-        ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &less), 0);
         CIniFile document;
-        const int result = document.Read(file.path.c_str());
-        ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
-        EXPECT_EQ(result, 1);
+        const tests::FullDisk full(room);
+        EXPECT_EQ(document.Read(file.path.c_str()), 1);
         EXPECT_EQ(document.GetValue(u"s", u"key999", u""), u"value");
+        EXPECT_EQ(file.content(), content) << room;
+        EXPECT_EQ(document.Write(file.path.c_str(), 1, 0), 0);
+        EXPECT_EQ(GetLastError(), ERROR_DISK_FULL);
         EXPECT_EQ(file.content(), content) << room;
     }
 }

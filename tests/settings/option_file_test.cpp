@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 #include "tests/support/profile.h"
 
 namespace {
@@ -93,7 +95,17 @@ TEST(InformationFile, CutsNumbersAndFallsBack) {
     const struct {
         const char16_t* text;
         float expected;
-    } cases[] = {{u"x", 0}, {u" -2.5e1z", -25}, {u"+.5", 0.5F}, {u"00000000000000123", 1}};
+    } cases[] = {{u"x", 0},
+                 {u" -2.5e1z", -25},
+                 {u"+.5", 0.5F},
+                 {u"00000000000000123", 1},
+                 {u"info", 0},
+                 {u"nano", 0},
+                 {u"-infinite", 0},
+                 {u"1e400", INFINITY},
+                 {u"-1e400", -INFINITY},
+                 {u"1e-400", 0},
+                 {u"-inf", -INFINITY}};
     file.Initialize(tests::platform_path(host), u"a.ini");
     float number = 0;
     for (const auto& [text, expected] : cases) {
@@ -103,8 +115,8 @@ TEST(InformationFile, CutsNumbersAndFallsBack) {
     }
     const NUtil::CInformationFile unbound;
     CString text;
-    unbound.ReadInformationFile(u"s", u"k", text, CString(u"none"));
-    EXPECT_EQ(text, u"none");
+    unbound.ReadInformationFile(u"s", u"k", text, CString(u"none "));
+    EXPECT_EQ(text, u"none ");
     unbound.ReadInformationFile(u"s", u"k", number, 0.25F);
     EXPECT_EQ(number, 0.25F);
 }

@@ -54,7 +54,7 @@ TEST(OptionStorage, KeepsOptionsInEitherPlace) {
             store.SetValue(u"Text", static_cast<const char16_t*>(nullptr));
             EXPECT_EQ(store.GetValue(u"Text", u"no"), u"");
             EXPECT_EQ(store.GetValue(nullptr, u"no"), u"no");
-            EXPECT_EQ(store.GetValue(u"none", u"no"), u"no");
+            EXPECT_EQ(store.GetValue(u"none", u"no "), u"no ");
             EXPECT_EQ(store.GetValue(u"none", nullptr), u"");
         }
         store.Close();

@@ -78,13 +78,11 @@ bool ends_in_any(std::u16string_view name) {
     return std::any_of(kSessionEndings.begin(), kSessionEndings.end(), ends_in);
 }
 
-// A full disk isn't told by the write: what is in the file then, is.
 bool make_the_choice(const char16_t* folder, const char16_t* key) {
     const auto file = choices_file();
     CIniFile choices(file);
     choices.SetValue(kSection, key, folder);
-    if (choices.Write(file, 1, 0) == 0) return false;
-    return CIniFile(file).GetValue(kSection, key, u"") == folder;
+    return choices.Write(file, 1, 0) != 0;
 }
 
 int ask(HWND owner, unsigned int id, const char16_t* about, const char16_t* title, UINT type) {

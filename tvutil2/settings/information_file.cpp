@@ -2,22 +2,25 @@
 
 #include "tvutil2/platform/profile/profile.h"
 
-#include <charconv>
+#include <clocale>
 #include <cmath>
+#include <cstdlib>
+#include <string>
 
 namespace NUtil {
 namespace {
 
-// The number at the front of text, behind white space and a sign; 0 when there is none.
+// The number at the front of text, behind white space and a sign, in any notation of C; 0 when
+// there is none. A word is the number that "%f" writes as such a word, and no beginning of another.
 double number_of(const char16_t* text) {
+    static const locale_t plain = newlocale(LC_ALL_MASK, "C", nullptr);
     std::string narrow;
     for (; *text != u'\0'; ++text) narrow += *text < 0x80 ? static_cast<char>(*text) : '?';
-    std::string_view rest = narrow;
-    rest.remove_prefix(std::min(rest.find_first_not_of(" \t\n\v\f\r"), rest.size()));
-    if (rest.starts_with('+') && !rest.starts_with("+-")) rest.remove_prefix(1);
-    double number = 0;
-    std::from_chars(rest.data(), rest.data() + rest.size(), number);
-    return number;
+    char* end = nullptr;
+    const double number = strtod_l(narrow.c_str(), &end, plain);
+    const bool is_word = end != narrow.c_str() && (end[-1] < '0' || end[-1] > '9') &&
+                         (std::isnan(number) || std::isinf(number));
+    return is_word && *end != '\0' ? 0 : number;
 }
 
 }  // namespace
@@ -30,14 +33,13 @@ void CInformationFile::ReadInformationFile(const char16_t* section, const char16
                                            char16_t* buffer, int size,
                                            const char16_t* fallback) const {
     if (size <= 0) return;
-    GetPrivateProfileStringW(section, key, fallback, buffer, static_cast<DWORD>(size),
-                             path.c_str());
+    tvutil2::profile_string(section, key, fallback, buffer, static_cast<DWORD>(size), path.c_str());
 }
 
 void CInformationFile::ReadInformationFile(const char16_t* section, const char16_t* key,
                                            CString& value, const char16_t* fallback) const {
     char16_t buffer[1024];
-    GetPrivateProfileStringW(section, key, fallback, buffer, 1024, path.c_str());
+    tvutil2::profile_string(section, key, fallback, buffer, 1024, path.c_str());
     value = buffer;
 }
 
@@ -61,7 +63,7 @@ void CInformationFile::ReadInformationFile(const char16_t* section, const char16
     CString text;
     text.Format(u"%f", static_cast<double>(fallback));
     char16_t buffer[16];
-    GetPrivateProfileStringW(section, key, text, buffer, 16, path.c_str());
+    tvutil2::profile_string(section, key, text, buffer, 16, path.c_str());
     value = static_cast<float>(number_of(buffer));
 }
 

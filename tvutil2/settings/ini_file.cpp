@@ -1,9 +1,7 @@
 #include "tvutil2/settings/ini_file.h"
 
 #include "tvutil2/frame/base64.h"
-#include "tvutil2/platform/base/handle_table.h"
 #include "tvutil2/platform/base/wide_text.h"
-#include "tvutil2/platform/files/files.h"
 #include "tvutil2/settings/ini_reader.h"
 #include "tvutil2/settings/ini_writer.h"
 
@@ -58,9 +56,7 @@ void CIniFile::DeleteSections() {
 
 void CIniFile::ClearAll(const char16_t* path) {
     DeleteSections();
-    const auto file = CreateFileW(path, GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                                  CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
-    if (file != INVALID_HANDLE_VALUE) CloseHandle(file);
+    tvutil2::clear_ini(path);
 }
 
 void CIniFile::ClearSection(const char16_t* path, const char16_t* section) {
@@ -78,13 +74,18 @@ int CIniFile::Read(const char16_t* path) {
         unicodeFile = 1;
     } else {
         utf8File = outcome.is_utf8 ? 1 : 0;
-        if (!keeps_its_encoding && outcome.is_whole) Write(path, 1, 0);
+        if (!keeps_its_encoding && outcome.is_lossless) {
+            tvutil2::rewrite_ini(path, *this, outcome.bytes);
+        }
     }
     return 1;
 }
 
 int CIniFile::Write(const char16_t* path, int unicode, int flush) {
-    return tvutil2::write_ini(path, *this, unicode != 0 || unicodeFile != 0, flush == 1) ? 1 : 0;
+    using tvutil2::IniEncoding;
+    const auto utf16 = flush == 1 ? IniEncoding::utf16_on_disk : IniEncoding::utf16;
+    const bool is_utf16 = unicode != 0 || unicodeFile != 0;
+    return tvutil2::write_ini(path, *this, is_utf16 ? utf16 : IniEncoding::narrow) ? 1 : 0;
 }
 
 CIniSection* CIniFile::FindSection(const char16_t* name) {

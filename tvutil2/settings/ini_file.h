@@ -10,8 +10,13 @@
 // back as it went in: text with a line break, a key that holds "=", that is empty, or that begins
 // with "[" while its value ends with "]", the empty section name, and a section without keys.
 //
-// A document belongs to one thread at a time. Two processes that write one file overwrite each
-// other's.
+// A document belongs to one thread at a time. Threads and processes that write one file take turns,
+// and readers wait for them: the file holds one document or the other, never a mix. A wait ends
+// after five seconds (ERROR_LOCK_VIOLATION). The file stays the same file, for those that have it
+// open: it is overwritten by one call, for which everything was made ready. A process that is
+// killed leaves the old document or the new one, except within that call, where one of more than a
+// page (4096 bytes) may be left in both. What must survive even that, and a loss of power, goes
+// into a private-profile file.
 #pragma once
 
 #include "tvutil2/framework/collections.h"
@@ -67,17 +72,19 @@ class TVUTIL_API CIniFile {
     /// Merges a file into the document: sections stay, values of the same key are replaced. 1, or 0
     /// when the file can't be opened, with the reason as the last error.
     ///
-    /// A file that is neither UTF-16 nor UTF-8, pure ASCII included, is written back in UTF-16 at
-    /// once; whether that works isn't told. It isn't written when it couldn't be read to its end or
-    /// holds a line of a gigabyte or more, which is passed over. A line may have any other length.
-    /// Bytes that are wrong in their encoding come as its replacement and cost nothing around them.
+    /// A file that is neither UTF-16 nor UTF-8 is in the ANSI code page, or in 1252 where that is
+    /// UTF-8. It is written back in UTF-16 at once, pure ASCII included; whether that works isn't
+    /// told. It isn't written when a byte of it would be lost: when some are wrong in that page
+    /// (they come as its replacement, and cost nothing around them), when it is in UTF-16 of the
+    /// other byte order, which isn't understood, or when somebody has changed it meanwhile. A file
+    /// of more than a gigabyte isn't read (ERROR_FILE_TOO_LARGE).
     int Read(const char16_t* path);
 
     /// Writes the document: in UTF-16 if `unicode` is non-zero or a UTF-16 file was read, else in
     /// the ANSI code page. Text that the page doesn't hold makes the file UTF-16 all the same,
     /// rather than losing it. With `flush` 1 a UTF-16 file is on the disk when this returns. 1, or
-    /// 0 when the file can't be opened. A disk that is full isn't told either, as the last error
-    /// apart; the file then stays as it was.
+    /// 0 with the reason as the last error when the file can't be opened or written, on a full disk
+    /// (ERROR_DISK_FULL) for one; the file then stays as it was.
     int Write(const char16_t* path, int unicode, int flush);
 
     /// Removes a key. A missing section is entered with a null pointer.

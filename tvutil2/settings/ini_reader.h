@@ -1,6 +1,8 @@
 // From the bytes of an INI file to the entries of a document.
 #pragma once
 
+#include <string>
+
 class CIniFile;
 
 namespace tvutil2 {
@@ -9,11 +11,13 @@ struct IniOutcome {
     bool is_open = false;
     bool is_utf16 = false;  ///< it has the mark FF FE
     bool is_utf8 = false;   ///< begins_utf8
-    bool is_whole = false;  ///< all of it was read, and no line was too long to be held
+    /// Each byte is in the document or in what no document holds. Not so when some are wrong in
+    /// their encoding, nor in UTF-16 of the other byte order, of which nothing is understood.
+    bool is_lossless = true;
+    std::string bytes;  ///< the file
 };
 
-/// Merges a file into a document, piece by piece: beyond the document it takes as much memory as
-/// the longest line, or 64 KiB. Not open: with the last error.
+/// Merges a file into a document. Not open: with the last error.
 IniOutcome read_ini(const char16_t* path, CIniFile& document);
 
 /// Looks at the first sequence that isn't ASCII. `next` gives byte after byte, and a negative

@@ -1,14 +1,23 @@
 // From the entries of a document to the bytes of an INI file.
 #pragma once
 
+#include <string>
+
 class CIniFile;
 
 namespace tvutil2 {
 
-/// Writes a document over what the file holds. False, with the last error, when the file can't be
-/// opened. One that can't be written to its end, on a full disk, say, stays as it was; a process
-/// that is killed meanwhile leaves it in pieces. Beyond the document it takes 64 KiB, and twice as
-/// much again for the ANSI code page.
-bool write_ini(const char16_t* path, const CIniFile& document, bool is_utf16, bool is_flushed);
+enum class IniEncoding { narrow, utf16, utf16_on_disk };
+
+/// Writes a document over what the file holds (platform/files/overwritten_file.h): `narrow` in the
+/// ANSI code page if that holds it all, else in UTF-16; `utf16_on_disk` returns when the disk has
+/// it. False with the last error; the file is then what it was.
+bool write_ini(const char16_t* path, const CIniFile& document, IniEncoding encoding);
+
+/// The same in UTF-16 if the file still holds `bytes`, and nothing if it doesn't.
+bool rewrite_ini(const char16_t* path, const CIniFile& document, const std::string& bytes);
+
+/// Makes the file an empty one.
+bool clear_ini(const char16_t* path);
 
 }  // namespace tvutil2

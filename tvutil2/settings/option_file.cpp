@@ -53,7 +53,7 @@ int COptionFile::ReadValue(const char16_t* path, const char16_t* key, int fallba
 CString COptionFile::ReadValue(const char16_t* path, const char16_t* key,
                                const char16_t* fallback) const {
     char16_t buffer[4096];
-    GetPrivateProfileStringW(sectionName, key, fallback, buffer, 4096, path);
+    tvutil2::profile_string(sectionName, key, fallback, buffer, 4096, path);
     return buffer;
 }
 

@@ -1,5 +1,6 @@
 #include "tvutil2/settings/option_storage.h"
 
+#include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/files/known_folders.h"
 #include "tvutil2/platform/profile/profile.h"
 #include "tvutil2/settings/registry.h"
@@ -50,6 +51,8 @@ CString tvutil2::option_key(const char16_t* company, const char16_t* product) {
     add_component(path, product);
     return path;
 }
+
+COptionStorage::COptionStorage() = default;
 
 COptionStorage::COptionStorage(const COptionStorage& other)
     : filePath(other.filePath), sectionName(other.sectionName) {
@@ -140,9 +143,12 @@ const char16_t* COptionStorage::FileSection() const {
     return sectionName.IsEmpty() ? u"Default" : sectionName.GetString();
 }
 
+// A key tells that it can't be written, and not why.
 void COptionStorage::SetValue(const char16_t* name, int value) {
     if (currentKey != nullptr) {
-        currentKey->SetValue(name, static_cast<DWORD>(value));
+        if (currentKey->SetValue(name, static_cast<DWORD>(value)) == 0) {
+            SetLastError(ERROR_CANTWRITE);
+        }
         return;
     }
     CString text;
@@ -153,9 +159,11 @@ void COptionStorage::SetValue(const char16_t* name, int value) {
 // Null texts would remove the key, or all of the section.
 void COptionStorage::SetValue(const char16_t* name, const char16_t* value) {
     if (currentKey != nullptr) {
-        currentKey->SetValue(name, text_of(value));
+        if (currentKey->SetValue(name, text_of(value)) == 0) SetLastError(ERROR_CANTWRITE);
     } else if (IsOpen()) {
         WritePrivateProfileStringW(FileSection(), text_of(name), text_of(value), filePath);
+    } else {
+        SetLastError(ERROR_INVALID_HANDLE);
     }
 }
 
@@ -176,6 +184,6 @@ CString COptionStorage::GetValue(const char16_t* name, const char16_t* fallback)
                                                                  : CString(fallback);
     }
     if (!IsOpen()) return CString(fallback);
-    GetPrivateProfileStringW(FileSection(), text_of(name), fallback, buffer, kUnits, filePath);
+    tvutil2::profile_string(FileSection(), text_of(name), fallback, buffer, kUnits, filePath);
     return buffer;
 }

@@ -28,11 +28,13 @@ namespace tvutil2 {
 ///
 /// A store belongs to one thread at a time; stores on one place may be used from several threads
 /// and processes. A result of type int is non-zero for success. A null text is empty text. Reads
-/// give `fallback` for what isn't there, writes tell nothing, and a closed store has no options and
-/// takes none.
+/// give `fallback`, with its blanks, for what isn't there, and a closed store has no options and
+/// takes none. Writes give nothing; one that fails leaves the reason as the last error
+/// (ERROR_PATH_NOT_FOUND for a folder that isn't there, ERROR_CANTWRITE for a key), and one that is
+/// done leaves the last error alone.
 class TVUTIL_API COptionStorage {
   public:
-    COptionStorage() = default;
+    COptionStorage();
     COptionStorage(const COptionStorage& other);
     COptionStorage& operator=(const COptionStorage& other);
     virtual ~COptionStorage();

@@ -4,17 +4,18 @@
 #include "tvutil2/platform/base/utf.h"
 
 #include <gtest/gtest.h>
-#include <sys/ptrace.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <csignal>
+#include <ctime>
 #include <filesystem>
-#include <utility>
 
 #include "tests/support/ansi_page.h"
+#include "tests/support/child.h"
+#include "tests/support/killed.h"
 #include "tests/support/profile.h"
 
 namespace {
@@ -65,11 +66,13 @@ TEST(Profile, FindsValues) {
 }
 
 TEST(Profile, ReadsNumbers) {
-    const File file("[s]\na= -12x\nb=x\nc=\nd=4294967295\ne=+7\n");
+    const File file(
+        "[s]\na= -12x\nb=x\nc=\nd=4294967295\ne=+7\ng=0x1Fg\nh=-0o17\ni=0b112\nj=0x\nk=\"5\"\n");
     const struct {
         const char16_t* key;
         int expected;
-    } cases[] = {{u"a", -12}, {u"b", 0}, {u"c", 0}, {u"d", -1}, {u"e", 7}, {u"f", -5}};
+    } cases[] = {{u"a", -12}, {u"b", 0},   {u"c", 0}, {u"d", -1}, {u"e", 7}, {u"f", -5},
+                 {u"g", 31},  {u"h", -15}, {u"i", 3}, {u"j", 0},  {u"k", 5}};
     for (const auto& [key, expected] : cases) {
         EXPECT_EQ(static_cast<int>(GetPrivateProfileIntW(u"s", key, -5, file.path.c_str())),
                   expected);
@@ -77,7 +80,7 @@ TEST(Profile, ReadsNumbers) {
 }
 
 TEST(Profile, ListsAndCuts) {
-    const File file("[s]\na=1\nb = 2\n[t]\n");
+    const File file("[s]\na=1\nb = 2\n[]\nx=y\n[t]\n");
     const auto list = [&](const char16_t* section, DWORD size) {
         std::u16string buffer(20, u'~');
         const auto count = GetPrivateProfileStringW(section, nullptr, u"d", buffer.data(), size,
@@ -91,10 +94,14 @@ TEST(Profile, ListsAndCuts) {
     EXPECT_EQ(list(u"s", 5), u"a\0b\0\0~"s);
     EXPECT_EQ(list(u"s", 4), u"a\0\0\0"s);
     EXPECT_EQ(GetLastError(), ERROR_MORE_DATA);
-    EXPECT_EQ(list(u"x", 10), u"\0\0"s);
+    EXPECT_EQ(list(u"x", 10), u"d\0\0"s);
     char16_t text[4];
     EXPECT_EQ(GetPrivateProfileSectionW(u"s", text, 4, file.path.c_str()), 2U);
     EXPECT_EQ(std::u16string(text, 4), u"a=\0\0"s);
+    const File quoted("[s]\na=\" x \"\n");
+    char16_t whole[10];
+    EXPECT_EQ(GetPrivateProfileSectionW(u"s", whole, 10, quoted.path.c_str()), 8U);
+    EXPECT_EQ(std::u16string(whole, 9), u"a=\" x \"\0\0"s);
     EXPECT_EQ(GetPrivateProfileStringW(u"s", u"z", u"long", text, 4, file.path.c_str()), 3U);
     EXPECT_STREQ(tvutil2::to_utf8_lossy(text).c_str(), "lon");
     EXPECT_EQ(GetPrivateProfileStringW(u"s", u"a", u"", text, 0, file.path.c_str()), 0U);
@@ -127,6 +134,9 @@ TEST(Profile, ChangesOnlyItsLine) {
         {std::string("\xFE\xFF\0[\0s\0]\0\n\0k\0=\0a", 16), u"s", u"k", u"b",
          std::string("\xFE\xFF\0[\0s\0]\0\n\0k\0=\0b", 16)},
         {"[s]\n", u"s", u"k", u"\xD800", utf16(u"[s]\nk=\xD800\n")},
+        // What isn't UTF-8 is in 1252, where no byte is lost, not even on the way to UTF-16.
+        {"[s]\nk=\xE4\x81\n", u"s", u"l", u"\u00F6", "[s]\nk=\xE4\x81\nl=\xF6\n"},
+        {"[s]\nk=\xE4\x81\n", u"s", u"l", u"\u010D", utf16(u"[s]\nk=\u00E4\x81\nl=\u010D\n")},
     };
     for (const auto& c : cases) {
         const File file(c.before);
@@ -180,6 +190,43 @@ TEST(Profile, KeepsTheAnsiPageOfAFile) {
     EXPECT_EQ(file.value(u"s", u"\u00DC"), "\u00DF");
 }
 
+// In a page that can't hold them, wrong bytes stay, and stand in the way of another encoding.
+TEST(Profile, GivesUpNoByteForAnotherEncoding) {
+    tests::install_ansi_page(u"932");
+    const File file("[s]\n; \x81\x20\nk=\x82\xA0\n");
+    EXPECT_EQ(file.value(u"s", u"k"), "\u3042");
+    EXPECT_EQ(file.write(u"s", u"k", u"\u00E9"), FALSE);
+    EXPECT_EQ(GetLastError(), ERROR_NO_UNICODE_TRANSLATION);
+    ASSERT_NE(file.write(u"s", u"k", u"\u3044"), FALSE);
+    EXPECT_EQ(file.content(), "[s]\n; \x81\x20\nk=\x82\xA2\n");
+}
+
+// A file of somebody else's folder that may be written is written in its place.
+TEST(Profile, WritesInAFolderOfSomebodyElse) {
+    const File file("[s]\nk=longer than before\n");
+    ASSERT_EQ(chmod(file.host.c_str(), 0666), 0);
+    ASSERT_EQ(chmod(file.folder.c_str(), 0555), 0);
+    ASSERT_EQ(chmod(tests::profile_folder().c_str(), 0711), 0);
+    struct stat before {};
+    ASSERT_EQ(stat(file.host.c_str(), &before), 0);
+    EXPECT_EQ(tests::in_child([&] {
+                  constexpr uid_t kNobody = 65534;
+                  if (geteuid() == 0 && seteuid(kNobody) != 0) return 1;
+                  SetLastError(0);
+                  if (file.write(u"s", u"k", u"v") == FALSE || GetLastError() != 0) return 2;
+                  const auto other = tests::platform_path(file.folder + "/other.ini");
+                  if (WritePrivateProfileStringW(u"s", u"k", u"v", other.c_str()) != FALSE)
+                      return 3;
+                  return GetLastError() == ERROR_ACCESS_DENIED ? 0 : 4;
+              }),
+              0);
+    EXPECT_EQ(file.content(), "[s]\nk=v\n");
+    struct stat after {};
+    ASSERT_EQ(stat(file.host.c_str(), &after), 0);
+    EXPECT_EQ(after.st_ino, before.st_ino);
+    EXPECT_EQ(file.value(u"s", u"k"), "v");
+}
+
 TEST(Profile, AFolderInThePlaceOfTheFileStays) {
     const File file;
     std::filesystem::create_directory(file.host);
@@ -230,6 +277,26 @@ TEST(Profile, NeverAnswersFromAnOlderFile) {
     }
 }
 
+// A file that has been the same for a while isn't opened again, nor looked for.
+TEST(Profile, AHotValueCostsOneSystemCall) {
+    const File file("[s]\nk=7\n");
+    struct stat info {};
+    ASSERT_EQ(stat(file.host.c_str(), &info), 0);
+    timespec now = info.st_ctim;
+    const auto milliseconds = [](const timespec& t) {
+        return t.tv_sec * 1000 + t.tv_nsec / 1000000;
+    };
+    while (milliseconds(now) < milliseconds(info.st_ctim) + 70) {
+        EXPECT_EQ(file.value(u"s", u"k"), "7");
+        clock_gettime(CLOCK_REALTIME_COARSE, &now);
+    }
+    const auto read = [&] {
+        for (int i = 0; i < 500; ++i) GetPrivateProfileIntW(u"s", u"k", -1, file.path.c_str());
+    };
+    EXPECT_TRUE(tests::kill_at_call(490, read));
+    EXPECT_FALSE(tests::kill_at_call(520, read));
+}
+
 void count_up(const File& file, const char16_t* key, int count) {
     for (int i = 1; i <= count; ++i) {
         const auto text = std::to_string(i);
@@ -263,37 +330,6 @@ TEST(Profile, LosesNoUpdateOfTwoProcesses) {
     EXPECT_EQ(std::count(names, names + size, u'\0'), 151);
 }
 
-enum class Death { killed, ended };
-
-// Lets `work` run in a process of its own, which is killed as it enters its system call number
-// `call` (0 is the first one), unless it ends before.
-template <class Work>
-Death run_and_kill_at(int call, Work work) {
-    const auto child = fork();
-    EXPECT_GE(child, 0);
-    if (child == 0) {
-        ptrace(PTRACE_TRACEME, 0, nullptr, nullptr);
-        raise(SIGSTOP);
-        work();
-        _exit(0);
-    }
-    int status = 0;
-    waitpid(child, &status, 0);
-    ptrace(PTRACE_SETOPTIONS, child, nullptr, PTRACE_O_TRACESYSGOOD | PTRACE_O_EXITKILL);
-    bool is_entry = true;  // stops come in pairs: before a call, and behind it
-    for (int signal = 0; call >= 0;) {
-        ptrace(PTRACE_SYSCALL, child, nullptr, signal);
-        if (waitpid(child, &status, 0) != child || !WIFSTOPPED(status)) return Death::ended;
-        const bool is_call = WSTOPSIG(status) == (SIGTRAP | 0x80);
-        signal = is_call ? 0 : WSTOPSIG(status);
-        if (is_call && std::exchange(is_entry, !is_entry)) --call;
-    }
-    kill(child, SIGKILL);
-    waitpid(child, &status, 0);
-    EXPECT_TRUE(WIFSIGNALED(status));
-    return Death::killed;
-}
-
 // A writer is killed before each system call that it makes: the file is the old one or the new one
 // each time, and the next writer isn't held up by what the dead one left.
 TEST(Profile, SurvivesAWriterKilledAnywhere) {
@@ -306,7 +342,7 @@ TEST(Profile, SurvivesAWriterKilledAnywhere) {
     int olds = 0;
     int news = 0;
     for (int call = 0;; ++call) {
-        const auto death = run_and_kill_at(call, [&] { write_big(u"small"); });
+        const bool is_killed = tests::kill_at_call(call, [&] { write_big(u"small"); });
         const auto content = file.content();
         if (content == before) {
             ++olds;
@@ -319,7 +355,7 @@ TEST(Profile, SurvivesAWriterKilledAnywhere) {
         EXPECT_EQ(info.st_mode & 0777U, 0640U) << call;
         ASSERT_NE(write_big(big.c_str()), FALSE) << call;
         ASSERT_EQ(file.content(), before) << call;
-        if (death == Death::ended) break;
+        if (!is_killed) break;
     }
     // There is a life before the new content and one behind it.
     EXPECT_GT(olds, 5);

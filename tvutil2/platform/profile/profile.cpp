@@ -10,11 +10,6 @@
 namespace tvutil2 {
 namespace {
 
-std::shared_ptr<const ProfileText> open_text(const char16_t* path) {
-    const auto host = host_path_of(path);
-    return host ? read_profile(*host) : nullptr;
-}
-
 DWORD copy_text(std::u16string_view text, char16_t* buffer, DWORD size) {
     if (buffer == nullptr || size == 0) return 0;
     const auto count = std::min<std::size_t>(text.size(), size - 1);
@@ -42,7 +37,10 @@ DWORD copy_list(std::u16string_view list, char16_t* buffer, DWORD size) {
 
 std::u16string section_names(const ProfileText& text) {
     std::u16string list;
-    for (const auto& section : text.sections()) list.append(section.name).push_back(u'\0');
+    for (const auto& section : text.sections()) {
+        // "[]" would end the list for whoever reads it.
+        if (!section.name.empty()) list.append(section.name).push_back(u'\0');
+    }
     return list;
 }
 
@@ -50,6 +48,28 @@ std::u16string without_trailing_blanks(const char16_t* text) {
     std::u16string result(text != nullptr ? text : u"");
     result.erase(result.find_last_not_of(u" \t") + 1);
     return result;
+}
+
+UINT digit_of(char16_t c) {
+    if (c >= u'0' && c <= u'9') return c - u'0';
+    const char16_t small = c | 0x20;
+    return small >= u'a' && small <= u'f' ? small - u'a' + 10 : 16;
+}
+
+UINT number_of(std::u16string_view text) {
+    while (!text.empty() && is_space(text.front())) text.remove_prefix(1);
+    const bool is_negative = text.starts_with(u'-');
+    if (is_negative || text.starts_with(u'+')) text.remove_prefix(1);
+    const UINT base = text.starts_with(u"0x")   ? 16
+                      : text.starts_with(u"0o") ? 8
+                      : text.starts_with(u"0b") ? 2
+                                                : 10;
+    if (base != 10) text.remove_prefix(2);
+    UINT number = 0;
+    for (; !text.empty() && digit_of(text.front()) < base; text.remove_prefix(1)) {
+        number = number * base + digit_of(text.front());
+    }
+    return is_negative ? 0 - number : number;
 }
 
 bool has_line_break(std::u16string_view text) {
@@ -65,11 +85,10 @@ bool is_key(std::u16string_view key) {
 }  // namespace
 }  // namespace tvutil2
 
-DWORD GetPrivateProfileStringW(const char16_t* section, const char16_t* key,
-                               const char16_t* fallback, char16_t* buffer, DWORD size,
-                               const char16_t* path) {
-    using namespace tvutil2;
-    const auto text = open_text(path);
+DWORD tvutil2::profile_string(const char16_t* section, const char16_t* key,
+                              const char16_t* fallback, char16_t* buffer, DWORD size,
+                              const char16_t* path) {
+    const auto text = read_profile(path);
     if (text != nullptr && section == nullptr) {
         return copy_list(section_names(*text), buffer, size);
     }
@@ -80,29 +99,28 @@ DWORD GetPrivateProfileStringW(const char16_t* section, const char16_t* key,
         return copy_list(list, buffer, size);
     }
     const auto* const entry = found != nullptr ? ProfileText::find(*found, key) : nullptr;
-    if (entry != nullptr) return copy_text(entry->value, buffer, size);
-    if (section == nullptr || key == nullptr) return copy_list({}, buffer, size);
-    return copy_text(without_trailing_blanks(fallback), buffer, size);
+    if (entry != nullptr) return copy_text(without_quotes(entry->value), buffer, size);
+    if (section == nullptr) return copy_list({}, buffer, size);
+    const auto count = copy_text(fallback != nullptr ? fallback : u"", buffer, size);
+    if (key == nullptr && buffer != nullptr && count + 1 < size) buffer[count + 1] = u'\0';
+    return count;
+}
+
+DWORD GetPrivateProfileStringW(const char16_t* section, const char16_t* key,
+                               const char16_t* fallback, char16_t* buffer, DWORD size,
+                               const char16_t* path) {
+    return tvutil2::profile_string(section, key, tvutil2::without_trailing_blanks(fallback).c_str(),
+                                   buffer, size, path);
 }
 
 UINT GetPrivateProfileIntW(const char16_t* section, const char16_t* key, int fallback,
                            const char16_t* path) {
     using namespace tvutil2;
     if (section == nullptr || key == nullptr) return static_cast<UINT>(fallback);
-    const auto text = open_text(path);
+    const auto text = read_profile(path);
     const auto* const found = text != nullptr ? text->find(section) : nullptr;
     const auto* const entry = found != nullptr ? ProfileText::find(*found, key) : nullptr;
-    if (entry == nullptr) return static_cast<UINT>(fallback);
-    const auto& value = entry->value;
-    std::size_t i = 0;
-    while (i < value.size() && is_space(value[i])) ++i;
-    const bool is_negative = i < value.size() && value[i] == u'-';
-    if (i < value.size() && (value[i] == u'-' || value[i] == u'+')) ++i;
-    UINT number = 0;
-    for (; i < value.size() && value[i] >= u'0' && value[i] <= u'9'; ++i) {
-        number = number * 10 + (value[i] - u'0');
-    }
-    return is_negative ? 0 - number : number;
+    return entry != nullptr ? number_of(without_quotes(entry->value)) : static_cast<UINT>(fallback);
 }
 
 DWORD GetPrivateProfileSectionNamesW(char16_t* buffer, DWORD size, const char16_t* path) {
@@ -112,7 +130,7 @@ DWORD GetPrivateProfileSectionNamesW(char16_t* buffer, DWORD size, const char16_
 DWORD GetPrivateProfileSectionW(const char16_t* section, char16_t* buffer, DWORD size,
                                 const char16_t* path) {
     using namespace tvutil2;
-    const auto text = section != nullptr ? open_text(path) : nullptr;
+    const auto text = section != nullptr ? read_profile(path) : nullptr;
     const auto* const found = text == nullptr || section == nullptr ? nullptr : text->find(section);
     std::u16string list;
     if (found != nullptr) {
@@ -131,7 +149,7 @@ BOOL WritePrivateProfileStringW(const char16_t* section, const char16_t* key, co
     }
     const auto host = host_path_of(path);
     if (!host) return FALSE;
-    return edit_profile(*host, [&](const ProfileText& text) {
+    return edit_profile(*host, [&](const ProfileText& text) -> std::optional<std::string> {
         if (key == nullptr) return text.without_section(section);
         if (value == nullptr) return text.without_key(section, key);
         const std::u16string_view all(value);

@@ -1,11 +1,12 @@
 #include "tvutil2/platform/profile/profile_store.h"
 
-#include "tvutil2/platform/files/host_files.h"
-#include "tvutil2/platform/files/replaced_file.h"
+#include "tvutil2/platform/base/last_error.h"
+#include "tvutil2/platform/files/overwritten_file.h"
 
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <ctime>
 #include <mutex>
 #include <optional>
@@ -68,30 +69,55 @@ Cache& cache() {
     return cache;
 }
 
+// What hinders a new file in the folder, or in the place of the old one, and not in the old one: a
+// folder of somebody else's, a file that is mounted there.
+bool takes_no_other_file(DWORD error) {
+    return error == ERROR_ACCESS_DENIED || error == ERROR_WRITE_PROTECT || error == ERROR_BUSY ||
+           error == ERROR_ALREADY_EXISTS;
+}
+
 }  // namespace
 
-std::shared_ptr<const ProfileText> read_profile(const std::string& path) {
+std::shared_ptr<const ProfileText> read_profile(const char16_t* path) {
+    auto host = host_path_of(path, Lookup::none);
+    if (!host) return nullptr;
     struct stat info {};
-    if (stat(path.c_str(), &info) != 0) {
-        fail_at(path);
-        return nullptr;
+    // Most files are there as they are written, and most of those were read before: one call.
+    if (stat(host->c_str(), &info) != 0) {
+        if (errno != ENOENT) {
+            fail_with_errno();
+            return nullptr;
+        }
+        host = host_path_of(path, Lookup::likely_new);
+        if (stat(host->c_str(), &info) != 0) {
+            fail_at(*host);
+            return nullptr;
+        }
     }
-    if (auto kept = cache().find(path, info)) return kept;
+    if (auto kept = cache().find(*host, info)) return kept;
     std::string bytes;
-    if (!read_whole_file(path, info, bytes)) return nullptr;
+    if (!read_between_writers(*host, info, bytes)) return nullptr;
     auto text = std::make_shared<const ProfileText>(std::move(bytes));
-    cache().keep(path, info, text);
+    cache().keep(*host, info, text);
     return text;
 }
 
-bool edit_profile(const std::string& path,
-                  const std::function<std::string(const ProfileText&)>& edit) {
-    return replace_content(path, true, [&edit](std::string bytes) -> std::optional<std::string> {
+bool edit_profile(const std::string& path, const ProfileEdit& edit) {
+    const auto error_before = GetLastError();
+    OverwrittenFile turn(path, true);
+    if (!turn) return false;
+    bool is_refused = false;
+    const auto content_of = [&](std::string bytes) -> std::optional<std::string> {
         const ProfileText text(std::move(bytes));
         auto content = edit(text);
-        if (content == text.bytes()) return std::nullopt;
-        return content;
-    });
+        is_refused = !content;
+        return content == text.bytes() ? std::nullopt : std::move(content);
+    };
+    const bool is_done = replace_content(path, true, content_of) ||
+                         (takes_no_other_file(GetLastError()) && turn.overwrite(content_of, true));
+    if (is_refused) return fail_with(ERROR_NO_UNICODE_TRANSLATION);
+    if (is_done) SetLastError(error_before);
+    return is_done;
 }
 
 }  // namespace tvutil2

@@ -2,8 +2,8 @@
 
 #include "tvutil2/platform/base/utf.h"
 #include "tvutil2/platform/base/wide_text.h"
-#include "tvutil2/platform/codepage/codepage.h"
 #include "tvutil2/platform/codepage/conversion.h"
+#include "tvutil2/platform/codepage/narrow_page.h"
 
 #include <algorithm>
 #include <utility>
@@ -36,12 +36,6 @@ std::u16string_view trimmed(std::u16string_view text) {
     return text;
 }
 
-std::u16string_view without_quotes(std::u16string_view text) {
-    const bool is_quoted = text.size() >= 2 && text.front() == text.back() &&
-                           (text.front() == u'"' || text.front() == u'\'');
-    return is_quoted ? text.substr(1, text.size() - 2) : text;
-}
-
 // The name in a header that stands in trimmed text; null when it isn't one. Behind it there may be
 // anything: a person's comment, say.
 const char16_t* end_of_name(std::u16string_view text) {
@@ -54,10 +48,10 @@ void swap_bytes(std::string& bytes, std::size_t from) {
     for (auto i = from; i + 1 < bytes.size(); i += 2) std::swap(bytes[i], bytes[i + 1]);
 }
 
+// As a whole, so that what is read in the other page and written again keeps its bytes.
 bool is_plain_utf8(std::string_view bytes) {
-    return GetACP() == CP_UTF8 ||
-           (std::any_of(bytes.begin(), bytes.end(), [](char c) { return c < 0; }) &&
-            to_utf16(bytes).has_value());
+    const bool is_ascii = std::none_of(bytes.begin(), bytes.end(), [](char c) { return c < 0; });
+    return is_ascii ? GetACP() == CP_UTF8 : to_utf16(bytes).has_value();
 }
 
 std::u16string from_page(UINT page, std::string_view bytes) {
@@ -66,13 +60,19 @@ std::u16string from_page(UINT page, std::string_view bytes) {
 
 bool append_in_page(std::u16string_view text, std::string& out) {
     BOOL used_default = FALSE;
-    const auto bytes = codepage::bytes_in(CP_ACP, 0, text, "?", &used_default);
+    const auto bytes = codepage::bytes_in(narrow_page(), 0, text, "?", &used_default);
     if (!bytes || used_default != FALSE) return false;
     out += *bytes;
     return true;
 }
 
 }  // namespace
+
+std::u16string_view without_quotes(std::u16string_view text) {
+    const bool is_quoted = text.size() >= 2 && text.front() == text.back() &&
+                           (text.front() == u'"' || text.front() == u'\'');
+    return is_quoted ? text.substr(1, text.size() - 2) : text;
+}
 
 // A line and its text. Offsets are in bytes of the file.
 struct ProfileText::Line {
@@ -170,13 +170,13 @@ void ProfileText::add_entry(const Line& line, std::size_t equals) {
         place += m_unit;
     }
     m_sections.back().entries.push_back(
-        {std::u16string(key), std::u16string(without_quotes(trimmed(text.substr(begin)))),
-         caseless_hash(key), line.begin, place, line.end, line.next});
+        {std::u16string(key), std::u16string(trimmed(text.substr(begin))), caseless_hash(key),
+         line.begin, place, line.end, line.next});
 }
 
 std::u16string ProfileText::decode(std::size_t begin, std::size_t end) const {
     auto bytes = m_bytes.substr(begin, end - begin);
-    if (m_unit == 1) return from_page(m_encoding == Encoding::utf8 ? CP_UTF8 : CP_ACP, bytes);
+    if (m_unit == 1) return from_page(page(), bytes);
     if (m_encoding == Encoding::utf16_swapped) swap_bytes(bytes, 0);
     std::u16string text(bytes.size() / 2, u'\0');
     std::copy(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(text.size() * 2),
@@ -197,11 +197,16 @@ bool ProfileText::encode(std::u16string_view text, std::string& out) const {
     return true;
 }
 
-std::string ProfileText::in_utf16() const {
-    const auto text = from_page(m_encoding == Encoding::utf8 ? CP_UTF8 : CP_ACP,
-                                std::string_view(m_bytes).substr(m_start));
+UINT ProfileText::page() const {
+    return m_encoding == Encoding::utf8 ? CP_UTF8 : narrow_page();
+}
+
+std::optional<std::string> ProfileText::in_utf16() const {
+    const auto text =
+        codepage::units_of(page(), MB_ERR_INVALID_CHARS, std::string_view(m_bytes).substr(m_start));
+    if (!text) return std::nullopt;
     std::string bytes(kUtf16Mark);
-    bytes.append(reinterpret_cast<const char*>(text.data()), text.size() * 2);
+    bytes.append(reinterpret_cast<const char*>(text->data()), text->size() * 2);
     return bytes;
 }
 
@@ -235,8 +240,9 @@ std::u16string ProfileText::entry_line(std::u16string_view key, std::u16string_v
     return line;
 }
 
-std::string ProfileText::with_value(std::u16string_view section, std::u16string_view key,
-                                    std::u16string_view value) const {
+std::optional<std::string> ProfileText::with_value(std::u16string_view section,
+                                                   std::u16string_view key,
+                                                   std::u16string_view value) const {
     const auto* const found = find(section);
     const auto* const entry = found != nullptr ? find(*found, key) : nullptr;
     std::size_t begin = m_bytes.size();
@@ -261,7 +267,11 @@ std::string ProfileText::with_value(std::u16string_view section, std::u16string_
         text.append(key).append(u"=").append(value).append(m_line_end);
     }
     auto bytes = m_bytes.substr(0, begin);
-    if (!encode(text, bytes)) return ProfileText(in_utf16()).with_value(section, key, value);
+    if (!encode(text, bytes)) {
+        auto wide = in_utf16();
+        if (!wide) return std::nullopt;
+        return ProfileText(std::move(*wide)).with_value(section, key, value);
+    }
     return bytes.append(m_bytes, end);
 }
 

@@ -2,13 +2,18 @@
 #pragma once
 
 #include "tvutil2/platform/base/export.h"
+#include "tvutil2/platform/base/types.h"
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace tvutil2 {
+
+/// One pair of quotes (" or ') around a value taken away.
+[[nodiscard]] std::u16string_view without_quotes(std::u16string_view value);
 
 /// Unchangeable but for edit functions; many threads may read one at a time.
 class ProfileText {
@@ -17,7 +22,7 @@ class ProfileText {
 
     struct Entry {
         std::u16string key;
-        std::u16string value;
+        std::u16string value;  ///< with its quotes
         std::uint64_t key_hash;
         std::size_t begin;        ///< of its line, in bytes
         std::size_t value_begin;  ///< behind "=" and the white space there
@@ -45,10 +50,12 @@ class ProfileText {
     [[nodiscard]] static TVUTIL_API const Entry* find(const Section& section,
                                                       std::u16string_view key);
 
-    /// The content with a value set; names and value are as they are to stand.
-    [[nodiscard]] TVUTIL_API std::string with_value(std::u16string_view section,
-                                                    std::u16string_view key,
-                                                    std::u16string_view value) const;
+    /// The content with a value set; names and value are as they are to stand. Nothing when that
+    /// needs another encoding and some bytes of the content are wrong in the present one: they
+    /// would be lost.
+    [[nodiscard]] TVUTIL_API std::optional<std::string> with_value(std::u16string_view section,
+                                                                   std::u16string_view key,
+                                                                   std::u16string_view value) const;
     [[nodiscard]] TVUTIL_API std::string without_key(std::u16string_view section,
                                                      std::u16string_view key) const;
     [[nodiscard]] TVUTIL_API std::string without_section(std::u16string_view section) const;
@@ -62,7 +69,8 @@ class ProfileText {
     void add_entry(const Line& line, std::size_t equals);
     [[nodiscard]] std::u16string decode(std::size_t begin, std::size_t end) const;
     [[nodiscard]] bool encode(std::u16string_view text, std::string& out) const;
-    [[nodiscard]] std::string in_utf16() const;
+    [[nodiscard]] UINT page() const;
+    [[nodiscard]] std::optional<std::string> in_utf16() const;
     [[nodiscard]] std::u16string entry_line(std::u16string_view key, std::u16string_view value,
                                             std::size_t place) const;
 
