@@ -350,7 +350,9 @@ TEST(IniFile, AKilledWriterLeavesOneDocument) {
     CIniFile many;
     fill(few, 20, u"few");
     fill(many, 500, u"many");
-    for (const auto& [before, after] : {std::pair(&few, &many), std::pair(&many, &few)}) {
+    for (const auto& documents : {std::pair(&few, &many), std::pair(&many, &few)}) {
+        auto* const before = documents.first;
+        auto* const after = documents.second;
         const std::map<Entries, int> names{{entries_of(*before), 0}, {entries_of(*after), 1}};
         int found[] = {0, 0};
         for (int call = 0;; ++call) {
