@@ -23,6 +23,8 @@ using LPARAM = std::intptr_t;
 using LRESULT = std::intptr_t;
 using INT_PTR = std::intptr_t;
 using UINT_PTR = std::uintptr_t;
+using LONG_PTR = std::intptr_t;
+using ATOM = WORD;
 using COLORREF = std::uint32_t;
 
 /// Any object of the handle table that has no type of its own: files, searches, events, mutexes.
@@ -40,6 +42,8 @@ using HLOCAL = struct HLOCAL__*;
 using HWND = struct HWND__*;
 using HMENU = struct HMENU__*;
 using HICON = struct HICON__*;
+using HCURSOR = HICON;
+using HBRUSH = struct HBRUSH__*;
 
 /// An exported function of a module; cast to its real type before the call.
 using FARPROC = std::intptr_t (*)();
@@ -81,12 +85,34 @@ struct SYSTEMTIME {
     WORD wYear, wMonth, wDayOfWeek, wDay, wHour, wMinute, wSecond, wMilliseconds;
 };
 
+struct POINT {
+    LONG x, y;
+};
+struct SIZE {
+    LONG cx, cy;
+};
+/// Right and bottom are outside.
+struct RECT {
+    LONG left, top, right, bottom;
+};
+
 /// The part of a long integer at bits 0 to 15, and at bits 16 to 31.
 [[nodiscard]] constexpr WORD LOWORD(std::uintptr_t value) {
     return static_cast<WORD>(value & 0xFFFF);
 }
 [[nodiscard]] constexpr WORD HIWORD(std::uintptr_t value) {
     return static_cast<WORD>((value >> 16) & 0xFFFF);
+}
+
+/// A long integer of two halves, the low one first.
+[[nodiscard]] constexpr DWORD MAKELONG(WORD low, WORD high) {
+    return (DWORD{high} << 16) | low;
+}
+[[nodiscard]] constexpr WPARAM MAKEWPARAM(WORD low, WORD high) {
+    return MAKELONG(low, high);
+}
+[[nodiscard]] constexpr LPARAM MAKELPARAM(WORD low, WORD high) {
+    return static_cast<LPARAM>(MAKELONG(low, high));
 }
 
 /// A resource's number in the place of its name: a pointer below 65536.

@@ -1,0 +1,217 @@
+#include "tvutil2/platform/window/messages.h"
+
+#include "tvutil2/platform/base/last_error.h"
+#include "tvutil2/platform/window/thread_queue.h"
+#include "tvutil2/platform/window/window_table.h"
+
+#include <algorithm>
+#include <array>
+#include <ctime>
+
+using tvutil2::fail_with;
+using tvutil2::MessageFilter;
+using tvutil2::SentMessage;
+using tvutil2::ThreadQueue;
+using tvutil2::Window;
+using tvutil2::WindowTable;
+
+namespace {
+
+// Messages of the system that point to memory which is only there while their sender waits.
+constexpr std::array<UINT, 19> kPointing{WM_CREATE,
+                                         WM_SETTEXT,
+                                         WM_GETTEXT,
+                                         WM_GETMINMAXINFO,
+                                         WM_DRAWITEM,
+                                         WM_MEASUREITEM,
+                                         WM_DELETEITEM,
+                                         WM_COMPAREITEM,
+                                         WM_WINDOWPOSCHANGING,
+                                         WM_WINDOWPOSCHANGED,
+                                         WM_COPYDATA,
+                                         WM_NOTIFY,
+                                         WM_HELP,
+                                         WM_STYLECHANGING,
+                                         WM_STYLECHANGED,
+                                         WM_NCCREATE,
+                                         WM_NCCALCSIZE,
+                                         WM_SIZING,
+                                         WM_MOVING};
+
+bool points_to_memory(UINT message) {
+    return std::find(kPointing.begin(), kPointing.end(), message) != kPointing.end();
+}
+
+BOOL result_of(DWORD error) {
+    return error == ERROR_SUCCESS ? TRUE : fail_with(error);
+}
+
+bool is_window_filter(HWND window) {
+    return window == nullptr || window == reinterpret_cast<HWND>(std::intptr_t{-1}) ||
+           WindowTable::instance().find(window) != nullptr;
+}
+
+LRESULT call_own(const Window& record, HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
+    return call_procedure(ThreadQueue::current(), record.procedure.load(std::memory_order_acquire),
+                          window, message, wparam, lparam);
+}
+
+std::shared_ptr<SentMessage> sent_message(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
+    auto sent = std::make_shared<SentMessage>();
+    sent->window = window;
+    sent->message = message;
+    sent->wparam = wparam;
+    sent->lparam = lparam;
+    return sent;
+}
+
+// Null with ERROR_INVALID_WINDOW_HANDLE. The window may go at any time, unless it is the thread's.
+Window* find_window(HWND window) {
+    auto* const record = WindowTable::instance().find(window);
+    if (record == nullptr) SetLastError(ERROR_INVALID_WINDOW_HANDLE);
+    return record;
+}
+
+bool is_own(const Window& record) {
+    return record.queue.load(std::memory_order_relaxed) == ThreadQueue::current_or_null();
+}
+
+}  // namespace
+
+BOOL PostMessageW(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
+    if (points_to_memory(message)) return fail_with(ERROR_MESSAGE_SYNC_ONLY);
+    const MSG posted{window, message, wparam, lparam, GetTickCount(), {}};
+    if (window == nullptr) {
+        auto& own = ThreadQueue::current();
+        return result_of(own.post(posted, nullptr, own.thread()));
+    }
+    const auto* const record = WindowTable::instance().record_of(window);
+    auto* const queue = record != nullptr ? record->queue.load(std::memory_order_acquire) : nullptr;
+    return result_of(queue != nullptr ? queue->post(posted, record, 0)
+                                      : ERROR_INVALID_WINDOW_HANDLE);
+}
+
+BOOL PostThreadMessageW(DWORD thread, UINT message, WPARAM wparam, LPARAM lparam) {
+    if (points_to_memory(message)) return fail_with(ERROR_MESSAGE_SYNC_ONLY);
+    auto* const queue = thread != 0 ? ThreadQueue::of_thread(thread) : nullptr;
+    if (queue == nullptr) return fail_with(ERROR_INVALID_THREAD_ID);
+    return result_of(
+        queue->post({nullptr, message, wparam, lparam, GetTickCount(), {}}, nullptr, thread));
+}
+
+void PostQuitMessage(int code) {
+    ThreadQueue::current().post_quit(code);
+}
+
+LRESULT SendMessageW(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
+    std::uintptr_t result = 0;
+    SendMessageTimeoutW(window, message, wparam, lparam, SMTO_NORMAL, INFINITE, &result);
+    return static_cast<LRESULT>(result);
+}
+
+LRESULT SendMessageTimeoutW(HWND window, UINT message, WPARAM wparam, LPARAM lparam, UINT flags,
+                            UINT milliseconds, std::uintptr_t* result) {
+    if (result != nullptr) *result = 0;
+    auto* const record = find_window(window);
+    if (record == nullptr) return 0;
+    LRESULT answer = 0;
+    if (is_own(*record)) {
+        answer = call_own(*record, window, message, wparam, lparam);
+    } else {
+        const auto sent = sent_message(window, message, wparam, lparam);
+        if (!send_and_wait(sent, *record, (flags & SMTO_BLOCK) != 0, milliseconds)) return 0;
+        answer = sent->result;
+    }
+    if (result != nullptr) *result = static_cast<std::uintptr_t>(answer);
+    return 1;
+}
+
+BOOL SendNotifyMessageW(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
+    auto* const record = find_window(window);
+    if (record == nullptr) return FALSE;
+    if (is_own(*record)) {
+        call_own(*record, window, message, wparam, lparam);
+        return TRUE;
+    }
+    if (points_to_memory(message)) return fail_with(ERROR_MESSAGE_SYNC_ONLY);
+    auto* const queue = record->queue.load(std::memory_order_acquire);
+    return queue->send(sent_message(window, message, wparam, lparam), *record) ||
+                   fail_with(ERROR_INVALID_WINDOW_HANDLE)
+               ? TRUE
+               : FALSE;
+}
+
+BOOL InSendMessage() {
+    const auto* const queue = ThreadQueue::current_or_null();
+    return queue != nullptr && queue->m_answering > 0 ? TRUE : FALSE;
+}
+
+BOOL GetMessageW(MSG* message, HWND window, UINT first, UINT last) {
+    if (!is_window_filter(window)) {
+        SetLastError(ERROR_INVALID_WINDOW_HANDLE);
+        return -1;
+    }
+    auto& queue = ThreadQueue::current();
+    const MessageFilter filter{window, first, last};
+    for (;;) {
+        queue.answer_sent();
+        if (queue.take(*message, filter, true)) break;
+        queue.wait_for(ThreadQueue::posted | ThreadQueue::sent, queue.time_to_tick());
+    }
+    queue.m_message_time = static_cast<LONG>(message->time);
+    return message->message != WM_QUIT ? TRUE : FALSE;
+}
+
+BOOL PeekMessageW(MSG* message, HWND window, UINT first, UINT last, UINT remove) {
+    if (!is_window_filter(window)) return fail_with(ERROR_INVALID_WINDOW_HANDLE);
+    auto& queue = ThreadQueue::current();
+    queue.answer_sent();
+    if (!queue.take(*message, {window, first, last}, (remove & PM_REMOVE) != 0)) return FALSE;
+    queue.m_message_time = static_cast<LONG>(message->time);
+    return TRUE;
+}
+
+BOOL WaitMessage() {
+    auto& queue = ThreadQueue::current();
+    for (;;) {
+        queue.answer_sent();
+        const auto time = queue.time_to_tick();
+        if (!queue.wait_for(ThreadQueue::posted | ThreadQueue::sent, time) ||
+            queue.has_news(ThreadQueue::posted)) {
+            return TRUE;
+        }
+    }
+}
+
+BOOL TranslateMessage(const MSG* message) {
+    const bool is_key = message->message == WM_KEYDOWN || message->message == WM_KEYUP ||
+                        message->message == WM_SYSKEYDOWN || message->message == WM_SYSKEYUP;
+    return is_key ? TRUE : FALSE;
+}
+
+LRESULT DispatchMessageW(const MSG* message) {
+    auto& queue = ThreadQueue::current();
+    if (message->message == WM_TIMER && message->lParam != 0) {
+        // Never a procedure that anybody may have posted: only one of a timer that still runs.
+        auto* const procedure = reinterpret_cast<TIMERPROC>(message->lParam);
+        if (!queue.timers().owns(message->hwnd, message->wParam, procedure)) return 0;
+        procedure(message->hwnd, WM_TIMER, message->wParam, GetTickCount());
+        return 0;
+    }
+    if (message->hwnd == nullptr) return 0;
+    const auto* const record = find_window(message->hwnd);
+    if (record == nullptr || !is_own(*record)) return 0;
+    return call_own(*record, message->hwnd, message->message, message->wParam, message->lParam);
+}
+
+LONG GetMessageTime() {
+    const auto* const queue = ThreadQueue::current_or_null();
+    return queue != nullptr ? queue->m_message_time : 0;
+}
+
+DWORD GetTickCount() {
+    timespec time{};
+    clock_gettime(CLOCK_MONOTONIC_COARSE, &time);
+    return static_cast<DWORD>(static_cast<std::uint64_t>(time.tv_sec) * 1000 +
+                              static_cast<std::uint64_t>(time.tv_nsec) / 1000000);
+}

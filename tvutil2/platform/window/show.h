@@ -1,0 +1,36 @@
+// Showing, hiding and bringing to the front, as states of a window.
+#pragma once
+
+#include "tvutil2/platform/base/export.h"
+#include "tvutil2/platform/window/window_types.h"
+
+inline constexpr int SW_HIDE = 0;
+inline constexpr int SW_SHOWNORMAL = 1;
+inline constexpr int SW_SHOWMINIMIZED = 2;
+inline constexpr int SW_SHOWMAXIMIZED = 3;
+inline constexpr int SW_MAXIMIZE = 3;
+inline constexpr int SW_SHOWNOACTIVATE = 4;
+inline constexpr int SW_SHOW = 5;
+inline constexpr int SW_MINIMIZE = 6;
+inline constexpr int SW_SHOWMINNOACTIVE = 7;
+inline constexpr int SW_SHOWNA = 8;
+inline constexpr int SW_RESTORE = 9;
+inline constexpr int SW_SHOWDEFAULT = 10;
+
+/// Shows, hides, minimises, maximises or restores; non-zero when it was visible before. The window
+/// gets WM_SHOWWINDOW when that changes, and WM_SIZE when its form does.
+TVUTIL_API BOOL ShowWindow(HWND window, int command);
+/// Whether it and all its parents are shown.
+TVUTIL_API BOOL IsWindowVisible(HWND window);
+TVUTIL_API BOOL IsIconic(HWND window);
+TVUTIL_API BOOL IsZoomed(HWND window);
+/// Non-zero when it was disabled before. The window gets WM_ENABLE when that changes.
+TVUTIL_API BOOL EnableWindow(HWND window, BOOL enable);
+TVUTIL_API BOOL IsWindowEnabled(HWND window);
+
+/// Puts a window in front of its siblings.
+TVUTIL_API BOOL BringWindowToTop(HWND window);
+/// Makes a top-level window the one that the person works with; 0 for what is none.
+TVUTIL_API BOOL SetForegroundWindow(HWND window);
+/// The window of SetForegroundWindow; null when there is none or it has gone.
+TVUTIL_API HWND GetForegroundWindow();
