@@ -6,6 +6,7 @@
 #include <atomic>
 #include <chrono>
 #include <thread>
+#include <utility>
 
 #include "tests/support/threads.h"
 
@@ -108,6 +109,85 @@ TEST(Objects, WrongHandlesAndArgumentsAreRefused) {
     EXPECT_EQ(GetLastError(), ERROR_NOT_SUPPORTED);
     EXPECT_EQ(CreateMutexW(nullptr, FALSE, u"name"), nullptr);
     EXPECT_EQ(GetLastError(), ERROR_NOT_SUPPORTED);
+}
+
+TEST(Objects, ASemaphoreCountsUpToItsMaximum) {
+    for (const auto& [count, maximum] : {std::pair{-1, 1}, {2, 1}, {0, 0}, {0, -1}}) {
+        EXPECT_EQ(CreateSemaphoreW(nullptr, count, maximum, nullptr), nullptr);
+        EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
+    }
+    constexpr LONG kMost = 0x7FFFFFFF;
+    const Object counter(CreateSemaphoreW(nullptr, 1, kMost, nullptr));
+    EXPECT_EQ(wait(counter, 0), WAIT_OBJECT_0);
+    EXPECT_EQ(wait(counter, 0), WAIT_TIMEOUT);
+    LONG previous = -1;
+    EXPECT_TRUE(ReleaseSemaphore(counter, kMost - 1, &previous));
+    EXPECT_EQ(previous, 0);
+    EXPECT_FALSE(ReleaseSemaphore(counter, 2, &previous));
+    EXPECT_EQ(GetLastError(), ERROR_TOO_MANY_POSTS);
+    EXPECT_TRUE(ReleaseSemaphore(counter, 1, &previous));
+    EXPECT_EQ(previous, kMost - 1);
+    EXPECT_FALSE(ReleaseSemaphore(counter, 0, nullptr));
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
+    const Object event(auto_event());
+    EXPECT_FALSE(ReleaseSemaphore(event, 1, nullptr));
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
+
+    // Several waiters are let through by one release.
+    const Object gate(CreateSemaphoreW(nullptr, 0, 4, nullptr));
+    std::thread opener([&] { ReleaseSemaphore(gate, 4, nullptr); });
+    on_threads(4, [&](int /*i*/) { EXPECT_EQ(wait(gate), WAIT_OBJECT_0); });
+    opener.join();
+    EXPECT_EQ(wait(gate, 0), WAIT_TIMEOUT);
+}
+
+TEST(Objects, APulseLetsThroughWhoWaitsAndNobodyElse) {
+    for (const bool is_manual : {false, true}) {
+        const Object event(is_manual ? manual_event() : auto_event());
+        EXPECT_TRUE(PulseEvent(event));
+        EXPECT_EQ(wait(event, 0), WAIT_TIMEOUT);
+        std::atomic<int> passed = 0;
+        constexpr int kWaiters = 3;
+        std::thread pulser([&] {
+            // Pulsed until all are through: those who aren't waiting yet miss one.
+            while (passed < kWaiters) {
+                PulseEvent(event);
+                Sleep(0);
+            }
+        });
+        on_threads(kWaiters, [&](int /*i*/) {
+            EXPECT_EQ(wait(event), WAIT_OBJECT_0);
+            ++passed;
+        });
+        pulser.join();
+        EXPECT_EQ(wait(event, 0), WAIT_TIMEOUT);
+    }
+    const Object lock(mutex());
+    EXPECT_FALSE(PulseEvent(lock));
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
+}
+
+TEST(Objects, WhoWaitsOnAClosedHandleGoesOnWaiting) {
+    HANDLE lock = mutex();
+    const Object is_taken(auto_event());
+    const Object waits(auto_event());
+    std::thread owner([&] {
+        wait(lock);
+        SetEvent(is_taken);
+        wait(waits);
+        EXPECT_TRUE(CloseHandle(lock));
+        EXPECT_FALSE(ReleaseMutex(lock));
+        EXPECT_EQ(wait(lock, 0), WAIT_FAILED);
+    });
+    wait(is_taken);
+    const std::array<HANDLE, 2> both{is_taken, lock};
+    std::thread helper([&] {
+        Sleep(5);
+        SetEvent(waits);
+    });
+    EXPECT_EQ(wait_any(both), WAIT_ABANDONED_0 + 1);
+    owner.join();
+    helper.join();
 }
 
 TEST(Objects, AWaitEndsAtItsTimeAndNotBefore) {

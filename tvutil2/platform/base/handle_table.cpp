@@ -1,40 +1,22 @@
 #include "tvutil2/platform/base/handle_table.h"
 
+#include "tvutil2/platform/base/handle_slot.h"
+
 #include <pthread.h>
 
-#include <array>
-#include <atomic>
-#include <bit>
 #include <mutex>
-#include <new>
 #include <vector>
 
 namespace tvutil2::handle_table {
+
+constinit std::array<std::atomic<Slot*>, 17> g_chunks{};
+
 namespace {
 
-constexpr std::uint32_t kMaxHandles = std::uint32_t{1} << 24;
-constexpr std::uint32_t kFirstChunk = 256;
-
-// A cache line of its own, with its own lock: threads that work with different handles never meet.
-struct alignas(64) Slot {
-    std::mutex lock;
-    std::uint32_t generation = 1;
-    std::shared_ptr<HandleObject> object;
-};
-
-// Slots stand in chunks, each as large as all before it and one more of the first, so that they
-// never move and a look-up needs no lock to get at one.
-class Table {
+// Which rows are free. Looked at by those who open and close handles, never by a look-up.
+class FreeRows {
   public:
-    // Null for an index that no handle ever had.
-    Slot* slot(std::uint32_t index) {
-        if (index >= kMaxHandles) return nullptr;
-        const auto chunk = chunk_of(index);
-        auto* const first = m_chunks[chunk].load(std::memory_order_acquire);
-        return first == nullptr ? nullptr : first + (index - start_of(chunk));
-    }
-
-    // The index of a slot that nobody has; kMaxHandles when there is none.
+    // The index of a row that nobody has; kMaxHandles when there is none.
     std::uint32_t take() {
         const std::lock_guard guard(m_lock);
         if (!m_free.empty()) {
@@ -42,9 +24,11 @@ class Table {
             m_free.pop_back();
             return index;
         }
-        if (m_used == kMaxHandles) return kMaxHandles;
-        if (slot(m_used) == nullptr) add_chunk();
-        return m_used++;
+        const auto used = m_used.load();
+        if (used == kMaxHandles) return kMaxHandles;
+        if (slot_at(used) == nullptr) add_chunk(used);
+        m_used = used + 1;
+        return used;
     }
 
     void give_back(std::uint32_t index) {
@@ -52,119 +36,135 @@ class Table {
         m_free.push_back(index);
     }
 
-    // The slot's lock, which isn't had while a fork is under way.
-    std::unique_lock<std::mutex> locked(Slot& slot) {
-        for (;;) {
-            std::unique_lock guard(slot.lock);
-            if (!m_is_forking) return guard;
-            guard.unlock();
-            m_is_forking.wait(true);
-        }
-    }
-
-    // A fork while another thread is inside of a slot or of the table would leave the child with a
-    // lock that nobody opens. So the table is held, threads are kept out of the slots, and those
-    // inside are waited for. One that still comes to a slot turns round without touching anything
-    // but its lock, and in the child the locks begin anew.
-    void before_fork() {
-        m_lock.lock();
-        m_is_forking = true;
-        for_each_slot([](Slot& slot) { const std::lock_guard guard(slot.lock); });
-    }
-    void after_fork(bool in_child) {
-        if (in_child) for_each_slot([](Slot& slot) { new (&slot.lock) std::mutex; });
-        m_is_forking = false;
-        m_is_forking.notify_all();
-        m_lock.unlock();
-    }
+    // Rows in use up to now, free ones among them.
+    [[nodiscard]] std::uint32_t used() const { return m_used.load(); }
+    [[nodiscard]] std::mutex& lock() { return m_lock; }
 
   private:
-    static unsigned chunk_of(std::uint32_t index) {
-        return 31U - static_cast<unsigned>(std::countl_zero(index / kFirstChunk + 1));
-    }
-    static std::uint32_t start_of(unsigned chunk) { return kFirstChunk * ((1U << chunk) - 1); }
-
-    void add_chunk() {
-        const auto size = m_used + kFirstChunk;
-        m_free.reserve(m_used + size);  // so that give_back() can't fail
-        m_chunks[chunk_of(m_used)].store(new Slot[size], std::memory_order_release);
+    void add_chunk(std::uint32_t used) {
+        const auto size = used + kFirstChunk;
+        m_free.reserve(used + size);  // so that give_back() can't fail
+        g_chunks[chunk_of(used)].store(new Slot[size], std::memory_order_release);
     }
 
-    template <class Work>
-    void for_each_slot(const Work& work) {
-        for (std::uint32_t i = 0; i < m_used; ++i) work(*slot(i));
-    }
-
-    std::array<std::atomic<Slot*>, 17> m_chunks{};
-    std::atomic<bool> m_is_forking{false};
     std::mutex m_lock;
     std::vector<std::uint32_t> m_free;
-    std::uint32_t m_used = 0;
+    std::atomic<std::uint32_t> m_used = 0;
 };
 
 // Never destroyed: handles are closed by static objects of other modules after ours are gone.
-Table& table() {
-    static auto* const instance = new Table;
+FreeRows& rows() {
+    static auto* const instance = new FreeRows;
     return *instance;
 }
 
 // Registered as the library is loaded, and so run behind the locks of all that is registered later
 // and may ask for handles while it holds them.
-[[maybe_unused]] const int g_is_fork_safe =
-    pthread_atfork([] { table().before_fork(); }, [] { table().after_fork(false); },
-                   [] { table().after_fork(true); });
+[[maybe_unused]] const bool g_is_fork_safe = (guard_forks(), true);
 
-std::uintptr_t handle_value(std::uint32_t index, std::uint32_t generation) {
-    return (static_cast<std::uintptr_t>(generation) << 32) | (index << 2U);
+std::uintptr_t handle_value(std::uint32_t index, std::uint64_t generation) {
+    return static_cast<std::uintptr_t>(generation << 32) | (std::uintptr_t{index} << 2U);
 }
 
-std::uint32_t index_of(std::uintptr_t handle) {
-    return static_cast<std::uint32_t>(handle) >> 2U;
+std::uint32_t index_of(const Slot& slot) {
+    for (unsigned chunk = 0;; ++chunk) {
+        const auto* const first = g_chunks[chunk].load(std::memory_order_relaxed);
+        const auto size = kFirstChunk << chunk;
+        if (!std::less<>()(&slot, first) && std::less<>()(&slot, first + size)) {
+            return start_of(chunk) + static_cast<std::uint32_t>(&slot - first);
+        }
+    }
 }
 
-// The slot that a handle points at, be it live or not.
-Slot* slot_of(std::uintptr_t handle) {
-    return (handle & 3U) != 0 ? nullptr : table().slot(index_of(handle));
+bool add_pin(Slot& slot, std::uint64_t generation, bool or_closed) {
+    auto share = slot.share.load(std::memory_order_relaxed);
+    do {
+        const bool is_closed = (share & Slot::kClosed) != 0;
+        const bool is_free = static_cast<std::uint32_t>(share) == Slot::kClosed;
+        if (share >> 32 != generation || is_free || (is_closed && !or_closed)) return false;
+    } while (!slot.share.compare_exchange_weak(share, share + 1, std::memory_order_acquire,
+                                               std::memory_order_relaxed));
+    return true;
 }
 
-// With the slot's lock held.
-bool is_live(const Slot& slot, std::uintptr_t handle) {
-    return slot.object && slot.generation == handle >> 32U;
+// The row is closed and nobody pins it any more.
+void free_row(Slot& slot, std::uint64_t generation) {
+    const auto object = std::move(slot.object);  // destroyed at the very end
+    slot.quick.store(0, std::memory_order_relaxed);
+    const auto next = generation == 0xFFFFFFFF ? 1 : generation + 1;
+    slot.share.store(next << 32 | Slot::kClosed, std::memory_order_release);
+    rows().give_back(index_of(slot));
 }
 
 }  // namespace
 
+Pin::Pin(std::uintptr_t handle, bool or_closed) {
+    auto* const slot = slot_of(handle);
+    if (slot != nullptr && add_pin(*slot, generation_of(handle), or_closed)) m_slot = slot;
+}
+
+HandleObject* Pin::object() const {
+    return m_slot->object.get();
+}
+
+const std::shared_ptr<HandleObject>& Pin::shared() const {
+    return m_slot->object;
+}
+
+void Pin::release() {
+    if (m_slot == nullptr) return;
+    const auto share = m_slot->share.fetch_sub(1, std::memory_order_acq_rel);
+    if (static_cast<std::uint32_t>(share) == (Slot::kClosed | 1)) free_row(*m_slot, share >> 32);
+    m_slot = nullptr;
+}
+
 std::uintptr_t insert(std::shared_ptr<HandleObject> object) {
-    const auto index = table().take();
+    const auto index = rows().take();
     if (index == kMaxHandles) {
         SetLastError(ERROR_TOO_MANY_OPEN_FILES);
         return 0;
     }
-    auto& slot = *table().slot(index);
-    const auto guard = table().locked(slot);
+    auto& slot = *slot_at(index);
+    const auto generation = slot.share.load(std::memory_order_relaxed) >> 32;
+    const auto handle = handle_value(index, generation);
     slot.object = std::move(object);
-    return handle_value(index, slot.generation);
+    slot.object->on_inserted(slot, handle);
+    slot.share.store(generation << 32, std::memory_order_release);
+    return handle;
 }
 
 std::shared_ptr<HandleObject> find(std::uintptr_t handle) {
-    auto* const slot = slot_of(handle);
-    if (slot == nullptr) return nullptr;
-    const auto guard = table().locked(*slot);
-    return is_live(*slot, handle) ? slot->object : nullptr;
+    const Pin pin(handle);
+    return pin ? pin.shared() : nullptr;
 }
 
 std::shared_ptr<HandleObject> remove(std::uintptr_t handle, HandleKind kind) {
-    auto* const slot = slot_of(handle);
-    if (slot == nullptr) return nullptr;
-    std::shared_ptr<HandleObject> object;
-    {
-        const auto guard = table().locked(*slot);
-        if (!is_live(*slot, handle) || slot->object->kind() != kind) return nullptr;
-        object.swap(slot->object);
-        slot->generation = slot->generation == 0xFFFFFFFFU ? 1 : slot->generation + 1;
+    const Pin pin(handle);
+    if (!pin || pin.object()->kind() != kind) return nullptr;
+    // Of several who close it at once, one finds it open.
+    if ((pin.m_slot->share.fetch_or(Slot::kClosed) & Slot::kClosed) != 0) return nullptr;
+    pin.m_slot->quick.fetch_or(Slot::kQueued | Slot::kGone);
+    return pin.shared();
+}
+
+void visit_live(const std::function<void(HandleObject&)>& visit) {
+    for (std::uint32_t i = 0, end = rows().used(); i < end; ++i) {
+        auto& slot = *slot_at(i);
+        const auto share = slot.share.load(std::memory_order_acquire);
+        if (!add_pin(slot, share >> 32, false)) continue;
+        Pin pin;
+        pin.m_slot = &slot;
+        visit(*pin.object());
     }
-    table().give_back(index_of(handle));
-    return object;
+}
+
+// A fork while another thread opens or closes a handle would leave the child with a lock that
+// nobody opens. A look-up holds none. What another thread had pinned stays pinned in the child: its
+// handle can be closed there, its memory isn't freed.
+void guard_forks() {
+    [[maybe_unused]] static const int registered =
+        pthread_atfork([] { rows().lock().lock(); }, [] { rows().lock().unlock(); },
+                       [] { rows().lock().unlock(); });
 }
 
 }  // namespace tvutil2::handle_table
@@ -175,10 +175,9 @@ BOOL CloseHandle(HANDLE handle) {
         return kind == HandleKind::search || kind == HandleKind::key || kind == HandleKind::module;
     };
     const auto value = reinterpret_cast<std::uintptr_t>(handle);
-    const auto object = tvutil2::handle_table::find(value);
-    if (object && !has_own_close(object->kind()) &&
-        tvutil2::handle_table::remove(value, object->kind())) {
-        return TRUE;
+    std::shared_ptr<tvutil2::HandleObject> closed;  // destroyed behind the pin
+    if (const tvutil2::handle_table::Pin pin(value); pin && !has_own_close(pin.object()->kind())) {
+        closed = tvutil2::handle_table::remove(value, pin.object()->kind());
     }
-    return tvutil2::fail_with(ERROR_INVALID_HANDLE);
+    return closed || tvutil2::fail_with(ERROR_INVALID_HANDLE) ? TRUE : FALSE;
 }

@@ -1,18 +1,36 @@
 // One table for every handle that the ground floor gives out.
 //
 // A handle is an index and a generation, so that a closed, foreign or invented handle is told from
-// a live one and never leads to freed memory. A look-up shares ownership: an object that another
-// thread closes in the middle of a call lives until that call is done.
+// a live one and never leads to freed memory. A look-up takes no lock and pins the object: one that
+// another thread closes in the middle of a call lives until that call is done.
 #pragma once
 
 #include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/base/types.h"
 
+#include <functional>
 #include <memory>
+#include <utility>
 
 namespace tvutil2 {
 
-enum class HandleKind : std::uint8_t { file, search, key, event, mutex, process, thread, module };
+enum class HandleKind : std::uint8_t {
+    file,
+    search,
+    key,
+    event,
+    mutex,
+    semaphore,
+    process,
+    thread,
+    module,
+    mapping
+};
+
+namespace handle_table {
+struct Slot;
+}
+class WaitableObject;
 
 /// Base of everything that a handle can stand for.
 class HandleObject {
@@ -23,6 +41,10 @@ class HandleObject {
     HandleObject& operator=(const HandleObject&) = delete;
 
     [[nodiscard]] HandleKind kind() const { return m_kind; }
+    /// This object, if it can be waited for.
+    [[nodiscard]] virtual WaitableObject* waitable() { return nullptr; }
+    /// The object is about to get a handle that stands in that row.
+    virtual void on_inserted(handle_table::Slot& /*slot*/, std::uintptr_t /*handle*/) {}
 
   private:
     HandleKind m_kind;
@@ -34,12 +56,52 @@ namespace handle_table {
 /// key and never INVALID_HANDLE_VALUE. 0 with ERROR_TOO_MANY_OPEN_FILES when the table is full.
 [[nodiscard]] std::uintptr_t insert(std::shared_ptr<HandleObject> object);
 
-/// The object, or null for a handle that is closed or never was. The last error stays.
+/// A share of the object for those who keep it; null for a handle that is closed or never was. The
+/// last error stays.
 [[nodiscard]] std::shared_ptr<HandleObject> find(std::uintptr_t handle);
 
-/// Takes the object out of the table if it is of that kind; null otherwise. The caller holds the
-/// last reference of the table, so the object's destructor runs outside the table's lock.
+/// Takes the object out of the table if it is of that kind; null otherwise. The object's destructor
+/// runs outside the table's lock, once nobody pins it.
 [[nodiscard]] std::shared_ptr<HandleObject> remove(std::uintptr_t handle, HandleKind kind);
+
+/// What is looked up for a moment: keeps an object from being destroyed for as long as the pin
+/// lives, and costs one atomic operation at either end.
+class Pin {
+  public:
+    Pin() = default;
+    /// Empty for a handle that is closed or never was. `or_closed` also takes a closed handle's
+    /// object that others still pin.
+    explicit Pin(std::uintptr_t handle, bool or_closed = false);
+    ~Pin() { release(); }
+    Pin(Pin&& other) noexcept : m_slot(std::exchange(other.m_slot, nullptr)) {}
+    Pin& operator=(Pin&& other) noexcept {
+        if (this != &other) {
+            release();
+            m_slot = std::exchange(other.m_slot, nullptr);
+        }
+        return *this;
+    }
+    Pin(const Pin&) = delete;
+    Pin& operator=(const Pin&) = delete;
+
+    explicit operator bool() const { return m_slot != nullptr; }
+    [[nodiscard]] HandleObject* object() const;
+    [[nodiscard]] const std::shared_ptr<HandleObject>& shared() const;
+
+  private:
+    friend void visit_live(const std::function<void(HandleObject&)>& visit);
+    friend std::shared_ptr<HandleObject> remove(std::uintptr_t handle, HandleKind kind);
+    void release();
+
+    Slot* m_slot = nullptr;
+};
+
+/// Visits every object that has a handle, in no order.
+void visit_live(const std::function<void(HandleObject&)>& visit);
+
+/// Keeps forks and the table apart; registered at the library's load or the first call, whichever
+/// is sooner. Who registers a handler that works with handles calls this before it.
+void guard_forks();
 
 }  // namespace handle_table
 
@@ -61,6 +123,31 @@ template <class T, class Handle>
     return nullptr;
 }
 
+/// A pinned T.
+template <class T>
+class Pinned {
+  public:
+    Pinned() = default;
+    explicit Pinned(handle_table::Pin pin)
+        : m_pin(std::move(pin)), m_object(static_cast<T*>(m_pin.object())) {}
+    explicit operator bool() const { return m_object != nullptr; }
+    T* operator->() const { return m_object; }
+    T& operator*() const { return *m_object; }
+
+  private:
+    handle_table::Pin m_pin;
+    T* m_object = nullptr;
+};
+
+/// As object_of, for a use that is over soon.
+template <class T, class Handle>
+[[nodiscard]] Pinned<T> pin_object(Handle handle) {
+    handle_table::Pin pin(reinterpret_cast<std::uintptr_t>(handle));
+    if (pin && pin.object()->kind() == T::kHandleKind) return Pinned<T>(std::move(pin));
+    SetLastError(ERROR_INVALID_HANDLE);
+    return {};
+}
+
 /// Closes a handle if it stands for a T. False with ERROR_INVALID_HANDLE otherwise.
 template <class T, class Handle>
 bool close_handle_of(Handle handle) {
@@ -70,7 +157,7 @@ bool close_handle_of(Handle handle) {
 
 }  // namespace tvutil2
 
-/// Closes a file, event, mutex, process or thread. Searches are closed with FindClose, keys with
-/// RegCloseKey and modules with FreeLibrary; here they give 0 and ERROR_INVALID_HANDLE, as any
-/// other stranger does.
+/// Closes a file, event, mutex, semaphore, mapping, process or thread. Searches are closed with
+/// FindClose, keys with RegCloseKey and modules with FreeLibrary; here they give 0 and
+/// ERROR_INVALID_HANDLE, as any other stranger does.
 TVUTIL_API BOOL CloseHandle(HANDLE handle);

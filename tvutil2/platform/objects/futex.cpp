@@ -1,6 +1,7 @@
 #include "tvutil2/platform/objects/futex.h"
 
 #include <linux/futex.h>
+#include <sched.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -31,6 +32,10 @@ bool futex_wait(const std::atomic<DWORD>& word, DWORD expected, const Deadline& 
 
 void futex_wake(const std::atomic<DWORD>* word, int count) {
     syscall(SYS_futex, word, FUTEX_WAKE_PRIVATE, count, nullptr, nullptr, 0);
+}
+
+void give_way() {
+    sched_yield();
 }
 
 }  // namespace tvutil2

@@ -28,4 +28,7 @@ bool futex_wait(const std::atomic<DWORD>& word, DWORD expected, const Deadline& 
 /// and whoever sleeps at that address finds that nothing has changed.
 void futex_wake(const std::atomic<DWORD>* word, int count);
 
+/// Lets other threads run.
+void give_way();
+
 }  // namespace tvutil2

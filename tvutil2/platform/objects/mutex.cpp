@@ -1,96 +1,80 @@
 #include "tvutil2/platform/objects/mutex.h"
 
 #include "tvutil2/platform/objects/objects.h"
-
-#include <pthread.h>
-
-#include <algorithm>
+#include "tvutil2/platform/objects/quick.h"
 
 namespace tvutil2 {
-namespace {
 
-// Plain, so that it can be looked at however late in the life of its thread.
-[[gnu::tls_model("initial-exec")]] thread_local constinit OwnedMutexes* g_current = nullptr;
-
-void end_thread(void* owned) {
-    delete static_cast<OwnedMutexes*>(owned);
-    g_current = nullptr;
+void Mutex::on_inserted(handle_table::Slot& slot, std::uintptr_t handle) {
+    m_handle = handle;
+    slot.depth.store(1, std::memory_order_relaxed);
+    const DWORD owner = m_first_owner == nullptr ? 0 : m_first_owner->number();
+    if (owner != 0) m_first_owner->add(handle);
+    attach(slot, quick::new_word(handle, quick::Kind::mutex, owner));
 }
 
-// A key's destructor runs behind those of all thread-local objects, so that what they still lock
-// and unlock is part of the thread's life.
-pthread_key_t thread_end_key() {
-    static const pthread_key_t key = [] {
-        pthread_key_t made{};
-        pthread_key_create(&made, end_thread);
-        return made;
-    }();
-    return key;
+DWORD Mutex::owner() const {
+    return static_cast<DWORD>(word() & quick::kValue);
 }
-
-}  // namespace
-
-OwnedMutexes& OwnedMutexes::current() {
-    if (g_current == nullptr) {
-        g_current = new OwnedMutexes;
-        pthread_setspecific(thread_end_key(), g_current);
-    }
-    return *g_current;
-}
-
-OwnedMutexes::~OwnedMutexes() {
-    for (const auto& mutex : m_mutexes) mutex->abandon();
-}
-
-void OwnedMutexes::remove(const Mutex* mutex) {
-    // The last one taken is as a rule the first one given back.
-    const auto found = std::find_if(m_mutexes.rbegin(), m_mutexes.rend(),
-                                    [mutex](const auto& owned) { return owned.get() == mutex; });
-    if (found != m_mutexes.rend()) m_mutexes.erase(std::next(found).base());
-}
-
-Mutex::Mutex(OwnedMutexes* owner)
-    : WaitableObject(kHandleKind), m_owner(owner), m_times_owned(owner == nullptr ? 0 : 1) {}
 
 bool Mutex::release() {
-    auto& thread = OwnedMutexes::current();
+    auto& thread = ThreadRecord::current();
     {
         WakeList woken;
-        const std::lock_guard guard(lock());
-        if (m_owner != &thread) return false;
-        if (--m_times_owned > 0) return true;
-        m_owner = nullptr;
+        const Locked guard(*this);
+        if (owner() != thread.number()) return false;
+        const auto depth = slot().depth.load(std::memory_order_relaxed);
+        if (depth > 1) {
+            slot().depth.store(depth - 1, std::memory_order_relaxed);
+            return true;
+        }
+        word().fetch_and(~quick::kValue);
         offer(woken);
     }
-    thread.remove(this);
+    thread.remove(m_handle);
     return true;
 }
 
-void Mutex::abandon() {
+void Mutex::abandon(std::uintptr_t handle, const ThreadRecord& owner) {
+    // Also where the handle is closed: somebody may wait still.
+    const handle_table::Pin pin(handle, true);
+    if (!pin) return;
+    auto& mutex = static_cast<Mutex&>(*pin.object());
     WakeList woken;
-    const std::lock_guard guard(lock());
-    m_owner = nullptr;
-    m_times_owned = 0;
-    m_is_abandoned = true;
-    offer(woken);
+    const Locked guard(mutex);
+    if (mutex.owner() != owner.number()) return;
+    mutex.word().fetch_or(quick::kAbandoned);
+    mutex.word().fetch_and(~quick::kValue);
+    mutex.offer(woken);
 }
 
-void Mutex::on_taken(const std::shared_ptr<WaitableObject>& self, OwnedMutexes& thread) {
-    if (m_times_owned == 1) thread.add(std::static_pointer_cast<Mutex>(self));
-}
-
-bool Mutex::is_available(const OwnedMutexes& thread) const {
-    return m_owner == nullptr || m_owner == &thread;
+bool Mutex::is_available(const ThreadRecord& thread) const {
+    return owner() == 0 || owner() == thread.number();
 }
 
 DWORD Mutex::outcome() const {
-    return m_is_abandoned ? WAIT_ABANDONED_0 : WAIT_OBJECT_0;
+    return (word() & quick::kAbandoned) != 0 ? WAIT_ABANDONED_0 : WAIT_OBJECT_0;
 }
 
-void Mutex::take(OwnedMutexes& thread) {
-    m_owner = &thread;
-    ++m_times_owned;
-    m_is_abandoned = false;
+void Mutex::take(ThreadRecord& thread) {
+    if (owner() == thread.number()) {
+        slot().depth.fetch_add(1, std::memory_order_relaxed);
+        return;
+    }
+    slot().depth.store(1, std::memory_order_relaxed);
+    word().fetch_and(~quick::kAbandoned);
+    word().fetch_or(thread.number());
+}
+
+void Mutex::on_taken(ThreadRecord& thread) {
+    if (slot().depth.load(std::memory_order_relaxed) == 1) thread.add(m_handle);
+}
+
+// The other threads don't exist in the child.
+void Mutex::after_fork(const ThreadRecord& thread) {
+    if (is_available(thread)) return;
+    word().fetch_or(quick::kAbandoned);
+    word().fetch_and(~quick::kValue);
 }
 
 }  // namespace tvutil2

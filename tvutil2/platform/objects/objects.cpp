@@ -2,6 +2,9 @@
 
 #include "tvutil2/platform/objects/event.h"
 #include "tvutil2/platform/objects/mutex.h"
+#include "tvutil2/platform/objects/quick.h"
+#include "tvutil2/platform/objects/semaphore.h"
+#include "tvutil2/platform/objects/wait.h"
 
 #include <algorithm>
 #include <functional>
@@ -9,14 +12,22 @@
 using tvutil2::Event;
 using tvutil2::fail_with;
 using tvutil2::Mutex;
-using tvutil2::object_of;
-using tvutil2::OwnedMutexes;
+using tvutil2::pin_object;
+using tvutil2::Semaphore;
+using tvutil2::ThreadRecord;
 using tvutil2::WaitableObject;
+using tvutil2::handle_table::Pin;
+using tvutil2::quick::Result;
 
 namespace {
 
 bool has_name(const char16_t* name) {
     return name != nullptr && *name != 0;
+}
+
+HANDLE refuse(DWORD error) {
+    SetLastError(error);
+    return nullptr;
 }
 
 HANDLE enter(std::shared_ptr<WaitableObject> object) {
@@ -25,14 +36,15 @@ HANDLE enter(std::shared_ptr<WaitableObject> object) {
     return handle;
 }
 
-// Null with ERROR_INVALID_HANDLE for what can't be waited for.
-std::shared_ptr<WaitableObject> waitable(HANDLE handle) {
-    auto object = tvutil2::handle_table::find(reinterpret_cast<std::uintptr_t>(handle));
-    if (object && WaitableObject::is_kind(object->kind())) {
-        return std::static_pointer_cast<WaitableObject>(std::move(object));
-    }
-    SetLastError(ERROR_INVALID_HANDLE);
-    return nullptr;
+std::uintptr_t value_of(HANDLE handle) {
+    return reinterpret_cast<std::uintptr_t>(handle);
+}
+
+// The object behind a pin, if it can be waited for; null with ERROR_INVALID_HANDLE.
+WaitableObject* waitable(const Pin& pin) {
+    auto* const object = pin ? pin.object()->waitable() : nullptr;
+    if (object == nullptr) SetLastError(ERROR_INVALID_HANDLE);
+    return object;
 }
 
 bool has_duplicates(std::span<const HANDLE> handles) {
@@ -42,65 +54,129 @@ bool has_duplicates(std::span<const HANDLE> handles) {
     return std::adjacent_find(sorted.begin(), end) != end;
 }
 
+// A wait for one object that is decided by its quick word.
+bool is_decided(HANDLE object, DWORD milliseconds, bool is_alertable, DWORD& result) {
+    bool is_abandoned = false;
+    switch (tvutil2::quick::take(value_of(object), ThreadRecord::current(), is_abandoned)) {
+        case Result::done:
+            result = is_abandoned ? WAIT_ABANDONED : WAIT_OBJECT_0;
+            return true;
+        case Result::refused:
+            result = WAIT_TIMEOUT;
+            return milliseconds == 0 && !is_alertable;
+        default:
+            return false;
+    }
+}
+
 }  // namespace
 
 HANDLE CreateEventW(SECURITY_ATTRIBUTES* /*attributes*/, BOOL manual_reset, BOOL initial_state,
                     const char16_t* name) {
-    if (has_name(name)) {
-        SetLastError(ERROR_NOT_SUPPORTED);
-        return nullptr;
-    }
+    if (has_name(name)) return refuse(ERROR_NOT_SUPPORTED);
     return enter(std::make_shared<Event>(manual_reset != 0, initial_state != 0));
 }
 
 BOOL SetEvent(HANDLE event) {
-    const auto object = object_of<Event>(event);
+    if (tvutil2::quick::signal(value_of(event), true) == Result::done) return TRUE;
+    const auto object = pin_object<Event>(event);
     if (!object) return FALSE;
     object->set();
     return TRUE;
 }
 
 BOOL ResetEvent(HANDLE event) {
-    const auto object = object_of<Event>(event);
+    if (tvutil2::quick::signal(value_of(event), false) == Result::done) return TRUE;
+    const auto object = pin_object<Event>(event);
     if (!object) return FALSE;
     object->reset();
     return TRUE;
 }
 
+BOOL PulseEvent(HANDLE event) {
+    const auto object = pin_object<Event>(event);
+    if (!object) return FALSE;
+    object->pulse();
+    return TRUE;
+}
+
 HANDLE CreateMutexW(SECURITY_ATTRIBUTES* /*attributes*/, BOOL initial_owner, const char16_t* name) {
-    if (has_name(name)) {
-        SetLastError(ERROR_NOT_SUPPORTED);
-        return nullptr;
-    }
-    auto* const owner = initial_owner != 0 ? &OwnedMutexes::current() : nullptr;
-    auto mutex = std::make_shared<Mutex>(owner);
-    auto* const handle = enter(mutex);
-    if (handle != nullptr && owner != nullptr) owner->add(std::move(mutex));
-    return handle;
+    if (has_name(name)) return refuse(ERROR_NOT_SUPPORTED);
+    auto* const owner = initial_owner != 0 ? &ThreadRecord::current() : nullptr;
+    return enter(std::make_shared<Mutex>(owner));
 }
 
 BOOL ReleaseMutex(HANDLE mutex) {
-    const auto object = object_of<Mutex>(mutex);
+    switch (tvutil2::quick::release(value_of(mutex), ThreadRecord::current())) {
+        case Result::done:
+            return TRUE;
+        case Result::refused:
+            return fail_with(ERROR_NOT_OWNER);
+        default:
+            const auto object = pin_object<Mutex>(mutex);
+            if (!object) return FALSE;
+            return object->release() || fail_with(ERROR_NOT_OWNER) ? TRUE : FALSE;
+    }
+}
+
+HANDLE CreateSemaphoreW(SECURITY_ATTRIBUTES* /*attributes*/, LONG initial_count, LONG maximum_count,
+                        const char16_t* name) {
+    if (initial_count < 0 || maximum_count <= 0 || initial_count > maximum_count) {
+        return refuse(ERROR_INVALID_PARAMETER);
+    }
+    if (has_name(name)) return refuse(ERROR_NOT_SUPPORTED);
+    return enter(std::make_shared<Semaphore>(initial_count, maximum_count));
+}
+
+BOOL ReleaseSemaphore(HANDLE semaphore, LONG count, LONG* previous) {
+    const auto object = pin_object<Semaphore>(semaphore);
     if (!object) return FALSE;
-    return object->release() || fail_with(ERROR_NOT_OWNER) ? TRUE : FALSE;
+    if (count <= 0) return fail_with(ERROR_INVALID_PARAMETER);
+    return object->release(count, previous) || fail_with(ERROR_TOO_MANY_POSTS) ? TRUE : FALSE;
 }
 
 DWORD WaitForSingleObject(HANDLE object, DWORD milliseconds) {
-    const auto found = waitable(object);
-    return found ? tvutil2::wait_for(found, milliseconds) : WAIT_FAILED;
+    return WaitForSingleObjectEx(object, milliseconds, FALSE);
+}
+
+DWORD WaitForSingleObjectEx(HANDLE object, DWORD milliseconds, BOOL alertable) {
+    DWORD result = WAIT_FAILED;
+    if (is_decided(object, milliseconds, alertable != 0, result)) return result;
+    const Pin pin(value_of(object));
+    auto* const found = waitable(pin);
+    if (found == nullptr) return WAIT_FAILED;
+    return tvutil2::wait_for({&found, 1}, false, milliseconds, alertable != 0);
 }
 
 DWORD WaitForMultipleObjects(DWORD count, const HANDLE* objects, BOOL wait_all,
                              DWORD milliseconds) {
+    return WaitForMultipleObjectsEx(count, objects, wait_all, milliseconds, FALSE);
+}
+
+DWORD WaitForMultipleObjectsEx(DWORD count, const HANDLE* objects, BOOL wait_all,
+                               DWORD milliseconds, BOOL alertable) {
     if (count == 0 || count > MAXIMUM_WAIT_OBJECTS || objects == nullptr ||
         has_duplicates({objects, count})) {
         SetLastError(ERROR_INVALID_PARAMETER);
         return WAIT_FAILED;
     }
-    std::array<std::shared_ptr<WaitableObject>, MAXIMUM_WAIT_OBJECTS> found;
+    std::array<Pin, MAXIMUM_WAIT_OBJECTS> pins;
+    std::array<WaitableObject*, MAXIMUM_WAIT_OBJECTS> found;
     for (DWORD i = 0; i < count; ++i) {
-        found[i] = waitable(objects[i]);
-        if (!found[i]) return WAIT_FAILED;
+        pins[i] = Pin(value_of(objects[i]));
+        found[i] = waitable(pins[i]);
+        if (found[i] == nullptr) return WAIT_FAILED;
     }
-    return tvutil2::wait_for({found.data(), count}, wait_all != 0, milliseconds);
+    return tvutil2::wait_for({found.data(), count}, wait_all != 0, milliseconds, alertable != 0);
+}
+
+void Sleep(DWORD milliseconds) {
+    SleepEx(milliseconds, FALSE);
+}
+
+DWORD SleepEx(DWORD milliseconds, BOOL alertable) {
+    const auto result = tvutil2::wait_for({}, false, milliseconds, alertable != 0);
+    if (result == WAIT_IO_COMPLETION) return result;
+    if (milliseconds == 0) tvutil2::give_way();
+    return 0;
 }

@@ -1,12 +1,47 @@
 #include "tvutil2/platform/objects/waitable.h"
 
-#include "tvutil2/platform/objects/mutex.h"
-#include "tvutil2/platform/objects/objects.h"
+#include "tvutil2/platform/objects/apc.h"
 
-#include <algorithm>
-#include <functional>
+#include <pthread.h>
+
+#include <new>
 
 namespace tvutil2 {
+namespace {
+
+std::atomic<bool> g_is_forking{false};
+
+}  // namespace
+
+WaitableObject::WaitableObject(HandleKind kind) : HandleObject(kind) {
+    guard_forks();
+}
+
+void WaitableObject::attach(handle_table::Slot& slot, std::uint64_t word) {
+    m_slot = &slot;
+    slot.quick.store(word, std::memory_order_release);
+}
+
+void WaitableObject::lock(bool is_first) {
+    m_lock.lock();
+    while (is_first && g_is_forking) {
+        m_lock.unlock();
+        g_is_forking.wait(true);
+        m_lock.lock();
+    }
+    if (m_slot != nullptr) word().fetch_or(handle_table::Slot::kQueued);
+}
+
+void WaitableObject::unlock() {
+    using handle_table::Slot;
+    if (m_slot != nullptr && m_first == nullptr) {
+        auto state = word().load();
+        while ((state & Slot::kGone) == 0 &&
+               !word().compare_exchange_weak(state, state & ~Slot::kQueued)) {
+        }
+    }
+    m_lock.unlock();
+}
 
 void WaitableObject::offer(WakeList& woken) {
     for (auto* entry = m_first; entry != nullptr;) {
@@ -41,130 +76,46 @@ void WaitableObject::unlink(WaitEntry& entry) {
     entry.is_linked = false;
 }
 
-// One call's wait. Its entries, one for each object, are in the objects' queues only while run()
-// runs.
-class Wait {
-  public:
-    Wait(std::span<const std::shared_ptr<WaitableObject>> objects, std::span<WaitEntry> entries,
-         bool wants_all)
-        : m_objects(objects),
-          m_entries(entries),
-          m_thread(OwnedMutexes::current()),
-          m_waiter{&m_thread, wants_all, Waiter::kWaiting} {
-        m_thread.make_room(objects.size());
-    }
-
-    DWORD run(DWORD milliseconds) {
-        return m_waiter.wants_all ? run_all(milliseconds) : run_any(milliseconds);
-    }
-
-  private:
-    DWORD run_any(DWORD milliseconds) {
-        const auto entered = enter_queues(milliseconds != 0);
-        if (is_waiting() && milliseconds != 0) {
-            const Deadline deadline(milliseconds);
-            while (is_waiting() && sleep(deadline)) {
-            }
-        }
-        m_waiter.settle(WAIT_TIMEOUT);
-        const auto result = m_waiter.outcome.load();
-        for (std::size_t i = 0; i < entered; ++i) {
-            const auto& object = m_objects[i];
-            const std::lock_guard guard(object->lock());
-            object->unlink(m_entries[i]);
-            if (result != WAIT_TIMEOUT && i == result % WAIT_ABANDONED_0) {
-                object->on_taken(object, m_thread);
-            }
-        }
-        return result;
-    }
-
-    // Takes the first available object; else queues at each, if it may wait. How many it has
-    // queued at.
-    std::size_t enter_queues(bool may_wait) {
-        std::size_t i = 0;
-        for (; i < m_objects.size() && is_waiting(); ++i) {
-            const auto& object = m_objects[i];
-            const std::lock_guard guard(object->lock());
-            if (object->is_available(m_thread)) {
-                if (m_waiter.settle(object->outcome() + static_cast<DWORD>(i))) {
-                    object->take(m_thread);
-                    object->on_taken(object, m_thread);
-                }
-                return i;
-            }
-            if (may_wait) link(i);
-        }
-        return i;
-    }
-
-    DWORD run_all(DWORD milliseconds) {
-        // All who lock several objects do so in one order, so that they can't block each other.
-        std::array<WaitableObject*, MAXIMUM_WAIT_OBJECTS> storage;
-        const std::span in_order(storage.data(), m_objects.size());
-        for (std::size_t i = 0; i < m_objects.size(); ++i) in_order[i] = m_objects[i].get();
-        std::sort(in_order.begin(), in_order.end(), std::less<>());
-        const Deadline deadline(milliseconds);
-        for (bool is_over = milliseconds == 0;;) {
-            for (auto* object : in_order) object->lock().lock();
-            const bool is_ready =
-                std::all_of(m_objects.begin(), m_objects.end(),
-                            [this](const auto& object) { return object->is_available(m_thread); });
-            if (is_ready || is_over) return leave_all(is_ready);
-            m_waiter.outcome.store(Waiter::kWaiting);
-            for (std::size_t i = 0; i < m_objects.size(); ++i) {
-                if (!m_entries[i].is_linked) link(i);
-            }
-            for (auto* object : in_order) object->lock().unlock();
-            // One more look after the deadline: what became ready just then isn't missed.
-            while (is_waiting() && !is_over) is_over = !sleep(deadline);
-        }
-    }
-
-    // Ends a wait for all with every lock held: takes all, if they are ready, and unlocks.
-    DWORD leave_all(bool is_ready) {
-        DWORD result = is_ready ? WAIT_OBJECT_0 : WAIT_TIMEOUT;
-        for (std::size_t i = 0; i < m_objects.size(); ++i) {
-            const auto& object = m_objects[i];
-            object->unlink(m_entries[i]);
-            if (!is_ready) continue;
-            if (object->outcome() == WAIT_ABANDONED_0 && result == WAIT_OBJECT_0) {
-                result = WAIT_ABANDONED_0 + static_cast<DWORD>(i);
-            }
-            object->take(m_thread);
-            object->on_taken(object, m_thread);
-        }
-        for (const auto& object : m_objects) object->lock().unlock();
-        return result;
-    }
-
-    void link(std::size_t i) {
-        m_entries[i].waiter = &m_waiter;
-        m_entries[i].index = static_cast<DWORD>(i);
-        m_objects[i]->link(m_entries[i]);
-    }
-
-    [[nodiscard]] bool is_waiting() const { return m_waiter.outcome.load() == Waiter::kWaiting; }
-    // False when the deadline has passed.
-    bool sleep(const Deadline& deadline) {
-        return futex_wait(m_waiter.outcome, Waiter::kWaiting, deadline);
-    }
-
-    std::span<const std::shared_ptr<WaitableObject>> m_objects;
-    std::span<WaitEntry> m_entries;
-    OwnedMutexes& m_thread;
-    Waiter m_waiter;
-};
-
-DWORD wait_for(const std::shared_ptr<WaitableObject>& object, DWORD milliseconds) {
-    WaitEntry entry;
-    return Wait({&object, 1}, {&entry, 1}, false).run(milliseconds);
+void WaitableObject::forget_other_threads(const ThreadRecord& thread) {
+    // One that still came to the lock turned round without touching anything else.
+    new (&m_lock) std::mutex;
+    lock(false);
+    m_first = m_last = nullptr;
+    after_fork(thread);
+    unlock();
 }
 
-DWORD wait_for(std::span<const std::shared_ptr<WaitableObject>> objects, bool wants_all,
-               DWORD milliseconds) {
-    std::array<WaitEntry, MAXIMUM_WAIT_OBJECTS> entries;
-    return Wait(objects, entries, wants_all).run(milliseconds);
+// A fork while another thread holds an object's lock would leave the child with a lock that nobody
+// opens, and a half-made change behind it. So threads are kept out of the locks and those inside
+// are waited for. In the child the queues are emptied, since those who waited aren't there.
+void WaitableObject::guard_forks() {
+    [[maybe_unused]] static const int registered = [] {
+        handle_table::guard_forks();
+        const auto visit = [](const auto& work) {
+            handle_table::visit_live([&work](HandleObject& object) {
+                if (auto* const waitable = object.waitable()) work(*waitable);
+            });
+        };
+        static const auto prepare = [visit] {
+            ThreadRecord::current().apcs()->lock().lock();
+            lock_thread_numbers();
+            g_is_forking = true;
+            visit([](WaitableObject& object) { const std::lock_guard guard(object.m_lock); });
+        };
+        static const auto go_on = [] {
+            g_is_forking = false;
+            g_is_forking.notify_all();
+            unlock_thread_numbers();
+            ThreadRecord::current().apcs()->lock().unlock();
+        };
+        static const auto begin_child = [visit] {
+            go_on();
+            auto& thread = ThreadRecord::current();
+            thread.after_fork();
+            visit([&thread](WaitableObject& object) { object.forget_other_threads(thread); });
+        };
+        return pthread_atfork([] { prepare(); }, [] { go_on(); }, [] { begin_child(); });
+    }();
 }
 
 }  // namespace tvutil2

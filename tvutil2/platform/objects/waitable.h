@@ -1,14 +1,15 @@
-// What every object that can be waited for shares: its lock, its queue of waiters, and the wait.
+// What every object that can be waited for shares: its lock and its queue of waiters.
 //
 // Each waiter is a record on its thread's stack whose `outcome` decides, by one compare-exchange,
-// who serves it: an object that became ready, or its own deadline. The server takes the object in
-// the waiter's name under the object's lock, so nothing is lost between waking and running. Waiters
-// for all of several objects can't be served by one of them: they are told to look again, and take
-// all under all the locks.
+// who serves it: an object that became ready, a queued call, or its own deadline. The server takes
+// the object in the waiter's name under the object's lock, so nothing is lost between waking and
+// running. Waiters for all of several objects can't be served by one of them: they are told to look
+// again, and take all under all the locks.
 #pragma once
 
-#include "tvutil2/platform/base/handle_table.h"
+#include "tvutil2/platform/base/handle_slot.h"
 #include "tvutil2/platform/objects/futex.h"
+#include "tvutil2/platform/objects/thread_record.h"
 
 #include <array>
 #include <mutex>
@@ -16,12 +17,9 @@
 
 namespace tvutil2 {
 
-class OwnedMutexes;
-class WaitableObject;
-
 /// A thread in a wait.
 struct Waiter {
-    OwnedMutexes* thread;
+    ThreadRecord* thread;
     bool wants_all;
     std::atomic<DWORD> outcome;  ///< a result of the wait, or one of the two below
 
@@ -67,45 +65,61 @@ class WakeList {
     std::size_t m_count = 0;
 };
 
+/// Base of the objects that can be waited for, in any area: such a class says when it is available,
+/// and calls offer() under its lock when it has become so.
 class WaitableObject : public HandleObject {
   public:
-    using HandleObject::HandleObject;
-
-    /// The kinds whose objects derive from this class.
-    static constexpr bool is_kind(HandleKind kind) {
-        return kind == HandleKind::event || kind == HandleKind::mutex;
-    }
+    explicit WaitableObject(HandleKind kind);
+    [[nodiscard]] WaitableObject* waitable() override { return this; }
+    /// Keeps forks and locks apart, from the first call on.
+    static void guard_forks();
 
   protected:
     // With the lock held:
-    [[nodiscard]] virtual bool is_available(const OwnedMutexes& thread) const = 0;
+    [[nodiscard]] virtual bool is_available(const ThreadRecord& thread) const = 0;
     /// What a wait that takes it now gives: WAIT_OBJECT_0 or WAIT_ABANDONED_0.
     [[nodiscard]] virtual DWORD outcome() const { return 0; }
-    virtual void take(OwnedMutexes& thread) = 0;
+    /// A wait of that thread gets it.
+    virtual void take(ThreadRecord& thread) = 0;
     /// A wait of the calling thread has taken the object, which may have been done by another one.
-    virtual void on_taken(const std::shared_ptr<WaitableObject>& /*self*/,
-                          OwnedMutexes& /*thread*/) {}
+    virtual void on_taken(ThreadRecord& /*thread*/) {}
+    /// The process is a child now, in which `thread` is the only one.
+    virtual void after_fork(const ThreadRecord& /*thread*/) {}
     /// Serves waiters for as long as the object is available.
     void offer(WakeList& woken);
 
-    [[nodiscard]] std::mutex& lock() const { return m_lock; }
+    /// The object's lock. Behind it nobody else changes the state, the quick word included.
+    class Locked {
+      public:
+        explicit Locked(WaitableObject& object) : m_object(object) { object.lock(true); }
+        ~Locked() { m_object.unlock(); }
+        Locked(const Locked&) = delete;
+        Locked& operator=(const Locked&) = delete;
+
+      private:
+        WaitableObject& m_object;
+    };
+
+    // For those whose state is the quick word of their handle's row. They have one handle.
+    void attach(handle_table::Slot& slot, std::uint64_t word);
+    [[nodiscard]] handle_table::Slot& slot() const { return *m_slot; }
+    [[nodiscard]] std::atomic<std::uint64_t>& word() const { return m_slot->quick; }
 
   private:
     friend class Wait;
 
+    // Who takes several locks takes them in the order of their addresses and gives them back in the
+    // reverse order. Only the first one waits for a fork that is under way.
+    void lock(bool is_first);
+    void unlock();
     void link(WaitEntry& entry);
     void unlink(WaitEntry& entry);
+    void forget_other_threads(const ThreadRecord& thread);
 
-    mutable std::mutex m_lock;
+    std::mutex m_lock;
+    handle_table::Slot* m_slot = nullptr;
     WaitEntry* m_first = nullptr;
     WaitEntry* m_last = nullptr;
 };
-
-/// Waits as WaitForSingleObject does.
-[[nodiscard]] DWORD wait_for(const std::shared_ptr<WaitableObject>& object, DWORD milliseconds);
-
-/// Waits as WaitForMultipleObjects does, for up to MAXIMUM_WAIT_OBJECTS that are all different.
-[[nodiscard]] DWORD wait_for(std::span<const std::shared_ptr<WaitableObject>> objects,
-                             bool wants_all, DWORD milliseconds);
 
 }  // namespace tvutil2

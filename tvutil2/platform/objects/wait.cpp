@@ -1,0 +1,152 @@
+#include "tvutil2/platform/objects/wait.h"
+
+#include "tvutil2/platform/objects/apc.h"
+#include "tvutil2/platform/objects/objects.h"
+
+#include <algorithm>
+#include <functional>
+
+namespace tvutil2 {
+
+// One call's wait. Its entries, one for each object, are in the objects' queues only while run()
+// runs.
+class Wait {
+  public:
+    Wait(std::span<WaitableObject* const> objects, std::span<WaitEntry> entries, bool wants_all,
+         bool is_alertable)
+        : m_objects(objects),
+          m_entries(entries),
+          m_thread(ThreadRecord::current()),
+          m_apcs(is_alertable ? m_thread.apcs().get() : nullptr),
+          m_waiter{&m_thread, wants_all, Waiter::kWaiting} {
+        m_thread.make_room(objects.size());
+    }
+
+    DWORD run(DWORD milliseconds) {
+        const auto result = m_waiter.wants_all ? run_all(milliseconds) : run_any(milliseconds);
+        if (m_apcs != nullptr) m_apcs->watch(nullptr);
+        if (result == WAIT_IO_COMPLETION) m_apcs->run();
+        return result;
+    }
+
+  private:
+    DWORD run_any(DWORD milliseconds) {
+        const auto entered = enter_queues(milliseconds != 0);
+        if (is_waiting()) wait_for_outcome(milliseconds);
+        m_waiter.settle(WAIT_TIMEOUT);
+        const auto result = m_waiter.outcome.load();
+        const bool is_served = result < WAIT_TIMEOUT && result != WAIT_IO_COMPLETION;
+        // Behind the lock, who served has done with the entry and with all that belongs to it.
+        for (std::size_t i = 0; i < entered; ++i) {
+            const WaitableObject::Locked guard(*m_objects[i]);
+            m_objects[i]->unlink(m_entries[i]);
+            if (is_served && i == result % WAIT_ABANDONED_0) m_objects[i]->on_taken(m_thread);
+        }
+        return result;
+    }
+
+    void wait_for_outcome(DWORD milliseconds) {
+        if (m_apcs != nullptr && !m_apcs->watch(&m_waiter)) m_waiter.settle(WAIT_IO_COMPLETION);
+        if (milliseconds == 0) return;
+        const Deadline deadline(milliseconds);
+        while (is_waiting() && sleep(deadline)) {
+        }
+    }
+
+    // Takes the first available object; else queues at each, if it may wait. How many it has
+    // queued at.
+    std::size_t enter_queues(bool may_wait) {
+        std::size_t i = 0;
+        for (; i < m_objects.size() && is_waiting(); ++i) {
+            auto& object = *m_objects[i];
+            const WaitableObject::Locked guard(object);
+            if (object.is_available(m_thread)) {
+                if (m_waiter.settle(object.outcome() + static_cast<DWORD>(i))) {
+                    object.take(m_thread);
+                    object.on_taken(m_thread);
+                }
+                return i;
+            }
+            if (may_wait) link(i);
+        }
+        return i;
+    }
+
+    DWORD run_all(DWORD milliseconds) {
+        // All who lock several objects do so in one order, so that they can't block each other.
+        std::array<WaitableObject*, MAXIMUM_WAIT_OBJECTS> storage;
+        const std::span in_order(storage.data(), m_objects.size());
+        std::copy(m_objects.begin(), m_objects.end(), in_order.begin());
+        std::sort(in_order.begin(), in_order.end(), std::less<>());
+        const Deadline deadline(milliseconds);
+        bool is_over = false;
+        for (;;) {
+            for (auto* object : in_order) object->lock(object == in_order.front());
+            const bool is_ready =
+                std::all_of(m_objects.begin(), m_objects.end(),
+                            [this](auto* object) { return object->is_available(m_thread); });
+            if (is_ready) return leave_all(in_order, WAIT_OBJECT_0);
+            m_waiter.outcome.store(Waiter::kWaiting);
+            const bool is_alerted = m_apcs != nullptr && !m_apcs->watch(&m_waiter);
+            if (is_alerted) return leave_all(in_order, WAIT_IO_COMPLETION);
+            if (is_over || milliseconds == 0) return leave_all(in_order, WAIT_TIMEOUT);
+            for (std::size_t i = 0; i < m_objects.size(); ++i) {
+                if (!m_entries[i].is_linked) link(i);
+            }
+            unlock_all(in_order);
+            // One more look after the deadline: what became ready just then isn't missed.
+            while (is_waiting() && !is_over) is_over = !sleep(deadline);
+        }
+    }
+
+    // Ends a wait for all with every lock held: takes all, unless it ends for another reason.
+    DWORD leave_all(std::span<WaitableObject* const> in_order, DWORD result) {
+        const bool takes = result == WAIT_OBJECT_0;
+        for (std::size_t i = 0; i < m_objects.size(); ++i) {
+            auto& object = *m_objects[i];
+            object.unlink(m_entries[i]);
+            if (!takes) continue;
+            if (object.outcome() == WAIT_ABANDONED_0 && result == WAIT_OBJECT_0) {
+                result = WAIT_ABANDONED_0 + static_cast<DWORD>(i);
+            }
+            object.take(m_thread);
+            object.on_taken(m_thread);
+        }
+        unlock_all(in_order);
+        return result;
+    }
+
+    static void unlock_all(std::span<WaitableObject* const> in_order) {
+        std::for_each(in_order.rbegin(), in_order.rend(), [](auto* object) { object->unlock(); });
+    }
+
+    void link(std::size_t i) {
+        m_entries[i].waiter = &m_waiter;
+        m_entries[i].index = static_cast<DWORD>(i);
+        m_objects[i]->link(m_entries[i]);
+    }
+
+    [[nodiscard]] bool is_waiting() const { return m_waiter.outcome.load() == Waiter::kWaiting; }
+    // False when the deadline has passed.
+    bool sleep(const Deadline& deadline) {
+        return futex_wait(m_waiter.outcome, Waiter::kWaiting, deadline);
+    }
+
+    std::span<WaitableObject* const> m_objects;
+    std::span<WaitEntry> m_entries;
+    ThreadRecord& m_thread;
+    ApcQueue* m_apcs;
+    Waiter m_waiter;
+};
+
+DWORD wait_for(std::span<WaitableObject* const> objects, bool wants_all, DWORD milliseconds,
+               bool is_alertable) {
+    if (objects.size() <= 1) {
+        WaitEntry entry;
+        return Wait(objects, {&entry, 1}, false, is_alertable).run(milliseconds);
+    }
+    std::array<WaitEntry, MAXIMUM_WAIT_OBJECTS> entries;
+    return Wait(objects, entries, wants_all, is_alertable).run(milliseconds);
+}
+
+}  // namespace tvutil2
