@@ -189,8 +189,7 @@ CString url_with_secret() {
 
 bool is_readable(const CString& url) {
     CUrlInfo info;
-    EXPECT_EQ(info.Parse_URL(url, 1), 1);
-    return info.m_strPassword == u"s\u00E9cret";
+    return info.Parse_URL(url, 1) == 1 && info.m_strPassword == u"s\u00E9cret";
 }
 
 // Both processes work out the account and its key for themselves.
@@ -217,8 +216,17 @@ TEST(StringProtection, ASecretIsTheActingAccountsAtEveryCall) {
             const bool is_other =
                 syscall(SYS_setresuid, others, kNobody, others) == 0 && before != kNobody;
             for (int i = 0; i < 2; ++i) {
+                // The other can't have this account's secret, nor one of its own in its place.
                 EXPECT_EQ(is_readable(own), !is_other);
-                EXPECT_EQ(url_with_secret() == own, !is_other);
+                CString sid(u"old");
+                EXPECT_EQ(GetCurSID(sid, u"5.3") != 0, !is_other);
+                EXPECT_EQ(sid.IsEmpty(), is_other);
+                CUrlInfo info;
+                info.m_strHost = u"host";
+                info.m_strUser = u"user";
+                info.m_strPassword = u"secret";
+                CString url;
+                EXPECT_EQ(info.MakeURL(url, 0, 1), is_other ? 0 : 1);
             }
             if (syscall(SYS_setresuid, kKeep, getuid(), kKeep) != 0) ADD_FAILURE();
             EXPECT_EQ(is_readable(own), others == kKeep || !is_other);

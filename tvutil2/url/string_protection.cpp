@@ -166,22 +166,12 @@ bool decrypt(const RC4_KEY& start, CString& text, bool with_digest) {
     return true;
 }
 
-// The cipher under the key of the current account; null when the account can't be had. To work it
-// out costs several times the rest of a short secret, so a thread keeps the last account's, by its
-// number: a change of account is seen at once. Other keys are none of ours to keep.
-const RC4_KEY* account_start() {
-    struct Kept {
-        bool is_made;
-        DWORD account;
-        RC4_KEY start;
-    };
-    thread_local Kept kept{};
-    const auto account = acting_user_id();
-    if (kept.is_made && kept.account == account) return &kept.start;
+// The cipher under the key of the current account; nothing when the account can't be had. Made anew
+// each time: whose account it is, and whether it can be had, is asked at every secret.
+std::optional<RC4_KEY> account_start() {
     CString key;
-    if (!put_account_key(key, KeyForm::name_first)) return nullptr;
-    kept = {true, account, start_under(CAnsiString(key.GetString()))};
-    return &kept.start;
+    if (!put_account_key(key, KeyForm::name_first)) return std::nullopt;
+    return start_under(CAnsiString(key.GetString()));
 }
 
 }  // namespace
@@ -199,14 +189,14 @@ int decrypt_string(const char* key, CString& text, int mac) {
 }
 
 bool protect_for_account(CString& text) {
-    const auto* const start = account_start();
-    if (start == nullptr) return false;
+    const auto start = account_start();
+    if (!start) return false;
     return encrypt(*start, text, true);
 }
 
 bool reveal_for_account(CString& text) {
-    const auto* const start = account_start();
-    if (start == nullptr) return false;
+    const auto start = account_start();
+    if (!start) return false;
     decrypt(*start, text, true);
     return true;
 }

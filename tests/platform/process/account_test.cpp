@@ -6,12 +6,13 @@
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstring>
 #include <filesystem>
+#include <functional>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "tests/support/profile.h"
@@ -92,14 +93,19 @@ TEST(Account, IdentifierIsTheAccountsAndTheSameAtEveryCall) {
     EXPECT_EQ(first.use, SidTypeUser);
     EXPECT_EQ(look_up(name).sid, first.sid);
     EXPECT_EQ(look_up(first.domain + u"\\" + name).sid, first.sid);
-    EXPECT_NE(look_up(u"nobody").sid, first.sid);
+
+    // Of another account it isn't told, nor guessed.
+    SetLastError(0);
+    EXPECT_EQ(look_up(geteuid() == 0 ? u"nobody" : u"root").result, FALSE);
+    EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
+    EXPECT_EQ(look_up(u"uid3999999999").result, FALSE) << "an account without an entry";
+    EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
 
     for (const auto* stranger : {u"no-such-account", u"", u"OTHER\\root", u"uid0", u"uid-1"}) {
         SetLastError(0);
         EXPECT_EQ(look_up(stranger).result, FALSE);
         EXPECT_EQ(GetLastError(), ERROR_NONE_MAPPED);
     }
-    EXPECT_NE(look_up(u"uid3999999999").result, FALSE) << "an account without an entry";
 }
 
 TEST(Account, LookupSaysWhatItNeeds) {
@@ -146,57 +152,127 @@ TEST(Account, IdentifierTexts) {
 
 constexpr const char* kId = "0123456789abcdef0123456789abcdef";
 
-TEST(MachineNumber, ComesFromTheFirstIdAndHidesIt) {
+std::string folder_with_secret(const std::string& secret) {
+    const auto folder = tests::new_folder();
+    tests::write_file(folder + "/account-secret", secret);
+    std::filesystem::permissions(folder + "/account-secret", std::filesystem::perms(0600));
+    return folder;
+}
+
+TEST(MachineNumber, ComesFromTheFirstIdAndTheSecretAndHidesThem) {
     const auto folder = tests::new_folder();
     const auto id = folder + "/id";
     const auto other = folder + "/other";
     tests::write_file(id, std::string(kId) + "\n");
     tests::write_file(other, "ffffffffffffffffffffffffffffffff\n");
     tests::write_file(folder + "/none", "uninitialized\n");
-    const auto number = tvutil2::machine_number(
-        {{folder + "/missing", folder + "/none", id, other}}, folder + "/own");
+    const auto own = folder_with_secret(std::string(64, '5'));
+    const auto number =
+        tvutil2::machine_number({{folder + "/missing", folder + "/none", id, other}}, own);
     ASSERT_TRUE(number);
-    EXPECT_EQ(number, tvutil2::machine_number({{id}}, folder + "/own"));
-    EXPECT_NE(number, tvutil2::machine_number({{other}}, folder + "/own"));
-    EXPECT_NE((*number)[0], 0x67452301U) << "the id itself mustn't show";
-    EXPECT_FALSE(std::filesystem::exists(folder + "/own")) << "nothing is made without need";
+    EXPECT_EQ(number, tvutil2::machine_number({{id}}, own));
+    EXPECT_NE(number, tvutil2::machine_number({{other}}, own)) << "another machine";
+    EXPECT_NE(number, tvutil2::machine_number({{id}}, folder_with_secret(std::string(64, '6'))));
     // From another implementation of HMAC-SHA-256. Protected strings hang on these numbers: a
     // change of the hash would make them unreadable.
-    EXPECT_EQ(*number, (tvutil2::MachineNumber{2442138519, 3837289751, 1652340938}));
+    EXPECT_EQ(*number, (tvutil2::MachineNumber{2188249752, 2360375323, 3271184026}));
 }
 
-TEST(MachineNumber, MachineWithoutAnIdGetsOneThatStays) {
-    const auto folder = tests::new_folder();
-    const auto own = folder + "/a/b";
-    std::vector<std::thread> threads;
-    std::vector<std::optional<tvutil2::MachineNumber>> numbers(8);
-    for (auto& number : numbers) {
-        threads.emplace_back([&] { number = tvutil2::machine_number({}, own); });
+TEST(MachineNumber, WhatIsMissingIsMadeOnceByAllWhoStartAtOnce) {
+    const auto own = tests::new_folder() + "/a/b";
+    const auto file = own + "/numbers-";
+    constexpr int kProcesses = 4;
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    std::vector<pid_t> children;
+    for (int i = 0; i < kProcesses; ++i) {
+        children.push_back(fork());
+        if (children.back() != 0) continue;
+        umask(0);
+        char start = 0;
+        close(ends[1]);
+        if (read(ends[0], &start, 1) != 0) _exit(2);  // its end: all are there
+        const auto number = tvutil2::machine_number({}, own);
+        if (!number) _exit(1);
+        tests::write_file(file + std::to_string(i), std::to_string((*number)[0]));
+        _exit(0);
     }
-    for (auto& thread : threads) thread.join();
-    ASSERT_TRUE(numbers[0]);
-    for (const auto& number : numbers) EXPECT_EQ(number, numbers[0]);
-    struct stat info {};
-    ASSERT_EQ(stat((own + "/machine-id").c_str(), &info), 0);
-    EXPECT_EQ(info.st_mode & 0777, 0600U);
-    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(own), {}), 1) << "drafts are left";
+    close(ends[1]);
+    close(ends[0]);
+    for (const auto child : children) {
+        int status = 1;
+        EXPECT_EQ(waitpid(child, &status, 0), child);
+        EXPECT_EQ(status, 0);
+    }
+    const auto number = tvutil2::machine_number({}, own);
+    ASSERT_TRUE(number);
+    for (int i = 0; i < kProcesses; ++i) {
+        EXPECT_EQ(tests::read_file(file + std::to_string(i)), std::to_string((*number)[0]));
+        std::filesystem::remove(file + std::to_string(i));
+    }
+    for (const auto* name : {"/machine-id", "/account-secret"}) {
+        struct stat info {};
+        ASSERT_EQ(stat((own + name).c_str(), &info), 0);
+        EXPECT_EQ(info.st_mode & 07777, 0600U);
+    }
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(own), {}), 2) << "drafts are left";
 
-    tests::write_file(folder + "/late", std::string(kId));
-    EXPECT_EQ(tvutil2::machine_number({{folder + "/late"}}, own), numbers[0]);
-    EXPECT_NE(tvutil2::machine_number({}, folder + "/c"), numbers[0]);
+    const auto late = tests::new_folder() + "/late";
+    tests::write_file(late, std::string(kId));
+    EXPECT_EQ(tvutil2::machine_number({{late}}, own), number);
+    EXPECT_NE(tvutil2::machine_number({}, tests::new_folder()), number);
 }
 
-TEST(MachineNumber, NoMakeshiftWhenItCannotBeKept) {
-    const auto folder = tests::new_folder();
-    tests::write_file(folder + "/file", "");
-    SetLastError(0);
-    EXPECT_FALSE(tvutil2::machine_number({}, folder + "/file/own"));
-    EXPECT_NE(GetLastError(), ERROR_SUCCESS);
-    std::filesystem::create_directory(folder + "/damaged");
-    tests::write_file(folder + "/damaged/machine-id", "rubbish");
-    EXPECT_FALSE(tvutil2::machine_number({}, folder + "/damaged"));
-    EXPECT_EQ(GetLastError(), ERROR_INVALID_DATA);
-    EXPECT_EQ(tests::read_file(folder + "/damaged/machine-id"), "rubbish");
+TEST(MachineNumber, NoMakeshiftWhenTheSecretIsNotTheAccountsAlone) {
+    namespace fs = std::filesystem;
+    const auto elsewhere = folder_with_secret(std::string(64, '5')) + "/account-secret";
+    const struct {
+        const char* what;
+        std::function<void(const std::string& folder, const std::string& file)> change;
+        DWORD error;
+    } cases[] = {
+        {"damaged", [](const auto&, const auto& file) { tests::write_file(file, "rubbish"); },
+         ERROR_INVALID_DATA},
+        {"empty", [](const auto&, const auto& file) { fs::resize_file(file, 0); },
+         ERROR_INVALID_DATA},
+        {"readable", [](const auto&, const auto& file) { fs::permissions(file, fs::perms(0640)); },
+         ERROR_ACCESS_DENIED},
+        {"in a folder that others write",
+         [](const auto& folder, const auto&) { fs::permissions(folder, fs::perms(0777)); },
+         ERROR_ACCESS_DENIED},
+        {"a folder",
+         [](const auto&, const auto& file) { fs::remove(file), fs::create_directory(file); },
+         ERROR_ACCESS_DENIED},
+        {"a link",
+         [&](const auto&, const auto& file) {
+             fs::remove(file);
+             fs::create_symlink(elsewhere, file);
+         },
+         0},
+        {"a bad machine id",
+         [](const auto& folder, const auto&) { tests::write_file(folder + "/machine-id", "?"); },
+         0},
+        {"no folder",
+         [](const auto& folder, const auto&) {
+             fs::remove_all(folder);
+             tests::write_file(folder, "");
+         },
+         0},
+    };
+    for (const auto& test : cases) {
+        SCOPED_TRACE(test.what);
+        const auto folder = folder_with_secret(std::string(64, '5'));
+        const auto file = folder + "/account-secret";
+        test.change(folder, file);
+        const auto before = tests::read_file(file);
+        SetLastError(0);
+        EXPECT_FALSE(tvutil2::machine_number({{"/etc/machine-id"}}, folder));
+        EXPECT_NE(GetLastError(), ERROR_SUCCESS);
+        if (test.error != 0) {
+            EXPECT_EQ(GetLastError(), test.error);
+        }
+        EXPECT_EQ(tests::read_file(file), before);
+    }
 }
 
 }  // namespace

@@ -11,10 +11,6 @@
 
 namespace tvutil2 {
 
-Descriptor::~Descriptor() {
-    if (m_value >= 0) close(m_value);
-}
-
 bool is_read_only(const struct stat& info) {
     return (info.st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)) == 0;
 }

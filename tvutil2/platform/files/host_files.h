@@ -1,38 +1,17 @@
 // What the rooms of files share: descriptors, attributes, errors of host paths.
 #pragma once
 
+#include "tvutil2/platform/base/descriptor.h"
 #include "tvutil2/platform/base/host_path.h"
 #include "tvutil2/platform/base/types.h"
 
 #include <optional>
 #include <string>
 #include <string_view>
-#include <utility>
 
 struct stat;
 
 namespace tvutil2 {
-
-/// Owner of a file descriptor.
-class Descriptor {
-  public:
-    Descriptor() = default;
-    explicit Descriptor(int value) : m_value(value) {}
-    Descriptor(Descriptor&& other) noexcept : m_value(std::exchange(other.m_value, -1)) {}
-    Descriptor& operator=(Descriptor&& other) noexcept {
-        std::swap(m_value, other.m_value);
-        return *this;
-    }
-    ~Descriptor();
-
-    [[nodiscard]] int get() const { return m_value; }
-    [[nodiscard]] explicit operator bool() const { return m_value >= 0; }
-    /// Gives the descriptor up.
-    [[nodiscard]] int release() { return std::exchange(m_value, -1); }
-
-  private:
-    int m_value = -1;
-};
 
 /// FILE_ATTRIBUTE_ flags of what a host file is; `name` decides whether it is hidden.
 [[nodiscard]] DWORD attributes_of(const struct stat& info, std::string_view name);

@@ -1,6 +1,7 @@
 #include "tvutil2/platform/process/account.h"
 
 #include "tvutil2/platform/base/last_error.h"
+#include "tvutil2/platform/base/locations.h"
 #include "tvutil2/platform/base/utf.h"
 #include "tvutil2/platform/base/wide_text.h"
 #include "tvutil2/platform/codepage/codepage.h"
@@ -36,6 +37,7 @@ constexpr std::string_view kNumericName = "uid";
 struct Account {
     std::optional<std::string> name;
     uid_t id = 0;
+    std::string home;
     int error = 0;
 };
 
@@ -50,10 +52,12 @@ Account ask_database(Ask ask) {
            room.size() < kMostRoom) {
         room.resize(room.size() * 2);
     }
-    if (found != nullptr) return {found->pw_name, found->pw_uid, 0};
+    if (found != nullptr) {
+        return {found->pw_name, found->pw_uid, found->pw_dir != nullptr ? found->pw_dir : "", 0};
+    }
     // How some of the databases behind the call say "no such entry".
     const bool is_absent = error == ENOENT || error == ESRCH;
-    return {std::nullopt, 0, is_absent ? 0 : error};
+    return {std::nullopt, 0, "", is_absent ? 0 : error};
 }
 
 Account account_of(uid_t id) {
@@ -107,6 +111,38 @@ bool is_fixed_to(uid_t id) {
     return getresuid(&real, &effective, &saved) == 0 && real == id && effective == id &&
            saved == id && syscall(SYS_capget, &header, capabilities) == 0 &&
            (capabilities[0].permitted & (1U << CAP_SETUID)) == 0;
+}
+
+// By thread: to the kernel every thread has user ids of its own, and programs that serve several
+// accounts make use of that. A system call where the account can change, none elsewhere.
+uid_t acting_user_id() {
+    struct Seen {
+        bool is_any;
+        bool is_fixed;
+        uid_t id;
+    };
+    thread_local Seen seen{};
+    if (seen.is_fixed) return seen.id;
+    const auto id = geteuid();
+    if (!seen.is_any || seen.id != id) seen = {true, is_fixed_to(id), id};
+    return id;
+}
+
+// Where the account keeps what is its own. The environment is the real user's, so for another one
+// it says nothing.
+std::string own_store(uid_t id) {
+    if (id == getuid() || !profile_root().empty()) return user_store();
+    const auto home = account_of(id).home;
+    return home.empty() ? home : home + "/.local/share/tvutil2";
+}
+
+std::optional<MachineNumber> own_numbers(uid_t id) {
+    static auto* const last = new LastAnswer<uid_t, MachineNumber>;
+    return last->get(id, [id]() -> std::optional<MachineNumber> {
+        const auto folder = own_store(id);
+        if (folder.empty()) return fail_with(ERROR_PATH_NOT_FOUND), std::nullopt;
+        return machine_number(folder);
+    });
 }
 
 std::optional<std::u16string> user_name() {
@@ -172,9 +208,9 @@ std::optional<uid_t> find_account(std::u16string_view account, const std::u16str
     return last->get(account, [&] { return ask_account(account, computer); });
 }
 
-void write_sid(PSID out, const MachineNumber& machine, uid_t id) {
+void write_sid(PSID out, const MachineNumber& numbers, uid_t id) {
     const SID head{1, kSubAuthorities, {0, 0, 0, 0, 0, 5}, {21}};
-    const DWORD rest[] = {machine[0], machine[1], machine[2], id};
+    const DWORD rest[] = {numbers[0], numbers[1], numbers[2], id};
     static_assert(sizeof head + sizeof rest == kSidSize);
     std::memcpy(out, &head, sizeof head);
     std::memcpy(static_cast<char*>(out) + sizeof head, rest, sizeof rest);
@@ -221,21 +257,6 @@ BOOL give_computer_name(const Text& name, Unit* buffer, DWORD* size) {
 
 }  // namespace
 
-// By thread: to the kernel every thread has user ids of its own, and programs that serve several
-// accounts make use of that.
-std::uint32_t acting_user_id() {
-    struct Seen {
-        bool is_any;
-        bool is_fixed;
-        uid_t id;
-    };
-    thread_local Seen seen{};
-    if (seen.is_fixed) return seen.id;
-    const auto id = geteuid();
-    if (!seen.is_any || seen.id != id) seen = {true, is_fixed_to(id), id};
-    return id;
-}
-
 }  // namespace tvutil2
 
 BOOL GetUserNameW(char16_t* buffer, DWORD* size) {
@@ -268,8 +289,9 @@ BOOL LookupAccountNameW(const char16_t* system, const char16_t* account, PSID si
     }
     const auto id = find_account(account, computer);
     if (!id) return FALSE;
-    const auto machine = machine_number();
-    if (!machine) return FALSE;
+    if (*id != acting_user_id()) return fail_with(ERROR_ACCESS_DENIED);
+    const auto numbers = own_numbers(*id);
+    if (!numbers) return FALSE;
     const bool has_room = sid != nullptr && *sid_size >= kSidSize && domain != nullptr &&
                           *domain_size > computer.size();
     *sid_size = kSidSize;
@@ -277,7 +299,7 @@ BOOL LookupAccountNameW(const char16_t* system, const char16_t* account, PSID si
         *domain_size = static_cast<DWORD>(computer.size() + 1);
         return fail_with(ERROR_INSUFFICIENT_BUFFER);
     }
-    write_sid(sid, *machine, *id);
+    write_sid(sid, *numbers, *id);
     *domain_size = static_cast<DWORD>(computer.copy(domain, computer.size()));
     domain[*domain_size] = 0;
     *use = SidTypeUser;

@@ -1,19 +1,18 @@
 // The account that the process runs under, and the machine's name.
 //
-// The security identifier of an account is S-1-5-21-a-b-c-rid: a to c belong to the installation,
-// the rid is the user id. Protected strings are readable only under the identifier they were made
-// under, so it is the same at every call, or the call fails: never a makeshift that another day
-// would answer differently. All functions are safe from any thread.
+// The security identifier of an account is S-1-5-21-a-b-c-rid: the rid is the user id, and a to c
+// come from a secret of the account and the machine's id. What is protected under it is readable
+// only for who can have it, so it is the account's own matter: it is the same at every call, or the
+// call fails, and for any other account it fails. All functions are safe from any thread.
 //
 // The account database is asked once for each account in turn, not at each call, and the machine's
-// name once in the life of the process. The account itself is the calling thread's effective user:
-// a thread that can change it (root's, a set-user-id program's) is looked at anew each time.
+// name once in the life of the process; its numbers are kept likewise. The account itself is the
+// calling thread's effective user: a thread that can change it (root's, a set-user-id program's) is
+// looked at anew each time.
 #pragma once
 
 #include "tvutil2/platform/base/export.h"
 #include "tvutil2/platform/base/types.h"
-
-#include <cstdint>
 
 /// A binary security identifier; see SID for its layout.
 using PSID = void*;
@@ -48,9 +47,10 @@ TVUTIL_API BOOL GetComputerNameA(char* buffer, DWORD* size);
 /// The identifier of an account of this machine ("name" or "MACHINE\name"), the domain it belongs
 /// to (the machine) and its kind (SidTypeUser). `system` is null or this machine's name.
 /// `sid_size` counts bytes; `domain_size` counts units: in, the room with the zero; out, the
-/// length without it. 0 with ERROR_NONE_MAPPED for no such account, with ERROR_INSUFFICIENT_BUFFER
-/// and both sizes needed when either has no room, or with the reason why the installation has no
-/// number.
+/// length without it. 0 with ERROR_NONE_MAPPED for no such account, ERROR_ACCESS_DENIED for another
+/// one than the calling thread's, whose identifier only that one can have,
+/// ERROR_INSUFFICIENT_BUFFER and both sizes needed when either has no room, or with the reason why
+/// the account's secret can't be had.
 TVUTIL_API BOOL LookupAccountNameW(const char16_t* system, const char16_t* account, PSID sid,
                                    DWORD* sid_size, char16_t* domain, DWORD* domain_size, int* use);
 
@@ -65,12 +65,3 @@ inline constexpr UINT LMEM_ZEROINIT = 0x0040;
 TVUTIL_API HLOCAL LocalAlloc(UINT flags, std::size_t size);
 /// Frees a block, null included. Always null.
 TVUTIL_API HLOCAL LocalFree(HLOCAL block);
-
-namespace tvutil2 {
-
-/// The number of the account that the calling thread acts for. Name and identifier of an account
-/// stay what they are for the life of the process, so what is worked out from them can be kept by
-/// this number. A system call where the account can change, none elsewhere.
-[[nodiscard]] std::uint32_t acting_user_id();
-
-}  // namespace tvutil2

@@ -1,4 +1,4 @@
-// The three numbers that stand for an installation in security identifiers.
+// The three numbers of an account's security identifier that nobody else can work out.
 #pragma once
 
 #include "tvutil2/platform/base/export.h"
@@ -13,16 +13,19 @@ namespace tvutil2 {
 
 using MachineNumber = std::array<DWORD, 3>;
 
-/// The installation's numbers, from its machine id (machine-id(5)): a keyed hash, so that the id
-/// itself, which is not for every program's eyes, can't be told from them. The first of `id_files`
-/// that holds an id counts. On a machine without one, a random id is made in `own_folder` and kept;
-/// from then on that one counts, whatever the machine is given later. Nothing, with the last error
-/// set, when that can't be read or kept: a number that the next run would not find again is worth
-/// nothing.
+/// The numbers of the calling thread's account on this machine: a hash of the machine's id
+/// (machine-id(5)) under a secret of the account, so that neither can be told from them, and nobody
+/// who hasn't the secret can tell them. The first of `id_files` that holds an id counts.
+///
+/// The secret is the file "account-secret" in `own_folder`: random, made once, mode 0600. On a
+/// machine without an id a random one is kept beside it; from then on that one counts, whatever the
+/// machine is given later. Nothing, with the last error set, when one of them can't be read or
+/// kept, or when the folder or the file isn't the account's alone: numbers that the next run would
+/// not find again, or that others may know, are worth nothing.
 [[nodiscard]] TVUTIL_API std::optional<MachineNumber> machine_number(
     std::span<const std::string> id_files, const std::string& own_folder);
 
-/// The same for this machine; kept for the life of the process once it is known.
-[[nodiscard]] std::optional<MachineNumber> machine_number();
+/// The same with this machine's id.
+[[nodiscard]] std::optional<MachineNumber> machine_number(const std::string& own_folder);
 
 }  // namespace tvutil2
