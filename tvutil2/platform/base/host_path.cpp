@@ -25,7 +25,7 @@ struct Drive {
 
 std::vector<Drive> mapped_drives() {
     std::vector<Drive> drives;
-    const char* value = std::getenv("TVUTIL_DRIVES");
+    const char* value = secure_getenv("TVUTIL_DRIVES");
     std::string_view rest = value != nullptr ? value : "";
     while (!rest.empty()) {
         const auto end = std::min(rest.find(';'), rest.size());

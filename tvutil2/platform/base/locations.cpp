@@ -19,7 +19,7 @@ std::string without_trailing_slashes(const char* value) {
 
 // A folder that the environment names; empty unless it is absolute.
 std::string named_folder(const char* variable) {
-    auto path = without_trailing_slashes(std::getenv(variable));
+    auto path = without_trailing_slashes(secure_getenv(variable));
     return path.starts_with('/') ? path : std::string();
 }
 
@@ -35,7 +35,7 @@ std::string base_folder(const char* variable, const char* below_home) {
 }  // namespace
 
 std::string profile_root() {
-    return without_trailing_slashes(std::getenv("TVUTIL_PROFILE"));
+    return without_trailing_slashes(secure_getenv("TVUTIL_PROFILE"));
 }
 
 std::string home_folder() {

@@ -2,7 +2,8 @@
 //
 // With TVUTIL_PROFILE=DIR in the environment everything lives below DIR: tests and demonstrations
 // run without touching the person's own data. Environment variables are read at each call, so a
-// process may change them before it makes the first call that matters.
+// process may change them before it makes the first call that matters. A program that runs with
+// more rights than its caller has (set-user-id) passes over all of them.
 #pragma once
 
 #include "tvutil2/platform/base/export.h"

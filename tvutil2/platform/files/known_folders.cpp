@@ -97,7 +97,7 @@ std::optional<std::string> temporary_folder() {
         auto folder = root + "/temp";
         return make_private(folder) ? std::optional(std::move(folder)) : std::nullopt;
     }
-    const char* set = std::getenv("TMPDIR");
+    const char* set = secure_getenv("TMPDIR");
     const std::string shared = set != nullptr && *set == '/' ? set : "/tmp";
     if (auto folder = shared + "/tvutil2-" + std::to_string(geteuid()); make_private(folder)) {
         return folder;

@@ -19,7 +19,7 @@ namespace {
 
 std::string trash_folder() {
     if (const auto root = profile_root(); !root.empty()) return root + "/Trash";
-    const char* data = std::getenv("XDG_DATA_HOME");
+    const char* data = secure_getenv("XDG_DATA_HOME");
     if (data != nullptr && *data == '/') return std::string(data) + "/Trash";
     return home_folder() + "/.local/share/Trash";
 }

@@ -200,7 +200,7 @@ std::optional<std::vector<std::string>> host_arguments(const char16_t* parameter
 }
 
 std::optional<std::string> desktop_opener() {
-    const char* path = std::getenv("PATH");
+    const char* path = secure_getenv("PATH");
     std::string_view rest = path != nullptr ? path : "";
     while (!rest.empty()) {
         const auto folder = rest.substr(0, rest.find(':'));
