@@ -204,6 +204,35 @@ TYPED_TEST(Registry, RenamesByMerging) {
     }
 }
 
+// As callers do that hold a pointer they haven't looked at.
+template <class Key>
+__attribute__((noinline, no_sanitize("null", "undefined"))) HKEY handle_of(const Key* key) {
+    return key->GetSafeHkey();
+}
+
+TYPED_TEST(Registry, ANullObjectHasNoHandle) {
+    EXPECT_EQ(handle_of<TypeParam>(nullptr), nullptr);
+    EXPECT_EQ(handle_of(&this->m_key), this->m_key.GetSafeHkey());
+}
+
+TYPED_TEST(Registry, KeepsAllWhenOnlyTheSpellingChanges) {
+    auto& key = this->m_key;
+    TypeParam sub;
+    ASSERT_NE(sub.Open(&key, u"a\\Foo\\below", 1, KEY_ALL_ACCESS), 0);
+    ASSERT_NE(sub.SetValue(u"v", DWORD{1}), 0);
+    const std::pair<const char16_t*, const char16_t*> names[] = {
+        {u"a\\Foo", u"A\\FOO"}, {u"a\\foo", u"a\\\\FOO\\\\"}, {u"", u""}};
+    for (const auto& [old_name, new_name] : names) {
+        EXPECT_NE(key.RenameKey(old_name, new_name), 0);
+        EXPECT_EQ(sub.GetValue(u"v", DWORD{0}), 1U);
+        TypeParam parent;
+        char16_t name[8] = {};
+        ASSERT_NE(parent.Open(&key, u"a", 0, KEY_READ), 0);
+        EXPECT_NE(parent.EnumKey(0, name, 8), 0);
+        EXPECT_EQ(std::u16string(name), u"FOO");
+    }
+}
+
 TYPED_TEST(Registry, KeepsTheOldKeyWhenItCantBeRenamed) {
     auto& key = this->m_key;
     TypeParam old;

@@ -71,6 +71,14 @@ int copy_tree(HKEY source, HKEY target, CopyBuffer& buffer) {
     return copy_values(source, target, buffer);
 }
 
+// Gives a key the spelling that the last part of a path to it has; the key that is held has none.
+int spell_key(HKEY parent, const char16_t* old_name, const char16_t* path) {
+    std::u16string_view name = path != nullptr ? path : u"";
+    while (name.ends_with(u'\\')) name.remove_suffix(1);
+    const CString last(name.substr(name.rfind(u'\\') + 1));
+    return last.IsEmpty() ? 1 : is_success(RegRenameKey(parent, old_name, last));
+}
+
 template <class Key>
 int copy_key(const Key* source, const Key* target) {
     if (source == nullptr || target == nullptr) return 0;
@@ -117,6 +125,14 @@ int RegistryKey<Self>::Open(Self* parent, const char16_t* sub_key, int create, D
 template <class Self>
 void RegistryKey<Self>::Close() {
     if (const HKEY key = Detach(); key != nullptr) RegCloseKey(key);
+}
+
+// Callers rely on it, so the compiler is kept from concluding that an object is never null.
+template <class Self>
+HKEY RegistryKey<Self>::GetSafeHkey() const {
+    const auto* self = this;
+    asm("" : "+r"(self));
+    return self != nullptr ? self->m_key : nullptr;
 }
 
 template <class Self>
@@ -225,10 +241,13 @@ int RegistryKey<Self>::RenameKey(const char16_t* old_name, const char16_t* new_n
     Self source;
     Self target;
     if (source.Open(m_key, old_name, 0, KEY_QUERY_VALUE | KEY_ENUMERATE_SUB_KEYS) == 0 ||
-        target.Open(m_key, new_name, 1, KEY_SET_VALUE | KEY_CREATE_SUB_KEY) == 0 ||
-        copy_key(&source, &target) == 0) {
+        target.Open(m_key, new_name, 1, KEY_SET_VALUE | KEY_CREATE_SUB_KEY) == 0) {
         return 0;
     }
+    if (tvutil2::is_same_key(source.GetSafeHkey(), target.GetSafeHkey())) {
+        return spell_key(m_key, old_name, new_name);
+    }
+    if (copy_key(&source, &target) == 0) return 0;
     SHDeleteKeyW(m_key, old_name);
     return 1;
 }

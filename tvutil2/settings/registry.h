@@ -38,7 +38,8 @@ class TVUTIL_API RegistryKey {
     int Open(HKEY parent, const char16_t* sub_key, int create, DWORD access);
     int Open(Self* parent, const char16_t* sub_key, int create, DWORD access);
     void Close();
-    [[nodiscard]] HKEY GetSafeHkey() const { return m_key; }
+    /// The handle; null without a key. A null object is allowed, and gives null.
+    [[nodiscard]] HKEY GetSafeHkey() const;
 
     /// Writes a REG_DWORD, a REG_SZ (without its zero; null is empty text) or a REG_BINARY of
     /// `size` bytes.
@@ -73,8 +74,8 @@ class TVUTIL_API RegistryKey {
     /// Copies a sub key to another name, as RegRecursiveCopy does, then deletes the old one. A key
     /// that is there under the new name is merged into: what both have becomes the old key's, the
     /// rest stays. When the copy fails the old key is untouched and the new one keeps what it got;
-    /// when only the delete fails, both stay and the result is non-zero. The names must not be of
-    /// one key, which would be deleted.
+    /// when only the delete fails, both stay and the result is non-zero. When both names are of one
+    /// key, as when only the case changes, it keeps all it has and its last part is spelled anew.
     int RenameKey(const char16_t* old_name, const char16_t* new_name);
 
   private:

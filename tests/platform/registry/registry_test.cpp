@@ -55,8 +55,9 @@ TEST(Registry, PathsAreTakenApartOrRefused) {
         {u"P\\Q", 0, 0},
         {u"p\\q\\", 0, 0},
         {u"\\P", ERROR_BAD_PATHNAME, ERROR_BAD_PATHNAME},
-        {u"P\\\\Q", ERROR_BAD_PATHNAME, ERROR_BAD_PATHNAME},
-        {u"P\\Q\\\\", ERROR_BAD_PATHNAME, ERROR_BAD_PATHNAME},
+        {u"\\", ERROR_BAD_PATHNAME, ERROR_BAD_PATHNAME},
+        {u"P\\\\\\Q", 0, 0},
+        {u"P\\Q\\\\", 0, 0},
         {u"P\\R", ERROR_FILE_NOT_FOUND, 0},
         {std::u16string(255, u'x'), ERROR_FILE_NOT_FOUND, 0},
         {std::u16string(256, u'x'), ERROR_INVALID_PARAMETER, ERROR_INVALID_PARAMETER},
@@ -204,6 +205,104 @@ TEST(Registry, ValuesAreListedInOrderAsFarAsTheyFit) {
     EXPECT_EQ(std::u16string(name.data()), u"b");
 }
 
+TEST(Registry, AListIsGoneThroughWhileItChanges) {
+    auto* const key = made(u"List");
+    const auto value_at = [key](DWORD index) {
+        std::array<char16_t, 9> name{};
+        DWORD count = 9;
+        const auto error =
+            RegEnumValueW(key, index, name.data(), &count, nullptr, nullptr, nullptr, nullptr);
+        return error == 0 ? std::u16string(name.data()) : u"";
+    };
+    for (const auto* name : {u"b", u"d", u"f", u"h"}) set(key, name, "x");
+    EXPECT_EQ(value_at(0), u"b");
+    set(made(u"Elsewhere"), u"v", "x");
+    EXPECT_EQ(value_at(1), u"d");
+    set(key, u"a", "x");  // before and behind: neither is met twice nor passed over
+    set(key, u"e", "x");
+    EXPECT_EQ(value_at(2), u"e");
+    set(key, u"e", "changed");
+    EXPECT_EQ(value_at(2), u"e");
+    RegDeleteValueW(key, u"a");
+    EXPECT_EQ(value_at(3), u"f");
+    RegDeleteValueW(key, u"f");  // the very one: the index counts
+    EXPECT_EQ(value_at(3), u"h");
+    EXPECT_EQ(value_at(4), u"");
+    EXPECT_EQ(value_at(0), u"b");
+}
+
+TEST(Registry, ALongListReadAheadIsWhole) {
+    auto* const key = made(u"Long");
+    const std::string large(40'000, 'l');  // two of these are more than is read ahead
+    for (DWORD i = 0; i < 700; ++i) {
+        const std::u16string name{static_cast<char16_t>(0x4E00 + i)};
+        ASSERT_EQ(set(key, name.c_str(), i % 100 < 5 ? large : "s"), 0);
+        made(u"Long\\" + name);
+    }
+    for (const bool is_root : {false, true}) {
+        DWORD met = 0;
+        auto* const listed = is_root ? HKEY_CURRENT_USER : key;
+        if (is_root) {
+            for (char16_t c = 0x4E00; c < 0x4F00; ++c) set(listed, std::u16string{c}.c_str(), "s");
+        }
+        for (;; ++met) {
+            std::array<char16_t, 9> name{};
+            DWORD count = 9;
+            const auto error =
+                RegEnumValueW(listed, met, name.data(), &count, nullptr, nullptr, nullptr, nullptr);
+            if (error != 0) break;
+            ASSERT_EQ(name[0], 0x4E00 + met);
+        }
+        EXPECT_EQ(met, is_root ? 256U : 700U);
+    }
+    DWORD met = 0;
+    while (key_at(key, met) == std::u16string{static_cast<char16_t>(0x4E00 + met)}) ++met;
+    EXPECT_EQ(met, 700U);
+}
+
+TEST(Registry, ValuesBeyondTheCachesRoomAreStillRight) {
+    auto* const key = made(u"Many");
+    const std::string padding(4000, 'p');
+    const auto text_of = [&](DWORD i) { return std::to_string(i) + padding; };
+    const auto name_of = [](DWORD i) { return std::u16string{static_cast<char16_t>(0x4E00 + i)}; };
+    for (DWORD i = 0; i < 1500; ++i) ASSERT_EQ(set(key, name_of(i).c_str(), text_of(i)), 0);
+    for (DWORD i = 0; i < 4500; ++i) {
+        std::string data(5000, '#');
+        DWORD size = 5000;
+        ASSERT_EQ(RegQueryValueExW(key, name_of(i % 1500).c_str(), nullptr, nullptr,
+                                   reinterpret_cast<BYTE*>(data.data()), &size),
+                  0);
+        ASSERT_EQ(data.substr(0, size), text_of(i % 1500));
+    }
+}
+
+TEST(Registry, AKeyIsRenamed) {
+    auto* const key = made(u"Names\\Foo\\Below");
+    made(u"Names\\Bar");
+    auto* const parent = made(u"Names");
+    set(key, u"v", "x");
+    const struct {
+        const char16_t* path;
+        const char16_t* name;
+        DWORD error;
+        const char16_t* second;  // of the parent's sub keys
+    } cases[] = {
+        {u"Foo", u"FOO", 0, u"FOO"},
+        {u"foo\\", u"bar", ERROR_ALREADY_EXISTS, u"FOO"},
+        {u"foo", u"a\\b", ERROR_INVALID_PARAMETER, u"FOO"},
+        {u"foo", u"", ERROR_INVALID_PARAMETER, u"FOO"},
+        {u"none", u"x", ERROR_FILE_NOT_FOUND, u"FOO"},
+        {u"foo", u"Zoo", 0, u"Zoo"},
+    };
+    for (const auto& test : cases) {
+        EXPECT_EQ(RegRenameKey(parent, test.path, test.name), code(test.error));
+        EXPECT_EQ(key_at(parent, 1), test.second);
+        EXPECT_EQ(query(key, u"v"), 0);
+    }
+    EXPECT_EQ(RegRenameKey(made(u"Names", KEY_READ), u"Zoo", u"x"), code(ERROR_ACCESS_DENIED));
+    EXPECT_EQ(RegRenameKey(HKEY_CURRENT_USER, nullptr, u"x"), code(ERROR_ACCESS_DENIED));
+}
+
 TEST(Registry, TheLargestValue) {
     auto* const key = made(u"Large");
     std::string data(REG_MAX_VALUE_DATA, 'x');
@@ -259,6 +358,20 @@ TEST(Registry, WhatIsNoOpenKeyIsRefusedByAll) {
         }
     }
     EXPECT_NE(CloseHandle(event), 0);
+}
+
+TEST(Registry, ANotificationWantsAnEvent) {
+    auto* const key = made(u"Told");
+    auto* const mutex = CreateMutexW(nullptr, 0, nullptr);
+    auto* const closed = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    CloseHandle(closed);
+    const auto notify = [key](HANDLE event) {
+        return RegNotifyChangeKeyValue(key, 0, REG_NOTIFY_CHANGE_NAME, event, TRUE);
+    };
+    EXPECT_EQ(notify(nullptr), code(ERROR_INVALID_PARAMETER));
+    EXPECT_EQ(notify(mutex), code(ERROR_INVALID_HANDLE));
+    EXPECT_EQ(notify(closed), code(ERROR_INVALID_HANDLE));
+    CloseHandle(mutex);
 }
 
 TEST(Registry, ARootIsEmptiedButStays) {

@@ -5,8 +5,41 @@
 #include "tvutil2/platform/objects/objects.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace tvutil2 {
+LONG ChangeHub::open_page(const std::string& file, bool is_private, std::uint32_t store) {
+    std::shared_ptr<SignalPage> old;
+    {
+        const std::lock_guard guard(m_lock);
+        if (m_page && m_page_store == store) return ERROR_SUCCESS;
+        auto page = std::make_shared<SignalPage>();
+        if (const auto error = page->open(file, is_private); error != ERROR_SUCCESS) return error;
+        old = std::exchange(m_page, std::move(page));
+        m_page_store = store;
+    }
+    if (old) old->wake();
+    return ERROR_SUCCESS;
+}
+
+void ChangeHub::drop_page() {
+    std::shared_ptr<SignalPage> old;
+    {
+        const std::lock_guard guard(m_lock);
+        old = std::move(m_page);
+    }
+    if (old) old->wake();
+}
+
+void ChangeHub::announce() {
+    std::shared_ptr<SignalPage> page;
+    {
+        const std::lock_guard guard(m_lock);
+        page = m_page;
+    }
+    if (page) page->announce();
+}
+
 void ChangeHub::add(const std::shared_ptr<Watch>& watch) {
     {
         const std::lock_guard guard(m_lock);
@@ -20,17 +53,30 @@ void ChangeHub::add(const std::shared_ptr<Watch>& watch) {
 }
 
 // The word is read before the store is asked: a write that comes after the question has moved it
-// on, and the wait returns at once.
+// on, and the wait returns at once. Without a page there is no store, and the watches end with it.
 void ChangeHub::run() {
     for (;;) {
-        const auto seen = m_page.value();
+        std::shared_ptr<SignalPage> page;
         std::vector<std::shared_ptr<Watch>> watches;
         {
             const std::lock_guard guard(m_lock);
+            page = m_page;
             watches = m_watches;
+            if (!page && watches.empty()) {
+                m_is_running = false;
+                return;
+            }
         }
-        for (const auto& watch : watches) look(watch);
-        m_page.wait(seen);
+        if (page) page->begin_watching();
+        const auto seen = page ? page->value() : 0;
+        for (const auto& watch : watches) {
+            if (page) {
+                look(watch);
+            } else {
+                finish(watch, static_cast<LONG>(ERROR_KEY_DELETED));
+            }
+        }
+        if (page) page->wait(seen);
     }
 }
 
@@ -48,6 +94,7 @@ void ChangeHub::look(const std::shared_ptr<Watch>& watch) {
         const std::lock_guard guard(m_lock);
         if (watch->is_over) return;
         watch->since = asked.since;
+        watch->counted_in = asked.counted_in;
     }
     finish(watch, result);
 }
@@ -64,9 +111,10 @@ void ChangeHub::finish(const std::shared_ptr<Watch>& watch, LONG result) {
     if (watch->event != nullptr) SetEvent(watch->event);
 }
 
-Changes ChangeHub::since_of(const Watch& watch) {
+void ChangeHub::go_on_from(const Watch& before, Watch& watch) {
     const std::lock_guard guard(m_lock);
-    return watch.since;
+    watch.since = before.since;
+    watch.counted_in = before.counted_in;
 }
 
 LONG ChangeHub::wait(const std::shared_ptr<Watch>& watch) {
@@ -90,6 +138,7 @@ void ChangeHub::after_fork(bool in_child) {
     if (in_child) {
         m_watches.clear();
         m_is_running = false;
+        if (m_page) m_page->forget_watching();
         // Its state tells of waiters that don't exist here; nothing can be done with it any more.
         static_cast<void>(m_over.release());
         m_over = std::make_unique<std::condition_variable>();

@@ -4,9 +4,11 @@
 // it asks the store which of the watches have something to report. A watch reports once.
 #pragma once
 
+#include "tvutil2/platform/registry/key_id.h"
 #include "tvutil2/platform/registry/signal_page.h"
 
 #include <condition_variable>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -23,11 +25,12 @@ struct Changes {
 
 struct Watch {
     const void* owner = nullptr;  ///< the handle object; closing it ends the watch
-    std::int64_t key = 0;
+    KeyId key;
     bool subtree = false;
     DWORD filter = 0;
-    Changes since;           ///< what isn't news
-    HANDLE event = nullptr;  ///< set when the watch ends; null when a thread waits in wait()
+    Changes since;                 ///< what isn't news
+    std::uint32_t counted_in = 0;  ///< the store that `since` was counted in
+    HANDLE event = nullptr;        ///< set when the watch ends; null when a thread waits in wait()
 
     bool is_over = false;  ///< guarded by the hub, as is the result
     LONG result = 0;
@@ -40,13 +43,19 @@ class ChangeHub {
     using Check = std::function<LONG(Watch&)>;
     explicit ChangeHub(Check check) : m_check(std::move(check)) {}
 
-    [[nodiscard]] SignalPage& page() { return m_page; }
+    /// Opens the page of a store, unless it is open. Of another store's page the waiters are woken,
+    /// since nobody announces there any more.
+    LONG open_page(const std::string& file, bool is_private, std::uint32_t store);
+    /// Wakes the waiters of a store that is gone.
+    void drop_page();
+    /// To be called after a commit.
+    void announce();
 
     /// Enters a watch and looks once, so that nothing falls between `since` and now. The page is
     /// open.
     void add(const std::shared_ptr<Watch>& watch);
-    /// Up to where a watch has reported.
-    [[nodiscard]] Changes since_of(const Watch& watch);
+    /// Lets a watch begin where the one before it has reported up to.
+    void go_on_from(const Watch& before, Watch& watch);
     /// Blocks until the watch is over; its result.
     LONG wait(const std::shared_ptr<Watch>& watch);
     /// Ends the watches of a handle: with ERROR_INVALID_HANDLE, for those who block.
@@ -62,8 +71,9 @@ class ChangeHub {
     void finish(const std::shared_ptr<Watch>& watch, LONG result);
 
     Check m_check;
-    SignalPage m_page;
     std::mutex m_lock;
+    std::shared_ptr<SignalPage> m_page;
+    std::uint32_t m_page_store = 0;
     std::unique_ptr<std::condition_variable> m_over = std::make_unique<std::condition_variable>();
     std::vector<std::shared_ptr<Watch>> m_watches;
     bool m_is_running = false;

@@ -1,7 +1,8 @@
 #include "tvutil2/platform/registry/database.h"
 
+#include "tvutil2/platform/base/descriptor.h"
 #include "tvutil2/platform/base/last_error.h"
-#include "tvutil2/platform/base/locations.h"
+#include "tvutil2/platform/registry/registry.h"
 
 #include <fcntl.h>
 #include <sqlite3.h>
@@ -10,6 +11,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <iterator>
 
 namespace tvutil2 {
 namespace {
@@ -30,11 +32,7 @@ constexpr int kFormatVersion = 2;
 // "names_changed" and "values_changed" count the changes of a key's sub keys and values. What is
 // deleted leaves its counts to its parent ("values_carried" for those of values, which aren't
 // changes of the parent's own), so that the sum over a tree only grows and tells any change in it.
-constexpr const char* kSchema = R"(
-PRAGMA page_size = 2048;
-PRAGMA journal_mode = MEMORY;
-BEGIN;
-CREATE TABLE keys (
+constexpr std::string_view kKeysTable = R"(CREATE TABLE keys (
     id INTEGER PRIMARY KEY AUTOINCREMENT,
     parent INTEGER NOT NULL,
     folded BLOB NOT NULL,
@@ -44,35 +42,41 @@ CREATE TABLE keys (
     names_changed INTEGER NOT NULL DEFAULT 0,
     values_changed INTEGER NOT NULL DEFAULT 0,
     values_carried INTEGER NOT NULL DEFAULT 0
-);
-CREATE UNIQUE INDEX keys_by_name ON keys (parent, folded);
-CREATE TABLE "values" (
+))";
+constexpr std::string_view kKeysIndex = "CREATE UNIQUE INDEX keys_by_name ON keys (parent, folded)";
+constexpr std::string_view kValuesTable = R"(CREATE TABLE "values" (
     key INTEGER NOT NULL,
     folded BLOB NOT NULL,
     name BLOB NOT NULL,
     type INTEGER NOT NULL,
     data BLOB NOT NULL,
     PRIMARY KEY (key, folded)
-) WITHOUT ROWID;
-INSERT INTO keys (id, parent, folded, name, depth, written) VALUES (1, 0, x'', x'', 0, 0);
-PRAGMA application_id = 1417040487;
-PRAGMA user_version = 2;
-COMMIT;
-PRAGMA journal_mode = WAL;
-)";
+) WITHOUT ROWID)";
+
+std::string text_of_new_hive() {
+    std::string text = "PRAGMA page_size = 2048; PRAGMA journal_mode = MEMORY; BEGIN;";
+    for (const auto part : {kKeysTable, kKeysIndex, kValuesTable}) text.append(part).append(";");
+    return text +
+           "INSERT INTO keys (id, parent, folded, name, depth, written)"
+           " VALUES (1, 0, x'', x'', 0, 0);"
+           "PRAGMA application_id = 1417040487; PRAGMA user_version = 2;"
+           "COMMIT; PRAGMA journal_mode = WAL";
+}
 static_assert(kApplicationId == 1417040487 && kFormatVersion == 2);
 
-// In the order of Sql.
+// In the order of Sql. A walk below a key takes the depth of its sub keys (?2) and goes down by one
+// at each step, so that it comes by each row once, whatever a row says of its parent.
 constexpr std::array<const char*, static_cast<std::size_t>(Sql::count)> kTexts = {
     /* format */
     "SELECT application_id, user_version "
     "FROM pragma_application_id, pragma_user_version",
+    /* schema */ "SELECT type, name, tbl_name, sql FROM sqlite_schema ORDER BY name",
     /* begin */ "BEGIN",
     /* begin_write */ "BEGIN IMMEDIATE",
     /* commit */ "COMMIT",
     /* rollback */ "ROLLBACK",
     /* key_exists */ "SELECT depth FROM keys WHERE id = ?1",
-    /* find_sub_key */ "SELECT id FROM keys WHERE parent = ?1 AND folded = ?2",
+    /* find_sub_key */ "SELECT id, depth FROM keys WHERE parent = ?1 AND folded = ?2",
     /* parent_of */ "SELECT parent FROM keys WHERE id = ?1",
     /* add_key */
     "INSERT INTO keys (parent, folded, name, depth, written) "
@@ -87,28 +91,30 @@ constexpr std::array<const char*, static_cast<std::size_t>(Sql::count)> kTexts =
     "SELECT count(*), max(length(name)), max(length(data)) FROM \"values\" "
     "WHERE key = ?1",
     /* sub_key_at */
-    "SELECT folded, name, written FROM keys WHERE parent = ?1 "
-    "ORDER BY folded LIMIT 1 OFFSET ?2",
+    "SELECT folded, name, depth, written FROM keys WHERE parent = ?1 "
+    "ORDER BY folded LIMIT ?3 OFFSET ?2",
     /* sub_key_after */
-    "SELECT folded, name, written FROM keys WHERE parent = ?1 AND folded > ?2 "
-    "ORDER BY folded LIMIT 1",
+    "SELECT folded, name, depth, written FROM keys WHERE parent = ?1 AND folded >= ?2 "
+    "ORDER BY folded LIMIT ?3",
     /* value_at */
     "SELECT folded, name, type, data FROM \"values\" WHERE key = ?1 "
-    "ORDER BY folded LIMIT 1 OFFSET ?2",
+    "ORDER BY folded LIMIT ?3 OFFSET ?2",
     /* value_after */
     "SELECT folded, name, type, data FROM \"values\" "
-    "WHERE key = ?1 AND folded > ?2 ORDER BY folded LIMIT 1",
+    "WHERE key = ?1 AND folded >= ?2 ORDER BY folded LIMIT ?3",
     /* get_value */ "SELECT type, data FROM \"values\" WHERE key = ?1 AND folded = ?2",
     /* set_value */
     "INSERT INTO \"values\" (key, folded, name, type, data) "
     "VALUES (?1, ?2, ?3, ?4, ?5) ON CONFLICT DO UPDATE "
     "SET type = excluded.type, data = excluded.data",
+    /* rename_key */ "UPDATE keys SET folded = ?2, name = ?3 WHERE id = ?1",
     /* delete_value */ "DELETE FROM \"values\" WHERE key = ?1 AND folded = ?2",
     /* carry_changes_below */
-    "WITH RECURSIVE below(id, names, vals) AS ("
-    "SELECT id, names_changed, values_changed + values_carried FROM keys WHERE parent = ?1 "
-    "UNION ALL SELECT keys.id, names_changed, values_changed + values_carried "
-    "FROM below JOIN keys ON keys.parent = below.id) "
+    "WITH RECURSIVE below(id, depth, names, vals) AS ("
+    "SELECT id, depth, names_changed, values_changed + values_carried FROM keys "
+    "WHERE parent = ?1 AND depth = ?2 "
+    "UNION ALL SELECT keys.id, keys.depth, names_changed, values_changed + values_carried "
+    "FROM below JOIN keys ON keys.parent = below.id AND keys.depth = below.depth + 1) "
     "UPDATE keys SET (names_changed, values_carried) = "
     "(SELECT names_changed + coalesce(sum(names), 0), values_carried + coalesce(sum(vals), 0) "
     "FROM below) WHERE id = ?1",
@@ -118,21 +124,25 @@ constexpr std::array<const char*, static_cast<std::size_t>(Sql::count)> kTexts =
     "keys.values_carried + gone.values_changed + gone.values_carried "
     "FROM keys AS gone WHERE gone.id = ?1) WHERE id = ?2",
     /* delete_values_below */
-    "WITH RECURSIVE below(id) AS (SELECT id FROM keys WHERE parent = ?1 "
-    "UNION ALL SELECT keys.id FROM below JOIN keys ON keys.parent = below.id) "
-    "DELETE FROM \"values\" WHERE key IN below",
+    "WITH RECURSIVE below(id, depth) AS ("
+    "SELECT id, depth FROM keys WHERE parent = ?1 AND depth = ?2 "
+    "UNION ALL SELECT keys.id, keys.depth FROM below "
+    "JOIN keys ON keys.parent = below.id AND keys.depth = below.depth + 1) "
+    "DELETE FROM \"values\" WHERE key IN (SELECT id FROM below)",
     /* delete_keys_below */
-    "WITH RECURSIVE below(id) AS (SELECT id FROM keys WHERE parent = ?1 "
-    "UNION ALL SELECT keys.id FROM below JOIN keys ON keys.parent = below.id) "
-    "DELETE FROM keys WHERE id IN below",
+    "WITH RECURSIVE below(id, depth) AS ("
+    "SELECT id, depth FROM keys WHERE parent = ?1 AND depth = ?2 "
+    "UNION ALL SELECT keys.id, keys.depth FROM below "
+    "JOIN keys ON keys.parent = below.id AND keys.depth = below.depth + 1) "
+    "DELETE FROM keys WHERE id IN (SELECT id FROM below)",
     /* delete_values_of */ "DELETE FROM \"values\" WHERE key = ?1",
     /* delete_key */ "DELETE FROM keys WHERE id = ?1",
     /* changes_of_key */ "SELECT names_changed, values_changed FROM keys WHERE id = ?1",
     /* changes_of_tree */
-    "WITH RECURSIVE tree(id, names, vals) AS ("
-    "SELECT id, names_changed, values_changed + values_carried FROM keys WHERE id = ?1 UNION ALL "
-    "SELECT keys.id, names_changed, values_changed + values_carried "
-    "FROM tree JOIN keys ON keys.parent = tree.id) "
+    "WITH RECURSIVE tree(id, depth, names, vals) AS ("
+    "SELECT id, depth, names_changed, values_changed + values_carried FROM keys WHERE id = ?1 "
+    "UNION ALL SELECT keys.id, keys.depth, names_changed, values_changed + values_carried "
+    "FROM tree JOIN keys ON keys.parent = tree.id AND keys.depth = tree.depth + 1) "
     "SELECT sum(names), sum(vals) FROM tree",
 };
 
@@ -218,32 +228,17 @@ LONG errno_error() {
     return static_cast<LONG>(errno == EFBIG ? ERROR_DISK_FULL : error_from_errno(errno));
 }
 
-class HostFile {
-  public:
-    explicit HostFile(int descriptor) : m_descriptor(descriptor) {}
-    ~HostFile() {
-        if (m_descriptor >= 0) ::close(m_descriptor);
-    }
-    HostFile(const HostFile&) = delete;
-    HostFile& operator=(const HostFile&) = delete;
-
-    [[nodiscard]] int get() const { return m_descriptor; }
-
-  private:
-    int m_descriptor;
-};
-
 // An empty file of the right owner and mode for SQLite to fill; it takes the mode of its companion
 // files from it. The mode is set apart from the umask.
 LONG make_empty_file(const std::string& file, mode_t mode) {
-    const HostFile made(::open(file.c_str(), O_CREAT | O_EXCL | O_RDWR | O_CLOEXEC, mode));
+    const Descriptor made(::open(file.c_str(), O_CREAT | O_EXCL | O_RDWR | O_CLOEXEC, mode));
     if (made.get() < 0 || fchmod(made.get(), mode) != 0) return errno_error();
     return ERROR_SUCCESS;
 }
 
 // What was linked must still be there after a power cut.
 void sync_folder(const std::string& folder) {
-    const HostFile opened(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    const Descriptor opened(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (opened.get() >= 0) fsync(opened.get());
 }
 
@@ -253,7 +248,7 @@ LONG fill_new_hive(const std::string& file) {
                                SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr);
     if (code == SQLITE_OK) {
         sqlite3_extended_result_codes(connection, 1);
-        code = sqlite3_exec(connection, kSchema, nullptr, nullptr, nullptr);
+        code = sqlite3_exec(connection, text_of_new_hive().c_str(), nullptr, nullptr, nullptr);
     }
     const auto error = platform_error(connection, code);
     sqlite3_close(connection);
@@ -313,8 +308,6 @@ std::string_view Query::bytes(int column) const {
 // Made under a name of its own and linked into place: a process killed in between leaves no half
 // of a hive, and of two that make one at once the first one's stays.
 LONG Database::create(const std::string& file, bool is_private) {
-    const auto folder = file.substr(0, file.find_last_of('/'));
-    if (!make_host_folders(folder, is_private)) return errno_error();
     const auto draft = file + ".new-" + std::to_string(getpid());
     ::unlink(draft.c_str());  // left behind by a killed process of the same number
     auto error = make_empty_file(draft, is_private ? 0600 : 0644);
@@ -323,7 +316,7 @@ LONG Database::create(const std::string& file, bool is_private) {
         error = errno_error();
     }
     for (const auto* suffix : {"", "-wal", "-shm"}) ::unlink((draft + suffix).c_str());
-    if (error == ERROR_SUCCESS) sync_folder(folder);
+    if (error == ERROR_SUCCESS) sync_folder(file.substr(0, file.find_last_of('/')));
     return error;
 }
 
@@ -334,8 +327,8 @@ LONG Database::open(const std::string& file, bool may_write) {
         return is_missing ? static_cast<LONG>(ERROR_FILE_NOT_FOUND) : errno_error();
     }
     const int access = may_write ? SQLITE_OPEN_READWRITE : SQLITE_OPEN_READONLY;
-    const int code =
-        sqlite3_open_v2(file.c_str(), &m_connection, access | SQLITE_OPEN_NOMUTEX, nullptr);
+    const int code = sqlite3_open_v2(file.c_str(), &m_connection,
+                                     access | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_NOFOLLOW, nullptr);
     auto error = platform_error(m_connection, code);
     if (error == ERROR_SUCCESS) {
         sqlite3_extended_result_codes(m_connection, 1);
@@ -345,7 +338,9 @@ LONG Database::open(const std::string& file, bool may_write) {
         sqlite3_file_control(m_connection, "main", SQLITE_FCNTL_PERSIST_WAL, &persist);
         // Closing must not wait for the disk: a fork closes (see Hive).
         sqlite3_db_config(m_connection, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+        distrust();
         error = check_format();
+        if (error == ERROR_SUCCESS) error = check_schema();
     }
     if (error != ERROR_SUCCESS) close();
     return error;
@@ -354,7 +349,7 @@ LONG Database::open(const std::string& file, bool may_write) {
 LONG Database::check_format() {
     auto error = execute(
         "PRAGMA synchronous = NORMAL; PRAGMA wal_autocheckpoint = 2000; "
-        "PRAGMA journal_size_limit = 4194304");
+        "PRAGMA journal_size_limit = 4194304; PRAGMA cell_size_check = ON");
     if (error != ERROR_SUCCESS) return error;
     auto format = query(Sql::format);
     if (format.next() &&
@@ -362,6 +357,43 @@ LONG Database::check_format() {
         return static_cast<LONG>(ERROR_REGISTRY_CORRUPT);
     }
     return format.error();
+}
+
+// The file may come from anybody: nothing in it is run, and nothing in it is larger than what this
+// registry writes.
+void Database::distrust() {
+    sqlite3_db_config(m_connection, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
+    for (const int unwanted : {SQLITE_DBCONFIG_TRUSTED_SCHEMA, SQLITE_DBCONFIG_ENABLE_TRIGGER,
+                               SQLITE_DBCONFIG_ENABLE_VIEW}) {
+        sqlite3_db_config(m_connection, unwanted, 0, nullptr);
+    }
+    constexpr int kRowOverhead = 1 << 17;  // the names twice, and the row's head
+    sqlite3_limit(m_connection, SQLITE_LIMIT_LENGTH, int{REG_MAX_VALUE_DATA} + kRowOverhead);
+}
+
+// Word by word what create() has made: no view or trigger, no column more, no computed one.
+LONG Database::check_schema() {
+    struct Object {
+        std::string_view type, name, table, text;
+    };
+    constexpr Object kObjects[] = {
+        {"table", "keys", "keys", kKeysTable},
+        {"index", "keys_by_name", "keys", kKeysIndex},
+        {"table", "sqlite_sequence", "sqlite_sequence", "CREATE TABLE sqlite_sequence(name,seq)"},
+        {"table", "values", "values", kValuesTable},
+    };
+    std::size_t met = 0;
+    auto rows = query(Sql::schema);
+    while (rows.next()) {
+        if (met == std::size(kObjects)) return static_cast<LONG>(ERROR_REGISTRY_CORRUPT);
+        const auto& object = kObjects[met++];
+        if (rows.bytes(0) != object.type || rows.bytes(1) != object.name ||
+            rows.bytes(2) != object.table || rows.bytes(3) != object.text) {
+            return static_cast<LONG>(ERROR_REGISTRY_CORRUPT);
+        }
+    }
+    if (rows.error() != ERROR_SUCCESS) return rows.error();
+    return static_cast<LONG>(met == std::size(kObjects) ? ERROR_SUCCESS : ERROR_REGISTRY_CORRUPT);
 }
 
 void Database::close() {

@@ -18,6 +18,7 @@ namespace tvutil2 {
 /// The statements of a hive. The text of each stands in database.cpp.
 enum class Sql : std::uint8_t {
     format,
+    schema,
     begin,
     begin_write,
     commit,
@@ -37,6 +38,7 @@ enum class Sql : std::uint8_t {
     value_after,
     get_value,
     set_value,
+    rename_key,
     delete_value,
     carry_changes_below,
     carry_changes,
@@ -85,11 +87,13 @@ class Database {
     Database(const Database&) = delete;
     Database& operator=(const Database&) = delete;
 
-    /// Makes a new, empty hive at `file` unless there is one: it appears whole or not at all.
-    /// Missing folders are made. Readable by all unless it is private to the user.
+    /// Makes a new, empty hive at `file` unless there is one: it appears whole or not at all. Its
+    /// folder exists. Readable by all unless it is private to the user.
     static LONG create(const std::string& file, bool is_private);
 
     /// ERROR_FILE_NOT_FOUND when there is no such file; ERROR_REGISTRY_CORRUPT when it is no hive.
+    /// What others may have put into the file (views, triggers, tables of another form) is never
+    /// run. No part of the path is a link.
     LONG open(const std::string& file, bool may_write);
     void close();
     [[nodiscard]] bool is_open() const { return m_connection != nullptr; }
@@ -112,7 +116,9 @@ class Database {
     [[nodiscard]] const volatile std::uint64_t* wal_index();
 
   private:
+    void distrust();
     LONG check_format();
+    LONG check_schema();
     LONG execute(const char* sql);
 
     sqlite3* m_connection = nullptr;

@@ -9,17 +9,18 @@
 #include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/registry/change_hub.h"
 #include "tvutil2/platform/registry/database.h"
+#include "tvutil2/platform/registry/key_id.h"
+#include "tvutil2/platform/registry/store_file.h"
 #include "tvutil2/platform/registry/value_cache.h"
 
+#include <atomic>
 #include <functional>
 #include <mutex>
-#include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace tvutil2 {
-
-constexpr std::int64_t kRootKey = 1;
 
 /// A sub key or value as an enumeration gives it.
 struct Entry {
@@ -28,6 +29,7 @@ struct Entry {
     std::int64_t written = 0;
     DWORD type = 0;
     std::string data;
+    bool is_damaged = false;
 };
 
 struct KeyInfo {
@@ -39,11 +41,19 @@ struct KeyInfo {
     std::int64_t written = 0;
 };
 
-/// Where the last enumeration call on a handle stood, so that the next index costs one step.
-struct Position {
-    DWORD index = 0;
-    std::string folded;
+/// What the enumeration calls on a handle leave for the next one.
+///
+/// `ahead` holds entries from `first` on that nothing has changed since. Where something has, the
+/// next index is found behind the name that the last call gave, as long as that one is there: a
+/// step costs the same however many entries lie before it and whoever writes.
+struct Listing {
+    std::vector<Entry> ahead;
+    DWORD first = 0;
+    bool is_to_the_end = false;
     ValueCache::Stamp stamp;
+
+    bool has_last = false;
+    DWORD last = 0;  ///< one of those ahead
 };
 
 struct Hives;
@@ -56,34 +66,38 @@ class Hive {
     /// Whether this process is to write here at all; the disk may still refuse.
     [[nodiscard]] bool may_write() const { return m_may_write; }
 
-    /// All results are error codes; keys are ids. A hive without a file has an empty root.
-    LONG open_key(std::int64_t base, std::u16string_view path, std::int64_t& key);
+    /// All results are error codes. A hive without a file has an empty root; a key of a store that
+    /// is gone or was replaced is deleted.
+    LONG open_key(const KeyId& base, std::u16string_view path, KeyId& key);
     /// Makes what is missing, if the caller may; otherwise a missing key is ERROR_ACCESS_DENIED.
-    LONG create_key(std::int64_t base, std::u16string_view path, bool may_create, std::int64_t& key,
+    LONG create_key(const KeyId& base, std::u16string_view path, bool may_create, KeyId& key,
                     bool& is_new);
-    LONG delete_key(std::int64_t base, std::u16string_view path);
-    LONG delete_tree(std::int64_t base, std::u16string_view path, bool keep_key);
+    LONG rename_key(const KeyId& base, std::u16string_view path, std::u16string_view name);
+    LONG delete_key(const KeyId& base, std::u16string_view path);
+    LONG delete_tree(const KeyId& base, std::u16string_view path, bool keep_key);
 
     /// Calls `use` with the value.
     template <class Use>
-    LONG get_value(std::int64_t key, std::u16string_view name, Use use) {
+    LONG get_value(const KeyId& key, std::u16string_view name, Use use) {
         auto result = static_cast<LONG>(ERROR_FILE_NOT_FOUND);
         const auto use_or_miss = [&](const ValueView* value) {
             if (value != nullptr) result = use(*value);
         };
-        if (m_cache.look_up(key, name, use_or_miss)) return result;
+        if (is_current() && m_cache.look_up(key, name, use_or_miss)) return result;
         return read_value(key, name, std::function<LONG(const ValueView&)>(use));
     }
-    LONG set_value(std::int64_t key, std::u16string_view name, DWORD type, std::string_view data);
-    LONG delete_value(std::int64_t key, std::u16string_view name);
+    LONG set_value(const KeyId& key, std::u16string_view name, DWORD type, std::string_view data);
+    LONG delete_value(const KeyId& key, std::u16string_view name);
 
-    LONG sub_key_at(std::int64_t key, DWORD index, Position& position, Entry& entry);
-    LONG value_at(std::int64_t key, DWORD index, Position& position, Entry& entry);
-    LONG info(std::int64_t key, KeyInfo& info);
-    LONG flush();
+    /// `entry` belongs to the listing, and lasts until its next use.
+    LONG sub_key_at(const KeyId& key, DWORD index, Listing& listing, const Entry*& entry);
+    LONG value_at(const KeyId& key, DWORD index, Listing& listing, const Entry*& entry);
+    LONG info(const KeyId& key, KeyInfo& info);
+    LONG flush(const KeyId& key);
 
-    /// How often a key has changed; makes the hive if there is none, for a watch needs one.
-    LONG begin_watch(std::int64_t key, bool subtree, Changes& now);
+    /// Notes how often the watch's key has changed; makes the hive if there is none, for a watch
+    /// needs one.
+    LONG begin_watch(Watch& watch);
     [[nodiscard]] ChangeHub& hub() { return m_hub; }
 
   private:
@@ -93,25 +107,42 @@ class Hive {
 
     Hive(const std::string& folder, bool is_private, bool may_write);
 
-    using Body = std::function<LONG(Database&)>;
-    LONG read(const Body& body, LONG result_without_file);
-    LONG write(const Body& change);
-    LONG try_write(const Body& change, bool& is_stale);
+    struct Connection {
+        Database database;
+        std::uint32_t store = 0;
+    };
+    /// Works on the open connection, under its lock.
+    using Body = std::function<LONG(Connection&)>;
+    LONG read(const KeyId& key, const Body& body, LONG result_without_file);
+    LONG write(const KeyId& key, const Body& change);
+    LONG try_write(const KeyId& key, const Body& change, bool& is_lost);
+    LONG open(Connection& connection, bool may_write);
     LONG open_writer();
+    LONG open_current_writer();
     LONG open_reader();
     void close_reader();
-    LONG read_value(std::int64_t key, std::u16string_view name,
+    void forget_store();
+    /// Less than it takes to move a file away and to call again.
+    static constexpr std::int64_t kJust = 2'000;
+    [[nodiscard]] bool is_current(std::int64_t nanoseconds_ago = kJust) {
+        return m_file.was_just(m_reader_store, nanoseconds_ago);
+    }
+    LONG read_value(const KeyId& key, std::u16string_view name,
                     const std::function<LONG(const ValueView&)>& use);
-    LONG entry_at(std::int64_t key, DWORD index, Position& position, Entry& entry, bool of_values);
+    LONG entry_at(const KeyId& key, DWORD index, Listing& listing, const Entry*& entry,
+                  bool of_values);
+    LONG list(const KeyId& key, DWORD index, Listing& listing, bool of_values, Connection& from);
     LONG changed_since(Watch& watch);
 
-    std::string m_file;
-    bool m_is_private;
+    StoreFile m_file;
     bool m_may_write;
     std::mutex m_write_lock;
-    Database m_writer;
+    Connection m_writer;
+    /// The store that this process last wrote to.
+    std::uint32_t m_written_store = 0;
     std::mutex m_read_lock;
-    Database m_reader;
+    Connection m_reader;
+    std::atomic<std::uint32_t> m_reader_store{0};
     ValueCache m_cache;
     ChangeHub m_hub;
 };

@@ -10,36 +10,40 @@
 
 namespace tvutil2 {
 
+/// What the calls on a handle leave for the next one.
+struct KeyMemory {
+    /// Not waited for: who finds it taken does without what the other call knows.
+    std::mutex listing_lock;
+    Listing sub_keys;
+    Listing values;
+
+    std::mutex watch_lock;
+    /// The watch that the first notification began; null before it.
+    std::shared_ptr<Watch> watch;
+};
+
 class KeyObject : public HandleObject {
   public:
     static constexpr HandleKind kHandleKind = HandleKind::key;
 
-    KeyObject(Hive& owner, std::int64_t key, DWORD granted)
+    KeyObject(Hive& owner, const KeyId& key, DWORD granted)
         : HandleObject(kHandleKind), hive(owner), id(key), access(granted) {}
 
     Hive& hive;
-    const std::int64_t id;
+    const KeyId id;
     const DWORD access;
     /// Set before the watches of the handle are ended: one that comes later ends itself.
     std::atomic<bool> is_closed{false};
-
-    /// What calls on this handle leave for the next one.
-    struct Memory {
-        std::mutex lock;
-        Position sub_keys;
-        Position values;
-        /// The watch that the first notification began; null before it.
-        std::shared_ptr<Watch> watch;
-    };
-    Memory memory;
+    KeyMemory memory;
 };
 
 /// A key as a call sees it: an open one, or a root.
 struct KeyReference {
     Hive* hive = nullptr;
-    std::int64_t id = kRootKey;
+    KeyId id;
     /// Null for a root.
     std::shared_ptr<KeyObject> object;
+    KeyMemory* memory = nullptr;
 };
 
 /// ERROR_INVALID_HANDLE, or ERROR_ACCESS_DENIED when the handle lacks one of the rights. The last

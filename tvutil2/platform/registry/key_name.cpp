@@ -41,11 +41,11 @@ std::u16string name_of_stored(std::string_view bytes) {
 }
 
 LONG split_key_path(std::u16string_view path, std::vector<std::u16string_view>& parts) {
+    if (path.starts_with(u'\\')) return static_cast<LONG>(ERROR_BAD_PATHNAME);
     while (!path.empty()) {
         const auto end = std::min(path.find(u'\\'), path.size());
-        if (end == 0) return static_cast<LONG>(ERROR_BAD_PATHNAME);
         if (end > REG_MAX_KEY_NAME) return static_cast<LONG>(ERROR_INVALID_PARAMETER);
-        parts.push_back(path.substr(0, end));
+        if (end > 0) parts.push_back(path.substr(0, end));
         path.remove_prefix(std::min(end + 1, path.size()));
     }
     return ERROR_SUCCESS;

@@ -15,7 +15,8 @@ namespace tvutil2 {
 [[nodiscard]] std::string folded_name(std::u16string_view name);
 [[nodiscard]] std::u16string name_of_stored(std::string_view bytes);
 
-/// The parts of a sub-key name; none for an empty one. Errors as RegOpenKeyExW tells them.
+/// The parts of a sub-key name; none for an empty one. Repeated and trailing separators are passed
+/// over, a leading one isn't. Errors as RegOpenKeyExW tells them.
 [[nodiscard]] LONG split_key_path(std::u16string_view path,
                                   std::vector<std::u16string_view>& parts);
 

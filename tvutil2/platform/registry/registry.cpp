@@ -28,13 +28,18 @@ bool is_text(DWORD type) {
     return type == REG_SZ || type == REG_EXPAND_SZ || type == REG_MULTI_SZ;
 }
 
-LONG give_handle(const KeyReference& base, std::int64_t id, DWORD access, HKEY* result) {
+LONG give_handle(const KeyReference& base, const tvutil2::KeyId& id, DWORD access, HKEY* result) {
     if ((access & kWritingRights) != 0 && !base.hive->may_write()) return kDenied;
     const auto key =
         tvutil2::handle_table::insert(std::make_shared<KeyObject>(*base.hive, id, access));
     if (key == 0) return static_cast<LONG>(ERROR_TOO_MANY_OPEN_FILES);
     *result = reinterpret_cast<HKEY>(key);
     return kSuccess;
+}
+
+bool is_event(HANDLE handle) {
+    const auto object = tvutil2::handle_table::find(reinterpret_cast<std::uintptr_t>(handle));
+    return object && object->kind() == tvutil2::HandleKind::event;
 }
 
 // Copies data out by the rules of RegQueryValueExW.
@@ -76,18 +81,19 @@ void give_empty_class(char16_t* name, DWORD* count) {
     give(count, 0);
 }
 
-using Step = LONG (tvutil2::Hive::*)(std::int64_t, DWORD, tvutil2::Position&, tvutil2::Entry&);
+using Step = LONG (tvutil2::Hive::*)(const tvutil2::KeyId&, DWORD, tvutil2::Listing&,
+                                     const tvutil2::Entry*&);
 
-// A root has no memory of where the last call stood.
-LONG entry_at(const KeyReference& key, Step step, tvutil2::Position KeyObject::Memory::*place,
-              DWORD index, tvutil2::Entry& entry) {
-    if (!key.object) {
-        tvutil2::Position from_the_start;
-        return (key.hive->*step)(key.id, index, from_the_start, entry);
-    }
-    auto& memory = key.object->memory;
-    const std::lock_guard guard(memory.lock);
-    return (key.hive->*step)(key.id, index, memory.*place, entry);
+// Gives `use` the entry at an index.
+template <class Use>
+LONG with_entry_at(const KeyReference& key, Step step, tvutil2::Listing tvutil2::KeyMemory::*place,
+                   DWORD index, Use use) {
+    const std::unique_lock guard(key.memory->listing_lock, std::try_to_lock);
+    tvutil2::Listing from_the_start;
+    auto& listing = guard.owns_lock() ? key.memory->*place : from_the_start;
+    const tvutil2::Entry* entry = nullptr;
+    const auto error = (key.hive->*step)(key.id, index, listing, entry);
+    return error != kSuccess ? error : use(*entry);
 }
 
 LONG delete_tree(HKEY key, const char16_t* sub_key, bool keep_key) {
@@ -99,21 +105,18 @@ LONG delete_tree(HKEY key, const char16_t* sub_key, bool keep_key) {
 // The watch of a call: news since the last one on the same handle, or from now on.
 LONG make_watch(const KeyReference& key, BOOL subtree, DWORD filter, HANDLE event,
                 std::shared_ptr<tvutil2::Watch>& watch) {
-    tvutil2::Changes now;
-    const auto error = key.hive->begin_watch(key.id, subtree != 0, now);
-    if (error != kSuccess) return error;
     watch = std::make_shared<tvutil2::Watch>();
     watch->owner = key.object.get();
     watch->key = key.id;
     watch->subtree = subtree != 0;
     watch->filter = filter;
-    watch->since = now;
     watch->event = event;
-    if (!key.object) return kSuccess;
-    auto& memory = key.object->memory;
-    const std::lock_guard guard(memory.lock);
+    const auto error = key.hive->begin_watch(*watch);
+    if (error != kSuccess || !key.object) return error;
+    auto& memory = *key.memory;
+    const std::lock_guard guard(memory.watch_lock);
     if (memory.watch && memory.watch->subtree == watch->subtree) {
-        watch->since = key.hive->hub().since_of(*memory.watch);
+        key.hive->hub().go_on_from(*memory.watch, *watch);
     }
     memory.watch = watch;
     return kSuccess;
@@ -126,7 +129,7 @@ LONG RegOpenKeyExW(HKEY key, const char16_t* sub_key, DWORD options, DWORD acces
     *result = nullptr;
     KeyReference base;
     auto error = resolve_key(key, 0, base);
-    std::int64_t id = 0;
+    tvutil2::KeyId id;
     if (error == kSuccess) error = base.hive->open_key(base.id, view_of(sub_key), id);
     return error != kSuccess ? error : give_handle(base, id, access, result);
 }
@@ -142,7 +145,7 @@ LONG RegCreateKeyExW(HKEY key, const char16_t* sub_key, DWORD reserved,
     if (error != kSuccess) return error;
     const bool may_create =
         !base.object || (base.object->access & KEY_CREATE_SUB_KEY) == KEY_CREATE_SUB_KEY;
-    std::int64_t id = 0;
+    tvutil2::KeyId id;
     bool is_new = false;
     error = base.hive->create_key(base.id, view_of(sub_key), may_create, id, is_new);
     if (error != kSuccess) return error;
@@ -200,17 +203,16 @@ LONG RegEnumKeyExW(HKEY key, DWORD index, char16_t* name, DWORD* count, DWORD* r
                    char16_t* class_name, DWORD* class_count, FILETIME* last_write) {
     if (name == nullptr || count == nullptr || reserved != nullptr) return kInvalid;
     KeyReference base;
-    tvutil2::Entry entry;
-    auto error = resolve_key(key, KEY_ENUMERATE_SUB_KEYS, base);
-    if (error == kSuccess) {
-        error =
-            entry_at(base, &tvutil2::Hive::sub_key_at, &KeyObject::Memory::sub_keys, index, entry);
-    }
-    if (error == kSuccess) error = give_name(entry.name, name, count);
+    const auto error = resolve_key(key, KEY_ENUMERATE_SUB_KEYS, base);
     if (error != kSuccess) return error;
-    give_empty_class(class_name, class_count);
-    give_time(last_write, entry.written);
-    return kSuccess;
+    return with_entry_at(base, &tvutil2::Hive::sub_key_at, &tvutil2::KeyMemory::sub_keys, index,
+                         [&](const tvutil2::Entry& entry) {
+                             const auto given = give_name(entry.name, name, count);
+                             if (given != kSuccess) return given;
+                             give_empty_class(class_name, class_count);
+                             give_time(last_write, entry.written);
+                             return kSuccess;
+                         });
 }
 
 LONG RegEnumValueW(HKEY key, DWORD index, char16_t* name, DWORD* count, DWORD* reserved,
@@ -218,15 +220,23 @@ LONG RegEnumValueW(HKEY key, DWORD index, char16_t* name, DWORD* count, DWORD* r
     if (name == nullptr || count == nullptr || reserved != nullptr) return kInvalid;
     if (data != nullptr && size == nullptr) return kInvalid;
     KeyReference base;
-    tvutil2::Entry entry;
-    auto error = resolve_key(key, KEY_QUERY_VALUE, base);
-    if (error == kSuccess) {
-        error = entry_at(base, &tvutil2::Hive::value_at, &KeyObject::Memory::values, index, entry);
-    }
-    if (error == kSuccess) error = give_name(entry.name, name, count);
+    const auto error = resolve_key(key, KEY_QUERY_VALUE, base);
     if (error != kSuccess) return error;
-    give(type, entry.type);
-    return give_data(entry.type, entry.data, data, size);
+    return with_entry_at(base, &tvutil2::Hive::value_at, &tvutil2::KeyMemory::values, index,
+                         [&](const tvutil2::Entry& entry) {
+                             const auto given = give_name(entry.name, name, count);
+                             if (given != kSuccess) return given;
+                             give(type, entry.type);
+                             return give_data(entry.type, entry.data, data, size);
+                         });
+}
+
+LONG RegRenameKey(HKEY key, const char16_t* sub_key, const char16_t* new_name) {
+    if (new_name == nullptr) return kInvalid;
+    KeyReference base;
+    const auto error = resolve_key(key, KEY_CREATE_SUB_KEY, base);
+    if (error != kSuccess) return error;
+    return base.hive->rename_key(base.id, view_of(sub_key), view_of(new_name));
 }
 
 LONG RegDeleteKeyW(HKEY key, const char16_t* sub_key) {
@@ -269,14 +279,17 @@ LONG RegQueryInfoKeyW(HKEY key, char16_t* class_name, DWORD* class_count, DWORD*
 LONG RegFlushKey(HKEY key) {
     KeyReference base;
     const auto error = resolve_key(key, 0, base);
-    return error != kSuccess ? error : base.hive->flush();
+    return error != kSuccess ? error : base.hive->flush(base.id);
 }
 
 LONG RegNotifyChangeKeyValue(HKEY key, BOOL subtree, DWORD filter, HANDLE event,
                              BOOL asynchronous) {
     constexpr DWORD kFilters = REG_NOTIFY_CHANGE_NAME | REG_NOTIFY_CHANGE_LAST_SET;
     if ((filter & kFilters) == 0 || (filter & ~kFilters) != 0) return kInvalid;
-    if (asynchronous != 0 && event == nullptr) return kInvalid;
+    if (asynchronous != 0) {
+        if (event == nullptr) return kInvalid;
+        if (!is_event(event)) return static_cast<LONG>(ERROR_INVALID_HANDLE);
+    }
     std::shared_ptr<tvutil2::Watch> watch;
     tvutil2::Hive* hive = nullptr;
     {

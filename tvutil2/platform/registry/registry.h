@@ -68,9 +68,9 @@ inline constexpr DWORD REG_MAX_NEW_LEVELS = 32;
 inline constexpr DWORD REG_MAX_VALUE_DATA = DWORD{64} << 20U;
 
 /// Opens a key. Null or empty names `key` itself. `options` is 0. ERROR_FILE_NOT_FOUND when it
-/// isn't there, ERROR_BAD_PATHNAME for a name with a leading backslash or an empty part (one
-/// trailing backslash is passed over), ERROR_INVALID_PARAMETER for a part that is too long.
-/// Rights to write are refused at once where the hive can't be written.
+/// isn't there, ERROR_BAD_PATHNAME for a name with a leading backslash (repeated and trailing ones
+/// are passed over), ERROR_INVALID_PARAMETER for a part that is too long. Rights to write are
+/// refused at once where the hive can't be written.
 TVUTIL_API LONG RegOpenKeyExW(HKEY key, const char16_t* sub_key, DWORD options, DWORD access,
                               HKEY* result);
 
@@ -115,6 +115,11 @@ TVUTIL_API LONG RegEnumKeyExW(HKEY key, DWORD index, char16_t* name, DWORD* coun
 TVUTIL_API LONG RegEnumValueW(HKEY key, DWORD index, char16_t* name, DWORD* count, DWORD* reserved,
                               DWORD* type, BYTE* data, DWORD* size);
 
+/// Gives a sub key, with all below it, another name: one part, not a path. Its handles stay what
+/// they are. A name that is only spelled otherwise is a name as well; ERROR_ALREADY_EXISTS when
+/// another key has it, ERROR_ACCESS_DENIED for a root. Needs KEY_CREATE_SUB_KEY.
+TVUTIL_API LONG RegRenameKey(HKEY key, const char16_t* sub_key, const char16_t* new_name);
+
 /// Deletes a key without sub keys; ERROR_ACCESS_DENIED when it has some or is a root. Handles to
 /// it stay open and give ERROR_KEY_DELETED. ERROR_INVALID_PARAMETER for a null name.
 TVUTIL_API LONG RegDeleteKeyW(HKEY key, const char16_t* sub_key);
@@ -144,3 +149,10 @@ TVUTIL_API LONG RegFlushKey(HKEY key);
 /// long as the process.
 TVUTIL_API LONG RegNotifyChangeKeyValue(HKEY key, BOOL subtree, DWORD filter, HANDLE event,
                                         BOOL asynchronous);
+
+namespace tvutil2 {
+
+/// Whether two open keys are one key, whatever the names were that they were opened by.
+[[nodiscard]] TVUTIL_API bool is_same_key(HKEY one, HKEY other);
+
+}  // namespace tvutil2

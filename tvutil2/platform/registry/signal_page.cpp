@@ -1,6 +1,7 @@
 #include "tvutil2/platform/registry/signal_page.h"
 
 #include "tvutil2/platform/base/last_error.h"
+#include "tvutil2/platform/registry/store_file.h"
 
 #include <fcntl.h>
 #include <linux/futex.h>
@@ -11,13 +12,19 @@
 
 #include <cerrno>
 #include <climits>
+#include <ctime>
 
 namespace tvutil2 {
 namespace {
 
 constexpr std::size_t kPageSize = 4096;
+constexpr int kOpenFlags = O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY;
 
-// Room is claimed on the disk: a write into a hole on a full one would kill the process.
+LONG errno_error() {
+    return static_cast<LONG>(errno == EFBIG ? ERROR_DISK_FULL : error_from_errno(errno));
+}
+
+// Room is claimed on the disk: what the kernel can't write into a hole on a full one is lost.
 bool has_whole_page(int file, bool may_write) {
     struct stat info {};
     if (fstat(file, &info) != 0) return false;
@@ -26,10 +33,26 @@ bool has_whole_page(int file, bool may_write) {
     return errno == 0;
 }
 
-void* map_page(int file, bool may_write) {
-    if (!has_whole_page(file, may_write)) return MAP_FAILED;
-    const int access = may_write ? PROT_READ | PROT_WRITE : PROT_READ;
-    return mmap(nullptr, kPageSize, access, MAP_SHARED, file, 0);
+// Of another name the file is somebody else's as well, and writing here would change it.
+bool is_ours(int file, bool is_private) {
+    struct stat info {};
+    if (fstat(file, &info) != 0) return false;
+    const bool is_plain = S_ISREG(info.st_mode) && info.st_nlink == 1;
+    errno = EACCES;
+    return is_plain && (is_private || is_trusted_file(info));
+}
+
+Descriptor make_file(const std::string& path, mode_t mode) {
+    Descriptor made(::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | kOpenFlags, mode));
+    if (made && fchmod(made.get(), mode) != 0) return {};
+    return made;
+}
+
+struct flock whole_file(short type) {
+    struct flock lock {};
+    lock.l_type = type;
+    lock.l_whence = SEEK_SET;
+    return lock;
 }
 
 }  // namespace
@@ -39,36 +62,67 @@ SignalPage::~SignalPage() {
 }
 
 LONG SignalPage::open(const std::string& file, bool is_private) {
-    if (is_open()) return ERROR_SUCCESS;
-    const mode_t mode = is_private ? 0600 : 0644;
+    m_path = file;
     m_may_write = true;
-    int opened = ::open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, mode);
-    if (opened < 0 && (errno == EACCES || errno == EPERM || errno == EROFS)) {
+    m_file = make_file(file, is_private ? 0600 : 0644);
+    if (!m_file) m_file = Descriptor(::open(file.c_str(), O_RDWR | kOpenFlags));
+    if (!m_file && (errno == EACCES || errno == EPERM || errno == EROFS)) {
         m_may_write = false;
-        opened = ::open(file.c_str(), O_RDONLY | O_CLOEXEC);
+        m_file = Descriptor(::open(file.c_str(), O_RDONLY | kOpenFlags));
     }
-    if (opened < 0) return static_cast<LONG>(error_from_errno(errno));
-    void* page = map_page(opened, m_may_write);
-    const auto error =
-        static_cast<LONG>(errno == EFBIG ? ERROR_DISK_FULL : error_from_errno(errno));
-    ::close(opened);
-    if (page == MAP_FAILED) return error;
-    m_word = static_cast<std::atomic<std::uint32_t>*>(page);
+    if (!m_file || !is_ours(m_file.get(), is_private) ||
+        !has_whole_page(m_file.get(), m_may_write)) {
+        return errno == ELOOP ? static_cast<LONG>(ERROR_ACCESS_DENIED) : errno_error();
+    }
+    const int access = m_may_write ? PROT_READ | PROT_WRITE : PROT_READ;
+    void* const page = mmap(nullptr, kPageSize, access, MAP_SHARED, m_file.get(), 0);
+    if (page == MAP_FAILED) return errno_error();
+    m_word = page;
     return ERROR_SUCCESS;
 }
 
-std::uint32_t SignalPage::value() const {
-    return m_word->load(std::memory_order_acquire);
+void SignalPage::begin_watching() {
+    if (m_presence) return;
+    Descriptor opened(::open(m_path.c_str(), O_RDONLY | kOpenFlags));
+    auto lock = whole_file(F_RDLCK);
+    if (opened && fcntl(opened.get(), F_OFD_SETLK, &lock) == 0) m_presence = std::move(opened);
 }
 
-void SignalPage::announce() {
-    if (m_word == nullptr || !m_may_write) return;
-    m_word->fetch_add(1, std::memory_order_release);
-    syscall(SYS_futex, m_word, FUTEX_WAKE, INT_MAX, nullptr, nullptr, 0);
+bool SignalPage::is_watched() const {
+    auto lock = whole_file(F_WRLCK);
+    return fcntl(m_file.get(), F_OFD_GETLK, &lock) != 0 || lock.l_type != F_UNLCK;
+}
+
+std::uint32_t SignalPage::value() const {
+    std::uint32_t value = 0;
+    const auto size = pread(m_file.get(), &value, sizeof value, 0);
+    return size == sizeof value ? value : 0;
+}
+
+// Who begins to watch after the look sees the commit that came before it.
+void SignalPage::announce() const {
+    if (is_watched()) wake();
+}
+
+void SignalPage::wake() const {
+    if (!m_may_write || m_word == nullptr) return;
+    for (int attempt = 0; attempt < 2; ++attempt) {
+        constexpr unsigned kAddOne = FUTEX_OP(FUTEX_OP_ADD, 1, FUTEX_OP_CMP_EQ, 0);
+        const auto woken =
+            syscall(SYS_futex, m_word, FUTEX_WAKE_OP, INT_MAX, nullptr, m_word, kAddOne);
+        // Cut short: the same page of the same file once it is made whole.
+        if (woken >= 0 || errno != EFAULT || !has_whole_page(m_file.get(), true)) return;
+    }
 }
 
 void SignalPage::wait(std::uint32_t seen) const {
-    syscall(SYS_futex, m_word, FUTEX_WAIT, seen, nullptr, nullptr, 0);
+    if (syscall(SYS_futex, m_word, FUTEX_WAIT, seen, nullptr, nullptr, 0) == 0 || errno != EFAULT ||
+        has_whole_page(m_file.get(), m_may_write)) {
+        return;
+    }
+    // There is nothing to sleep on until somebody who may write has made the file whole.
+    constexpr timespec kAWhile{1, 0};
+    nanosleep(&kAWhile, nullptr);
 }
 
 }  // namespace tvutil2
