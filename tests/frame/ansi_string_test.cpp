@@ -117,4 +117,13 @@ TEST(AnsiString, DeleteCountsCharacters) {
     EXPECT_EQ(wide.View(), u"a\u4E2Dc");
 }
 
+TEST(AnsiString, BecomesWideTextInEveryForm) {
+    const CAnsiString narrow("caf\u00E9");
+    const CString built(narrow);
+    const CString copied = narrow;
+    CString assigned;
+    assigned = narrow;
+    EXPECT_TRUE(built == u"caf\u00E9" && copied == built && assigned == built);
+}
+
 }  // namespace

@@ -38,7 +38,7 @@ void set_preference(const char16_t* key_name, DWORD value) {
 
 TEST(Startup, LibraryStartsWithItsInstance) {
     EXPECT_EQ(tvutil2::resource_instance(), tvutil2::library_instance());
-    EXPECT_NE(dynamic_cast<CWinApp*>(AfxGetApp()), nullptr);
+    EXPECT_NE(dynamic_cast<CtvutilApp*>(AfxGetApp()), nullptr);
 }
 
 TEST(Startup, LoadTouchesNothing) {

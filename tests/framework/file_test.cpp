@@ -152,7 +152,7 @@ TEST(StdioFile, WorksOverAnOpenStreamAndLeavesItOpen) {
         CStdioFile file(stream);
         file.WriteString(u"one\ntwo\n");
         EXPECT_EQ(file.GetLength(), 10U);
-        EXPECT_EQ(file.m_hFile, CFile::hFileNull);
+        EXPECT_NE(file.m_hFile, CFile::hFileNull);
         EXPECT_EQ(thrown_by([&] { file.Seek(-1, CFile::begin); }), CFileException::badSeek);
     }
     std::rewind(stream);
@@ -161,6 +161,7 @@ TEST(StdioFile, WorksOverAnOpenStreamAndLeavesItOpen) {
     EXPECT_TRUE(file.ReadString(line));
     EXPECT_EQ(line, u"one");
     file.Close();
+    EXPECT_EQ(file.m_hFile, CFile::hFileNull);
 }
 
 TEST(StdioFile, ADiskThatIsFullIsNotSilent) {

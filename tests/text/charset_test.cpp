@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <fstream>
 #include <numeric>
 #include <string>
 #include <string_view>
@@ -109,6 +110,20 @@ TEST(CharSetDecoder, TakesAStreamByteByByte) {
         EXPECT_EQ(wide.raw + wide.rest, stream.bytes);
     }
     EXPECT_EQ(decode<unsigned int>(51932, "\xA4\xA2\x8E\xB1").raw, "\x82\xA0\xB1");
+}
+
+// Not even to learn what the page is.
+TEST(CharSetDecoder, AsciiAsksNobody) {
+    for (const unsigned int page : {0U, 874U, 932U, 1252U, 12345U, 51932U, 54936U, 65001U}) {
+        std::string all(127, '\0');
+        std::iota(all.begin(), all.end(), '\0');
+        EXPECT_EQ(decode<char16_t>(page, all).text, std::u32string(all.begin(), all.end()));
+        EXPECT_EQ(decode<char16_t>(page, "\x7F").text, page == 51932 ? U"." : U"\x7F");
+    }
+    std::ifstream maps("/proc/self/maps");
+    for (std::string line; std::getline(maps, line);) {
+        EXPECT_EQ(line.find("libicu"), std::string::npos);
+    }
 }
 
 TEST(CharSetDecoder, ForgetsTheBeginningOfACharacter) {

@@ -1,6 +1,7 @@
 #include "tvutil2/text/code_page.h"
 
 #include "tvutil2/platform/codepage/codepage.h"
+#include "tvutil2/text/charset.h"
 
 #include <gtest/gtest.h>
 
@@ -84,5 +85,12 @@ INSTANTIATE_TEST_SUITE_P(Locales, DefaultOfLanguage,
                                            Language{"ja_JP.UTF-8", 51932},
                                            Language{"ko_KR.UTF-8", 949},
                                            Language{"de_DE.UTF-8", 65001}, Language{"C", 65001}));
+
+// As the products' code writes it.
+TEST(CodePageChoice, NumbersStandForPages) {
+    const CCodePage page = 1252;
+    const CCharSetDecoder decoder = page.codePage;
+    EXPECT_EQ(decoder.GetCodePage(), 1252U);
+}
 
 }  // namespace

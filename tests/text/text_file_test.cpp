@@ -4,6 +4,8 @@
 #include <sys/resource.h>
 
 #include <csignal>
+#include <cstdio>
+#include <filesystem>
 #include <random>
 
 #include "tests/support/profile.h"
@@ -138,8 +140,15 @@ TEST(TextFileRead, RestComesJoined) {
         file.place = 0;
         CTextFileRead again(&file);
         CString wide;
-        EXPECT_TRUE(again.Read(wide, CString(u"\n")));
+        EXPECT_TRUE(again.Read(wide, u"\n"));
         EXPECT_EQ(wide, CString(joined));
+
+        // The separator may be the very text that is replaced.
+        file.place = 0;
+        CTextFileRead last(&file);
+        narrow = "\n";
+        EXPECT_TRUE(last.Read(narrow, narrow));
+        EXPECT_EQ(narrow, joined);
     }
 }
 
@@ -165,7 +174,7 @@ TEST(TextFileRead, WithoutAFileIsAtItsEnd) {
     const auto folder = tests::platform_path(tests::new_folder());
     CTextFileRead missing(place.path.c_str());
     CTextFileRead is_folder(folder.c_str());
-    CTextFileRead none(static_cast<CFile*>(nullptr));
+    CTextFileRead none(nullptr);
     tests::write_file(place.host, "a\nb");
     CTextFileRead closed(place.path.c_str());
     EXPECT_TRUE(closed.IsOpen());
@@ -347,6 +356,62 @@ TEST(TextFile, CopiesShareTheFileAndOneOfThemClosesIt) {
     CTextFileRead moved(std::move(copy));
     EXPECT_TRUE(copy.Eof());  // NOLINT(bugprone-use-after-move,clang-analyzer-cplusplus.Move)
     EXPECT_TRUE(moved.IsOpen());
+}
+
+// However far it has read, and whoever closed the file.
+TEST(TextFile, NothingThrowsOnceTheFileIsClosed) {
+    const Place place;
+    tests::write_file(place.host, std::string(3000, 'a') + "\nb\n\xE9 ");
+    for (const bool is_own : {true, false}) {
+        for (int lines = 0; lines < 3; ++lines) {
+            CFile file(place.path.c_str(), CFile::modeRead | CFile::shareDenyNone);
+            auto reader = is_own ? CTextFileRead(place.path.c_str()) : CTextFileRead(&file);
+            std::string text;
+            for (int i = 0; i < lines; ++i) reader.ReadLine(text);
+            CTextFileRead copy(reader);
+            reader.Close();
+            file.Close();
+            CString wide;
+            std::u16string units;
+            EXPECT_FALSE(copy.IsOpen());
+            EXPECT_FALSE(copy.Read(text, "\n") || copy.Read(wide, u"") || copy.Read(units, u""));
+            for (int i = 0; i < 3; ++i) copy.ReadLine(text);
+            EXPECT_FALSE(copy.ReadLine(wide) || copy.ReadLine(units));
+            EXPECT_TRUE(copy.Eof());
+            CTextFileRead again(copy);
+            again = reader;
+            copy.Close();
+        }
+    }
+}
+
+// A killed writer loses what has no full block yet, and nothing else.
+TEST(TextFileWrite, EachFullBlockIsInTheFile) {
+    const Place place;
+    CTextFileWrite writer(place.path.c_str(), Base::TE_ANSI);
+    for (unsigned int size = 1; size < 5000; ++size) {
+        writer << 'x';
+        ASSERT_EQ(std::filesystem::file_size(place.host), (size - 1) / 1024 * 1024);
+    }
+}
+
+TEST(TextFile, WorksOverAStreamOfTheCLibrary) {
+    const Place place;
+    std::FILE* const stream = std::fopen(place.host.c_str(), "w+");
+    ASSERT_NE(stream, nullptr);
+    CStdioFile file(stream);
+    CTextFileWrite writer(&file, Base::TE_UTF8);
+    for (int i = 0; i < 400; ++i) {
+        writer << u"\u00E9t\u00E9";  // so that a block ends between CR and LF
+        writer.WriteEndl();
+    }
+    writer.Close();
+    file.SeekToBegin();
+    EXPECT_TRUE(tests::read_file(place.host).ends_with("\xC3\xA9t\xC3\xA9\r\n"));
+    EXPECT_EQ(tests::read_file(place.host).size(), 3U + 400 * 7);
+    CTextFileRead reader(&file);
+    EXPECT_EQ(lines_of(reader).size(), 401U);
+    file.Close();
 }
 
 TEST(TextFile, Utf8ByNumberIsRefusedWithADefault) {

@@ -8,7 +8,7 @@
 #include "tvutil2/platform/base/export.h"
 
 /// The library's application object. One static object exists.
-class CtvutilApp : public CWinApp {
+class TVUTIL_API CtvutilApp : public CWinApp {
   public:
     CtvutilApp();
     /// Keeps the instance for the library's own string look-ups.

@@ -1,6 +1,7 @@
 #include "tvutil2/framework/file.h"
 
 #include "tvutil2/platform/base/handle_table.h"
+#include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/files/files.h"
 
 #include <utility>
@@ -107,12 +108,14 @@ CFile::~CFile() {
 BOOL CFile::Open(const char16_t* path, UINT flags, CFileException* error) {
     Close();
     m_path = path;
+    const auto before = GetLastError();
     m_hFile = CreateFileW(m_path, access_of(flags), sharing_of(flags), nullptr,
                           disposition_of(flags), FILE_ATTRIBUTE_NORMAL, nullptr);
     if (m_hFile == hFileNull) {
         if (error != nullptr) *error = CFileException(GetLastError(), m_path);
         return FALSE;
     }
+    SetLastError(before);  // CreateFileW tells by it whether the file was there
     m_is_closed_at_end = true;
     return TRUE;
 }

@@ -104,12 +104,13 @@ class TVUTIL_API CFile {
 };
 
 /// A buffered file of text in the ANSI code page. In text mode, the default, "\n" is written as CR
-/// LF, and CR LF is read as "\n"; with typeBinary bytes stay what they are.
+/// LF unless a CR stands before it, and CR LF is read as "\n"; with typeBinary bytes stay what they
+/// are.
 class TVUTIL_API CStdioFile : public CFile {
   public:
     CStdioFile() = default;
-    /// Over an open stream, which the destructor leaves open; Close closes it. Such a file has no
-    /// handle. `type`: typeText or typeBinary.
+    /// Over an open stream, which the destructor leaves open; Close closes it. The handle of such a
+    /// file tells that it is open, and nothing can be done with it. `type`: typeText or typeBinary.
     explicit CStdioFile(std::FILE* stream, UINT type = typeText);
     CStdioFile(const char16_t* path, UINT flags);
     ~CStdioFile() override;
@@ -136,8 +137,12 @@ class TVUTIL_API CStdioFile : public CFile {
     [[noreturn]] void fail_stream() const;
     void write_bytes(const char* data, std::size_t count);
     void write_text(std::string_view text);
+    /// Of the stream's failures the C library knows the reason, of those of an own file the
+    /// platform.
+    [[nodiscard]] DWORD stream_error() const;
 
     bool m_is_text = true;
-    char* m_line = nullptr;  ///< the line that ReadString reads, as getline() grows it
+    bool m_is_behind_cr = false;  ///< the last character written
+    char* m_line = nullptr;       ///< the line that ReadString reads, as getline() grows it
     std::size_t m_line_room = 0;
 };

@@ -1,7 +1,9 @@
 #include "tvutil2/framework/file.h"
 #include "tvutil2/framework/narrow_text.h"
+#include "tvutil2/platform/base/handle_table.h"
 #include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/files/files.h"
+#include "tvutil2/platform/files/placeholder.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -50,16 +52,12 @@ std::FILE* open_stream(HANDLE file, UINT flags) {
     return fopencookie(file, mode, {read_handle, write_handle, seek_handle, nullptr});
 }
 
-// Why the C library's last call failed.
-DWORD stream_error(HANDLE file) {
-    return file == CFile::hFileNull ? tvutil2::error_from_errno(errno) : GetLastError();
-}
-
 }  // namespace
 
 CStdioFile::CStdioFile(std::FILE* stream, UINT type)
     : m_pStream(stream), m_is_text((type & typeBinary) == 0) {
     m_is_closed_at_end = false;
+    if (stream != nullptr) m_hFile = tvutil2::open_placeholder();
 }
 
 CStdioFile::CStdioFile(const char16_t* path, UINT flags) {
@@ -69,6 +67,8 @@ CStdioFile::CStdioFile(const char16_t* path, UINT flags) {
 
 CStdioFile::~CStdioFile() {
     if (m_is_closed_at_end && m_pStream != nullptr) std::fclose(m_pStream);
+    // The base closes the handle of an own file, and leaves other people's.
+    if (!m_is_closed_at_end && m_hFile != hFileNull) CloseHandle(m_hFile);
     std::free(m_line);
 }
 
@@ -86,7 +86,8 @@ BOOL CStdioFile::Open(const char16_t* path, UINT flags, CFileException* error) {
 void CStdioFile::Close() {
     if (m_pStream == nullptr) return;
     const bool is_written = std::fclose(std::exchange(m_pStream, nullptr)) == 0;
-    const auto error = stream_error(m_hFile);
+    const auto error = stream_error();
+    m_is_behind_cr = false;
     CFile::Close();
     if (!is_written) fail(error);
 }
@@ -123,8 +124,9 @@ void CStdioFile::Write(const void* data, UINT count) {
 ULONGLONG CStdioFile::Seek(LONGLONG offset, UINT from) {
     if (fseeko(stream(), offset, static_cast<int>(from)) != 0) {
         // What leads in front of the start may never reach the handle.
-        fail(errno == EINVAL ? ERROR_NEGATIVE_SEEK : stream_error(m_hFile));
+        fail(errno == EINVAL ? ERROR_NEGATIVE_SEEK : stream_error());
     }
+    m_is_behind_cr = false;
     return GetPosition();
 }
 
@@ -175,9 +177,13 @@ std::FILE* CStdioFile::stream() const {
 }
 
 void CStdioFile::fail_stream() const {
-    const auto error = stream_error(m_hFile);
+    const auto error = stream_error();
     std::clearerr(m_pStream);
     fail(error);
+}
+
+DWORD CStdioFile::stream_error() const {
+    return m_is_closed_at_end ? GetLastError() : tvutil2::error_from_errno(errno);
 }
 
 void CStdioFile::write_bytes(const char* data, std::size_t count) {
@@ -188,9 +194,11 @@ void CStdioFile::write_text(std::string_view text) {
     while (!text.empty()) {
         const auto line = std::min(text.find('\n'), text.size());
         write_bytes(text.data(), line);
+        if (line != 0) m_is_behind_cr = text[line - 1] == '\r';
         text.remove_prefix(line);
         if (text.empty()) return;
-        write_bytes("\r\n", 2);
+        write_bytes(m_is_behind_cr ? "\n" : "\r\n", m_is_behind_cr ? 1 : 2);
+        m_is_behind_cr = false;
         text.remove_prefix(1);
     }
 }

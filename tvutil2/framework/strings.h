@@ -31,6 +31,10 @@ class TVUTIL_API CString {
     ~CString() = default;
     /// From text in the ANSI code page; null gives empty text.
     CString(const char* text);
+    /// From what turns itself into a CString, and into other things, too.
+    template <class Text>
+    requires requires(const Text& text) { text.operator CString(); }
+    CString(const Text& text) : CString(text.operator CString()) {}
 
     CString& operator=(const CString&) = default;
     CString& operator=(CString&&) noexcept = default;
@@ -38,6 +42,9 @@ class TVUTIL_API CString {
     CString& operator=(const char* text);
     CString& operator=(char16_t c);
     CString& operator=(std::u16string_view text);
+    template <class Text>
+    requires requires(const Text& text) { text.operator CString(); }
+    CString& operator=(const Text& text) { return *this = text.operator CString(); }
 
     [[nodiscard]] int GetLength() const { return static_cast<int>(m_text.size()); }
     [[nodiscard]] bool IsEmpty() const { return m_text.empty(); }

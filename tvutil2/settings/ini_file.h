@@ -59,7 +59,7 @@ class TVUTIL_API CIniSection {
 class TVUTIL_API CIniFile {
   public:
     /// Reads `path`, if there is one, without telling how that went.
-    explicit CIniFile(const char16_t* path = nullptr);
+    CIniFile(const char16_t* path = nullptr);
     CIniFile(const CIniFile&) = delete;
     CIniFile& operator=(const CIniFile&) = delete;
     virtual ~CIniFile();

@@ -7,7 +7,7 @@
 class TVUTIL_API COptionFile : public CIniFile {
   public:
     /// As CIniFile, with no current section.
-    explicit COptionFile(const char16_t* path = nullptr) : CIniFile(path) {}
+    COptionFile(const char16_t* path = nullptr) : CIniFile(path) {}
 
     using CIniFile::GetValue;
     using CIniFile::SetValue;

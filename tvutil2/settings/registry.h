@@ -118,7 +118,7 @@ class TVUTIL_API CRegistry : public tvutil2::RegistryKey<CRegistry> {
 class TVUTIL_API CPelrinRegistry : public CRegistry {
   public:
     /// Opens `sub_key` unless it is null, without telling how that went.
-    explicit CPelrinRegistry(const char16_t* sub_key = nullptr);
+    CPelrinRegistry(const char16_t* sub_key = nullptr);
 
     /// Opens `sub_key` with all rights, and makes it if need be. Null or empty is the client's key
     /// itself.

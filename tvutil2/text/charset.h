@@ -20,7 +20,7 @@ class CBuffer;
 class TVUTIL_API CCharSetConverter {
   public:
     /// Takes the number as it is, 0xFFFFFFFF too.
-    explicit CCharSetConverter(unsigned int page = 0) : codePage(page) {}
+    CCharSetConverter(unsigned int page = 0) : codePage(page) {}
     CCharSetConverter(const CCharSetConverter&) = default;
     CCharSetConverter& operator=(const CCharSetConverter&) = default;
     virtual ~CCharSetConverter() = default;
@@ -106,6 +106,8 @@ class TVUTIL_API CCharSetDecoder : public CCharSetConverter {
     // None of what hosts mostly send costs a call: pages with a table, ASCII, UTF-8.
     template <class Code>
     int Step(unsigned char byte, Code& code, unsigned char* raw, unsigned int* rawLength) {
+        // ASCII but for the last one, which EUC-JP rewrites: whatever the page, nothing is asked.
+        if (received == 0 && byte < 0x7F) return Put(byte, 1, &byte, code, raw, rawLength);
         if (codePage == kUtf8) return DecodeUtf8(byte, code, raw, rawLength);
         if (table->page == codePage) return DecodeByTable(byte, code, raw, rawLength);
         return DecodeByRule(byte, code, raw, rawLength);
@@ -148,7 +150,6 @@ class TVUTIL_API CCharSetDecoder : public CCharSetConverter {
     template <class Code>
     int DecodeUtf8(unsigned char byte, Code& code, unsigned char* raw, unsigned int* rawLength) {
         if (received == 0) {
-            if (byte < 0x80) return Put(byte, 1, &byte, code, raw, rawLength);
             expected = Utf8Length(byte);
             if (expected == 1) return Put(byte, 1, &byte, code, raw, rawLength);
             sequence[0] = byte;

@@ -23,8 +23,8 @@ bool is_gb18030_pair(unsigned char first, unsigned char second) {
     return is_between(first, 0x81, 0xFE) && is_between(second, 0x40, 0xFE) && second != 0x7F;
 }
 
+// Of a sequence that doesn't begin with ASCII.
 unsigned int gb18030_length(const unsigned char* held, unsigned int count, unsigned char first) {
-    if (first <= 0x7F) return 1;
     if (count < 2) return kUnsettled;
     const auto second = held[1];
     if (FourByteArea::is_begun_by(first, second)) return 4;
@@ -61,6 +61,7 @@ unsigned int CCharSetDecoder::Page() const {
 }
 
 unsigned int CCharSetDecoder::GetEncodeLength(unsigned char byte) const {
+    if (byte < 0x80) return 1;
     switch (Page()) {
         case CP_UTF8:
             return Utf8Length(byte);
@@ -81,13 +82,9 @@ bool CCharSetDecoder::Take(unsigned char byte) {
 }
 
 char32_t CCharSetDecoder::Convert() {
-    auto page = Page();
-    if (codePage == kEucJp) {
-        expected = tvutil2::to_shift_jis(sequence);
-        page = 932;
-    }
+    if (codePage == kEucJp) expected = tvutil2::to_shift_jis(sequence);
     if (expected == 1 && sequence[0] < 0x80) return sequence[0];
-    const auto* const units = PageTable::of(page);
+    const auto* const units = PageTable::of(codePage == kEucJp ? 932 : Page());
     return units == nullptr ? kBad : from_table(*units, sequence, expected);
 }
 
@@ -105,12 +102,13 @@ char32_t CCharSetDecoder::Finish(unsigned char* raw, unsigned int* rawLength) {
 // What a look-up doesn't tell, the first look at a page, and UTF-8 as the ANSI code page.
 CCharSetDecoder::Result CCharSetDecoder::Complete(unsigned char byte, bool isWide,
                                                   unsigned char* raw, unsigned int* rawLength) {
-    if (Page() == CP_UTF8) {
+    const bool is_ascii = received == 0 && byte < 0x80;
+    if (!is_ascii && Page() == CP_UTF8) {
         Result result{0, 0};
         result.isComplete = DecodeUtf8(byte, result.code, raw, rawLength);
         return result;
     }
-    if (table->page != codePage) table = tvutil2::DecodeTable::of(codePage);
+    if (!is_ascii && table->page != codePage) table = tvutil2::DecodeTable::of(codePage);
     if (!Take(byte)) return {0, 0};
     const auto character = Finish(raw, rawLength);
     return {1, isWide || character <= 0xFFFF ? character : kBad};

@@ -8,7 +8,7 @@ class TVUTIL_API CCodePage {
   public:
     /// A page of the catalogue that is available, with its character set. Any other number, the one
     /// for "Default Language" (0xFFFFFFFF) included, gives GetDefault() with DEFAULT_CHARSET (1).
-    explicit CCodePage(unsigned int number);
+    CCodePage(unsigned int number);
 
     /// The page of the system's language: 950 or 20936 for Chinese, 51932 for Japanese, 949 for
     /// Korean, GetACP() for any other. Worked out once a process; safe from any thread.

@@ -1,24 +1,24 @@
 #include "tvutil2/text/text_file.h"
 
+#include "tvutil2/text/read_ahead_file.h"
 #include "tvutil2/text/text_conversion.h"
-#include "tvutil2/text/window_file.h"
 
 #include <algorithm>
 #include <memory>
 #include <utility>
 
-using tvutil2::WindowFile;
+using tvutil2::ReadAheadFile;
 
 namespace {
 
 void hold(CFile* file) {
-    if (auto* const own = dynamic_cast<WindowFile*>(file)) ++own->holders;
+    if (auto* const own = dynamic_cast<ReadAheadFile*>(file)) ++own->holders;
 }
 
 // Deletes with the last holder.
 struct Release {
     void operator()(CFile* file) const {
-        auto* const own = dynamic_cast<WindowFile*>(file);
+        auto* const own = dynamic_cast<ReadAheadFile*>(file);
         if (own == nullptr || --own->holders == 0) delete file;
     }
 };
@@ -99,7 +99,7 @@ void CTextFileBase::Close() {
 }
 
 void CTextFileBase::OpenOwn(const char16_t* path, UINT flags) {
-    file = new WindowFile;
+    file = new ReadAheadFile;
     ownsFile = true;
     file->Open(path, flags);
 }

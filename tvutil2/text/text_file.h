@@ -12,9 +12,9 @@
 // Text for a call ends at its first zero, also in a std::string. A zero in a file is kept in a line
 // of more than 1023 units; in the last 1023 of them, or in a shorter line, the line ends there.
 //
-// Blocks of 1024 bytes go to a CFile and come from it. A file that the object opened itself gathers
-// them: it reads 64 KiB ahead and keeps up to 8 KiB back (WindowFile). A caller's file does what
-// it does.
+// Blocks of 1024 bytes go to a CFile, each as soon as the next byte has no room in it, and come
+// from one: a killed writer loses no more than that. The file that a reader opens for itself reads
+// 64 KiB ahead (ReadAheadFile).
 //
 // Failures have no codes: a failed open shows as IsOpen() 0 and, for a reader, Eof() true.
 // Exceptions of CFile (CFileException) pass through, but not out of a destructor: who must know
@@ -22,8 +22,8 @@
 // may be in the file.
 //
 // Copies share the file. When one copy of an object that opened its file is closed or destroyed,
-// the file is closed for all of them; they then read nothing and write nothing. An object belongs
-// to one thread, and so do all copies of it together.
+// the file is closed for all of them; they then read nothing more than they hold, write nothing and
+// throw nothing. An object belongs to one thread, and so do all copies of it together.
 #pragma once
 
 #include "tvutil2/framework/file.h"
@@ -112,10 +112,11 @@ class TVUTIL_API CTextFileBase {
 /// Reads a file from its start, or from behind the mark at which a caller's file stands.
 class TVUTIL_API CTextFileRead : public CTextFileBase {
   public:
-    explicit CTextFileRead(const char16_t* path);
+    CTextFileRead(const char16_t* path);
     /// Over a caller's file that can be read and sought in; null is a reader at its end. Finding
     /// the encoding may throw.
-    explicit CTextFileRead(CFile* source);
+    CTextFileRead(CFile* source);
+    CTextFileRead(std::nullptr_t) {}
 
     [[nodiscard]] bool Eof() const { return atEnd; }
     /// The next line without its end; false, and the line as it was, at the end of the file. Behind
@@ -125,9 +126,9 @@ class TVUTIL_API CTextFileRead : public CTextFileBase {
     bool ReadLine(std::u16string& line);
     bool ReadLine(CString& line);
     /// The rest of the file, its lines joined by `separator`. False only when no file is open.
-    bool Read(std::string& out, const std::string& separator);
-    bool Read(std::u16string& out, const std::u16string& separator);
-    bool Read(CString& out, const CString& separator);
+    bool Read(std::string& out, std::string separator);
+    bool Read(std::u16string& out, std::u16string separator);
+    bool Read(CString& out, CString separator);
 
   private:
     void DetectEncoding();

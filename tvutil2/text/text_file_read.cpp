@@ -149,7 +149,7 @@ int CTextFileRead::GuessCharacterCount() {
 }
 
 void CTextFileRead::FillBuffer() {
-    bufferSize = file != nullptr ? static_cast<int>(file->Read(buffer, kBufferSize)) : 0;
+    bufferSize = IsOpen() != 0 ? static_cast<int>(file->Read(buffer, kBufferSize)) : 0;
     position = -1;
 }
 
@@ -307,17 +307,20 @@ bool CTextFileRead::ReadRest(Text& out, const Text& separator) {
     return true;
 }
 
-bool CTextFileRead::Read(std::string& out, const std::string& separator) {
+// The separator may come from the text that is replaced.
+// NOLINTBEGIN(performance-unnecessary-value-param)
+bool CTextFileRead::Read(std::string& out, std::string separator) {
     return ReadRest(out, separator);
 }
 
-bool CTextFileRead::Read(std::u16string& out, const std::u16string& separator) {
+bool CTextFileRead::Read(std::u16string& out, std::u16string separator) {
     return ReadRest(out, separator);
 }
 
-bool CTextFileRead::Read(CString& out, const CString& separator) {
+bool CTextFileRead::Read(CString& out, CString separator) {
     std::u16string text;
     if (!ReadRest(text, std::u16string(separator.View()))) return false;
     out = CString(std::move(text));
     return true;
 }
+// NOLINTEND(performance-unnecessary-value-param)

@@ -39,6 +39,21 @@ TEST(WideText, Comparisons) {
     EXPECT_GT(_wcsicmp(u"Z", u"_"), 0) << "lowered, not raised";
 }
 
+// Where case is passed over, nothing else is.
+TEST(WideText, OtherFormsOfALetterAreOtherLetters) {
+    const std::pair<const char16_t*, const char16_t*> different[] = {
+        {u"\u3042", u"\u30A2"}, {u"\uFF71", u"\u30A2"}, {u"\uFF41", u"a"}, {u"\uFF11", u"1"},
+        {u"\u00AA", u"a"},      {u"\u00B2", u"2"},      {u"\u24D0", u"a"}, {u"\u017F", u"s"},
+        {u"\u0130", u"i"},      {u"\u210C", u"h"},
+    };
+    for (const auto& [a, b] : different) EXPECT_NE(lstrcmpiW(a, b), 0) << tvutil2::to_utf8_lossy(a);
+    const std::pair<const char16_t*, const char16_t*> same[] = {
+        {u"\uFF21", u"\uFF41"}, {u"\u0416x", u"\u0436X"}, {u"\u24B6", u"\u24D0"},
+        {u"\u01C4", u"\u01C6"}, {u"E\u0301", u"\u00E9"},
+    };
+    for (const auto& [a, b] : same) EXPECT_EQ(lstrcmpiW(a, b), 0) << tvutil2::to_utf8_lossy(a);
+}
+
 // Every length at the end of a page, with nothing behind it and no zero in front.
 TEST(WideText, LengthReadsNoPageBeyondItsText) {
     const auto page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));

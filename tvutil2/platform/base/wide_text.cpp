@@ -24,19 +24,28 @@ bool in_code_unit_order(std::u16string_view text) {
     return true;
 }
 
-// One collator a strength for the life of the process: opening one costs milliseconds, comparing
-// with one is safe from any number of threads.
-const UCollator* collator(UCollationStrength strength) {
-    const auto open = [](UCollationStrength s) {
+// One collator for the life of the process: opening one costs milliseconds, comparing with one is
+// safe from any number of threads. Where case doesn't count the texts are lowered instead: what the
+// collator would pass over with it are all the other forms of a letter, too.
+const UCollator* collator() {
+    static const UCollator* const opened = [] {
         UErrorCode error = U_ZERO_ERROR;
         auto* c = ucol_open(tvutil2::default_locale_name(), &error);
         if (U_FAILURE(error)) return static_cast<UCollator*>(nullptr);
-        ucol_setStrength(c, s);
+        ucol_setStrength(c, UCOL_TERTIARY);
         return c;
-    };
-    static const UCollator* const with_case = open(UCOL_TERTIARY);
-    static const UCollator* const without_case = open(UCOL_SECONDARY);
-    return strength == UCOL_TERTIARY ? with_case : without_case;
+    }();
+    return opened;
+}
+
+std::u16string lowered(std::u16string_view text) {
+    // Its small letter by itself is the "i" of another one.
+    constexpr char16_t kDottedCapitalI = 0x130;
+    std::u16string out(text);
+    for (auto& c : out) {
+        if (c != kDottedCapitalI) c = tvutil2::to_lower(c);
+    }
+    return out;
 }
 
 bool is_word_mark(char16_t c) {
@@ -58,14 +67,10 @@ int collate(const UCollator* c, std::u16string_view a, std::u16string_view b) {
                         static_cast<std::int32_t>(b.size()));
 }
 
-int compare_words(const char16_t* a, const char16_t* b, UCollationStrength strength) {
-    if (a == nullptr || b == nullptr) return (a != nullptr) - (b != nullptr);
-    const std::u16string_view left(a);
-    const std::u16string_view right(b);
+int compare_words(std::u16string_view left, std::u16string_view right) {
     if (left == right) return 0;
     const UCollator* c = nullptr;
-    if ((in_code_unit_order(left) && in_code_unit_order(right)) ||
-        (c = collator(strength)) == nullptr) {
+    if ((in_code_unit_order(left) && in_code_unit_order(right)) || (c = collator()) == nullptr) {
         return left.compare(right);
     }
     if (const int order = collate(c, without_word_marks(left), without_word_marks(right))) {
@@ -100,11 +105,14 @@ int lstrlenW(const char16_t* text) {
 }
 
 int lstrcmpW(const char16_t* a, const char16_t* b) {
-    return compare_words(a, b, UCOL_TERTIARY);
+    if (a == nullptr || b == nullptr) return (a != nullptr) - (b != nullptr);
+    return compare_words(a, b);
 }
 
 int lstrcmpiW(const char16_t* a, const char16_t* b) {
-    return compare_words(a, b, UCOL_SECONDARY);
+    if (a == nullptr || b == nullptr) return (a != nullptr) - (b != nullptr);
+    const std::u16string_view left(a);
+    return left == b ? 0 : compare_words(lowered(left), lowered(b));
 }
 
 int _wcsicmp(const char16_t* a, const char16_t* b) {

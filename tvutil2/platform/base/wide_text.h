@@ -11,7 +11,8 @@ TVUTIL_API int lstrlenW(const char16_t* text);
 /// language's collation, hyphens and apostrophes counted last, lower case before upper where that
 /// is all that differs. Negative, 0 or positive. Null sorts below all other text.
 TVUTIL_API int lstrcmpW(const char16_t* a, const char16_t* b);
-/// The same without regard to case.
+/// The same without regard to case, and to nothing else: half-width, superscript or katakana forms
+/// are others than the plain letter, as in lstrcmpW.
 TVUTIL_API int lstrcmpiW(const char16_t* a, const char16_t* b);
 
 /// Order by code unit, each unit lowered by simple case mapping. No collation.
