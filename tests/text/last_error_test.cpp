@@ -1,13 +1,13 @@
 // What succeeds leaves the caller's last error alone, the first call that makes tables and reads
 // settings included.
+#include "tvutil2/platform/base/last_error.h"
+
 #include "tvutil2/frame/ansi_string.h"
 #include "tvutil2/frame/base64.h"
 #include "tvutil2/frame/dll_loader.h"
-#include "tvutil2/frame/lock_buffer.h"
 #include "tvutil2/frame/product.h"
 #include "tvutil2/frame/startup.h"
 #include "tvutil2/framework/collections.h"
-#include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/base/wide_text.h"
 #include "tvutil2/platform/codepage/codepage.h"
 #include "tvutil2/platform/registry/registry.h"
@@ -31,7 +31,8 @@ BOOL take_page(char16_t* /*number*/) {
 
 void read_product() {
     CRegistry key;
-    ASSERT_NE(key.Open(HKEY_LOCAL_MACHINE, u"Software\\Tolvarine\\Pelrin\\8", 1, KEY_ALL_ACCESS), 0);
+    ASSERT_NE(key.Open(HKEY_LOCAL_MACHINE, u"Software\\Tolvarine\\Pelrin\\8", 1, KEY_ALL_ACCESS),
+              0);
     ASSERT_NE(key.SetValue(u"Version", u"8.0.0061"), 0);
     key.Close();
     SetLastError(4711);
@@ -94,9 +95,6 @@ void use_values() {
     EXPECT_EQ(CBase64::Decode(u"YWJj", bytes), 1);
     CString text;
     CBase64::Encode(bytes, text);
-    CLockBuffer locked(bytes);
-    locked.Lock();
-    locked.Unlock();
     CMapStringToString map(10);
     map[u"a"] = u"b";
     EXPECT_NE(CDllLoader(u"KERNEL32.DLL", 1).IsLoaded(), 0);
