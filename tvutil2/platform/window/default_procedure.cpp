@@ -1,3 +1,4 @@
+#include "tvutil2/platform/window/endpoint.h"
 #include "tvutil2/platform/window/window.h"
 #include "tvutil2/platform/window/window_table.h"
 
@@ -8,10 +9,16 @@ namespace {
 
 LRESULT set_text(HWND window, const char16_t* text) {
     std::u16string copy(text != nullptr ? text : u"");
-    const tvutil2::TreeLock tree;
-    auto* const record = tree.find(window);
-    if (record == nullptr) return FALSE;
-    record->text.swap(copy);
+    bool is_known_to_others = false;
+    {
+        const tvutil2::TreeLock tree;
+        auto* const record = tree.find(window);
+        if (record == nullptr) return FALSE;
+        is_known_to_others = tvutil2::is_for_others(*record);
+        record->text.swap(copy);
+        is_known_to_others = is_known_to_others || tvutil2::is_for_others(*record);
+    }
+    if (is_known_to_others) tvutil2::publish_windows();
     return TRUE;
 }
 

@@ -1,46 +1,23 @@
 #include "tvutil2/platform/window/messages.h"
 
 #include "tvutil2/platform/base/last_error.h"
+#include "tvutil2/platform/window/packet.h"
+#include "tvutil2/platform/window/remote.h"
 #include "tvutil2/platform/window/thread_queue.h"
 #include "tvutil2/platform/window/window_table.h"
 
-#include <algorithm>
-#include <array>
 #include <ctime>
 
 using tvutil2::fail_with;
+using tvutil2::is_remote;
 using tvutil2::MessageFilter;
+using tvutil2::points_to_memory;
 using tvutil2::SentMessage;
 using tvutil2::ThreadQueue;
 using tvutil2::Window;
 using tvutil2::WindowTable;
 
 namespace {
-
-// Messages of the system that point to memory which is only there while their sender waits.
-constexpr std::array<UINT, 19> kPointing{WM_CREATE,
-                                         WM_SETTEXT,
-                                         WM_GETTEXT,
-                                         WM_GETMINMAXINFO,
-                                         WM_DRAWITEM,
-                                         WM_MEASUREITEM,
-                                         WM_DELETEITEM,
-                                         WM_COMPAREITEM,
-                                         WM_WINDOWPOSCHANGING,
-                                         WM_WINDOWPOSCHANGED,
-                                         WM_COPYDATA,
-                                         WM_NOTIFY,
-                                         WM_HELP,
-                                         WM_STYLECHANGING,
-                                         WM_STYLECHANGED,
-                                         WM_NCCREATE,
-                                         WM_NCCALCSIZE,
-                                         WM_SIZING,
-                                         WM_MOVING};
-
-bool points_to_memory(UINT message) {
-    return std::find(kPointing.begin(), kPointing.end(), message) != kPointing.end();
-}
 
 BOOL result_of(DWORD error) {
     return error == ERROR_SUCCESS ? TRUE : fail_with(error);
@@ -85,6 +62,8 @@ BOOL PostMessageW(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
         auto& own = ThreadQueue::current();
         return result_of(own.post(posted, nullptr, own.thread()));
     }
+    if (is_remote(window))
+        return result_of(tvutil2::post_remote(window, message, wparam, lparam, false));
     const auto* const record = WindowTable::instance().record_of(window);
     auto* const queue = record != nullptr ? record->queue.load(std::memory_order_acquire) : nullptr;
     return result_of(queue != nullptr ? queue->post(posted, record, 0)
@@ -112,14 +91,21 @@ LRESULT SendMessageW(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
 LRESULT SendMessageTimeoutW(HWND window, UINT message, WPARAM wparam, LPARAM lparam, UINT flags,
                             UINT milliseconds, std::uintptr_t* result) {
     if (result != nullptr) *result = 0;
+    const bool is_deaf = (flags & SMTO_BLOCK) != 0;
+    LRESULT answer = 0;
+    if (is_remote(window)) {
+        if (!tvutil2::send_remote(window, message, wparam, lparam, is_deaf, milliseconds, answer))
+            return 0;
+        if (result != nullptr) *result = static_cast<std::uintptr_t>(answer);
+        return 1;
+    }
     auto* const record = find_window(window);
     if (record == nullptr) return 0;
-    LRESULT answer = 0;
     if (is_own(*record)) {
         answer = call_own(*record, window, message, wparam, lparam);
     } else {
         const auto sent = sent_message(window, message, wparam, lparam);
-        if (!send_and_wait(sent, *record, (flags & SMTO_BLOCK) != 0, milliseconds)) return 0;
+        if (!send_and_wait(sent, *record, is_deaf, milliseconds)) return 0;
         answer = sent->result;
     }
     if (result != nullptr) *result = static_cast<std::uintptr_t>(answer);
@@ -127,6 +113,8 @@ LRESULT SendMessageTimeoutW(HWND window, UINT message, WPARAM wparam, LPARAM lpa
 }
 
 BOOL SendNotifyMessageW(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
+    if (is_remote(window))
+        return result_of(tvutil2::post_remote(window, message, wparam, lparam, true));
     auto* const record = find_window(window);
     if (record == nullptr) return FALSE;
     if (is_own(*record)) {

@@ -5,6 +5,11 @@
 // messages, WM_QUIT, ticks of timers. All functions may be called from any thread; they act on the
 // calling thread's queue, or on that of the window's thread. A thread that waits sleeps in one
 // system call.
+//
+// A window of another process of the user is reached as well. Of the messages that point to memory
+// WM_SETTEXT, WM_GETTEXT and WM_COPYDATA take along what they point to; the others, and those of
+// controls, give ERROR_ACCESS_DENIED. What another process does with a posted message, and whether
+// its queue has room, isn't waited for.
 #pragma once
 
 #include "tvutil2/platform/base/export.h"
@@ -41,6 +46,12 @@ TVUTIL_API BOOL WaitMessage();
 TVUTIL_API BOOL TranslateMessage(const MSG* message);
 /// Calls the window's procedure, or a timer's; what that returned. 0 for a window that has gone.
 TVUTIL_API LRESULT DispatchMessageW(const MSG* message);
+
+/// A message number, 0xC000 to 0xFFFF, that all processes of the user have for that name, whatever
+/// its case. 0 with ERROR_INVALID_PARAMETER for an empty name or one of more than 255 units, with
+/// ERROR_NOT_ENOUGH_MEMORY when there are no more numbers, or with why the run-time folder can't be
+/// had.
+TVUTIL_API UINT RegisterWindowMessageW(const char16_t* name);
 
 /// Puts a message at the end of the queue of the window's thread, or of the calling thread's for
 /// null, and returns at once. 0 with ERROR_INVALID_WINDOW_HANDLE; with ERROR_NOT_ENOUGH_QUOTA when

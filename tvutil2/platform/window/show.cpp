@@ -1,15 +1,24 @@
 #include "tvutil2/platform/window/show.h"
 
+#include "tvutil2/platform/window/endpoint.h"
 #include "tvutil2/platform/window/messages.h"
+#include "tvutil2/platform/window/process_place.h"
+#include "tvutil2/platform/window/remote.h"
 #include "tvutil2/platform/window/window.h"
 #include "tvutil2/platform/window/window_states.h"
 #include "tvutil2/platform/window/window_table.h"
+
+#include <fcntl.h>
+#include <unistd.h>
 
 #include <atomic>
 
 namespace {
 
+// The window in front is known to all processes of the user; without a run-time folder, to this
+// one.
 std::atomic<std::uintptr_t> g_foreground{0};
+constexpr const char* kForeground = "foreground";
 
 // The form that a command gives a window; what stays as it is, for the others.
 DWORD form_after(int command, DWORD form) {
@@ -36,6 +45,10 @@ WPARAM size_type(DWORD form) {
 }
 
 bool has_style(HWND window, DWORD style) {
+    if (tvutil2::is_remote(window)) {
+        const auto found = tvutil2::find_remote(window);
+        return found && (found->style & style) != 0;
+    }
     const tvutil2::TreeLock tree;
     const auto* const record = tree.find(window);
     return record != nullptr && (record->style & style) != 0;
@@ -73,6 +86,7 @@ BOOL ShowWindow(HWND window, int command) {
     const bool shows = command != SW_HIDE;
     DWORD before = 0;
     DWORD form = 0;
+    bool tells_others = false;
     {
         const tvutil2::TreeLock tree;
         auto* const record = tree.find(window);
@@ -86,13 +100,16 @@ BOOL ShowWindow(HWND window, int command) {
         const tvutil2::TreeLock tree;
         auto* const record = tree.table.find(window);
         if (record == nullptr) return was_shown ? TRUE : FALSE;
+        tells_others = tvutil2::is_for_others(*record);
         record->style = (record->style & ~(kForm | WS_VISIBLE)) | form | (shows ? WS_VISIBLE : 0);
     }
+    if (tells_others) tvutil2::publish_windows();
     if (shows) tvutil2::tell_size(window, form != (before & kForm));
     return was_shown ? TRUE : FALSE;
 }
 
 BOOL IsWindowVisible(HWND window) {
+    if (tvutil2::is_remote(window)) return has_style(window, WS_VISIBLE) ? TRUE : FALSE;
     const tvutil2::TreeLock tree;
     const auto* record = tree.find(window);
     if (record == nullptr) return FALSE;
@@ -142,12 +159,19 @@ BOOL BringWindowToTop(HWND window) {
 }
 
 BOOL SetForegroundWindow(HWND window) {
-    if (!BringWindowToTop(window)) return FALSE;
-    g_foreground = reinterpret_cast<std::uintptr_t>(window);
+    if (tvutil2::is_remote(window) ? !IsWindow(window) : !BringWindowToTop(window)) return FALSE;
+    const auto value = reinterpret_cast<std::uintptr_t>(window);
+    g_foreground = value;
+    const auto file = tvutil2::open_shared_file(kForeground, O_WRONLY | O_CREAT);
+    if (file) [[maybe_unused]]
+        const auto size = pwrite(file.get(), &value, sizeof value, 0);
     return TRUE;
 }
 
 HWND GetForegroundWindow() {
-    auto* const window = reinterpret_cast<HWND>(g_foreground.load());
+    auto value = g_foreground.load();
+    const auto file = tvutil2::open_shared_file(kForeground, O_RDONLY);
+    if (file && pread(file.get(), &value, sizeof value, 0) != sizeof value) return nullptr;
+    auto* const window = reinterpret_cast<HWND>(value);
     return IsWindow(window) ? window : nullptr;
 }

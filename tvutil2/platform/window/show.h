@@ -30,7 +30,9 @@ TVUTIL_API BOOL IsWindowEnabled(HWND window);
 
 /// Puts a window in front of its siblings.
 TVUTIL_API BOOL BringWindowToTop(HWND window);
-/// Makes a top-level window the one that the person works with; 0 for what is none.
+/// Makes a window, of this process or another one, the one that the person works with; 0 for what
+/// is none.
 TVUTIL_API BOOL SetForegroundWindow(HWND window);
-/// The window of SetForegroundWindow; null when there is none or it has gone.
+/// The window of the last SetForegroundWindow in all of the user's processes; null when there is
+/// none or it has gone.
 TVUTIL_API HWND GetForegroundWindow();

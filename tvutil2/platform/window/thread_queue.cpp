@@ -5,10 +5,13 @@
 #include "tvutil2/platform/window/window.h"
 #include "tvutil2/platform/window/window_table.h"
 
+#include <poll.h>
 #include <pthread.h>
+#include <sys/eventfd.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 
 namespace tvutil2 {
 namespace {
@@ -151,7 +154,12 @@ bool ThreadQueue::send(std::shared_ptr<SentMessage> message, const Window& windo
 void ThreadQueue::tell(News news) {
     if ((m_word.load(std::memory_order_relaxed) & news) != 0) return;
     const auto before = m_word.fetch_or(news, std::memory_order_release);
-    if ((before & kSleeping) != 0) futex_wake(&m_word, 1);
+    if ((before & kSleeping) == 0) return;
+    futex_wake(&m_word, 1);
+    const int wake = m_wake.load(std::memory_order_acquire);
+    const std::uint64_t one = 1;
+    if (wake >= 0) [[maybe_unused]]
+        const auto size = write(wake, &one, sizeof one);
 }
 
 bool ThreadQueue::wait_for(DWORD news, DWORD milliseconds) {
@@ -178,6 +186,34 @@ bool ThreadQueue::wait_for_answer(const SentMessage& message, bool is_deaf, DWOR
             const auto passed = GetTickCount() - start;
             left = passed < milliseconds ? milliseconds - passed : 0;
         }
+    }
+}
+
+bool ThreadQueue::wait_for_connection(int connection, bool writes, bool is_deaf,
+                                      DWORD milliseconds) {
+    // Kept for good: who wakes may come late.
+    if (m_wake < 0) m_wake = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+    const int wake = m_wake;
+    const auto start = GetTickCount();
+    for (;;) {
+        if (!is_deaf) answer_sent();
+        auto word = m_word.load(std::memory_order_acquire);
+        if (!is_deaf && (word & sent) != 0) continue;
+        if (!m_word.compare_exchange_weak(word, word | kSleeping)) continue;
+        const auto passed = GetTickCount() - start;
+        const auto left = passed < milliseconds ? milliseconds - passed : 0;
+        std::array<pollfd, 2> watched{
+            {{connection, static_cast<short>(writes ? POLLOUT : POLLIN), 0}, {wake, POLLIN, 0}}};
+        const int ready =
+            poll(watched.data(), watched.size(),
+                 milliseconds == INFINITE ? -1 : static_cast<int>(std::min(left, 0x7FFFFFFFU)));
+        m_word.fetch_and(~kSleeping, std::memory_order_acquire);
+        std::uint64_t count = 0;
+        if (watched[1].revents != 0) {
+            [[maybe_unused]] const auto size = read(wake, &count, sizeof count);
+        }
+        if (watched[0].revents != 0) return true;
+        if (ready == 0) return false;
     }
 }
 

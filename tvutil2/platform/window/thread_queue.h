@@ -103,6 +103,9 @@ class ThreadQueue {
     }
     /// Sleeps until the message is answered; false when the time is over.
     bool wait_for_answer(const SentMessage& message, bool is_deaf, DWORD milliseconds);
+    /// Sleeps until a connection to another process can be read, or written; false when the time is
+    /// over.
+    bool wait_for_connection(int connection, bool writes, bool is_deaf, DWORD milliseconds);
     /// Milliseconds to the next tick that take() hasn't seen; INFINITE for none.
     [[nodiscard]] DWORD time_to_tick() const { return m_timers.time_left(); }
     void post_quit(int code) {
@@ -139,6 +142,7 @@ class ThreadQueue {
     std::vector<MSG> m_incoming;
     std::vector<std::shared_ptr<SentMessage>> m_sent;
     std::atomic<DWORD> m_word{0};
+    std::atomic<int> m_wake{-1};  ///< an event's descriptor, once the owner had to sleep on several
 
     // The owner does; others read the first two.
     alignas(64) std::atomic<DWORD> m_thread{0};  ///< 0 while it is nobody's

@@ -2,6 +2,7 @@
 
 #include "tvutil2/platform/window/class_table.h"
 #include "tvutil2/platform/window/messages.h"
+#include "tvutil2/platform/window/remote.h"
 #include "tvutil2/platform/window/thread_queue.h"
 #include "tvutil2/platform/window/window_table.h"
 
@@ -19,6 +20,13 @@ bool is_child(const Window& window) {
 
 HWND handle_of(const Window* window) {
     return window != nullptr ? window->hwnd() : nullptr;
+}
+
+// As much as has room; its length.
+int copy_text(const std::u16string& text, char16_t* buffer, int size) {
+    const auto length = text.copy(buffer, static_cast<std::size_t>(size) - 1);
+    buffer[length] = 0;
+    return static_cast<int>(length);
 }
 
 // The place of a value in the extra bytes; null with ERROR_INVALID_INDEX.
@@ -111,12 +119,14 @@ bool set_value(const TreeLock& tree, Window& window, int index, LONG_PTR value, 
 }
 
 LONG_PTR get_long(HWND window, int index, std::size_t size) {
+    if (tvutil2::is_remote(window)) return fail_with(ERROR_ACCESS_DENIED);
     const TreeLock tree;
     auto* const record = tree.find(window);
     return record != nullptr ? value_of(*record, index, size) : 0;
 }
 
 LONG_PTR exchange_long(HWND window, int index, LONG_PTR value, std::size_t size) {
+    if (tvutil2::is_remote(window)) return fail_with(ERROR_ACCESS_DENIED);
     const TreeLock tree;
     auto* const record = tree.find(window);
     if (record == nullptr) return 0;
@@ -159,7 +169,8 @@ LONG_PTR GetWindowLongPtrW(HWND window, int index) {
 }
 
 LONG_PTR SetWindowLongPtrW(HWND window, int index, LONG_PTR value) {
-    if ((index == GWL_STYLE || index == GWL_EXSTYLE) && IsWindow(window)) {
+    if ((index == GWL_STYLE || index == GWL_EXSTYLE) && !tvutil2::is_remote(window) &&
+        IsWindow(window)) {
         return exchange_style(window, index, static_cast<DWORD>(value));
     }
     return exchange_long(window, index, value, sizeof(LONG_PTR));
@@ -174,7 +185,8 @@ LONG SetWindowLongW(HWND window, int index, LONG value) {
         fail_with(ERROR_INVALID_INDEX);
         return 0;
     }
-    if ((index == GWL_STYLE || index == GWL_EXSTYLE) && IsWindow(window)) {
+    if ((index == GWL_STYLE || index == GWL_EXSTYLE) && !tvutil2::is_remote(window) &&
+        IsWindow(window)) {
         return static_cast<LONG>(exchange_style(window, index, static_cast<DWORD>(value)));
     }
     return static_cast<LONG>(exchange_long(window, index, value, sizeof(LONG)));
@@ -188,26 +200,39 @@ BOOL SetWindowTextW(HWND window, const char16_t* text) {
 int GetWindowTextW(HWND window, char16_t* text, int size) {
     if (text == nullptr || size <= 0) return 0;
     *text = 0;
+    if (tvutil2::is_remote(window)) {
+        const auto found = tvutil2::find_remote(window);
+        return found ? copy_text(found->title, text, size) : 0;
+    }
     return static_cast<int>(SendMessageW(window, WM_GETTEXT, static_cast<WPARAM>(size),
                                          reinterpret_cast<LPARAM>(text)));
 }
 
 int GetWindowTextLengthW(HWND window) {
+    if (tvutil2::is_remote(window)) {
+        const auto found = tvutil2::find_remote(window);
+        return found ? static_cast<int>(found->title.size()) : 0;
+    }
     return static_cast<int>(SendMessageW(window, WM_GETTEXTLENGTH, 0, 0));
 }
 
 int GetClassNameW(HWND window, char16_t* name, int size) {
     if (name == nullptr || size <= 0) return 0;
+    if (tvutil2::is_remote(window)) {
+        const auto found = tvutil2::find_remote(window);
+        return copy_text(found ? found->class_name : u"", name, size);
+    }
     const TreeLock tree;
     const auto* const record = tree.find(window);
-    const auto length = record != nullptr ? record->window_class->name.copy(
-                                                name, static_cast<std::size_t>(size) - 1)
-                                          : 0;
-    name[length] = 0;
-    return static_cast<int>(length);
+    return copy_text(record != nullptr ? record->window_class->name : u"", name, size);
 }
 
 DWORD GetWindowThreadProcessId(HWND window, DWORD* process) {
+    if (tvutil2::is_remote(window)) {
+        const auto found = tvutil2::find_remote(window);
+        if (found && process != nullptr) *process = tvutil2::WindowTable::process_of(window);
+        return found ? found->thread : 0;
+    }
     const TreeLock tree;
     const auto* const record = tree.find(window);
     if (record == nullptr) return 0;

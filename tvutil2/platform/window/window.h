@@ -6,6 +6,9 @@
 // gives 0 with ERROR_INVALID_WINDOW_HANDLE. A thread that ends takes its windows along, without a
 // message.
 //
+// A titled top-level window is also known to the user's other processes, which may ask IsWindow,
+// its class, text, thread and process, and may send and post to it.
+//
 // Windows aren't on a screen yet: showing, enabling and bringing to the front are states, a
 // window's client area is all of it, and none has the focus.
 #pragma once

@@ -1,7 +1,9 @@
 // The creation and the end of windows, message by message.
 #include "tvutil2/platform/window/class_table.h"
+#include "tvutil2/platform/window/endpoint.h"
 #include "tvutil2/platform/window/hooks.h"
 #include "tvutil2/platform/window/messages.h"
+#include "tvutil2/platform/window/remote.h"
 #include "tvutil2/platform/window/show.h"
 #include "tvutil2/platform/window/thread_queue.h"
 #include "tvutil2/platform/window/window.h"
@@ -46,12 +48,17 @@ void leave_relatives(Window& window, WindowTable& table) {
 
 // Ends the window as such. The queue is the calling thread's.
 void release(Window& window, ThreadQueue& queue) {
-    const TreeLock tree;
-    queue.end_window(window);
-    --queue.m_windows;
-    --window.window_class->windows;
-    leave_relatives(window, tree.table);
-    tree.table.give_back(window);
+    bool was_for_others = false;
+    {
+        const TreeLock tree;
+        was_for_others = is_for_others(window);
+        queue.end_window(window);
+        --queue.m_windows;
+        --window.window_class->windows;
+        leave_relatives(window, tree.table);
+        tree.table.give_back(window);
+    }
+    if (was_for_others) publish_windows();
 }
 
 std::vector<HWND> children_of(HWND window) {
@@ -309,6 +316,7 @@ HWND CreateWindowExW(DWORD ex_style, const char16_t* class_name, const char16_t*
 
 BOOL DestroyWindow(HWND window) {
     if (!IsWindow(window)) return fail_with(ERROR_INVALID_WINDOW_HANDLE);
+    // Another process's as well as another thread's.
     if (tvutil2::own(window) == nullptr) return fail_with(ERROR_ACCESS_DENIED);
     if (!tvutil2::begin_destroying(window)) return FALSE;
     tvutil2::EndUnlessKept end(window);
@@ -332,5 +340,6 @@ BOOL DestroyWindow(HWND window) {
 }
 
 BOOL IsWindow(HWND window) {
+    if (tvutil2::is_remote(window)) return tvutil2::find_remote(window) ? TRUE : FALSE;
     return tvutil2::WindowTable::instance().find(window) != nullptr ? TRUE : FALSE;
 }
