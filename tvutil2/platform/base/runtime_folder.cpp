@@ -2,9 +2,8 @@
 
 #include "tvutil2/platform/base/locations.h"
 
-#include <sys/stat.h>
-
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>

@@ -9,11 +9,10 @@
 #include "tvutil2/platform/window/thread_queue.h"
 #include "tvutil2/platform/window/window_table.h"
 
+#include <pthread.h>
 #include <sys/epoll.h>
 #include <sys/eventfd.h>
 #include <sys/socket.h>
-
-#include <pthread.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -190,9 +189,9 @@ class Endpoint {
         auto* const queue = record != nullptr ? record->queue.load() : nullptr;
         if (packet.kind == PacketKind::post) {
             if (queue != nullptr && !has_pointer(packet.message)) {
-                queue->post({window, packet.message, packet.wparam, packet.lparam, GetTickCount(),
-                             {}},
-                            record, 0);
+                queue->post(
+                    {window, packet.message, packet.wparam, packet.lparam, GetTickCount(), {}},
+                    record, 0);
             }
             return false;
         }
@@ -202,7 +201,8 @@ class Endpoint {
     bool pass_on(Connection& connection, const Packet& packet, std::string data,
                  const Window* record, ThreadQueue* queue) {
         const bool is_notice = packet.kind == PacketKind::notify;
-        if (is_notice ? has_pointer(packet.message) : stays_in_process(packet.message)) return false;
+        if (is_notice ? has_pointer(packet.message) : stays_in_process(packet.message))
+            return false;
         auto message = std::make_shared<RemoteMessage>();
         message->window = reinterpret_cast<HWND>(packet.window);
         message->message = packet.message;

@@ -8,11 +8,25 @@
 namespace tvutil2 {
 namespace {
 
-constexpr std::array<UINT, 19> kPointing{
-    WM_CREATE,           WM_SETTEXT,    WM_GETTEXT,     WM_GETMINMAXINFO, WM_DRAWITEM,
-    WM_MEASUREITEM,      WM_DELETEITEM, WM_COMPAREITEM, WM_WINDOWPOSCHANGING,
-    WM_WINDOWPOSCHANGED, WM_COPYDATA,   WM_NOTIFY,      WM_HELP,          WM_STYLECHANGING,
-    WM_STYLECHANGED,     WM_NCCREATE,   WM_NCCALCSIZE,  WM_SIZING,        WM_MOVING};
+constexpr std::array<UINT, 19> kPointing{WM_CREATE,
+                                         WM_SETTEXT,
+                                         WM_GETTEXT,
+                                         WM_GETMINMAXINFO,
+                                         WM_DRAWITEM,
+                                         WM_MEASUREITEM,
+                                         WM_DELETEITEM,
+                                         WM_COMPAREITEM,
+                                         WM_WINDOWPOSCHANGING,
+                                         WM_WINDOWPOSCHANGED,
+                                         WM_COPYDATA,
+                                         WM_NOTIFY,
+                                         WM_HELP,
+                                         WM_STYLECHANGING,
+                                         WM_STYLECHANGED,
+                                         WM_NCCREATE,
+                                         WM_NCCALCSIZE,
+                                         WM_SIZING,
+                                         WM_MOVING};
 
 // The messages of edits, combo boxes and list boxes, many of which do.
 constexpr bool is_of_control(UINT message) {

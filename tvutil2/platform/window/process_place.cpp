@@ -3,12 +3,11 @@
 #include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/base/runtime_folder.h"
 
+#include <dirent.h>
+#include <fcntl.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
-
-#include <dirent.h>
-#include <fcntl.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -29,7 +28,8 @@ struct flock whole_file(short type) {
 }
 
 bool is_same_file(int file, int folder, const std::string& name) {
-    struct stat opened {}, named {};
+    struct stat opened {
+    }, named{};
     return fstat(file, &opened) == 0 &&
            fstatat(folder, name.c_str(), &named, AT_SYMLINK_NOFOLLOW) == 0 &&
            opened.st_ino == named.st_ino && opened.st_dev == named.st_dev;
@@ -146,12 +146,14 @@ bool ProcessPlace::listen() {
     unlinkat(m_folder.get(), name(".socket").c_str(), 0);
     const auto address = address_in(m_folder.get(), name(".socket"));
     return m_socket &&
-           bind(m_socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) ==
-               0 &&
+           bind(m_socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0 &&
            ::listen(m_socket.get(), SOMAXCONN) == 0;
 }
 
 bool ProcessPlace::list(const std::vector<ListedWindow>& windows) const {
+    // Whoever in this process has opened and closed the file has given up its lock.
+    auto lock = whole_file(F_WRLCK);
+    fcntl(m_lock.get(), F_SETLK, &lock);
     const Descriptor file(openat(m_folder.get(), name(".new").c_str(),
                                  O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, 0600));
     return file && write_whole(file.get(), encode_listing(windows)) &&

@@ -32,8 +32,7 @@ class Conversation {
 
     bool write(std::string_view bytes) {
         while (!bytes.empty()) {
-            const auto size =
-                ::send(m_connection.get(), bytes.data(), bytes.size(), MSG_NOSIGNAL);
+            const auto size = ::send(m_connection.get(), bytes.data(), bytes.size(), MSG_NOSIGNAL);
             if (size > 0) {
                 bytes.remove_prefix(static_cast<std::size_t>(size));
             } else if (!wait_after_failure(true)) {
@@ -157,8 +156,7 @@ DWORD post_remote(HWND window, UINT message, WPARAM wparam, LPARAM lparam, bool 
     const auto bytes = packet_of(kind, window, message, wparam, lparam, {});
     // A new connection has room for it.
     const auto size = ::send(connection.get(), bytes.data(), bytes.size(), MSG_NOSIGNAL);
-    return size == static_cast<ssize_t>(bytes.size()) ? ERROR_SUCCESS
-                                                      : ERROR_INVALID_WINDOW_HANDLE;
+    return size == static_cast<ssize_t>(bytes.size()) ? ERROR_SUCCESS : ERROR_INVALID_WINDOW_HANDLE;
 }
 
 bool send_remote(HWND window, UINT message, WPARAM wparam, LPARAM lparam, bool is_deaf,
