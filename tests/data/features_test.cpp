@@ -66,6 +66,9 @@ TEST(Features, ConfigureTellsThePerson) {
     EXPECT_NE(testing::internal::GetCapturedStderr().find(
                   "We currently do not have any experimental features."),
               std::string::npos);
+    testing::internal::CaptureStderr();
+    CTvExpFeatures::GetInstance().PopupOnce(7, 8);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
 }  // namespace

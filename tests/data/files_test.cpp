@@ -57,6 +57,9 @@ TEST(DataFiles, FoldersAreMadeAsDeepAsTold) {
     EXPECT_EQ(EnsureFolderExistRecursive(path("a/b/c").c_str()), 1);
     EXPECT_EQ(EnsureFolderExistRecursive(path("file").c_str()), 1);
     EXPECT_EQ(EnsureFolderExistRecursive(path("file/x").c_str()), 0);
+    EXPECT_EQ(EnsureFolderExistRecursive(path("no/").append(u"\\..\\a\\b").c_str()), 1);
+    EXPECT_EQ(EnsureFolderExistRecursive(path("no/").append(u"\\..\\a\\d\\").c_str()), 1);
+    fs::remove(folder + "/a/d");
     EXPECT_EQ(EnsureFolderExistRecursive(u"Q:\\x"), 0);
     EXPECT_EQ(EnsureFolderExistRecursive(u""), 0);
     EXPECT_EQ(EnsureFolderExistRecursive(nullptr), 0);
@@ -121,18 +124,26 @@ TEST(Names, WildcardMatch) {
     EXPECT_EQ(WildcardMatch(nullptr, nullptr), 1);
 }
 
-std::vector<std::u16string> g_seen;
-int see(const char16_t* name, LONG limit) {
-    g_seen.emplace_back(name);
-    return static_cast<LONG>(g_seen.size()) < limit ? 1 : 0;
+struct Seen {
+    std::size_t limit;
+    std::vector<std::u16string> names;
+};
+int see(const char16_t* name, long data) {
+    auto& seen = *reinterpret_cast<Seen*>(data);
+    seen.names.emplace_back(name);
+    return seen.names.size() < seen.limit ? 1 : 0;
 }
 
 TEST(Names, Enumeration) {
     const auto folder = new_folder();
-    EXPECT_EQ(EnumFile(wide(folder).c_str(), u"ext", see, 9), 0);
+    Seen seen{9, {}};
+    const auto enumerate = [&] {
+        return EnumFile(wide(folder).c_str(), u"ext", see, reinterpret_cast<long>(&seen));
+    };
+    EXPECT_EQ(enumerate(), 0);
     EXPECT_EQ(DoesFolderHave(wide(folder).c_str(), u"ext"), 0);
     EXPECT_EQ(DoesFolderHave(wide(folder + "/none").c_str(), u"ext"), 0);
-    EXPECT_TRUE(g_seen.empty());
+    EXPECT_TRUE(seen.names.empty());
     for (const auto* name : {"b.ext", "A.EXT", "c.d.ext", "other.txt", "bare"}) {
         write_file(folder + "/" + name, "");
     }
@@ -140,11 +151,11 @@ TEST(Names, Enumeration) {
     EXPECT_EQ(DoesFolderHave(wide(folder).c_str(), u"xt"), 0);
     fs::create_directory(folder + "/sub");
     EXPECT_EQ(DoesFolderHave(wide(folder).c_str(), u"xt"), 1);
-    EXPECT_EQ(EnumFile(wide(folder).c_str(), u"ext", see, 9), 1);
-    EXPECT_EQ(g_seen, (std::vector<std::u16string>{u"A", u"b", u"c.d"}));
-    g_seen.clear();
-    EXPECT_EQ(EnumFile(wide(folder).c_str(), u"ext", see, 2), 1);
-    EXPECT_EQ(g_seen.size(), 2U);
+    EXPECT_EQ(enumerate(), 1);
+    EXPECT_EQ(seen.names, (std::vector<std::u16string>{u"A", u"b", u"c.d"}));
+    seen = {2, {}};
+    EXPECT_EQ(enumerate(), 1);
+    EXPECT_EQ(seen.names.size(), 2U);
     CStringList names;
     GetFileNamesInADir(wide(folder).c_str(), names);
     std::string all;

@@ -162,6 +162,8 @@ TEST(Path, ChangePathWithEnv) {
         {u"%T_TOO_LONG%", 0, "%T_TOO_LONG%"},
         {u"", 0, ""},
         {u"%", 0, "%"},
+        // What would make it too long isn't replaced.
+        {std::u16string(32760, u'x') + u"%T_LONG%", 0, std::string(32760, 'x') + "%T_LONG%"},
     };
     for (const auto& c : cases) {
         CString path{std::u16string_view(c.path)};

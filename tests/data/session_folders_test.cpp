@@ -1,6 +1,7 @@
 #include "tvutil2/data/session_folders.h"
 
 #include "tvutil2/data/user_data.h"
+#include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/files/shell_operations.h"
 #include "tvutil2/settings/ini_file.h"
 
@@ -257,7 +258,8 @@ TEST(ChangeOfFolder, WithoutTheQuestionAboutFiles) {
 TEST(ChangeOfFolder, AChoiceThatCannotBeWrittenMovesNothing) {
     const auto old_folder = old_sessions();
     fs::create_directory(data() + "/SessionPath.ini");
-    EXPECT_EQ(ChangeSessionPathWithoutMsgBox(platform_path(new_folder()).c_str(), u"Pelrin", 1), 0);
+    EXPECT_EQ(ChangeSessionPathWithoutMsgBox(platform_path(new_folder()).c_str(), u"Pelrin", 1), 1);
+    EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
     EXPECT_EQ(files_in(old_folder), kAll);
 }
 

@@ -1,12 +1,17 @@
 #include "tvutil2/data/text.h"
 
 #include "tvutil2/data/command_line.h"
+#include "tvutil2/framework/app.h"
 #include "tvutil2/framework/collections.h"
 #include "tvutil2/platform/base/utf.h"
+#include "tvutil2/platform/process/modules.h"
+#include "tvutil2/platform/resource/resource.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
+
+#include "tests/support/profile.h"
 
 namespace {
 
@@ -66,6 +71,11 @@ TEST(Text, FormatsAndFileNames) {
     EXPECT_EQ(utf8(csFmt(u"%s-%03d", CString(u"a"), 7)), "a-007");
     EXPECT_EQ(utf8(csFmt(14107U, u"C:\\x")), "Cannot create file: C:\\x");
     EXPECT_EQ(utf8(csFmt(1U, u"x")), "??");
+    const auto image = tests::read_file(TESTS_STARTED "/product.res");
+    ASSERT_TRUE(tvutil2::add_module_resources(nullptr, image.data(), image.size()));
+    AfxSetResourceHandle(GetModuleHandleW(nullptr));
+    EXPECT_EQ(utf8(csFmt(1U, u"x")), "English");
+    tvutil2::remove_module_resources(nullptr);
     EXPECT_EQ(IsValidFileName(u"a b.\u00E4'"), 1);
     EXPECT_EQ(IsValidFileName(u""), 1);
     for (const auto c : std::u16string(u"\\/:*?\"<>|")) {

@@ -1,8 +1,11 @@
 // tvutil sessions: where the sessions of each product lie, and moving them.
 #include "tvutil2/data/files.h"
+#include "tvutil2/data/path.h"
 #include "tvutil2/data/session_folders.h"
+#include "tvutil2/data/user_data.h"
 #include "tvutil2/platform/base/host_path.h"
 #include "tvutil2/platform/files/shell_operations.h"
+#include "tvutil2/settings/ini_file.h"
 
 #include <unistd.h>
 
@@ -32,6 +35,12 @@ struct Options {
 
 CString folder_of(const std::u16string& kind) {
     return kind == kSuiteKey ? AfxGetOmbrSessionPath() : AfxGetSessionPath(kind.c_str());
+}
+
+CString chosen_folder(const std::u16string& kind) {
+    CString file(GetUserDataFolderPath(0));
+    AppendPath(file, u"SessionPath.ini");
+    return CIniFile(file).GetValue(u"SessionPath", kind.c_str(), u"");
 }
 
 void list(const Options& options) {
@@ -165,9 +174,11 @@ void move(const Options& options) {
 
     const auto old_root = tvutil2::host_path(from.View()).value_or("");
     if (change_path(options, target, kind) == 0) {
-        throw tool::Failure{tool::Exit::refused,
-                            "nothing changed: the folder wasn't wanted, or the "
-                            "choice couldn't be written"};
+        throw tool::Failure{tool::Exit::refused, "nothing changed: the folder wasn't wanted"};
+    }
+    if (chosen_folder(kind).View() != target) {
+        throw tool::Failure{tool::Exit::failed,
+                            "the choice couldn't be written; no file was moved"};
     }
     report(options, old_root, files);
 }

@@ -27,6 +27,9 @@ CTvExpFeatures::CTvExpFeatures() : m_strPath(GetUserDataFolderPath(0)) {
     AppendPath(m_strPath, u"Features.ini");
 }
 
+CTvExpFeatures::CTvExpFeatures(const CTvExpFeatures&) = default;
+CTvExpFeatures& CTvExpFeatures::operator=(const CTvExpFeatures&) = default;
+
 CTvExpFeatures& CTvExpFeatures::GetInstance() {
     static CTvExpFeatures instance;
     return instance;
@@ -49,3 +52,5 @@ int CTvExpFeatures::Configure(unsigned int /*program*/, unsigned int /*dialog*/)
     MessageBoxW(nullptr, u"We currently do not have any experimental features.", u"Notice", MB_OK);
     return 1;
 }
+
+void CTvExpFeatures::PopupOnce(unsigned int /*program*/, unsigned int /*dialog*/) {}

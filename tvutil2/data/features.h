@@ -10,8 +10,8 @@ class TVUTIL_API CTvExpFeatures {
   public:
     static CTvExpFeatures& GetInstance();
 
-    CTvExpFeatures(const CTvExpFeatures&) = default;
-    CTvExpFeatures& operator=(const CTvExpFeatures&) = default;
+    CTvExpFeatures(const CTvExpFeatures&);
+    CTvExpFeatures& operator=(const CTvExpFeatures&);
 
     /// Sets the switches from the file; a missing one gives 0 for all.
     void Load();
@@ -21,7 +21,7 @@ class TVUTIL_API CTvExpFeatures {
     /// Tells the person that there is nothing to choose at present. Always 1.
     int Configure(unsigned int, unsigned int);
     /// Does nothing.
-    void PopupOnce(unsigned int, unsigned int) {}
+    void PopupOnce(unsigned int, unsigned int);
 
     CString m_strPath;
     BOOL m_bCertKey = FALSE;

@@ -10,6 +10,8 @@
 #include <algorithm>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -40,18 +42,26 @@ int EnsureFolderExist(const char16_t* path) {
     return is_there(path) || CreateDirectoryW(path, nullptr) != FALSE ? 1 : 0;
 }
 
-// From the top down and not by recursion: the depth of a path is the caller's.
+// From the end up to what is there, and down again; not by recursion: the depth of a path is the
+// caller's.
 int EnsureFolderExistRecursive(const char16_t* path) {
+    constexpr auto kSeparators = u"\\/";
     if (path == nullptr) return 0;
     if (is_there(path)) return 1;
     // Nothing is made on the way to a path that the host can't have.
     if (GetLastError() == ERROR_FILENAME_EXCED_RANGE) return 0;
     const std::u16string_view text(path);
-    for (std::size_t end = 0; end < text.size();) {
-        const auto start = text.find_first_not_of(u"\\/", end);
-        if (start == std::u16string_view::npos) break;
-        end = std::min(text.find_first_of(u"\\/", start), text.size());
-        if (EnsureFolderExist(std::u16string(text.substr(0, end)).c_str()) == 0) return 0;
+    std::vector<std::u16string> missing;
+    for (auto end = text.find_last_of(kSeparators); end != std::u16string_view::npos;) {
+        end = text.find_last_not_of(kSeparators, end);
+        if (end == std::u16string_view::npos) break;
+        std::u16string above(text.substr(0, end + 1));
+        end = above.find_last_of(kSeparators);
+        if (is_there(above.c_str())) break;
+        missing.push_back(std::move(above));
+    }
+    for (; !missing.empty(); missing.pop_back()) {
+        CreateDirectoryW(missing.back().c_str(), nullptr);
     }
     return EnsureFolderExist(path);
 }
@@ -70,6 +80,6 @@ int CreateEmptyFile(const char16_t* path) {
         CloseHandle(file);
         return 1;
     }
-    AfxMessageBox(csFmt(kCannotCreateFile, path));
+    AfxMessageBox(csFmt(tvutil2::library_string(kCannotCreateFile).GetString(), path));
     return 0;
 }

@@ -12,7 +12,9 @@ TVUTIL_API int DoesFolderExist(const char16_t* path);
 /// 1 when anything is at `path`, or the folder could be made. One level only.
 TVUTIL_API int EnsureFolderExist(const char16_t* path);
 
-/// The same with all missing folders above. Folders that could be made stay when a later one can't.
+/// The same with all missing folders above: from the last separator on upwards until one is there,
+/// whatever is in between ("a\missing\..\b" makes "a\b" alone). Folders that could be made stay
+/// when a later one can't.
 TVUTIL_API int EnsureFolderExistRecursive(const char16_t* path);
 
 /// Takes the trailing backslashes off an absolute path. Then 1 when it is a folder, or with

@@ -58,7 +58,7 @@ int WildcardMatch(const char16_t* pattern_text, const char16_t* text_start) {
 }
 
 int EnumFile(const char16_t* folder, const char16_t* extension,
-             int (*callback)(const char16_t* name, LONG data), LONG data) {
+             int (*callback)(const char16_t* name, long data), long data) {
     std::u16string pattern = u"*.";
     pattern += view(extension);
     const auto cut = pattern.size() - 1;

@@ -91,12 +91,12 @@ class Expansion {
   private:
     // False when the path would grow too long.
     bool replace(std::u16string_view reference, const std::u16string& value) {
-        m_any = true;
         // Each further occurrence in a long text would be a search for nothing.
         if (m_gone.count(reference) != 0) return true;
         auto path = replaced(m_path, reference, value);
         constexpr std::size_t kLongestPath = 32767;
         if (path.size() > std::max(kLongestPath, m_path.size())) return false;
+        m_any = m_any || m_path.find(reference) != kNone;
         m_path = std::move(path);
         if (value.find(u'%') == kNone) {
             m_gone.insert(reference);

@@ -93,6 +93,7 @@ int ask(HWND owner, unsigned int id, const char16_t* about, const char16_t* titl
 
 // What a change of the folder leaves to be moved.
 struct Change {
+    bool is_wanted = false;
     bool is_made = false;
     CString old_folder;
     CString extension;
@@ -105,6 +106,7 @@ Change change(const char16_t* folder, const char16_t* kind, HWND owner) {
         EnsureFolderExistRecursive(folder);
     }
     Change made;
+    made.is_wanted = true;
     made.old_folder =
         CString(kind) == kSuiteKey ? AfxGetOmbrSessionPath() : AfxGetSessionPath(kind);
     made.is_made = make_the_choice(folder, kind);
@@ -178,12 +180,11 @@ int ChangeSessionPath(const char16_t* folder, const char16_t* kind, HWND owner) 
 int ChangeSessionPath(const char16_t* folder, const char16_t* kind, HWND owner,
                       tvutil2::ShellObserver* observer) {
     const auto made = change(folder, kind, owner);
-    if (!made.is_made) return 0;
-    if (ExistSessionFile(made.old_folder) != 0 &&
+    if (made.is_made && ExistSessionFile(made.old_folder) != 0 &&
         ask(owner, kMoveFiles, kind, kind, MB_YESNO | MB_ICONWARNING) == IDYES) {
         MoveFolder(made.old_folder, folder, made.extension, observer);
     }
-    return 1;
+    return made.is_wanted ? 1 : 0;
 }
 
 int ChangeSessionPathWithoutMsgBox(const char16_t* folder, const char16_t* kind, int move_files) {
@@ -193,9 +194,10 @@ int ChangeSessionPathWithoutMsgBox(const char16_t* folder, const char16_t* kind,
 int ChangeSessionPathWithoutMsgBox(const char16_t* folder, const char16_t* kind, int move_files,
                                    tvutil2::ShellObserver* observer) {
     const auto made = change(folder, kind, nullptr);
-    if (!made.is_made) return 0;
-    if (move_files != 0) MoveFolder(made.old_folder, folder, made.extension, observer);
-    return 1;
+    if (made.is_made && move_files != 0) {
+        MoveFolder(made.old_folder, folder, made.extension, observer);
+    }
+    return made.is_wanted ? 1 : 0;
 }
 
 CString AfxGetOmbrDefaultSessionPath() {

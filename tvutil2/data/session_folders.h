@@ -40,9 +40,10 @@ TVUTIL_API int ExistSessionFile(const char16_t* folder);
 /// Makes `folder` the choice for `kind` (or for "OmbreliaSessions", the suite's root). A folder
 /// that isn't there is made after a question, and so are the files of the old folder moved: of the
 /// kind's extension, or all where it has none. 0 and nothing changed when the first question is
-/// answered with anything but OK, or when the choice can't be written: files that were moved then
-/// would be lost from sight. Else 1, whatever became of the move: the choice is in force, and files
-/// that couldn't be moved stay where they were.
+/// answered with anything but OK, and for a null text. Else 1, whatever became of the rest: files
+/// that couldn't be moved stay where they were, with the choice in force; a choice that couldn't be
+/// written leaves the old folder in force and all files in it, for moved ones would be lost from
+/// sight, and the reason as the last error.
 TVUTIL_API int ChangeSessionPath(const char16_t* folder, const char16_t* kind, HWND owner);
 
 /// The same without the question about the files: they are moved if `move_files` is non-zero.

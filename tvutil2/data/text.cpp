@@ -17,6 +17,18 @@ CString tvutil2::library_string(UINT id) {
     return MLS_TVUTIL_ID2STR_DLL(library_instance(), id);
 }
 
+CString csFmt(const char16_t* format, tvutil2::FormatArguments arguments) {
+    CString text;
+    text.FormatV(format, arguments);
+    return text;
+}
+
+CString csFmt(UINT id, tvutil2::FormatArguments arguments) {
+    CString format;
+    if (format.LoadString(id) == FALSE) format = tvutil2::library_string(id);
+    return csFmt(format.GetString(), arguments);
+}
+
 int StrTok(CStringArray& out, const CString& text, const char16_t* delimiter) {
     const std::u16string own(text.View());  // it may be an element of the array that grows
     std::u16string_view rest(own);

@@ -15,18 +15,23 @@ namespace tvutil2 {
 
 }  // namespace tvutil2
 
-/// Formats like CString::Format.
+/// Formats like CString::FormatV.
+[[nodiscard]] TVUTIL_API CString csFmt(const char16_t* format, tvutil2::FormatArguments arguments);
+
+/// The same with a format string from the resources: the product's own, as CString::LoadString
+/// finds them, else the library's; "??" when there is none.
+[[nodiscard]] TVUTIL_API CString csFmt(UINT id, tvutil2::FormatArguments arguments);
+
+/// Both with the arguments one by one.
 template <class... Arguments>
 [[nodiscard]] CString csFmt(const char16_t* format, const Arguments&... arguments) {
-    CString text;
-    text.Format(format, arguments...);
-    return text;
+    const tvutil2::FormatArgument list[] = {arguments..., nullptr};
+    return csFmt(format, tvutil2::FormatArguments(list, sizeof...(arguments)));
 }
-
-/// The same with a format string from the library's resources; "??" when there is none.
 template <class... Arguments>
 [[nodiscard]] CString csFmt(UINT id, const Arguments&... arguments) {
-    return csFmt(tvutil2::library_string(id).GetString(), arguments...);
+    const tvutil2::FormatArgument list[] = {arguments..., nullptr};
+    return csFmt(id, tvutil2::FormatArguments(list, sizeof...(arguments)));
 }
 
 /// Appends the parts of `text` between whole occurrences of `delimiter` to `out` and gives their

@@ -25,6 +25,11 @@ double number_of(const char16_t* text) {
 
 }  // namespace
 
+CInformationFile::CInformationFile() = default;
+CInformationFile::CInformationFile(const CInformationFile&) = default;
+CInformationFile& CInformationFile::operator=(const CInformationFile&) = default;
+CInformationFile::~CInformationFile() = default;
+
 void CInformationFile::Initialize(const std::u16string& folder, const std::u16string& fileName) {
     path = folder + u"\\" + fileName;
 }

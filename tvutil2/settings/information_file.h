@@ -14,10 +14,10 @@ namespace NUtil {
 /// thread once it is bound.
 class TVUTIL_API CInformationFile {
   public:
-    CInformationFile() = default;
-    CInformationFile(const CInformationFile&) = default;
-    CInformationFile& operator=(const CInformationFile&) = default;
-    virtual ~CInformationFile() = default;
+    CInformationFile();
+    CInformationFile(const CInformationFile&);
+    CInformationFile& operator=(const CInformationFile&);
+    virtual ~CInformationFile();
 
     /// The file is `folder`, "\" and `fileName`, whatever `folder` ends in.
     void Initialize(const std::u16string& folder, const std::u16string& fileName);
@@ -34,8 +34,9 @@ class TVUTIL_API CInformationFile {
                              int fallback) const;
     void ReadInformationFile(const char16_t* section, const char16_t* key, unsigned int& value,
                              int fallback) const;
-    /// The number at the front of the text's first 15 units; 0 when there is none. `fallback` comes
-    /// with six decimals, cut to 15 units as well.
+    /// The number at the front of the text's first 15 units, in any notation of C; 0 when there is
+    /// none, infinity for one that is too large. `fallback` comes with six decimals, cut to 15
+    /// units as well.
     void ReadInformationFile(const char16_t* section, const char16_t* key, float& value,
                              float fallback) const;
 

@@ -7,6 +7,9 @@
 
 #include <memory>
 
+CIniSection::CIniSection() = default;
+CIniSection::~CIniSection() = default;
+
 int CIniSection::RemoveKey(const char16_t* key) {
     return m_values.RemoveKey(key);
 }

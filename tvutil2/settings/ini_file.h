@@ -31,8 +31,8 @@ class IniParser;
 /// Keys and values of one section.
 class TVUTIL_API CIniSection {
   public:
-    CIniSection() = default;
-    ~CIniSection() = default;
+    CIniSection();
+    ~CIniSection();
 
     /// Non-zero if the key was there.
     int RemoveKey(const char16_t* key);

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <vector>
 
+COptionFile::COptionFile(const char16_t* path) : CIniFile(path) {}
+
 void COptionFile::SetSection(const char16_t* name) {
     sectionName = name;
     section = &SectionFor(sectionName.View());

@@ -7,7 +7,7 @@
 class TVUTIL_API COptionFile : public CIniFile {
   public:
     /// As CIniFile, with no current section.
-    COptionFile(const char16_t* path = nullptr) : CIniFile(path) {}
+    COptionFile(const char16_t* path = nullptr);
 
     using CIniFile::GetValue;
     using CIniFile::SetValue;
