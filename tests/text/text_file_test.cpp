@@ -81,7 +81,6 @@ TEST(TextFileRead, FindsEncodingAndLines) {
     for (const auto& test : kCases) {
         MemoryFile file(test.bytes);
         CTextFileRead reader(&file);
-        reader.SetCodePage(1252);
         EXPECT_EQ(reader.GetEncoding(), test.encoding) << test.bytes;
         EXPECT_EQ(lines_of(reader), test.lines) << test.bytes;
         EXPECT_FALSE(reader.IsDataLost());

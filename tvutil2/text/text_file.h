@@ -54,6 +54,7 @@ class TVUTIL_API CTextFileBase {
     [[nodiscard]] bool IsDataLost() const { return dataLost; }
     void ResetDataLostFlag() { dataLost = false; }
     /// The page of narrow text, in the file and in calls; 0, the ANSI code page, until it is set.
+    /// A file that isn't UTF-8 is read as wide text in 1252 where that is the ANSI code page.
     /// 65001 can be read as wide text only: see ConvertWcharToString.
     void SetCodePage(unsigned int cp) { codePage = cp; }
     [[nodiscard]] unsigned int GetCodePage() const { return codePage; }

@@ -1,3 +1,4 @@
+#include "tvutil2/platform/codepage/narrow_page.h"
 #include "tvutil2/text/text_conversion.h"
 #include "tvutil2/text/text_file.h"
 #include "tvutil2/text/text_line.h"
@@ -282,7 +283,8 @@ bool CTextFileRead::ReadLine(std::u16string& line) {
     std::string long_line;
     TextLine<char> text(long_line);
     GatherLine(text);
-    CharToWstring(text.finish().data(), line);
+    const auto page = codePage == CP_ACP ? tvutil2::narrow_page() : codePage;
+    ConvertCharToWstring(text.finish().data(), line, page);
     return true;
 }
 
