@@ -6,6 +6,7 @@
 #include "tvutil2/framework/collections.h"
 #include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/base/utf.h"
+#include "tvutil2/platform/files/files.h"
 #include "tvutil2/platform/files/shell_link.h"
 
 #include <gtest/gtest.h>
@@ -226,6 +227,112 @@ TEST(Folders, DeletionAndRenaming) {
     EXPECT_EQ(SHDeleteFile(wide(folder + "/b").c_str()), 0);
     EXPECT_EQ(read_file(tests::profile_folder() + "/Trash/files/b"), "a");
     EXPECT_EQ(SHDeleteFile(wide(folder + "/b").c_str()), static_cast<int>(ERROR_FILE_NOT_FOUND));
+}
+
+// The root of a drive here, and the whole disk if anything takes an empty text for one.
+TEST(Folders, NothingIsDoneWithoutAPathOrToARoot) {
+    const auto folder = folder_with_tree();
+    const auto before = tree(folder);
+    fs::create_directory_symlink(folder, folder + "-link");
+    const auto link = wide(folder + "-link");
+    setenv("TVUTIL_DRIVES", ("R=" + folder).c_str(), 1);
+    const auto here = wide(folder + "/from");
+    const auto new_place = wide(folder + "/new");
+    for (const char16_t* none : {static_cast<const char16_t*>(nullptr), u""}) {
+        EXPECT_EQ(SHRenameFile(none, here.c_str()), static_cast<int>(ERROR_PATH_NOT_FOUND));
+        EXPECT_EQ(SHRenameFile(here.c_str(), none), static_cast<int>(ERROR_PATH_NOT_FOUND));
+        EXPECT_EQ(SHDeleteFile(none), static_cast<int>(ERROR_PATH_NOT_FOUND));
+        EXPECT_EQ(MoveFolder(here.c_str(), none, u""), 0);
+        EXPECT_EQ(DeleteFolderFiles(none, 1), 0);
+        CopyFolder(here.c_str(), none);
+        CopyFolder(none, new_place.c_str());
+        if (none != nullptr && geteuid() == 0) continue;  // in case it isn't true
+        EXPECT_EQ(MoveFolder(none, new_place.c_str(), u""), 0);
+        EXPECT_EQ(DeleteFolderFiles(none, 0), 0);
+    }
+    for (const auto& root : {std::u16string(u"R:\\"), std::u16string(u"r:"), wide(folder), link}) {
+        EXPECT_EQ(MoveFolder(root.c_str(), new_place.c_str(), u""), 0);
+        EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
+        EXPECT_EQ(DeleteFolderFiles(root.c_str(), 0), 0);
+        EXPECT_EQ(root == link ? 0 : DeleteFolderFiles(root.c_str(), 1), 0);
+        EXPECT_EQ(SHDeleteFile((root + u"\\*").c_str()), static_cast<int>(ERROR_ACCESS_DENIED));
+    }
+    EXPECT_FALSE(MoveFileExW(u"R:\\", wide(folder + "-moved").c_str(), 0));
+    EXPECT_EQ(tree(folder), before);
+    unsetenv("TVUTIL_DRIVES");
+}
+
+TEST(Folders, NamesThatExistAreNoPatterns) {
+    const auto folder = new_folder();
+    const auto fill = [&folder] {
+        fs::remove_all(folder + "/in");
+        fs::create_directories(folder + "/in/d*");
+        for (const auto* name : {"a*", "ab", "*.txt", "b.txt", "note?.txt", "note1.txt", "d*/x"}) {
+            write_file(folder + "/in/" + name, "");
+        }
+    };
+    const auto in = [&folder](const char* name) { return wide(folder + "/in/" + name); };
+    fill();
+    EXPECT_EQ(SHDeleteFile(in("a*").c_str()), 0);
+    EXPECT_EQ(SHRenameFile(in("note?.txt").c_str(), in("n*").c_str()), 0);
+    EXPECT_EQ(DeleteFolderFiles(in("d*").c_str(), 0), 1);
+    EXPECT_EQ(tree(folder + "/in"), "*.txt= ab= b.txt= d*/ n*= note1.txt= ");
+    EXPECT_EQ(DeleteFolderFiles(in("d*").c_str(), 1), 1);
+    EXPECT_EQ(DeleteFolderFiles(in("b*").c_str(), 1), 0) << "isn't there, and stands for nothing";
+    EXPECT_EQ(MoveFolder(in("").c_str(), wide(folder + "/out").c_str(), u".txt"), 1);
+    EXPECT_EQ(tree(folder + "/in"), "ab= n*= ");
+    EXPECT_EQ(tree(folder + "/out"), "*.txt= b.txt= note1.txt= ");
+    EXPECT_EQ(SHDeleteFile(in("A*").c_str()), 0) << "isn't there, and stands for ab";
+    EXPECT_EQ(tree(folder + "/in"), "n*= ");
+}
+
+TEST(Folders, AFolderInItselfByAnyName) {
+    const auto folder = new_folder();
+    const auto fill = [&folder] {
+        fs::remove_all(folder + "/from");
+        fs::create_directories(folder + "/from/sub/inside");
+        write_file(folder + "/from/f", "");
+        write_file(folder + "/from/sub/g", "");
+    };
+    fs::create_directory_symlink(folder + "/from/sub", folder + "/link");
+    const auto from = wide(folder + "/from");
+    const std::u16string spellings[] = {
+        from + u"\\sub/inside",        from + u"\\sub\\\\inside",
+        from + u"\\SUB\\Inside",       u"\\.\\" + from.substr(3) + u"\\sub\\inside\\",
+        wide(folder + "/link/inside"),
+    };
+    for (const auto& to : spellings) {
+        fill();
+        CopyFolder(from.c_str(), to.c_str());
+        EXPECT_EQ(tree(folder + "/from"),
+                  "f= sub/ sub/g= sub/inside/ sub/inside/f= sub/inside/sub/ sub/inside/sub/g= ");
+        fill();
+        EXPECT_EQ(MoveFolder(from.c_str(), to.c_str(), u""), 1);
+        EXPECT_EQ(tree(folder + "/from"),
+                  "sub/ sub/inside/ sub/inside/f= sub/inside/sub/ "
+                  "sub/inside/sub/g= ");
+    }
+    fill();
+    const auto before = tree(folder + "/from");
+    const auto same = wide(folder) + u"\\link\\..\\from\\sub\\..\\";
+    CopyFolder(from.c_str(), same.c_str());
+    EXPECT_EQ(MoveFolder(from.c_str(), same.c_str(), u""), 0);
+    EXPECT_EQ(GetLastError(), ERROR_SHARING_VIOLATION);
+    EXPECT_EQ(tree(folder + "/from"), before);
+}
+
+TEST(Folders, CopiesKeepModesAndNamesApart) {
+    const auto folder = new_folder();
+    fs::create_directories(folder + "/from/private");
+    for (const auto* name : {"/from/a", "/from/A", "/from/bad\xFFname"}) {
+        write_file(folder + name, name);
+    }
+    chmod((folder + "/from/private").c_str(), 0700);
+    for (int round = 0; round < 2; ++round) {
+        CopyFolder(wide(folder + "/from").c_str(), wide(folder + "/to").c_str());
+        EXPECT_EQ(tree(folder + "/to"), tree(folder + "/from"));
+    }
+    EXPECT_EQ(fs::status(folder + "/to/private").permissions(), fs::perms::owner_all);
 }
 
 TEST(Shortcuts, ComeBackOrFail) {

@@ -5,6 +5,7 @@
 #include "tvutil2/frame/startup.h"
 #include "tvutil2/framework/app.h"
 #include "tvutil2/lang/resource_language.h"
+#include "tvutil2/platform/base/fork_lock.h"
 #include "tvutil2/platform/files/files.h"
 #include "tvutil2/platform/files/known_folders.h"
 #include "tvutil2/platform/process/message_box.h"
@@ -144,6 +145,8 @@ class CachedPath {
         return m_text.data();
     }
 
+    std::mutex& lock() { return m_lock; }
+
   private:
     std::mutex m_lock;
     std::atomic<bool> m_is_filled{false};
@@ -155,6 +158,15 @@ constinit CachedPath g_common_data;
 constinit CachedPath g_previous_common_data;
 constinit CachedPath g_credentials;
 constinit CachedPath g_default_data;
+
+// Credentials lie below the user's data, and are asked for first.
+const tvutil2::ForkLock g_fork_safe[] = {
+    {g_credentials.lock(), tvutil2::ForkRank::caller},
+    {g_user_data.lock(), tvutil2::ForkRank::caller},
+    {g_common_data.lock(), tvutil2::ForkRank::caller},
+    {g_previous_common_data.lock(), tvutil2::ForkRank::caller},
+    {g_default_data.lock(), tvutil2::ForkRank::caller},
+};
 
 int previous_folder_exists(const char16_t* folder, const char16_t* product) {
     if (*folder == 0) return 0;

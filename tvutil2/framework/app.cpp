@@ -1,6 +1,7 @@
 #include "tvutil2/framework/app.h"
 
 #include "tvutil2/framework/strings.h"
+#include "tvutil2/platform/base/fork_lock.h"
 #include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/base/wide_text.h"
 #include "tvutil2/platform/process/message_box.h"
@@ -16,6 +17,7 @@ namespace {
 
 struct State {
     std::mutex lock;
+    tvutil2::ForkLock is_fork_safe{lock, tvutil2::ForkRank::area};
     std::vector<CWinApp*> applications;
     std::vector<CDynLinkLibrary*> chain;
     HINSTANCE resources = nullptr;

@@ -1,5 +1,6 @@
 #include "tvutil2/text/decode_table.h"
 
+#include "tvutil2/platform/base/fork_lock.h"
 #include "tvutil2/platform/codepage/codepage.h"
 #include "tvutil2/platform/codepage/page_table.h"
 #include "tvutil2/text/euc_jp.h"
@@ -86,6 +87,7 @@ constinit const DecodeTable DecodeTable::none = {0xFFFFFFFF, 2, false, {}, kNoUn
 // Never destroyed: other modules' static objects may decode after ours are gone.
 const DecodeTable* DecodeTable::of(unsigned int page) {
     static std::mutex making;
+    static const tvutil2::ForkLock is_fork_safe(making, tvutil2::ForkRank::store);
     static auto& tables = *new std::map<unsigned int, Kept>();
     const auto* const source = PageTable::of(page == CP_ACP ? GetACP() : page);
     if (source == nullptr) return &none;

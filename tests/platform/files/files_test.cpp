@@ -450,6 +450,7 @@ TEST(MoveFile, ReplacesOnlyWhenTold) {
     EXPECT_EQ(move("a.txt", "b.txt", 0), ERROR_ALREADY_EXISTS);
     EXPECT_EQ(move("a.txt", "B.TXT", 0), ERROR_ALREADY_EXISTS);
     EXPECT_EQ(move("a.txt", "folder", MOVEFILE_REPLACE_EXISTING), ERROR_ACCESS_DENIED);
+    EXPECT_EQ(move("folder", "b.txt", MOVEFILE_REPLACE_EXISTING), ERROR_ACCESS_DENIED);
     EXPECT_EQ(move("folder", "folder/inner/x", 0), ERROR_ACCESS_DENIED);
     EXPECT_EQ(move("missing", "c", 0), ERROR_FILE_NOT_FOUND);
     EXPECT_EQ(move("a.txt", "no/c", 0), ERROR_PATH_NOT_FOUND);
@@ -461,6 +462,40 @@ TEST(MoveFile, ReplacesOnlyWhenTold) {
     EXPECT_EQ(read_file(folder + "/b.txt"), "a");
     EXPECT_EQ(move("folder", "other", 0), 0U);
     EXPECT_TRUE(fs::exists(folder + "/other/inner"));
+}
+
+TEST(FileNames, ASeparatorBehindAFileIsNoPartOfItsName) {
+    const auto folder = new_folder();
+    const auto path = [&folder](const char* name) {
+        return platform_path(folder) + u"\\" + std::u16string(name, name + std::strlen(name));
+    };
+    write_file(folder + "/keep", "x");
+    fs::create_directory(folder + "/dir");
+    const auto keep = path("KEEP\\");
+    const auto fresh = path("new\\");
+    const auto failed = [](BOOL result) { return result != FALSE ? 0 : GetLastError(); };
+    EXPECT_EQ(failed(DeleteFileW(keep.c_str())), ERROR_INVALID_NAME);
+    EXPECT_EQ(failed(CopyFileW(keep.c_str(), path("c").c_str(), FALSE)), ERROR_INVALID_NAME);
+    EXPECT_EQ(failed(CopyFileW(path("keep").c_str(), fresh.c_str(), FALSE)), ERROR_INVALID_NAME);
+    EXPECT_EQ(failed(MoveFileW(keep.c_str(), path("c").c_str())), ERROR_INVALID_NAME);
+    EXPECT_EQ(failed(MoveFileW(path("keep").c_str(), fresh.c_str())), ERROR_INVALID_NAME);
+    EXPECT_EQ(failed(SetFileAttributesW(keep.c_str(), 0)), ERROR_PATH_NOT_FOUND);
+    EXPECT_EQ(GetFileAttributesW(keep.c_str()), INVALID_FILE_ATTRIBUTES);
+    EXPECT_EQ(GetLastError(), ERROR_PATH_NOT_FOUND);
+    EXPECT_EQ(_waccess(keep.c_str(), 0), -1);
+    for (const DWORD disposition : {CREATE_NEW, CREATE_ALWAYS, OPEN_EXISTING, OPEN_ALWAYS}) {
+        const auto& name = disposition == OPEN_EXISTING ? keep : fresh;
+        EXPECT_EQ(CreateFileW(name.c_str(), GENERIC_WRITE, 0, nullptr, disposition, 0, nullptr),
+                  INVALID_HANDLE_VALUE);
+        EXPECT_EQ(GetLastError(), ERROR_INVALID_NAME) << disposition;
+    }
+    // Behind a folder it is welcome.
+    EXPECT_EQ(GetFileAttributesW(path("dir\\").c_str()), FILE_ATTRIBUTE_DIRECTORY);
+    EXPECT_EQ(failed(MoveFileW(path("dir\\").c_str(), path("DIR2\\").c_str())), 0U);
+    EXPECT_EQ(failed(RemoveDirectoryW(path("dir2/").c_str())), 0U);
+    EXPECT_EQ(failed(CreateDirectoryW(path("d*r\\new").c_str(), nullptr)), ERROR_INVALID_NAME);
+    EXPECT_EQ(failed(DeleteFileW(path("d?r\\x").c_str())), ERROR_INVALID_NAME);
+    EXPECT_EQ(tests::tree(folder), "keep=x ");
 }
 
 TEST(MoveFile, BetweenFileSystemsOnlyFilesAndOnlyWhenAllowed) {

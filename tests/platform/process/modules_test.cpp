@@ -55,13 +55,13 @@ TEST(Modules, HandlesThatAreNoModulesAreRefused) {
     auto* const key = reinterpret_cast<HMODULE>(std::uintptr_t{0x80000001});
     char16_t path[8];
     EXPECT_EQ(GetModuleFileNameW(key, path, 8), 0U);
-    EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
+    EXPECT_EQ(GetLastError(), ERROR_MOD_NOT_FOUND);
     SetLastError(0);
     EXPECT_EQ(GetProcAddress(key, "Answer"), nullptr);
-    EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
+    EXPECT_EQ(GetLastError(), ERROR_MOD_NOT_FOUND);
     SetLastError(0);
     EXPECT_EQ(FreeLibrary(nullptr), FALSE);
-    EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
+    EXPECT_EQ(GetLastError(), ERROR_MOD_NOT_FOUND);
 }
 
 TEST(Modules, ReferencesAreCounted) {
@@ -81,7 +81,7 @@ TEST(Modules, ReferencesAreCounted) {
     EXPECT_EQ(GetModuleHandleW(u"unversioned.dll"), nullptr);
     EXPECT_EQ(GetLastError(), ERROR_MOD_NOT_FOUND);
     EXPECT_EQ(FreeLibrary(module), FALSE);
-    EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
+    EXPECT_EQ(GetLastError(), ERROR_MOD_NOT_FOUND);
     EXPECT_EQ(GetProcAddress(module, "Answer"), nullptr);
 
     const auto again = LoadLibraryW(path.c_str());

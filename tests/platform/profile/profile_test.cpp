@@ -359,7 +359,7 @@ TEST(Profile, SurvivesAWriterKilledAnywhere) {
     }
     // There is a life before the new content and one behind it.
     EXPECT_GT(olds, 5);
-    EXPECT_GT(news, 2);
+    EXPECT_GT(news, 2) << olds;
     const std::filesystem::directory_iterator entries(file.folder);
     EXPECT_EQ(std::distance(begin(entries), end(entries)), 1);
 }

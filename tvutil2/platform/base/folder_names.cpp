@@ -1,5 +1,7 @@
 #include "tvutil2/platform/base/folder_names.h"
 
+#include "tvutil2/platform/base/folder_id.h"
+#include "tvutil2/platform/base/fork_lock.h"
 #include "tvutil2/platform/base/host_path.h"
 #include "tvutil2/platform/base/wide_text.h"
 
@@ -35,12 +37,6 @@ std::optional<std::u16string> folded(std::string_view host_name) {
     return name;
 }
 
-struct FolderId {
-    dev_t device = 0;
-    ino_t inode = 0;
-    friend bool operator==(const FolderId&, const FolderId&) = default;
-};
-
 struct CloseFolder {
     void operator()(DIR* folder) const { closedir(folder); }
 };
@@ -49,7 +45,7 @@ using OpenFolder = std::unique_ptr<DIR, CloseFolder>;
 std::optional<FolderId> id_of(const OpenFolder& folder) {
     struct stat info {};
     if (fstat(dirfd(folder.get()), &info) != 0) return std::nullopt;
-    return FolderId{info.st_dev, info.st_ino};
+    return folder_id(info);
 }
 
 // Every entry but "." and "..", with its folded name.
@@ -231,6 +227,7 @@ class WatchedFolders {
 
 struct SharedFolders {
     std::mutex lock;
+    ForkLock is_fork_safe{lock, ForkRank::area};
     WatchedFolders folders;
 };
 
@@ -239,6 +236,9 @@ SharedFolders& shared_folders() {
     static auto* const instance = new SharedFolders;
     return *instance;
 }
+
+// Made at load: a fork must not come upon it half made.
+[[maybe_unused]] const auto& g_folders = shared_folders();
 
 }  // namespace
 
@@ -253,7 +253,7 @@ std::optional<std::string> find_without_case(const std::string& folder, std::str
     auto& shared = shared_folders();
     {
         const std::lock_guard guard(shared.lock);
-        if (const auto* names = shared.folders.find({info.st_dev, info.st_ino})) {
+        if (const auto* names = shared.folders.find(folder_id(info))) {
             return names->find(*key, name);
         }
     }

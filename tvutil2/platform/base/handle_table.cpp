@@ -1,8 +1,7 @@
 #include "tvutil2/platform/base/handle_table.h"
 
+#include "tvutil2/platform/base/fork_lock.h"
 #include "tvutil2/platform/base/handle_slot.h"
-
-#include <pthread.h>
 
 #include <mutex>
 #include <vector>
@@ -58,8 +57,6 @@ FreeRows& rows() {
     return *instance;
 }
 
-// Registered as the library is loaded, and so run behind the locks of all that is registered later
-// and may ask for handles while it holds them.
 [[maybe_unused]] const bool g_is_fork_safe = (guard_forks(), true);
 
 std::uintptr_t handle_value(std::uint32_t index, std::uint64_t generation) {
@@ -162,9 +159,7 @@ void visit_live(const std::function<void(HandleObject&)>& visit) {
 // nobody opens. A look-up holds none. What another thread had pinned stays pinned in the child: its
 // handle can be closed there, its memory isn't freed.
 void guard_forks() {
-    [[maybe_unused]] static const int registered =
-        pthread_atfork([] { rows().lock().lock(); }, [] { rows().lock().unlock(); },
-                       [] { rows().lock().unlock(); });
+    static const ForkLock is_fork_safe(rows().lock(), ForkRank::handles);
 }
 
 }  // namespace tvutil2::handle_table

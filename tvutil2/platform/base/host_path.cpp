@@ -165,6 +165,16 @@ std::optional<std::string> host_path(std::u16string_view path, Lookup lookup) {
     return found_part_by_part(std::move(start), parts, lookup);
 }
 
+std::vector<std::string> drive_roots() {
+    std::vector<std::string> roots{""};
+    for (auto& drive : mapped_drives()) roots.push_back(std::move(drive.root));
+    return roots;
+}
+
+bool ends_in_separator(std::u16string_view path) {
+    return !path.empty() && is_separator(path.back());
+}
+
 std::optional<std::u16string> platform_path(std::string_view host) {
     Drive best{u'C', ""};
     for (auto& drive : mapped_drives()) {

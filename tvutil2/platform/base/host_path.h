@@ -12,6 +12,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace tvutil2 {
 
@@ -34,6 +35,12 @@ enum class Lookup {
 /// The platform path of an absolute host path, below the mapped drive that covers most of it, else
 /// below "C:". Nothing when it isn't valid UTF-8 or a part of it holds a backslash.
 [[nodiscard]] TVUTIL_API std::optional<std::u16string> platform_path(std::string_view host);
+
+/// The host folders that are roots of drives, without a trailing slash; "/" is "" and comes first.
+[[nodiscard]] std::vector<std::string> drive_roots();
+
+/// Whether the text ends in a separator, of whatever kind.
+[[nodiscard]] bool ends_in_separator(std::u16string_view path);
 
 /// A host folder's entry as the platform names it; nothing for a name that a search passes over.
 [[nodiscard]] std::optional<std::u16string> platform_name(std::string_view host_name);

@@ -1,7 +1,9 @@
 // CopyFileW.
 #include "tvutil2/platform/base/host_path.h"
 #include "tvutil2/platform/base/last_error.h"
+#include "tvutil2/platform/files/draft.h"
 #include "tvutil2/platform/files/files.h"
+#include "tvutil2/platform/files/folder_listing.h"
 #include "tvutil2/platform/files/host_files.h"
 #include "tvutil2/platform/files/sharing.h"
 
@@ -112,12 +114,40 @@ Descriptor open_source(const std::string& path, struct stat& info) {
     return file;
 }
 
-bool copy_to_new(int from, const struct stat& info, const std::string& to, Descriptor target) {
+// Where the file system can, the new file has no name before it is whole. Empty when it can't.
+Descriptor open_nameless(const std::string& to, const struct stat& info) {
+    const std::string folder(folder_of(to));
+    return Descriptor(open(folder.empty() ? "/" : folder.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC,
+                           info.st_mode & 0777));
+}
+
+bool give_name(int file, const std::string& to) {
+    const auto link = "/proc/self/fd/" + std::to_string(file);
+    return linkat(AT_FDCWD, link.c_str(), AT_FDCWD, to.c_str(), AT_SYMLINK_FOLLOW) == 0;
+}
+
+bool fill_new(int from, const struct stat& info, const std::string& to, const Descriptor& target) {
     if (claim_sharing(target.get(), FILE_WRITE_DATA, 0) && copy_all(from, target.get(), info)) {
         return true;
     }
     unlink(to.c_str());
     return false;
+}
+
+enum class Made { yes, failed, taken };
+
+Made copy_to_new(int from, const struct stat& info, const std::string& to) {
+    if (const auto nameless = open_nameless(to, info)) {
+        if (!copy_all(from, nameless.get(), info)) return Made::failed;
+        if (give_name(nameless.get(), to)) return Made::yes;
+        if (errno == EEXIST) return Made::taken;
+        if (lseek(from, 0, SEEK_SET) < 0) return fail_with_errno(), Made::failed;
+    }
+    const Descriptor target(
+        open(to.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOCTTY, info.st_mode & 0777));
+    if (target) return fill_new(from, info, to, target) ? Made::yes : Made::failed;
+    if (errno == EEXIST) return Made::taken;
+    return fail_at(to), Made::failed;
 }
 
 // What a link leads to is what gets replaced.
@@ -127,8 +157,8 @@ std::string behind_links(const std::string& path) {
     return real ? real.get() : path;
 }
 
-bool may_replace(const std::string& to, const struct stat& from, Descriptor& claim) {
-    struct stat info {};
+bool may_replace(const std::string& to, const struct stat& from, struct stat& info,
+                 Descriptor& claim) {
     if (stat(to.c_str(), &info) != 0) return fail_at(to);
     if (info.st_dev == from.st_dev && info.st_ino == from.st_ino) {
         return fail_with(ERROR_SHARING_VIOLATION);
@@ -142,25 +172,26 @@ bool may_replace(const std::string& to, const struct stat& from, Descriptor& cla
 // The new content gets the old one's name only when it is whole.
 bool copy_over(int from, const struct stat& info, const std::string& name) {
     const auto to = behind_links(name);
+    struct stat old {};
     Descriptor claim;
-    if (!may_replace(to, info, claim)) return false;
-    auto temporary = std::string(folder_of(to)) + "/.tvutil2-copy-XXXXXX";
-    const Descriptor target(mkostemp(temporary.data(), O_CLOEXEC));
-    if (!target) return fail_at(to);
-    if (copy_all(from, target.get(), info)) {
-        if (rename(temporary.c_str(), to.c_str()) == 0) return true;
-        fail_with_errno();
-    }
-    unlink(temporary.c_str());
-    return false;
+    if (!may_replace(to, info, old, claim)) return false;
+    const auto folder = open_folder(std::string(folder_of(to)));
+    if (!folder) return fail_at(to);
+    Draft draft(folder.get());
+    if (!draft || lseek(from, 0, SEEK_SET) < 0) return fail_with_errno();
+    // Nobody gets at the content who couldn't get at both files before.
+    const auto mode = old.st_mode & info.st_mode & 0777;
+    return (copy_content(from, draft.file(), info) && draft.take_rights_of(old, to, mode) &&
+            keep_times(draft.file(), info) && draft.take_place_of(std::string(name_in(to)))) ||
+           fail_with_errno();
 }
 
-bool copy_opened(int source, const struct stat& info, const std::string& to, bool fail_if_exists) {
-    Descriptor target(
-        open(to.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOCTTY, info.st_mode & 0777));
-    if (target) return copy_to_new(source, info, to, std::move(target));
-    if (errno != EEXIST) return fail_at(to);
-    if (fail_if_exists) return fail_with(ERROR_FILE_EXISTS);
+bool copy_opened(int source, const struct stat& info, const std::string& to, CopyTarget target) {
+    struct stat there {};
+    const bool is_there = target != CopyTarget::is_new && lstat(to.c_str(), &there) == 0;
+    const auto made = is_there ? Made::taken : copy_to_new(source, info, to);
+    if (made != Made::taken) return made == Made::yes;
+    if (target == CopyTarget::must_be_new) return fail_with(ERROR_FILE_EXISTS);
     return copy_over(source, info, to);
 }
 
@@ -169,12 +200,14 @@ Descriptor open_source_of(const char16_t* path, struct stat& info) {
     const auto written = host_path_of(path, Lookup::none);
     if (!written) return {};
     auto source = open_source(*written, info);
+    if (source && ends_in_separator(path)) return fail_with(ERROR_INVALID_NAME), Descriptor();
     if (source ||
         (GetLastError() != ERROR_FILE_NOT_FOUND && GetLastError() != ERROR_PATH_NOT_FOUND)) {
         return source;
     }
     const auto found = host_path_of(path);
-    return found ? open_source(*found, info) : Descriptor();
+    if (!found || !is_folder_if_it_says_so(path, *found)) return {};
+    return open_source(*found, info);
 }
 
 bool copy_platform_link(const char16_t* from, const char16_t* to, bool fail_if_exists) {
@@ -191,10 +224,10 @@ bool is_link(const char16_t* path) {
 
 }  // namespace
 
-bool copy_host_file(const std::string& from, const std::string& to, bool fail_if_exists) {
+bool copy_host_file(const std::string& from, const std::string& to, CopyTarget target) {
     struct stat info {};
     const auto source = open_source(from, info);
-    return source && copy_opened(source.get(), info, to, fail_if_exists);
+    return source && copy_opened(source.get(), info, to, target);
 }
 
 bool copy_host_link(const std::string& from, const std::string& to, bool fail_if_exists) {
@@ -223,5 +256,11 @@ BOOL CopyFileExW(const char16_t* from, const char16_t* to, void* /*progress*/, v
     const auto source = tvutil2::open_source_of(from, info);
     const auto target =
         source ? tvutil2::host_path_of(to, tvutil2::Lookup::likely_new) : std::nullopt;
-    return target && tvutil2::copy_opened(source.get(), info, *target, fail_if_exists);
+    if (target && tvutil2::ends_in_separator(to)) {
+        return tvutil2::fail_with(tvutil2::is_folder(*target) ? ERROR_ACCESS_DENIED
+                                                              : ERROR_INVALID_NAME);
+    }
+    return target && tvutil2::copy_opened(source.get(), info, *target,
+                                          fail_if_exists ? tvutil2::CopyTarget::must_be_new
+                                                         : tvutil2::CopyTarget::any);
 }

@@ -1,4 +1,5 @@
 // What is done to files and folders by name.
+#include "tvutil2/platform/base/folder_id.h"
 #include "tvutil2/platform/base/host_path.h"
 #include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/files/files.h"
@@ -53,16 +54,19 @@ bool move_between_file_systems(const std::string& from, const std::string& to, D
     struct stat info {};
     if (lstat(from.c_str(), &info) != 0) return fail_at(from);
     if (S_ISDIR(info.st_mode)) return fail_with(ERROR_ACCESS_DENIED);
-    return copy_host_file(from, to, (flags & MOVEFILE_REPLACE_EXISTING) == 0) &&
+    return copy_host_file(from, to,
+                          (flags & MOVEFILE_REPLACE_EXISTING) != 0 ? CopyTarget::any
+                                                                   : CopyTarget::must_be_new) &&
            (unlink(from.c_str()) == 0 || fail_at(from));
 }
 
 // Whether the target's name may be taken by the source; claims what is replaced.
-bool may_take_name(const std::string& to, DWORD flags, Descriptor& claim) {
+bool may_take_name(const struct stat& from, const std::string& to, DWORD flags, Descriptor& claim) {
     struct stat info {};
     if (lstat(to.c_str(), &info) != 0) return true;
     if ((flags & MOVEFILE_REPLACE_EXISTING) == 0) return fail_with(ERROR_ALREADY_EXISTS);
-    if (S_ISDIR(info.st_mode) || (S_ISREG(info.st_mode) && is_read_only(info))) {
+    if (S_ISDIR(info.st_mode) || S_ISDIR(from.st_mode) ||
+        (S_ISREG(info.st_mode) && is_read_only(info))) {
         return fail_with(ERROR_ACCESS_DENIED);
     }
     return !S_ISREG(info.st_mode) || claim_for_deletion(to, claim);
@@ -76,7 +80,8 @@ bool move_host_file(const std::string& from, const std::string& to, DWORD flags)
     Descriptor source_claim;
     Descriptor target_claim;
     if (S_ISREG(info.st_mode) && !claim_for_deletion(from, source_claim)) return false;
-    if (!may_take_name(to, flags, target_claim)) return false;
+    if (S_ISDIR(info.st_mode) && is_drive_root(from)) return fail_with(ERROR_ACCESS_DENIED);
+    if (!may_take_name(info, to, flags, target_claim)) return false;
     const bool moved = (flags & MOVEFILE_REPLACE_EXISTING) != 0
                            ? rename(from.c_str(), to.c_str()) == 0
                            : rename_without_replacing(from, to);
@@ -92,10 +97,13 @@ using tvutil2::fail_at;
 using tvutil2::fail_with;
 using tvutil2::fail_with_errno;
 using tvutil2::host_path_of;
+using tvutil2::is_folder_if_it_says_so;
 
 DWORD GetFileAttributesW(const char16_t* path) {
     const auto host = host_path_of(path);
-    if (!host) return INVALID_FILE_ATTRIBUTES;
+    if (!host || !is_folder_if_it_says_so(path, *host, ERROR_PATH_NOT_FOUND)) {
+        return INVALID_FILE_ATTRIBUTES;
+    }
     struct stat info {};
     if (lstat(host->c_str(), &info) != 0) {
         fail_at(*host);
@@ -111,7 +119,7 @@ DWORD GetFileAttributesW(const char16_t* path) {
 
 BOOL SetFileAttributesW(const char16_t* path, DWORD attributes) {
     const auto host = host_path_of(path);
-    if (!host) return FALSE;
+    if (!host || !is_folder_if_it_says_so(path, *host, ERROR_PATH_NOT_FOUND)) return FALSE;
     struct stat info {};
     if (stat(host->c_str(), &info) != 0) return fail_at(*host);
     // For a folder the attribute means nothing to the platform; taken as the host's mode it would
@@ -126,7 +134,7 @@ BOOL SetFileAttributesW(const char16_t* path, DWORD attributes) {
 
 int _waccess(const char16_t* path, int mode) {
     const auto host = host_path_of(path);
-    if (!host) {
+    if (!host || !is_folder_if_it_says_so(path, *host, ERROR_PATH_NOT_FOUND)) {
         errno = ENOENT;
         return -1;
     }
@@ -147,7 +155,8 @@ BOOL CreateDirectoryW(const char16_t* path, SECURITY_ATTRIBUTES* /*security*/) {
     const auto host = host_path_of(path);
     if (!host) return FALSE;
     if (mkdir(host->c_str(), 0777) == 0) return TRUE;
-    return errno == ENOENT ? fail_with(ERROR_PATH_NOT_FOUND) : fail_with_errno();
+    return errno == ENOENT ? fail_with(tvutil2::missing_folder_error(tvutil2::folder_of(*host)))
+                           : fail_with_errno();
 }
 
 BOOL RemoveDirectoryW(const char16_t* path) {
@@ -157,19 +166,26 @@ BOOL RemoveDirectoryW(const char16_t* path) {
     if (lstat(host->c_str(), &info) != 0) return fail_at(*host);
     const bool is_link = S_ISLNK(info.st_mode) && tvutil2::is_folder(*host);
     if (!is_link && !S_ISDIR(info.st_mode)) return fail_with(ERROR_DIRECTORY);
+    if (!is_link && tvutil2::is_drive_root(*host)) return fail_with(ERROR_ACCESS_DENIED);
     if ((is_link ? unlink(host->c_str()) : rmdir(host->c_str())) == 0) return TRUE;
     return errno == EEXIST ? fail_with(ERROR_DIR_NOT_EMPTY) : fail_at(*host);
 }
 
 BOOL DeleteFileW(const char16_t* path) {
     const auto host = host_path_of(path);
-    return host && tvutil2::delete_host_file(*host);
+    return host && is_folder_if_it_says_so(path, *host) && tvutil2::delete_host_file(*host);
 }
 
 BOOL MoveFileExW(const char16_t* from, const char16_t* to, DWORD flags) {
     const auto source = host_path_of(from);
     auto target = source ? host_path_of(to) : std::nullopt;
-    if (!target) return FALSE;
+    if (!target || !is_folder_if_it_says_so(from, *source)) return FALSE;
+    // Only a folder may be told to become one.
+    if (tvutil2::ends_in_separator(to) && !tvutil2::is_folder(*source)) {
+        struct stat info {};
+        return lstat(source->c_str(), &info) == 0 ? fail_with(ERROR_INVALID_NAME)
+                                                  : fail_at(*source);
+    }
     // Found as itself: then what is wanted is another writing of its name.
     if (*source == *target) {
         target = tvutil2::host_path(to, tvutil2::Lookup::last_as_written);

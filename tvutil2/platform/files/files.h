@@ -3,7 +3,10 @@
 // Names may hold whatever the host's names may; a path has no length limit but the host's. Every
 // failure gives the result named below and a last error: ERROR_FILE_NOT_FOUND when the last part of
 // a path is missing, ERROR_PATH_NOT_FOUND when a folder before it is, ERROR_ACCESS_DENIED,
-// ERROR_SHARING_VIOLATION, ERROR_DISK_FULL and so on. All functions are safe from any thread.
+// ERROR_SHARING_VIOLATION, ERROR_DISK_FULL and so on. A separator behind the name of what is no
+// folder is ERROR_INVALID_NAME, for attributes ERROR_PATH_NOT_FOUND. An empty or null path names
+// nothing (ERROR_PATH_NOT_FOUND). The root of a drive is neither deleted nor moved
+// (ERROR_ACCESS_DENIED). All functions are safe from any thread.
 //
 // A file whose mode has no write bit is FILE_ATTRIBUTE_READONLY: it can be neither opened for
 // writing, nor overwritten, nor deleted, whoever asks, root included. A name that begins with a dot

@@ -107,7 +107,7 @@ HANDLE find_matching(std::u16string_view folder, std::u16string_view pattern,
     std::vector<ListedName> names;
     if (!opened || !list_folder(opened.get(), NamePattern(pattern), names)) {
         if (errno == ENOENT) {
-            SetLastError(ERROR_PATH_NOT_FOUND);
+            SetLastError(missing_folder_error(*host));
         } else if (errno == ENOTDIR) {
             SetLastError(ERROR_DIRECTORY);
         } else {

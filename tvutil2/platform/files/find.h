@@ -20,15 +20,17 @@ struct WIN32_FIND_DATAW {
 };
 
 /// Starts a search and gives its first name; INVALID_HANDLE_VALUE on failure, with
-/// ERROR_FILE_NOT_FOUND when no name matches and ERROR_PATH_NOT_FOUND when there is no such folder.
+/// ERROR_FILE_NOT_FOUND when no name matches and ERROR_PATH_NOT_FOUND when there is no such folder
+/// (ERROR_INVALID_NAME when a name before the last part has wildcards and isn't there).
 ///
 /// The last part of the path may hold wildcards: "*" stands for any run of characters, "?" for any
-/// one, and a ".*" at the end also for nothing, so that "*.*" matches every name. Case doesn't
-/// count. "." and ".." take part. The names are those of the moment of the call, in the order of
-/// their upper-case units, so that two searches of an unchanged folder agree; names that the
-/// platform can't express (not UTF-8, or with a backslash) are passed over. A path without
-/// wildcards costs no listing, and one that ends in a separator finds nothing. A name that exists
-/// with the wildcards' own characters in it is found like any other.
+/// one, and each ".*" at the end also for nothing, so that "*.*" matches every name; "*." matches
+/// names without an extension. Case doesn't count. "." and ".." take part. The names are those of
+/// the moment of the call, in the order of their upper-case units, so that two searches of an
+/// unchanged folder agree; names that the platform can't express (not UTF-8, or with a backslash)
+/// are passed over. A path without wildcards costs no listing, and one that ends in a separator
+/// finds nothing. A name that exists with the wildcards' own characters in it is found like any
+/// other.
 TVUTIL_API HANDLE FindFirstFileW(const char16_t* path, WIN32_FIND_DATAW* data);
 
 /// The next name; 0 with ERROR_NO_MORE_FILES behind the last. Names that vanished in the meantime

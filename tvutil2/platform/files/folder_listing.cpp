@@ -16,6 +16,16 @@ struct CloseFolder {
     void operator()(DIR* folder) const { closedir(folder); }
 };
 
+using FolderStream = std::unique_ptr<DIR, CloseFolder>;
+
+// A stream of its own: it takes its descriptor along when it is closed.
+FolderStream stream_of(int folder) {
+    Descriptor copy(openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    FolderStream entries(copy ? fdopendir(copy.get()) : nullptr);
+    if (entries) static_cast<void>(copy.release());
+    return entries;
+}
+
 struct Sorted {
     std::u16string upper;
     ListedName listed;
@@ -34,12 +44,19 @@ Descriptor open_folder(const std::string& path) {
     return Descriptor(open(path.empty() ? "/" : path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
 }
 
-bool list_folder(int folder, const NamePattern& pattern, std::vector<ListedName>& names) {
-    // A stream of its own: it takes its descriptor along when it is closed.
-    Descriptor copy(openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    const std::unique_ptr<DIR, CloseFolder> entries(copy ? fdopendir(copy.get()) : nullptr);
+bool list_host_folder(int folder, std::vector<HostEntry>& listed) {
+    const auto entries = stream_of(folder);
     if (!entries) return false;
-    static_cast<void>(copy.release());
+    while (const auto* entry = readdir(entries.get())) {
+        const std::string_view name(entry->d_name);
+        if (name != "." && name != "..") listed.push_back({std::string(name), entry->d_type});
+    }
+    return true;
+}
+
+bool list_folder(int folder, const NamePattern& pattern, std::vector<ListedName>& names) {
+    const auto entries = stream_of(folder);
+    if (!entries) return false;
     std::vector<Sorted> found;
     while (const auto* entry = readdir(entries.get())) {
         auto name = platform_name(entry->d_name);

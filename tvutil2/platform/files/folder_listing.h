@@ -18,6 +18,15 @@ struct ListedName {
 /// express are left out. False with errno set when the folder can't be read.
 bool list_folder(int folder, const NamePattern& pattern, std::vector<ListedName>& names);
 
+struct HostEntry {
+    std::string name;
+    unsigned char type;  ///< DT_ value of dirent.h; DT_UNKNOWN where the file system doesn't tell
+};
+
+/// All names, whatever their bytes, but "." and "..", in the order of the directory. False with
+/// errno set.
+bool list_host_folder(int folder, std::vector<HostEntry>& entries);
+
 /// Opens a host folder for list_folder; "" is the root. Empty with errno set.
 [[nodiscard]] Descriptor open_folder(const std::string& path);
 

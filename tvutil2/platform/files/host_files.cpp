@@ -43,12 +43,28 @@ bool is_folder(const std::string& path) {
 
 bool fail_at(const std::string& path) {
     if (errno != ENOENT) return fail_with_errno();
-    return fail_with(is_folder(std::string(folder_of(path))) ? ERROR_FILE_NOT_FOUND
-                                                             : ERROR_PATH_NOT_FOUND);
+    const std::string folder(folder_of(path));
+    return fail_with(is_folder(folder) ? ERROR_FILE_NOT_FOUND : missing_folder_error(folder));
+}
+
+DWORD missing_folder_error(std::string_view folder) {
+    const bool is_pattern = folder.find_first_of("*?") != std::string_view::npos;
+    return is_pattern ? ERROR_INVALID_NAME : ERROR_PATH_NOT_FOUND;
+}
+
+bool is_folder_if_it_says_so(const char16_t* path, const std::string& host, DWORD error) {
+    struct stat info {};
+    return !ends_in_separator(path) || stat(host.c_str(), &info) != 0 || S_ISDIR(info.st_mode) ||
+           fail_with(error);
 }
 
 std::optional<std::string> host_path_of(const char16_t* path, Lookup lookup) {
     return host_path(path != nullptr ? std::u16string_view(path) : std::u16string_view(), lookup);
+}
+
+bool keep_times(int target, const struct stat& source) {
+    const timespec times[] = {source.st_atim, source.st_mtim};
+    return futimens(target, times) == 0;
 }
 
 bool keep_times_and_mode(int target, const struct stat& source) {
@@ -60,8 +76,7 @@ bool keep_times_and_mode(int target, const struct stat& source) {
         fchmod(target, source.st_mode & kPermissions) != 0) {
         return fail_with_errno();
     }
-    const timespec times[] = {source.st_atim, source.st_mtim};
-    return futimens(target, times) == 0 || fail_with_errno();
+    return keep_times(target, source) || fail_with_errno();
 }
 
 }  // namespace tvutil2

@@ -3,6 +3,7 @@
 
 #include "tvutil2/platform/base/descriptor.h"
 #include "tvutil2/platform/base/host_path.h"
+#include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/base/types.h"
 
 #include <optional>
@@ -26,15 +27,27 @@ namespace tvutil2 {
 [[nodiscard]] bool is_folder(const std::string& path);
 
 /// Sets the last error from errno for a path that was to be opened or changed, with
-/// ERROR_PATH_NOT_FOUND when the folder is what's missing. Always false.
+/// ERROR_PATH_NOT_FOUND when the folder is what's missing, or ERROR_INVALID_NAME when wildcards
+/// stand in that folder's name. Always false.
 bool fail_at(const std::string& path);
+/// The last error for a folder that is missing.
+[[nodiscard]] DWORD missing_folder_error(std::string_view folder);
+
+/// False with `error` as the last error when the text ends in a separator but `host`, which it
+/// names, is there and is no folder.
+bool is_folder_if_it_says_so(const char16_t* path, const std::string& host,
+                             DWORD error = ERROR_INVALID_NAME);
 
 /// host_path of zero-terminated text; null is ERROR_PATH_NOT_FOUND.
 [[nodiscard]] std::optional<std::string> host_path_of(const char16_t* path,
                                                       Lookup lookup = Lookup::all);
 
+/// What the target of a copy may be. `is_new` says that most likely nothing is there, and spares
+/// the look.
+enum class CopyTarget { any, is_new, must_be_new };
+
 /// Host forms of the functions in files.h: false with the last error set.
-bool copy_host_file(const std::string& from, const std::string& to, bool fail_if_exists);
+bool copy_host_file(const std::string& from, const std::string& to, CopyTarget target);
 bool copy_host_link(const std::string& from, const std::string& to, bool fail_if_exists);
 bool delete_host_file(const std::string& path);
 bool move_host_file(const std::string& from, const std::string& to, DWORD flags);
@@ -43,7 +56,9 @@ bool move_host_file(const std::string& from, const std::string& to, DWORD flags)
 /// with ERROR_SHARING_VIOLATION when a handle forbids that. Hold `claim` until the deed is done.
 bool claim_for_deletion(const std::string& path, Descriptor& claim);
 
-/// Gives the source's times of access and last write, and its mode, to an open target.
+/// Gives the source's times of access and last write to an open target. False with errno set.
+bool keep_times(int target, const struct stat& source);
+/// The same with its mode, and with the last error.
 bool keep_times_and_mode(int target, const struct stat& source);
 
 }  // namespace tvutil2

@@ -3,9 +3,9 @@
 #include "tvutil2/platform/base/folder_names.h"
 #include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/files/files.h"
+#include "tvutil2/platform/files/folder_listing.h"
 #include "tvutil2/platform/files/host_files.h"
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -17,32 +17,15 @@
 namespace tvutil2 {
 namespace {
 
-struct CloseFolder {
-    void operator()(DIR* folder) const { closedir(folder); }
-};
-
 std::string path_in(const std::string& folder, std::string_view name) {
     auto path = folder + "/";
     path += name;
     return path;
 }
 
-// All names, whatever their bytes, but "." and "..". False with errno set.
-bool read_names(int folder, std::vector<std::string>& names) {
-    Descriptor copy(openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    const std::unique_ptr<DIR, CloseFolder> entries(copy ? fdopendir(copy.get()) : nullptr);
-    if (!entries) return false;
-    static_cast<void>(copy.release());
-    while (const auto* entry = readdir(entries.get())) {
-        const std::string_view name(entry->d_name);
-        if (name != "." && name != "..") names.emplace_back(name);
-    }
-    return true;
-}
-
-bool read_names(const std::string& folder, std::vector<std::string>& names) {
-    const Descriptor opened(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    return opened && read_names(opened.get(), names);
+bool read_names(const std::string& folder, std::vector<HostEntry>& names) {
+    const auto opened = open_folder(folder);
+    return opened && list_host_folder(opened.get(), names);
 }
 
 // Deletes the tree of one folder. It walks by descriptors, one open at a time: neither a link put
@@ -97,11 +80,13 @@ class TreeRemoval {
     bool enter() {
         Level level;
         struct stat info {};
-        std::vector<std::string> names;
-        if (fstat(m_current.get(), &info) != 0 || !read_names(m_current.get(), names)) return false;
+        std::vector<HostEntry> names;
+        if (fstat(m_current.get(), &info) != 0 || !list_host_folder(m_current.get(), names)) {
+            return false;
+        }
         level.device = info.st_dev;
         level.inode = info.st_ino;
-        for (auto& name : names) {
+        for (auto& [name, type] : names) {
             if (fstatat(m_current.get(), name.c_str(), &info, AT_SYMLINK_NOFOLLOW) != 0) continue;
             if (S_ISDIR(info.st_mode)) {
                 level.folders.push_back(std::move(name));
@@ -168,12 +153,17 @@ bool TreeWork::may_replace(const std::string& target) {
 
 void TreeWork::copy_folder(const std::string& from, const std::string& to, const struct stat& info,
                            bool is_taken) {
-    std::vector<std::string> names;
+    if (m_made.contains(folder_id(info))) {
+        SetLastError(ERROR_SHARING_VIOLATION);
+        return fail();
+    }
+    std::vector<HostEntry> names;
     if (!read_names(from, names) || (!is_taken && mkdir(to.c_str(), 0700) != 0)) {
         fail_at(to);
         return fail();
     }
-    for (const auto& name : names) copy(path_in(from, name), entry_of(to, name));
+    if (const auto id = folder_id(to)) m_made.insert(*id);
+    for (const auto& [name, type] : names) copy_entry(path_in(from, name), entry_of(to, name));
     // Last, since a folder may be closed to writing and each new name sets its time.
     const Descriptor folder(open(to.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (!is_taken && (!folder || !keep_times_and_mode(folder.get(), info))) fail();
@@ -201,24 +191,29 @@ bool TreeWork::look(const std::string& from, const std::string& to, Pair& pair) 
 }
 
 void TreeWork::copy(const std::string& from, const std::string& to) {
+    m_made.clear();
+    copy_entry(from, to);
+}
+
+void TreeWork::copy_entry(const std::string& from, const std::string& to) {
     Pair pair{};
     if (!look(from, to, pair)) return;
     const auto& source = pair.source;
     const bool is_taken = pair.is_taken;
     if (S_ISDIR(source.st_mode)) return copy_folder(from, to, source, is_taken);
     if (is_taken && !may_replace(to)) return;
-    const bool copied =
-        S_ISLNK(source.st_mode) ? copy_host_link(from, to, false) : copy_host_file(from, to, false);
+    const bool copied = S_ISLNK(source.st_mode) ? copy_host_link(from, to, false)
+                                                : copy_host_file(from, to, CopyTarget::any);
     if (!copied) fail();
 }
 
 void TreeWork::merge(const std::string& from, const std::string& to) {
-    std::vector<std::string> names;
+    std::vector<HostEntry> names;
     if (!read_names(from, names)) {
         fail_at(from);
         return fail();
     }
-    for (const auto& name : names) move(path_in(from, name), entry_of(to, name));
+    for (const auto& [name, type] : names) move(path_in(from, name), entry_of(to, name));
     // Holds what failed or was declined, which has its own report.
     if (rmdir(from.c_str()) != 0 && errno != ENOTEMPTY && errno != EEXIST) {
         fail_at(from);

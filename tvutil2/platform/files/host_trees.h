@@ -1,9 +1,11 @@
 // Work on whole trees of host files. Symbolic links are copied, moved and deleted as what they are.
 #pragma once
 
+#include "tvutil2/platform/base/folder_id.h"
 #include "tvutil2/platform/base/types.h"
 
 #include <functional>
+#include <set>
 #include <string>
 #include <string_view>
 
@@ -18,7 +20,9 @@ class TreeWork {
     explicit TreeWork(std::function<bool(const std::string& target)> may_replace)
         : m_may_replace(std::move(may_replace)) {}
 
-    /// A folder that meets a folder is merged with it.
+    /// A folder that meets a folder is merged with it. A folder that this work has made, come upon
+    /// as something to be copied, is ERROR_SHARING_VIOLATION: by a mount, say, the target lies in
+    /// its source.
     void copy(const std::string& from, const std::string& to);
     /// Between file systems: copies all, and deletes the source if nothing failed or was declined.
     void move(const std::string& from, const std::string& to);
@@ -35,12 +39,14 @@ class TreeWork {
     struct Pair;
     [[nodiscard]] bool look(const std::string& from, const std::string& to, Pair& pair);
     [[nodiscard]] bool may_replace(const std::string& target);
+    void copy_entry(const std::string& from, const std::string& to);
     void copy_folder(const std::string& from, const std::string& to, const struct stat& info,
                      bool is_taken);
     void merge(const std::string& from, const std::string& to);
     void move_by_copy(const std::string& from, const std::string& to);
 
     std::function<bool(const std::string&)> m_may_replace;
+    std::set<FolderId> m_made;
     DWORD m_error = 0;
     bool m_declined = false;
 };

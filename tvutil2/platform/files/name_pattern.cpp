@@ -37,9 +37,20 @@ bool fits(std::u16string_view pattern, std::u16string_view text) {
 NamePattern::NamePattern(std::u16string_view pattern) : m_pattern(upper_of(pattern)) {}
 
 bool NamePattern::matches(std::u16string_view upper) const {
-    const std::u16string_view pattern(m_pattern);
+    std::u16string_view pattern(m_pattern);
     if (fits(pattern, upper)) return true;
-    return pattern.ends_with(u".*") && fits(pattern.substr(0, pattern.size() - 2), upper);
+    // "*." is for names without an extension, and the folder's own two have none.
+    if (pattern.ends_with(u'.')) {
+        pattern.remove_suffix(1);
+        const bool has_extension =
+            upper != u"." && upper != u".." && upper.find(u'.') != upper.npos;
+        return !has_extension && fits(pattern, upper);
+    }
+    while (pattern.ends_with(u".*")) {
+        pattern.remove_suffix(2);
+        if (fits(pattern, upper)) return true;
+    }
+    return false;
 }
 
 std::u16string upper_of(std::u16string_view text) {

@@ -6,8 +6,8 @@
 
 namespace tvutil2 {
 
-/// A pattern to be held against many names: "*" for any run of units, "?" for any one, a ".*" at
-/// the end also for nothing, without regard to case.
+/// A pattern to be held against many names: "*" for any run of units, "?" for any one, each ".*" at
+/// the end also for nothing, a "." at the end for a name without extension. Case doesn't count.
 class NamePattern {
   public:
     explicit NamePattern(std::u16string_view pattern);

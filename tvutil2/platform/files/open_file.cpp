@@ -121,6 +121,14 @@ bool is_allowed(const Request& request, const struct stat& info, bool existed) {
     return true;
 }
 
+// For a text that ends in a separator: there is no file of such a name, nor is one made.
+bool may_be_folder(const char16_t* path, DWORD disposition) {
+    const auto host = host_path_of(path);
+    if (!host || !is_folder_if_it_says_so(path, *host)) return false;
+    const bool creates = disposition != OPEN_EXISTING && disposition != TRUNCATE_EXISTING;
+    return !creates || is_folder(*host) || fail_with(ERROR_INVALID_NAME);
+}
+
 std::shared_ptr<FileObject> open_file(Request request) {
     bool existed = false;
     auto file = open_or_create(request, existed);
@@ -163,7 +171,9 @@ HANDLE CreateFileW(const char16_t* path, DWORD access, DWORD sharing,
     const DWORD rights = without_generic(access);
     if (!is_sound(disposition, rights, flags_and_attributes)) return INVALID_HANDLE_VALUE;
     auto host = host_path_of(path, disposition == CREATE_NEW ? Lookup::likely_new : Lookup::none);
-    if (!host) return INVALID_HANDLE_VALUE;
+    if (!host || (ends_in_separator(path) && !may_be_folder(path, disposition))) {
+        return INVALID_HANDLE_VALUE;
+    }
     auto file =
         open_file({path, std::move(*host), rights, sharing, disposition, flags_and_attributes});
     if (!file) return INVALID_HANDLE_VALUE;

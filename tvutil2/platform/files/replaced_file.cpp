@@ -1,6 +1,8 @@
 #include "tvutil2/platform/files/replaced_file.h"
 
 #include "tvutil2/platform/base/last_error.h"
+#include "tvutil2/platform/files/draft.h"
+#include "tvutil2/platform/files/folder_listing.h"
 #include "tvutil2/platform/files/host_files.h"
 #include "tvutil2/platform/files/sharing.h"
 
@@ -11,9 +13,11 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cstdlib>
 #include <memory>
 #include <string_view>
+#include <thread>
 #include <utility>
 
 namespace tvutil2 {
@@ -56,15 +60,17 @@ Descriptor open_file(const std::string& path, struct stat& info) {
     return file;
 }
 
-// The turn of one writer in a folder.
+// The turn of one writer in a folder. Anybody who may read the folder can lock it, so the wait for
+// it has an end.
 class Turn {
   public:
-    explicit Turn(const std::string& folder)
-        : m_folder(
-              open(folder.empty() ? "/" : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
-        if (!m_folder) return;
-        while (flock(m_folder.get(), LOCK_EX) != 0 && errno == EINTR) {
+    Turn(const std::string& folder, std::chrono::milliseconds longest_wait)
+        : m_folder(open_folder(folder)) {
+        if (!m_folder) {
+            fail_with(errno == ENOENT ? missing_folder_error(folder) : error_from_errno(errno));
+            return;
         }
+        if (!wait(std::chrono::steady_clock::now() + longest_wait)) m_folder = Descriptor();
     }
     // Given back by hand: a child that was forked meanwhile has the descriptor too.
     ~Turn() {
@@ -77,6 +83,21 @@ class Turn {
     [[nodiscard]] int folder() const { return m_folder.get(); }
 
   private:
+    // The host has no wait for this lock that ends by itself. A turn takes about as long as the
+    // disk takes to write, so little is lost between two looks.
+    bool wait(std::chrono::steady_clock::time_point end) {
+        std::chrono::microseconds pause(100);
+        while (flock(m_folder.get(), LOCK_EX | LOCK_NB) != 0) {
+            if (errno == EINTR) continue;
+            // A file system without locks: there writers don't meet.
+            if (errno != EWOULDBLOCK) return true;
+            if (std::chrono::steady_clock::now() >= end) return fail_with(ERROR_LOCK_VIOLATION);
+            std::this_thread::sleep_for(pause);
+            pause = std::min(pause * 2, std::chrono::microseconds(5000));
+        }
+        return true;
+    }
+
     Descriptor m_folder;
 };
 
@@ -90,33 +111,16 @@ bool write_all(int file, std::string_view bytes) {
     return true;
 }
 
-// Nobody else may read the new content before it has the old one's mode and owner. The owner can
-// only be kept by root; for others it is their own already, or becomes so.
-bool take_place_of(int file, const struct stat& old) {
-    if (fchown(file, old.st_uid, old.st_gid) != 0 && errno != EPERM) return false;
-    return fchmod(file, old.st_mode & 07777) == 0;
-}
-
-// One name for all: only the writer whose turn it is uses it, and what a killed one left is
-// replaced by the next.
-constexpr const char* kNewContent = ".tvutil2-new-content";
-
 bool replace(const Turn& turn, const std::string& path, const struct stat* old,
              std::string_view bytes) {
-    const int folder = turn.folder();
-    unlinkat(folder, kNewContent, 0);
-    const Descriptor file(openat(folder, kNewContent, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC,
-                                 old != nullptr ? 0600 : 0666));
-    if (!file) return fail_with_errno();
-    const auto name = std::string(name_in(path));
-    if (write_all(file.get(), bytes) && (old == nullptr || take_place_of(file.get(), *old)) &&
-        fsync(file.get()) == 0 && renameat(folder, kNewContent, folder, name.c_str()) == 0) {
-        fsync(folder);
+    Draft draft(turn.folder(), old == nullptr ? 0666 : 0600);
+    if (draft && write_all(draft.file(), bytes) &&
+        (old == nullptr || draft.take_rights_of(*old, path, old->st_mode & 07777)) &&
+        fsync(draft.file()) == 0 && draft.take_place_of(std::string(name_in(path)))) {
+        fsync(turn.folder());
         return true;
     }
-    fail_with_errno();
-    unlinkat(folder, kNewContent, 0);
-    return false;
+    return fail_with_errno();
 }
 
 bool may_be_written(const std::string& path, const struct stat& info) {
@@ -140,10 +144,11 @@ bool read_whole_file(const std::string& path, struct stat& info, std::string& by
     return read_all(file.get(), bytes);
 }
 
-bool replace_content(const std::string& name, bool may_be_new, const ContentEdit& edit) {
+bool replace_content(const std::string& name, bool may_be_new, const ContentEdit& edit,
+                     std::chrono::milliseconds longest_wait) {
     const auto path = behind_links(name);
-    const Turn turn{std::string(folder_of(path))};
-    if (!turn) return fail_at(path);
+    const Turn turn(std::string(folder_of(path)), longest_wait);
+    if (!turn) return false;
     struct stat info {};
     std::string bytes;
     const bool is_there = read_whole_file(path, info, bytes);

@@ -1,5 +1,6 @@
 #include "tvutil2/platform/files/sharing.h"
 
+#include "tvutil2/platform/base/fork_lock.h"
 #include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/files/files.h"
 
@@ -13,6 +14,10 @@
 
 namespace tvutil2 {
 namespace {
+
+// Threads need no second attempt against one another.
+constinit std::mutex g_one_at_a_time;
+const ForkLock g_fork_safe(g_one_at_a_time, ForkRank::area);
 
 // The bytes' order lets the usual claims be one or two runs. Programs of different releases meet
 // on these offsets: they never change.
@@ -103,9 +108,8 @@ bool may_be_read(int file) {
 
 bool claim_sharing(int file, DWORD access, DWORD sharing) {
     constexpr int kAttempts = 8;
-    static std::mutex one_at_a_time;  // threads need no second attempt against one another
     const auto claim = claim_of(access, sharing);
-    const std::lock_guard guard(one_at_a_time);
+    const std::lock_guard guard(g_one_at_a_time);
     for (int attempt = 0; attempt < kAttempts; ++attempt) {
         const auto set = set_marks(file, claim.own);
         // Nearly always nobody else has the file open, and one question answers for all marks.

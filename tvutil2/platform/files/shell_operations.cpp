@@ -1,5 +1,6 @@
 #include "tvutil2/platform/files/shell_operations.h"
 
+#include "tvutil2/platform/base/folder_id.h"
 #include "tvutil2/platform/base/host_path.h"
 #include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/base/locations.h"
@@ -29,16 +30,13 @@ std::vector<std::u16string_view> split_list(const char16_t* list) {
     return names;
 }
 
-bool is_separator(char16_t c) {
-    return c == u'\\' || c == u'/';
-}
-
 // One call of SHFileOperationW.
 class ShellOperation {
   public:
-    ShellOperation(const SHFILEOPSTRUCTW& request, ShellObserver* observer)
+    ShellOperation(const SHFILEOPSTRUCTW& request, ShellObserver* observer, Sources sources)
         : m_request(request),
           m_observer(observer),
+          m_kind(sources),
           m_work([this](const std::string& target) { return may_replace(target); }) {}
 
     int run() {
@@ -105,17 +103,23 @@ class ShellOperation {
 
     // A name, or what its wildcards take in. One that can't be had keeps its place, empty.
     void add_source(std::u16string_view path) {
+        auto host = host_path(path);
+        struct stat info {};
+        const bool is_there = host && lstat(host->c_str(), &info) == 0;
         const auto separator = path.find_last_of(u"\\/");
         const auto start = separator == std::u16string_view::npos ? 0 : separator + 1;
-        if (NamePattern::has_wildcards(path.substr(start))) {
+        if (!is_there && m_kind == Sources::patterns &&
+            NamePattern::has_wildcards(path.substr(start))) {
             m_from_wildcards = true;
             return add_matches(path.substr(0, start), path.substr(start));
         }
-        auto host = host_path(path);
         if (!host) {
             m_work.fail();
-        } else if (*host == "/") {
+        } else if (is_there && S_ISDIR(info.st_mode) && is_drive_root(*host)) {
             fail(ERROR_ACCESS_DENIED);
+            host.reset();
+        } else if (is_there && ends_in_separator(path) && !is_folder(*host)) {
+            fail(ERROR_INVALID_NAME);
             host.reset();
         }
         m_sources.push_back(host.value_or(""));
@@ -124,6 +128,7 @@ class ShellOperation {
     void add_matches(std::u16string_view folder, std::u16string_view pattern) {
         auto host = host_path(folder.empty() ? u"." : folder);
         if (!host) return m_work.fail();
+        if (m_request.wFunc != FO_COPY && is_drive_root(*host)) return fail(ERROR_ACCESS_DENIED);
         if (*host == "/") host->clear();
         std::vector<ListedName> names;
         const auto opened = open_folder(*host);
@@ -179,6 +184,9 @@ class ShellOperation {
             target = host_path(m_targets[0], Lookup::last_as_written);
         }
         if (!target) return m_work.fail();
+        if (ends_in_separator(m_targets[0]) && !is_folder(m_sources[0])) {
+            return fail(ERROR_INVALID_NAME);
+        }
         struct stat info {};
         if (lstat(target->c_str(), &info) == 0) return fail(ERROR_ALREADY_EXISTS);
         transfer(m_sources[0], *target);
@@ -197,7 +205,7 @@ class ShellOperation {
         auto target = host_path(m_targets[0]);
         if (!target) return m_work.fail();
         const bool into_folder = is_folder(*target) || m_sources.size() > 1 || m_from_wildcards ||
-                                 is_separator(m_targets[0].back());
+                                 ends_in_separator(m_targets[0]);
         if (*target == "/") target->clear();
         for_each_source([&](const std::string& source, std::size_t /*index*/) {
             transfer(source, into_folder ? entry_of(*target, name_in(source)) : *target);
@@ -239,6 +247,7 @@ class ShellOperation {
 
     const SHFILEOPSTRUCTW& m_request;
     ShellObserver* m_observer;
+    Sources m_kind;
     std::vector<std::string> m_sources;  // empty: could not be had
     std::vector<std::u16string_view> m_targets;
     bool m_from_wildcards = false;
@@ -248,10 +257,10 @@ class ShellOperation {
 
 }  // namespace
 
-int watched_shell_operation(SHFILEOPSTRUCTW* operation, ShellObserver* observer) {
+int watched_shell_operation(SHFILEOPSTRUCTW* operation, ShellObserver* observer, Sources sources) {
     if (operation == nullptr) return static_cast<int>(ERROR_INVALID_PARAMETER);
     operation->hNameMappings = nullptr;
-    ShellOperation work(*operation, observer);
+    ShellOperation work(*operation, observer, sources);
     const int result = work.run();
     operation->fAnyOperationsAborted = work.has_declined() ? TRUE : FALSE;
     return result;

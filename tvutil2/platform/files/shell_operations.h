@@ -39,8 +39,10 @@ struct SHFILEOPSTRUCTW {
 /// ERROR_INVALID_PARAMETER.
 ///
 /// The last part of a source may hold wildcards, which take in all but "." and ".."; no match is
-/// ERROR_FILE_NOT_FOUND. Symbolic links are moved, copied and deleted as what they are: nothing
-/// behind them is touched. A root folder is refused (ERROR_ACCESS_DENIED).
+/// ERROR_FILE_NOT_FOUND. A name that is there with the wildcards' own characters in it is that name
+/// alone. Symbolic links are moved, copied and deleted as what they are: nothing behind them is
+/// touched. The root of a drive is refused, and its content too unless it is copied
+/// (ERROR_ACCESS_DENIED). A separator behind what is no folder is ERROR_INVALID_NAME.
 ///
 /// - FO_MOVE, FO_COPY: into the folder `pTo`, or to the name `pTo` when it doesn't exist and there
 ///   is one source without wildcards; with FOF_MULTIDESTFILES each source to the name at its place
@@ -69,6 +71,11 @@ class ShellObserver {
 };
 
 /// SHFileOperationW for somebody who watches; a null `observer` is nobody.
-TVUTIL_API int watched_shell_operation(SHFILEOPSTRUCTW* operation, ShellObserver* observer);
+///
+/// With `Sources::names` the sources hold no wildcards: a name that was found on the disk means
+/// itself, also if it is gone by now.
+enum class Sources { patterns, names };
+TVUTIL_API int watched_shell_operation(SHFILEOPSTRUCTW* operation, ShellObserver* observer,
+                                       Sources sources = Sources::patterns);
 
 }  // namespace tvutil2

@@ -1,5 +1,6 @@
 #include "tvutil2/platform/process/account.h"
 
+#include "tvutil2/platform/base/fork_lock.h"
 #include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/base/locations.h"
 #include "tvutil2/platform/base/utf.h"
@@ -90,6 +91,7 @@ class LastAnswer {
 
   private:
     std::mutex m_lock;
+    ForkLock m_is_fork_safe{m_lock, ForkRank::area};
     Question m_question{};
     std::optional<Answer> m_answer;
 };

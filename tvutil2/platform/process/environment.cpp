@@ -1,5 +1,6 @@
 #include "tvutil2/platform/process/environment.h"
 
+#include "tvutil2/platform/base/fork_lock.h"
 #include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/base/utf.h"
 #include "tvutil2/platform/base/wide_text.h"
@@ -13,7 +14,8 @@
 
 namespace {
 
-std::mutex g_lock;
+constinit std::mutex g_lock;
+const tvutil2::ForkLock g_fork_safe(g_lock, tvutil2::ForkRank::area);
 
 // The name under which the host has the variable.
 std::optional<std::string> host_name(const std::u16string& name) {

@@ -1,5 +1,6 @@
 #include "tvutil2/platform/process/modules.h"
 
+#include "tvutil2/platform/base/fork_lock.h"
 #include "tvutil2/platform/base/host_path.h"
 #include "tvutil2/platform/base/utf.h"
 #include "tvutil2/platform/base/wide_text.h"
@@ -136,6 +137,7 @@ struct Entry {
 
 struct Modules {
     std::mutex lock;
+    ForkLock is_fork_safe{lock, ForkRank::modules};
     std::vector<Entry> entries;
 };
 
@@ -277,6 +279,24 @@ HMODULE load_bare(const std::u16string& name) {
     return fail_with(ERROR_MOD_NOT_FOUND), nullptr;
 }
 
+// The first look at the program makes its entry, which a fork must not come upon half made.
+const ForkMember g_is_fork_safe(
+    ForkRank::loader, &loader_lock(),
+    [](void* lock) {
+        static_cast<void>(executable_instance());
+        static_cast<void>(library_instance());
+        static_cast<std::recursive_mutex*>(lock)->lock();
+    },
+    [](void* lock) { static_cast<std::recursive_mutex*>(lock)->unlock(); },
+    [](void* lock) { new (lock) std::recursive_mutex; });
+
+// Null is the program; a stranger is a module that isn't there, as the platform says of it.
+std::shared_ptr<ModuleObject> module_of(HMODULE module) {
+    auto object = object_of<ModuleObject>(module != nullptr ? module : executable_instance());
+    if (!object) SetLastError(ERROR_MOD_NOT_FOUND);
+    return object;
+}
+
 }  // namespace
 
 std::u16string ModuleObject::path() const {
@@ -305,7 +325,7 @@ HINSTANCE library_instance() {
 
 DWORD GetModuleFileNameW(HMODULE module, char16_t* buffer, DWORD size) {
     using namespace tvutil2;
-    const auto object = object_of<ModuleObject>(module != nullptr ? module : executable_instance());
+    const auto object = module_of(module);
     if (!object) return 0;
     const auto path = object->path();
     if (path.empty()) return fail_with(ERROR_INVALID_NAME);
@@ -341,14 +361,14 @@ HMODULE LoadLibraryW(const char16_t* name) {
 BOOL FreeLibrary(HMODULE module) {
     using namespace tvutil2;
     // Unloading runs the module's own code, so the last reference goes outside the lock.
-    const auto object = object_of<ModuleObject>(module);
-    if (!object) return FALSE;
+    const auto object = module != nullptr ? module_of(module) : nullptr;
+    if (!object) return fail_with(ERROR_MOD_NOT_FOUND);
     if (object->is_permanent()) return TRUE;
     auto& all = modules();
     const std::unique_lock guard(all.lock);
     const auto entry = std::find_if(all.entries.begin(), all.entries.end(),
                                     [&](const Entry& e) { return e.handle == module; });
-    if (entry == all.entries.end()) return fail_with(ERROR_INVALID_HANDLE);
+    if (entry == all.entries.end()) return fail_with(ERROR_MOD_NOT_FOUND);
     if (--entry->references > 0) return TRUE;
     all.entries.erase(entry);
     return close_handle_of<ModuleObject>(module);
@@ -356,7 +376,7 @@ BOOL FreeLibrary(HMODULE module) {
 
 FARPROC GetProcAddress(HMODULE module, const char* name) {
     using namespace tvutil2;
-    const auto object = object_of<ModuleObject>(module != nullptr ? module : executable_instance());
+    const auto object = module_of(module);
     if (!object) return nullptr;
     const bool is_ordinal = reinterpret_cast<std::uintptr_t>(name) < 0x10000;
     const auto function = is_ordinal ? nullptr : object->symbol(name);

@@ -18,7 +18,7 @@ inline constexpr DWORD LOAD_LIBRARY_SEARCH_DEFAULT_DIRS = 0x1000;
 /// Links are followed, so that a program started through a link finds what lies beside its file. A
 /// system module has no file and gives its name.
 /// `size` counts the zero. A path that has no room is cut: the result is then `size`, the buffer
-/// ends in a zero and the last error is ERROR_INSUFFICIENT_BUFFER. 0 with ERROR_INVALID_HANDLE for
+/// ends in a zero and the last error is ERROR_INSUFFICIENT_BUFFER. 0 with ERROR_MOD_NOT_FOUND for
 /// a handle that is no module, and with ERROR_INVALID_NAME when the host's path has no form here.
 TVUTIL_API DWORD GetModuleFileNameW(HMODULE module, char16_t* buffer, DWORD size);
 
@@ -35,11 +35,11 @@ TVUTIL_API HMODULE GetModuleHandleW(const char16_t* name);
 TVUTIL_API HMODULE LoadLibraryW(const char16_t* name);
 
 /// Lets go of one reference; the last one unloads. The executable and the library itself stay. 0
-/// with ERROR_INVALID_HANDLE (null included).
+/// with ERROR_MOD_NOT_FOUND (null included).
 TVUTIL_API BOOL FreeLibrary(HMODULE module);
 
 /// A function that the module itself exports, not one of the modules it stands on. Null with
-/// ERROR_INVALID_HANDLE or ERROR_PROC_NOT_FOUND; ordinals are never found.
+/// ERROR_MOD_NOT_FOUND or ERROR_PROC_NOT_FOUND; ordinals are never found.
 TVUTIL_API FARPROC GetProcAddress(HMODULE module, const char* name);
 
 namespace tvutil2 {

@@ -1,7 +1,10 @@
 #include "tvutil2/platform/profile/profile_store.h"
 
+#include "tvutil2/platform/base/fork_lock.h"
 #include "tvutil2/platform/base/last_error.h"
+#include "tvutil2/platform/files/host_files.h"
 #include "tvutil2/platform/files/overwritten_file.h"
+#include "tvutil2/platform/files/replaced_file.h"
 
 #include <sys/stat.h>
 
@@ -61,6 +64,7 @@ class Cache {
     };
 
     std::mutex m_mutex;
+    ForkLock m_is_fork_safe{m_mutex, ForkRank::area};
     std::vector<Kept> m_kept;
 };
 

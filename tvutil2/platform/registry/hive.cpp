@@ -1,11 +1,11 @@
 #include "tvutil2/platform/registry/hive.h"
 
 #include "tvutil2/platform/base/clock.h"
+#include "tvutil2/platform/base/fork_lock.h"
 #include "tvutil2/platform/base/locations.h"
 #include "tvutil2/platform/registry/key_name.h"
 #include "tvutil2/platform/registry/registry.h"
 
-#include <pthread.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -205,7 +205,9 @@ const Hives& Hive::all() {
         const bool writes_machine = !profile_root().empty() || geteuid() == 0;
         const Hives made{new Hive(user_store(), true, true),
                          new Hive(machine_store(), false, writes_machine)};
-        pthread_atfork([] { before_fork(); }, [] { after_fork(false); }, [] { after_fork(true); });
+        static const ForkMember is_fork_safe(
+            ForkRank::registry, nullptr, [](void*) { before_fork(); },
+            [](void*) { after_fork(false); }, [](void*) { after_fork(true); });
         return made;
     }();
     return hives;

@@ -1,5 +1,6 @@
 #include "tvutil2/platform/resource/resource.h"
 
+#include "tvutil2/platform/base/fork_lock.h"
 #include "tvutil2/platform/base/locale.h"
 #include "tvutil2/platform/process/modules.h"
 #include "tvutil2/platform/resource/image.h"
@@ -74,6 +75,7 @@ class ModuleResources {
 
 struct AllResources {
     std::shared_mutex mutex;
+    ForkLock is_fork_safe{mutex, ForkRank::modules};
     std::map<HMODULE, ModuleResources> modules;
     std::once_flag own_added;
 };
