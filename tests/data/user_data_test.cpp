@@ -1,5 +1,6 @@
 #include "tvutil2/data/user_data.h"
 
+#include "tvutil2/data/session_folders.h"
 #include "tvutil2/frame/product.h"
 #include "tvutil2/platform/registry/registry.h"
 
@@ -150,6 +151,21 @@ TEST(UserData, WithoutDocumentsThereIsNoDefault) {
     const auto place = platform_path(tests::new_folder());
     store(kKey, place);
     EXPECT_EQ(user_data(), (Answer{1, place}));
+}
+
+TEST(UserData, WhatIsMadeIsTheAccountsAlone) {
+    const auto place = tests::new_folder();
+    store(kKey, platform_path(place + "/new/data"));
+    umask(0);
+    TvGetCredentialPath();
+    AfxGetDefaultSessionPath(u"Lumsey");
+    AfxGetOmbrAddonCommonPath();
+    int folders = 0;
+    for (const auto& entry : fs::recursive_directory_iterator(place)) {
+        EXPECT_EQ(entry.status().permissions(), fs::perms::owner_all) << entry;
+        ++folders;
+    }
+    EXPECT_EQ(folders, 9);
 }
 
 TEST(UserData, TheCacheAsksAgainOnlyForARefresh) {

@@ -66,6 +66,11 @@ int EnsureFolderExistRecursive(const char16_t* path) {
     return EnsureFolderExist(path);
 }
 
+int tvutil2::ensure_private_folder(const char16_t* path) {
+    make_private_folders(path);
+    return EnsureFolderExistRecursive(path);
+}
+
 int AfxGetValidFolderPath(CString& path, int create) {
     const auto text = path.View();
     if (!text.starts_with(u"\\\\") && (text.size() < 2 || text[1] != u':')) return 0;

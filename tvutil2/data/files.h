@@ -17,6 +17,11 @@ TVUTIL_API int EnsureFolderExist(const char16_t* path);
 /// when a later one can't.
 TVUTIL_API int EnsureFolderExistRecursive(const char16_t* path);
 
+namespace tvutil2 {
+/// The same for what is a person's own: the folders that are made are open to the account alone.
+int ensure_private_folder(const char16_t* path);
+}  // namespace tvutil2
+
 /// Takes the trailing backslashes off an absolute path. Then 1 when it is a folder, or with
 /// `create` when it is there or could be made. 0 and no change for a path that isn't absolute.
 TVUTIL_API int AfxGetValidFolderPath(CString& path, int create);

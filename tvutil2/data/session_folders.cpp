@@ -142,7 +142,7 @@ CString AfxGetDefaultSessionPath(const char16_t* kind) {
     } else {
         path.Format(u"%s\\%s\\Sessions", GetUserDataFolderPath(0), name);
     }
-    EnsureFolderExistRecursive(path);
+    tvutil2::ensure_private_folder(path);
     return path;
 }
 
@@ -219,7 +219,7 @@ CString AfxGetOmbrAddonSessionPath(const CString& name) {
 
 CString AfxGetOmbrAddonCommonPath() {
     auto path = AfxGetOmbrDefaultCommonPath() + u"\\addons";
-    EnsureFolderExistRecursive(path);
+    tvutil2::ensure_private_folder(path);
     return path;
 }
 

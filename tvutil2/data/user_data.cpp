@@ -189,7 +189,7 @@ int TvGetUserDataPath(char16_t* out) {
         if (put(with_version_folder(*documents).View(), out)) key.store_path(out);
     }
     // What exists may be a file: that is no folder to keep data in.
-    return *out != 0 && EnsureFolderExistRecursive(out) != 0 ? DoesFolderExist(out) : 0;
+    return *out != 0 && tvutil2::ensure_private_folder(out) != 0 ? DoesFolderExist(out) : 0;
 }
 
 const char16_t* GetUserDataFolderPath(int refresh) {
@@ -197,7 +197,7 @@ const char16_t* GetUserDataFolderPath(int refresh) {
         PathBuffer path;
         CString folder =
             TvGetUserDataPath(path.data()) != 0 ? CString(path.data()) : fallback_folder();
-        EnsureFolderExistRecursive(folder);
+        tvutil2::ensure_private_folder(folder);
         return folder;
     });
 }
@@ -221,7 +221,7 @@ const char16_t* GetPreviousCommonDataFolderPath() {
 const char16_t* TvGetCredentialPath() {
     return g_credentials.get(false, [] {
         auto folder = GetUserDataFolderPath(0) + CString(u"\\Common\\Credential");
-        if (folder.GetLength() < static_cast<int>(MAX_PATH)) EnsureFolderExistRecursive(folder);
+        if (folder.GetLength() < static_cast<int>(MAX_PATH)) tvutil2::ensure_private_folder(folder);
         return folder;
     });
 }

@@ -25,7 +25,7 @@ TEST(Fork, AChildMayUseEveryAreaThatAThreadIsIn) {
     const auto folder = tests::new_folder();
     for (int i = 0; i < 80; ++i) tests::write_file(folder + "/file" + std::to_string(i), "");
     const auto file = tests::platform_path(folder) + u"\\FILE1";
-    const auto copy = tests::platform_path(folder) + u"\\copy" ;
+    const auto copy = tests::platform_path(folder) + u"\\copy";
     const auto module = tests::platform_path(TESTS_STARTED) + u"\\unversioned.dll";
     const std::pair<const char*, std::function<bool()>> areas[] = {
         {"sharing and names",
@@ -37,7 +37,8 @@ TEST(Fork, AChildMayUseEveryAreaThatAThreadIsIn) {
          }},
         {"copies",
          [&] {
-             const auto name = copy + std::u16string(1, static_cast<char16_t>(u'a' + getpid() % 26));
+             const auto name =
+                 copy + std::u16string(1, static_cast<char16_t>(u'a' + getpid() % 26));
              return CopyFileW(file.c_str(), name.c_str(), FALSE) != FALSE ||
                     GetLastError() == ERROR_SHARING_VIOLATION;
          }},

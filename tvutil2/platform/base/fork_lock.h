@@ -8,7 +8,8 @@
 //     const ForkLock g_fork_safe(g_lock, ForkRank::area);
 //
 // They are taken in the order of their ranks, which is the order in which threads nest them: who
-// holds a lock asks for locks of later ranks only. No lock may be held while a person is waited for.
+// holds a lock asks for locks of later ranks only. No lock may be held while a person is waited
+// for.
 #pragma once
 
 #include <atomic>

@@ -71,8 +71,8 @@ const ForkLock g_fork_safe(g_sweeps.lock, ForkRank::area);
 
 // Deletes a draft that nobody holds. Another account's can't be opened, and stays.
 void delete_if_abandoned(int folder, const char* name) {
-    const Descriptor file(openat(
-        folder, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    const Descriptor file(
+        openat(folder, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
     struct stat info {};
     if (!file || fstat(file.get(), &info) != 0 || !S_ISREG(info.st_mode)) return;
     if (flock(file.get(), LOCK_EX | LOCK_NB) == 0) unlinkat(folder, name, 0);
@@ -114,8 +114,8 @@ Draft::Draft(int folder, mode_t mode) : m_folder(folder) {
             return;
         }
         struct stat info {};
-        const bool is_locked = flock(file.get(), LOCK_EX | LOCK_NB) == 0 || errno == ENOLCK ||
-                               errno == EOPNOTSUPP;
+        const bool is_locked =
+            flock(file.get(), LOCK_EX | LOCK_NB) == 0 || errno == ENOLCK || errno == EOPNOTSUPP;
         if (is_locked && fstat(file.get(), &info) == 0 && info.st_nlink != 0) {
             m_file = std::move(file);
             return;

@@ -2,6 +2,7 @@
 #include "tvutil2/platform/base/folder_id.h"
 #include "tvutil2/platform/base/host_path.h"
 #include "tvutil2/platform/base/last_error.h"
+#include "tvutil2/platform/base/locations.h"
 #include "tvutil2/platform/files/files.h"
 #include "tvutil2/platform/files/host_files.h"
 #include "tvutil2/platform/files/sharing.h"
@@ -157,6 +158,11 @@ BOOL CreateDirectoryW(const char16_t* path, SECURITY_ATTRIBUTES* /*security*/) {
     if (mkdir(host->c_str(), 0777) == 0) return TRUE;
     return errno == ENOENT ? fail_with(tvutil2::missing_folder_error(tvutil2::folder_of(*host)))
                            : fail_with_errno();
+}
+
+BOOL tvutil2::make_private_folders(const char16_t* path) {
+    const auto host = host_path_of(path);
+    return host && (make_host_folders(*host, true) || fail_with_errno());
 }
 
 BOOL RemoveDirectoryW(const char16_t* path) {

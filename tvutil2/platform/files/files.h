@@ -137,6 +137,12 @@ TVUTIL_API int _waccess(const char16_t* path, int mode);
 
 /// ERROR_ALREADY_EXISTS when anything is there, ERROR_PATH_NOT_FOUND when the parent isn't.
 TVUTIL_API BOOL CreateDirectoryW(const char16_t* path, SECURITY_ATTRIBUTES* security);
+namespace tvutil2 {
+/// Creates a folder and its missing parents, open to the account alone (mode 0700). What is there
+/// stays as it is.
+TVUTIL_API BOOL make_private_folders(const char16_t* path);
+}  // namespace tvutil2
+
 /// Removes an empty folder, or a link to a folder. ERROR_DIR_NOT_EMPTY, ERROR_DIRECTORY for a file.
 TVUTIL_API BOOL RemoveDirectoryW(const char16_t* path);
 /// Deletes a file, or a link to one. ERROR_SHARING_VIOLATION while a handle that doesn't share
