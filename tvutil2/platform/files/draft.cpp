@@ -6,7 +6,6 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
-#include <sys/random.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
 #include <unistd.h>
@@ -16,6 +15,7 @@
 #include <cerrno>
 #include <chrono>
 #include <cstdint>
+#include <cstdlib>
 #include <mutex>
 #include <vector>
 
@@ -28,7 +28,7 @@ constexpr const char* kAccessList = "system.posix_acl_access";
 std::string new_name() {
     constexpr char kDigits[] = "0123456789abcdef";
     std::array<std::uint8_t, 8> bytes{};
-    static_cast<void>(getrandom(bytes.data(), bytes.size(), 0));
+    arc4random_buf(bytes.data(), bytes.size());
     std::string name(kPrefix);
     for (const auto byte : bytes) {
         name += kDigits[byte >> 4];
