@@ -15,7 +15,8 @@ configure_package_config_file(cmake/tvutil2Config.cmake.in ${PROJECT_BINARY_DIR}
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/tvutil2ConfigVersion.cmake
                                  COMPATIBILITY SameMajorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/tvutil2Config.cmake
-              ${PROJECT_BINARY_DIR}/tvutil2ConfigVersion.cmake DESTINATION ${package_dir})
+              ${PROJECT_BINARY_DIR}/tvutil2ConfigVersion.cmake
+              ${PROJECT_SOURCE_DIR}/cmake/version.cmake DESTINATION ${package_dir})
 
 configure_file(cmake/tvutil2.pc.in ${PROJECT_BINARY_DIR}/tvutil2.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/tvutil2.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

@@ -3,7 +3,8 @@
 // Of the platform layer comes along what those need. A program that calls the layer's functions by
 // itself includes their area's header (tvutil2/platform/files/files.h, ...): they are many, and
 // their names are global. Exported for the tests and the tool alone, and no offer:
-// tvutil2/frame/base64_kernels.h, tvutil2/frame/base64_reader.h, tvutil2/framework/narrow_text.h.
+// tvutil2/diag/log_file.h, tvutil2/frame/base64_kernels.h, tvutil2/frame/base64_reader.h,
+// tvutil2/framework/narrow_text.h.
 #pragma once
 
 #include "tvutil2/data/command_line.h"
@@ -16,6 +17,8 @@
 #include "tvutil2/data/shell.h"
 #include "tvutil2/data/text.h"
 #include "tvutil2/data/user_data.h"
+#include "tvutil2/diag/app_log.h"
+#include "tvutil2/diag/local_trace.h"
 #include "tvutil2/frame/ansi_string.h"
 #include "tvutil2/frame/base64.h"
 #include "tvutil2/frame/buffer.h"
@@ -37,6 +40,8 @@
 #include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/process/modules.h"
 #include "tvutil2/platform/resource/resource.h"
+#include "tvutil2/services/environment.h"
+#include "tvutil2/services/firewall.h"
 #include "tvutil2/settings/information_file.h"
 #include "tvutil2/settings/ini_file.h"
 #include "tvutil2/settings/option_file.h"

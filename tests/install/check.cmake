@@ -31,6 +31,10 @@ run(${CMAKE_COMMAND} -G Ninja -S ${SOURCE}/consumer -B ${WORK}/consumer
     -D CMAKE_CXX_COMPILER=${COMPILER} -D CMAKE_PREFIX_PATH=${prefix})
 run(${CMAKE_COMMAND} --build ${WORK}/consumer)
 run_consumer(${WORK}/consumer/consumer)
+run(${prefix}/bin/tvutil file-version ${WORK}/consumer/consumer)
+if(NOT printed STREQUAL "1.2.3.0\n")
+  message(FATAL_ERROR "the consumer's version is ${printed}")
+endif()
 
 file(GLOB_RECURSE package ${prefix}/*/tvutil2.pc)
 get_filename_component(package_folder ${package} DIRECTORY)

@@ -28,3 +28,20 @@ HRESULT CoCreateInstance(const CLSID& class_id, IUnknown* outer, DWORD /*context
     const auto create = tvutil2::ComClass::find(class_id);
     return create != nullptr ? create(id, object) : REGDB_E_CLASSNOTREG;
 }
+
+namespace {
+thread_local DWORD t_initialised = 0;  // how often
+thread_local DWORD t_model = COINIT_MULTITHREADED;
+}  // namespace
+
+HRESULT CoInitializeEx(void* reserved, DWORD model) {
+    if (reserved != nullptr) return E_INVALIDARG;
+    const DWORD wanted = model & COINIT_APARTMENTTHREADED;
+    if (t_initialised != 0 && wanted != t_model) return RPC_E_CHANGED_MODE;
+    t_model = wanted;
+    return t_initialised++ == 0 ? S_OK : S_FALSE;
+}
+
+void CoUninitialize() {
+    if (t_initialised != 0) --t_initialised;
+}

@@ -16,7 +16,12 @@ using CLSID = GUID;
 
 inline constexpr HRESULT REGDB_E_CLASSNOTREG = static_cast<HRESULT>(0x80040154);
 inline constexpr HRESULT CLASS_E_NOAGGREGATION = static_cast<HRESULT>(0x80040110);
+inline constexpr HRESULT RPC_E_CHANGED_MODE = static_cast<HRESULT>(0x80010106);
 inline constexpr DWORD CLSCTX_INPROC_SERVER = 1;
+
+inline constexpr DWORD COINIT_MULTITHREADED = 0;
+inline constexpr DWORD COINIT_APARTMENTTHREADED = 2;
+inline constexpr DWORD COINIT_DISABLE_OLE1DDE = 4;
 
 [[nodiscard]] constexpr HRESULT HRESULT_FROM_WIN32(DWORD error) {
     return error == 0 ? S_OK : static_cast<HRESULT>((error & 0xFFFF) | 0x80070000);
@@ -39,9 +44,15 @@ class IUnknown {
 };
 
 /// A new object of a class and one of its interfaces. REGDB_E_CLASSNOTREG for a class that isn't
-/// there; `outer` must be null. There is no apartment to initialise.
+/// there; `outer` must be null. A thread needn't be initialised.
 TVUTIL_API HRESULT CoCreateInstance(const CLSID& class_id, IUnknown* outer, DWORD context,
                                     const IID& id, void** object);
+
+/// Says which concurrency model the calling thread follows: S_OK the first time, S_FALSE when it
+/// follows that one already, RPC_E_CHANGED_MODE when it follows the other. Every S_OK and S_FALSE
+/// is undone by one CoUninitialize. Objects here work on any thread, so nothing else depends on it.
+TVUTIL_API HRESULT CoInitializeEx(void* reserved, DWORD model);
+TVUTIL_API void CoUninitialize();
 
 namespace tvutil2 {
 

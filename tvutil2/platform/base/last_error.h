@@ -106,7 +106,7 @@ TVUTIL_API void SetLastError(DWORD error);
 namespace tvutil2 {
 
 /// The platform's name for a host error number.
-[[nodiscard]] DWORD error_from_errno(int error);
+[[nodiscard]] TVUTIL_API DWORD error_from_errno(int error);
 
 /// Sets the last error from errno; always false, so that a failing path is one line.
 bool fail_with_errno();

@@ -1,0 +1,182 @@
+// Offsets and structures: "PE Format", Microsoft's published specification.
+#include "tvutil2/platform/system/pe_file.h"
+
+#include "tvutil2/platform/base/last_error.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+
+namespace tvutil2 {
+namespace {
+
+static_assert(std::endian::native == std::endian::little, "structures are read as they stand");
+
+constexpr std::uint16_t kDosMark = 0x5A4D;     // "MZ"
+constexpr std::uint32_t kPeMark = 0x00004550;  // "PE\0\0"
+constexpr std::uint64_t kPeOffsetField = 60;
+constexpr std::uint32_t kResourceDirectory = 2;
+constexpr std::uint32_t kSubDirectory = 0x80000000;
+constexpr std::uint16_t kMostSections = 96;  // the platform's loader takes no more
+
+struct FileHeader {
+    std::uint16_t machine, sections;
+    std::uint32_t time, symbols, symbol_count;
+    std::uint16_t optional_size, flags;
+};
+
+struct SectionHeader {
+    char name[8];
+    std::uint32_t virtual_size, address, raw_size, raw_offset;
+    std::uint32_t relocations, lines;
+    std::uint16_t relocation_count, line_count;
+    std::uint32_t flags;
+};
+
+struct DirectoryHeader {
+    std::uint32_t flags, time;
+    std::uint16_t major, minor, named_entries, numbered_entries;
+};
+
+struct DirectoryEntry {
+    std::uint32_t name, offset;
+};
+
+struct DataEntry {
+    std::uint32_t address, size, code_page, reserved;
+};
+
+class PeFile {
+  public:
+    explicit PeFile(const FileBytes& file) : m_file(file) {}
+
+    // False for what is no such file.
+    bool read_headers();
+    [[nodiscard]] bool has_resources() const { return m_resources.has_value(); }
+
+    // The entry of a directory at an offset from the first one: of a number, or the first of all.
+    [[nodiscard]] std::optional<DirectoryEntry> find(std::uint32_t directory,
+                                                     std::optional<WORD> number) const;
+    [[nodiscard]] std::optional<std::vector<std::byte>> data(std::uint32_t entry,
+                                                             std::size_t most) const;
+
+  private:
+    bool read_sections(std::uint64_t start, std::uint16_t count);
+    // Where an address of the loaded image lies in the file, and how many bytes of its section
+    // follow there.
+    struct Place {
+        std::uint64_t offset;
+        std::uint32_t size;
+    };
+    [[nodiscard]] std::optional<Place> place_of(std::uint32_t address) const;
+
+    const FileBytes& m_file;
+    std::vector<SectionHeader> m_sections;
+    std::optional<std::uint64_t> m_resources;  // file offset of the first directory
+};
+
+bool PeFile::read_headers() {
+    const auto pe = m_file.at<std::uint32_t>(kPeOffsetField);
+    if (!is_pe_file(m_file) || !pe || m_file.at<std::uint32_t>(*pe) != kPeMark) return false;
+    const std::uint64_t header_offset = std::uint64_t{*pe} + sizeof kPeMark;
+    const auto header = m_file.at<FileHeader>(header_offset);
+    if (!header || header->sections > kMostSections) return false;
+
+    const std::uint64_t optional = header_offset + sizeof(FileHeader);
+    const auto magic = m_file.at<std::uint16_t>(optional);
+    if (magic != 0x10B && magic != 0x20B) return false;
+    const std::uint64_t count_field = optional + (magic == 0x10B ? 92 : 108);
+    const std::uint64_t entry = count_field + 4 + std::uint64_t{8} * kResourceDirectory;
+    if (!read_sections(optional + header->optional_size, header->sections)) return false;
+
+    const auto count = m_file.at<std::uint32_t>(count_field);
+    if (!count) return false;
+    if (*count <= kResourceDirectory || entry + 8 > optional + header->optional_size) return true;
+    const auto address = m_file.at<std::uint32_t>(entry);
+    if (!address) return false;
+    if (*address == 0) return true;
+    const auto place = place_of(*address);
+    if (!place) return false;
+    m_resources = place->offset;
+    return true;
+}
+
+bool PeFile::read_sections(std::uint64_t start, std::uint16_t count) {
+    m_sections.resize(count);
+    return m_file.read(start, std::as_writable_bytes(std::span(m_sections)));
+}
+
+std::optional<PeFile::Place> PeFile::place_of(std::uint32_t address) const {
+    for (const auto& section : m_sections) {
+        if (address < section.address || address - section.address >= section.raw_size) continue;
+        const auto inside = address - section.address;
+        return Place{std::uint64_t{section.raw_offset} + inside, section.raw_size - inside};
+    }
+    return std::nullopt;
+}
+
+std::optional<DirectoryEntry> PeFile::find(std::uint32_t directory,
+                                           std::optional<WORD> number) const {
+    const auto start = *m_resources + directory;
+    const auto header = m_file.at<DirectoryHeader>(start);
+    if (!header) return std::nullopt;
+    // Entries with a name come first, then those with a number.
+    std::uint32_t next = number ? header->named_entries : 0;
+    const auto end = std::uint32_t{header->named_entries} + header->numbered_entries;
+    std::array<DirectoryEntry, 64> block;
+    while (next < end) {
+        const auto count = std::min<std::size_t>(block.size(), end - next);
+        const auto entries = std::span(block).first(count);
+        if (!m_file.read(start + sizeof(DirectoryHeader) + next * sizeof(DirectoryEntry),
+                         std::as_writable_bytes(entries))) {
+            return std::nullopt;
+        }
+        const auto found = std::find_if(
+            entries.begin(), entries.end(),
+            [number](const DirectoryEntry& entry) { return !number || entry.name == *number; });
+        if (found != entries.end()) return *found;
+        next += static_cast<std::uint32_t>(count);
+    }
+    return std::nullopt;
+}
+
+std::optional<std::vector<std::byte>> PeFile::data(std::uint32_t entry, std::size_t most) const {
+    const auto header = m_file.at<DataEntry>(*m_resources + entry);
+    if (!header) return std::nullopt;
+    const auto place = place_of(header->address);
+    if (!place || header->size > place->size) return std::nullopt;
+    std::vector<std::byte> bytes(std::min<std::size_t>(header->size, most));
+    if (!m_file.read(place->offset, bytes)) return std::nullopt;
+    return bytes;
+}
+
+}  // namespace
+
+bool is_pe_file(const FileBytes& file) {
+    return file.at<std::uint16_t>(0) == kDosMark;
+}
+
+std::optional<std::vector<std::byte>> pe_resource(const FileBytes& file, WORD type, WORD name,
+                                                  std::size_t most) {
+    const auto fail = [](DWORD error) {
+        SetLastError(error);
+        return std::nullopt;
+    };
+    PeFile pe(file);
+    if (!pe.read_headers()) return fail(ERROR_BAD_EXE_FORMAT);
+    if (!pe.has_resources()) return fail(ERROR_RESOURCE_DATA_NOT_FOUND);
+    // Three levels, type, name and language, and never more: nothing can lead in a circle.
+    const auto names = pe.find(0, type);
+    if (!names) return fail(ERROR_RESOURCE_TYPE_NOT_FOUND);
+    if ((names->offset & kSubDirectory) == 0) return fail(ERROR_BAD_EXE_FORMAT);
+    const auto languages = pe.find(names->offset & ~kSubDirectory, name);
+    if (!languages) return fail(ERROR_RESOURCE_NAME_NOT_FOUND);
+    if ((languages->offset & kSubDirectory) == 0) return fail(ERROR_BAD_EXE_FORMAT);
+    const auto language = pe.find(languages->offset & ~kSubDirectory, std::nullopt);
+    if (!language || (language->offset & kSubDirectory) != 0) return fail(ERROR_BAD_EXE_FORMAT);
+    auto data = pe.data(language->offset, most);
+    if (!data) return fail(ERROR_BAD_EXE_FORMAT);
+    return data;
+}
+
+}  // namespace tvutil2
