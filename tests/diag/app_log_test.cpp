@@ -8,6 +8,7 @@
 #include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/base/utf.h"
 #include "tvutil2/platform/files/files.h"
+#include "tvutil2/platform/window/messages.h"
 
 #include <gtest/gtest.h>
 #include <sys/mman.h>

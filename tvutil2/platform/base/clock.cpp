@@ -49,12 +49,6 @@ LONG CompareFileTime(const FILETIME* a, const FILETIME* b) {
     return left < right ? -1 : static_cast<LONG>(left > right);
 }
 
-DWORD GetTickCount() {
-    timespec time{};
-    clock_gettime(CLOCK_MONOTONIC, &time);
-    return static_cast<DWORD>(time.tv_sec * 1000 + time.tv_nsec / 1000000);
-}
-
 namespace tvutil2 {
 
 void set_clock(const FILETIME* time) {

@@ -9,8 +9,6 @@ TVUTIL_API void GetLocalTime(SYSTEMTIME* time);
 TVUTIL_API void GetSystemTime(SYSTEMTIME* time);
 /// -1, 0 or 1.
 TVUTIL_API LONG CompareFileTime(const FILETIME* a, const FILETIME* b);
-/// Milliseconds since the host started, from 0 again after 49.7 days. Never set by a test.
-TVUTIL_API DWORD GetTickCount();
 
 namespace tvutil2 {
 
