@@ -5,6 +5,7 @@
 #include "tvutil2/platform/base/clock.h"
 #include "tvutil2/platform/base/host_path.h"
 #include "tvutil2/platform/base/last_error.h"
+#include "tvutil2/platform/files/appended_file.h"
 #include "tvutil2/platform/files/files.h"
 #include "tvutil2/platform/files/find.h"
 
@@ -129,9 +130,9 @@ void write(const std::string& file, const std::string& text, bool is_debug) {
     SYSTEMTIME now{};
     GetLocalTime(&now);
     const auto line = tvutil2::log_line(now, wide(text), is_debug);
-    const auto result = tvutil2::append_to_log(
-        wide(file).c_str(), {reinterpret_cast<const char*>(line.data()), line.size() * 2});
-    if (result != tvutil2::LogWrite::done) {
+    tvutil2::AppendedFile log(wide(file).c_str());
+    const auto result = log.append({reinterpret_cast<const char*>(line.data()), line.size() * 2});
+    if (result != tvutil2::AppendedFile::Result::done) {
         throw Failure{Exit::failed, tool::error_text(file, GetLastError())};
     }
 }

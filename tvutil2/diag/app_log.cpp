@@ -8,6 +8,7 @@
 #include "tvutil2/frame/product.h"
 #include "tvutil2/platform/base/clock.h"
 #include "tvutil2/platform/base/handle_table.h"
+#include "tvutil2/platform/files/appended_file.h"
 #include "tvutil2/platform/files/files.h"
 #include "tvutil2/platform/process/modules.h"
 #include "tvutil2/platform/system/date_format.h"
@@ -23,15 +24,22 @@ constinit std::atomic<int> g_log_mode{0};
 
 namespace {
 
-// Paths are kept for the life of the process, so that a line that is being written needs no lock to
+// A run's file, by its path and as what lines are appended to.
+struct RunLog {
+    explicit RunLog(const CString& log_path) : path(log_path), file(log_path) {}
+    CString path;
+    AppendedFile file;
+};
+
+// They are kept for the life of the process, so that a line that is being written needs no lock to
 // hold its own.
-constinit std::atomic<const CString*> g_log_path{nullptr};
+constinit std::atomic<RunLog*> g_log{nullptr};
 
 void set_log_path(const CString& path) {
     static std::mutex lock;
-    static auto* const kept = new std::deque<CString>;
+    static auto* const kept = new std::deque<RunLog>;
     const std::lock_guard guard(lock);
-    g_log_path.store(&kept->emplace_back(path), std::memory_order_release);
+    g_log.store(&kept->emplace_back(path), std::memory_order_release);
 }
 
 // A program logs what went wrong before it looks at the last error.
@@ -73,14 +81,18 @@ bool has_room(std::u16string_view line) {
     return line.size() <= std::numeric_limits<DWORD>::max() / sizeof(char16_t);
 }
 
+int append_to_run(std::string_view bytes) {
+    auto* const log = g_log.load(std::memory_order_acquire);
+    if (log_mode() == 0 || log == nullptr) return 0;
+    return log->file.append(bytes) != AppendedFile::Result::not_opened ? 1 : 0;
+}
+
 int write_line(std::u16string_view text, int type) {
-    const auto& path = log_path();
-    if (log_mode() == 0 || path.IsEmpty()) return 0;
+    if (log_mode() == 0 || log_path().IsEmpty()) return 0;
     SYSTEMTIME now{};
     GetLocalTime(&now);
     const auto line = log_line(now, text, type == kDebugLine);
-    if (!has_room(line)) return 0;
-    return append_to_log(path, bytes_of(line)) != LogWrite::not_opened ? 1 : 0;
+    return has_room(line) ? append_to_run(bytes_of(line)) : 0;
 }
 
 // One start of a log: its path, and the header that its file begins with.
@@ -97,15 +109,17 @@ class LogStart {
         compose_path();
     }
 
-    // The first file of this start's names that nobody has made yet.
+    // The first file of this start's names that nobody has made yet becomes the log, also when it
+    // can't be made.
     void open() {
         for (;;) {
             while (DoesFileExist(m_path) != 0) next_path();
             m_file = CreateFileW(m_path, GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_NEW,
                                  FILE_ATTRIBUTE_NORMAL, nullptr);
-            if (m_file != INVALID_HANDLE_VALUE || GetLastError() != ERROR_FILE_EXISTS) return;
+            if (m_file != INVALID_HANDLE_VALUE || GetLastError() != ERROR_FILE_EXISTS) break;
             next_path();
         }
+        set_log_path(m_path);
     }
 
     void write_header() {
@@ -132,10 +146,7 @@ class LogStart {
     }
 
   private:
-    void compose_path() {
-        m_path.Format(u"%s_%03d.log", m_start, m_number);
-        set_log_path(m_path);
-    }
+    void compose_path() { m_path.Format(u"%s_%03d.log", m_start, m_number); }
     void next_path() {
         ++m_number;
         compose_path();
@@ -157,8 +168,8 @@ class LogStart {
 
 const CString& log_path() {
     static const auto* const empty = new CString;
-    const auto* const path = g_log_path.load(std::memory_order_acquire);
-    return path != nullptr ? *path : *empty;
+    const auto* const log = g_log.load(std::memory_order_acquire);
+    return log != nullptr ? log->path : *empty;
 }
 
 void write_log(int type, int format, const char16_t* text, FormatArguments arguments) {
@@ -207,11 +218,9 @@ int _WriteApplicationLog(const char16_t* text, int type) {
 }
 
 int _WriteApplicationLog(const unsigned char* data, unsigned int length) {
-    const auto& path = tvutil2::log_path();
-    if (tvutil2::log_mode() == 0 || data == nullptr || path.IsEmpty()) return 0;
+    if (data == nullptr) return 0;
     const tvutil2::SameLastError same;
-    const auto result = tvutil2::append_to_log(path, {reinterpret_cast<const char*>(data), length});
-    return result != tvutil2::LogWrite::not_opened ? 1 : 0;
+    return tvutil2::append_to_run({reinterpret_cast<const char*>(data), length});
 }
 
 void TvInstallWriteGlobalAppLog(const char16_t* text) {

@@ -11,9 +11,9 @@
 // and no header, and lines that begin with the date. Nothing prunes it.
 //
 // A line costs one open, one write at the end and one close, and is with the operating system when
-// the call returns. Nothing stays open. While another thread or process has the file open for
-// writing, the open fails and the line is lost: the file's sharing mode is the only exclusion.
-// Nothing here shows a message, reports a failure beyond its result, or changes the last error.
+// the call returns. Nothing stays open. While another program has the file open for writing, the
+// open fails and the line is lost: the file's sharing mode is the only exclusion. Nothing here
+// shows a message, reports a failure beyond its result, or changes the last error.
 //
 // All functions are safe from any thread. A line that is written while another thread starts a new
 // file goes to the one or the other.

@@ -160,16 +160,6 @@ std::u16string global_log_line(const SYSTEMTIME& time, std::u16string_view text)
     return line;
 }
 
-LogWrite append_to_log(const char16_t* path, std::string_view bytes) {
-    const LogFile file(path, GENERIC_WRITE, OPEN_ALWAYS);
-    if (!file) return LogWrite::not_opened;
-    const auto end = file.seek(0, FILE_END);
-    if (!end) return LogWrite::failed;
-    if (file.write(bytes)) return LogWrite::done;
-    file.cut(*end);
-    return LogWrite::failed;
-}
-
 LogWrite append_to_global_log(const char16_t* path, std::u16string_view line) {
     auto result = append_line(path, line, true);
     if (!result) {

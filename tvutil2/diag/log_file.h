@@ -18,10 +18,6 @@ namespace tvutil2 {
 
 enum class LogWrite { not_opened, failed, done };
 
-/// Appends to a run's file, which is made if it is missing. What can't be written as a whole is
-/// taken back.
-TVUTIL_API LogWrite append_to_log(const char16_t* path, std::string_view bytes);
-
 /// Appends a line to the common log. A piece of a line at its end, which a killed program left, is
 /// taken away first.
 TVUTIL_API LogWrite append_to_global_log(const char16_t* path, std::u16string_view line);

@@ -4,12 +4,20 @@
 #include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/files/files.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 
 namespace tvutil2 {
+
+bool stat_mode(int file, struct stat& info) {
+    struct statx answer {};
+    if (statx(file, "", AT_EMPTY_PATH, STATX_TYPE | STATX_MODE, &answer) != 0) return false;
+    info.st_mode = answer.stx_mode;
+    return true;
+}
 
 bool is_read_only(const struct stat& info) {
     return (info.st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)) == 0;

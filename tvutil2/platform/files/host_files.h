@@ -17,6 +17,11 @@ namespace tvutil2 {
 /// FILE_ATTRIBUTE_ flags of what a host file is; `name` decides whether it is hidden.
 [[nodiscard]] DWORD attributes_of(const struct stat& info, std::string_view name);
 
+/// The kind and mode of an open file, and nothing else of `info`; false with errno set. Not asked
+/// for times: a file system that was asked keeps the next write's exactly, at half of that write's
+/// cost.
+[[nodiscard]] bool stat_mode(int file, struct stat& info);
+
 /// Neither the owner, nor the group, nor anybody may write.
 [[nodiscard]] bool is_read_only(const struct stat& info);
 

@@ -141,7 +141,7 @@ std::shared_ptr<FileObject> open_file(Request request) {
         return nullptr;
     }
     struct stat info {};
-    if (fstat(file.get(), &info) != 0) {
+    if (!stat_mode(file.get(), info)) {
         fail_with_errno();
         return nullptr;
     }

@@ -22,12 +22,12 @@ const ForkLock g_fork_safe(g_one_at_a_time, ForkRank::area);
 // The bytes' order lets the usual claims be one or two runs. Programs of different releases meet
 // on these offsets: they never change.
 constexpr off_t kFirstByte = 0x7FFFFFFFFFFFFF00;
-constexpr unsigned kReads = 1U << 0;
-constexpr unsigned kDeletes = 1U << 1;
-constexpr unsigned kWrites = 1U << 2;
-constexpr unsigned kForbidsRead = 1U << 3;
-constexpr unsigned kForbidsWrite = 1U << 4;
-constexpr unsigned kForbidsDelete = 1U << 5;
+constexpr unsigned kWrites = 1U << 0;
+constexpr unsigned kForbidsWrite = 1U << 1;
+constexpr unsigned kForbidsDelete = 1U << 2;
+constexpr unsigned kReads = 1U << 3;
+constexpr unsigned kForbidsRead = 1U << 4;
+constexpr unsigned kDeletes = 1U << 5;
 constexpr unsigned kAllMarks = 0x3F;
 
 struct Claim {
@@ -104,6 +104,13 @@ void step_back(int attempt) {
 
 bool may_be_read(int file) {
     return !others_have(file, kForbidsRead) || fail_with(ERROR_SHARING_VIOLATION);
+}
+
+bool may_be_shared(int file, DWORD access, DWORD sharing) {
+    // Nearly always nobody else has the file open, and one question answers for all marks.
+    return !others_have(file, kAllMarks) ||
+           !others_have(file, claim_of(access, sharing).ruled_out_by) ||
+           fail_with(ERROR_SHARING_VIOLATION);
 }
 
 bool claim_sharing(int file, DWORD access, DWORD sharing) {

@@ -18,6 +18,9 @@ namespace tvutil2 {
 /// a file that can only be written, have no marks: there it always passes, or passes unmarked.
 bool claim_sharing(int file, DWORD access, DWORD sharing);
 
+/// Whether a claim could be entered now; nothing is. False with ERROR_SHARING_VIOLATION.
+bool may_be_shared(int file, DWORD access, DWORD sharing);
+
 /// For a use that is over soon: false with ERROR_SHARING_VIOLATION while a handle forbids reading.
 bool may_be_read(int file);
 
