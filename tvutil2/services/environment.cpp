@@ -32,7 +32,7 @@ CString fact(HKEY key, const char16_t* name) {
     const auto error =
         RegQueryValueExW(key, name, nullptr, &type, reinterpret_cast<BYTE*>(text.data()), &size);
     const bool is_text = error == ERROR_SUCCESS && (type == REG_SZ || type == REG_EXPAND_SZ);
-    const DWORD units = size / sizeof(char16_t);
+    const std::size_t units = size / sizeof(char16_t);
     if (!is_text || size % sizeof(char16_t) != 0 || units == 0 || text[units - 1] != 0) return {};
     return text.data();
 }
