@@ -30,7 +30,8 @@ bool may_be_appended_to(int file) {
     return may_be_shared(file, FILE_APPEND_DATA, FILE_SHARE_READ);
 }
 
-// Takes the first bytes of a line back, unless somebody wrote behind them. Nobody begins to meanwhile.
+// Takes the first bytes of a line back, unless somebody wrote behind them. Nobody begins to
+// meanwhile.
 void take_back(int file, off_t size) {
     const auto end = lseek(file, 0, SEEK_CUR);  // where the append ended
     struct stat info {};

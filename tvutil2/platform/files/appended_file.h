@@ -9,10 +9,10 @@
 namespace tvutil2 {
 
 /// Appends as a handle of CreateFileW would that is opened for appending, shares reading alone, and
-/// is closed again: the file is made if it is missing, and while another handle, of whatever process,
-/// writes the file, or forbids that, nothing is written. It sets no marks of its own, which would
-/// cost as much as the whole write: an append is one step for the host, so that of two at once each
-/// is whole, and it is over within microseconds. Safe from any thread.
+/// is closed again: the file is made if it is missing, and while another handle, of whatever
+/// process, writes the file, or forbids that, nothing is written. It sets no marks of its own,
+/// which would cost as much as the whole write: an append is one step for the host, so that of two
+/// at once each is whole, and it is over within microseconds. Safe from any thread.
 class TVUTIL_API AppendedFile {
   public:
     /// The path is turned into the host's once and for all.

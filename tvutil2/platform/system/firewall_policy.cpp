@@ -41,7 +41,8 @@ class Key {
         const auto error =
             RegQueryValueExW(m_key, name, nullptr, &type, reinterpret_cast<BYTE*>(&value), &size);
         if (error == ERROR_SUCCESS && type == REG_DWORD && size == sizeof value) number = value;
-        return error == ERROR_FILE_NOT_FOUND || error == ERROR_MORE_DATA ? ERROR_SUCCESS : error;
+        if (error == ERROR_FILE_NOT_FOUND || error == ERROR_MORE_DATA) return ERROR_SUCCESS;
+        return error;
     }
 
   private:

@@ -40,15 +40,15 @@ DWORD asked(const OSVERSIONINFOEXW& version, DWORD type) {
 bool holds(std::strong_ordering order, BYTE condition) {
     switch (condition) {
         case VER_EQUAL:
-            return order == 0;
+            return std::is_eq(order);
         case VER_GREATER:
-            return order > 0;
+            return std::is_gt(order);
         case VER_GREATER_EQUAL:
-            return order >= 0;
+            return std::is_gteq(order);
         case VER_LESS:
-            return order < 0;
+            return std::is_lt(order);
         default:
-            return order <= 0;
+            return std::is_lteq(order);
     }
 }
 
@@ -126,7 +126,7 @@ BOOL VerifyVersionInfoW(const OSVERSIONINFOEXW* version, DWORD types, ULONGLONG 
         if (own < VER_EQUAL || own > VER_LESS_EQUAL) return fail_with(ERROR_INVALID_PARAMETER);
         if (condition == 0) condition = own;
         const DWORD actual = place == VER_MAJORVERSION ? tvutil2::kMajorVersion : 0;
-        if (order == 0) order = actual <=> asked(*version, place);
+        if (std::is_eq(order)) order = actual <=> asked(*version, place);
     }
     return holds(order, condition) || fail_with(ERROR_OLD_WIN_VERSION);
 }
