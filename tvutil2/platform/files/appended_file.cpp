@@ -23,10 +23,12 @@ bool make_file(const char16_t* path) {
 }
 
 bool may_be_appended_to(int file) {
+    // Whoever isn't root couldn't have opened a read-only file.
     struct stat info {};
-    if (!stat_mode(file, info)) return fail_with_errno();
-    if (!S_ISREG(info.st_mode)) return true;
-    if (is_read_only(info)) return fail_with(ERROR_ACCESS_DENIED);
+    if (geteuid() == 0) {
+        if (!stat_mode(file, info)) return fail_with_errno();
+        if (is_read_only(info)) return fail_with(ERROR_ACCESS_DENIED);
+    }
     return may_be_shared(file, FILE_APPEND_DATA, FILE_SHARE_READ);
 }
 
