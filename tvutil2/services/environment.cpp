@@ -171,7 +171,7 @@ void GetLastErrorString(CString& text, DWORD error) {
     LocalFree(reinterpret_cast<HLOCAL>(found));
 }
 
-int TvCheckMiddlewareValid(CString path) {
+int TvCheckMiddlewareValid(const CString& path) {
     constexpr WORD kX86 = 0x014C;
     AfxMessageBox(machine_of(path) == kX86 ? u"The middleware is not architecure matching."
                                            : u"The middleware is not appropriate.");

@@ -35,4 +35,4 @@ TVUTIL_API void GetLastErrorString(CString& text, DWORD error);
 
 /// Tells the person that a middleware file isn't for this program, and gives 0: there is none that
 /// is.
-TVUTIL_API int TvCheckMiddlewareValid(CString path);
+TVUTIL_API int TvCheckMiddlewareValid(const CString& path);
