@@ -1,4 +1,5 @@
 // The framework's strings and maps beside the standard library's, Qt's and the C library's.
+#include "tvutil2/frame/ansi_string.h"
 #include "tvutil2/framework/collections.h"
 
 #include <benchmark/benchmark.h>
@@ -43,6 +44,28 @@ void append_units_qt(benchmark::State& state) {
         benchmark::DoNotOptimize(text.constData());
     }
 }
+
+// As much a character for a text ten times as long.
+template <int count>
+void append_characters_ours(benchmark::State& state) {
+    for (auto _ : state) {
+        CAnsiString text;
+        for (int i = 0; i < count; ++i) text += 'x';
+        benchmark::DoNotOptimize(static_cast<const char*>(text));
+    }
+}
+template <int count>
+void append_characters_std(benchmark::State& state) {
+    for (auto _ : state) {
+        std::string text;
+        for (int i = 0; i < count; ++i) text += 'x';
+        benchmark::DoNotOptimize(text.data());
+    }
+}
+BENCHMARK(append_characters_ours<10000>)->Name("append 10,000 narrow characters|ours");
+BENCHMARK(append_characters_std<10000>)->Name("append 10,000 narrow characters|std::string");
+BENCHMARK(append_characters_ours<100000>)->Name("append 100,000 narrow characters|ours");
+BENCHMARK(append_characters_std<100000>)->Name("append 100,000 narrow characters|std::string");
 
 void append_words_ours(benchmark::State& state) {
     for (auto _ : state) {

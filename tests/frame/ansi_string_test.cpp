@@ -117,6 +117,39 @@ TEST(AnsiString, DeleteCountsCharacters) {
     EXPECT_EQ(wide.View(), u"a\u4E2Dc");
 }
 
+// Against the plain thing, as each change leaves the length and the room.
+TEST(AnsiString, KeepsCountThroughEveryChange) {
+    CAnsiString text;
+    std::string model;
+    const auto same = [&] {
+        return text == model.c_str() && text.GetLength() == static_cast<int>(model.size());
+    };
+    for (int i = 0; i < 3000; ++i) {
+        text += static_cast<char>('a' + i % 26);
+        model += static_cast<char>('a' + i % 26);
+        ASSERT_TRUE(same());
+    }
+    text += text;
+    model += model;
+    text += static_cast<const char*>(text) + 5990;
+    model += model.substr(5990);
+    EXPECT_TRUE(same());
+    text.SetAt(100, '\0');
+    model.resize(100);
+    text += " \t";
+    text.Trim();
+    text += '!';
+    model += "!";
+    EXPECT_TRUE(same());
+    text.SetString("ab\0cd", 5);
+    text += 'x';
+    EXPECT_STREQ(text, "abx");
+    text.SetAt(0, '\0');
+    text += "new";
+    EXPECT_STREQ(text, "new");
+    EXPECT_EQ(text.GetLength(), 3);
+}
+
 TEST(AnsiString, BecomesWideTextInEveryForm) {
     const CAnsiString narrow("caf\u00E9");
     const CString built(narrow);

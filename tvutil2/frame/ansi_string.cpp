@@ -18,13 +18,37 @@ namespace {
 
 constexpr std::size_t kFormatRoom = 4096;
 
-// A new array with `size` characters; null for none.
-char* copy_of(const char* text, std::size_t size) {
+// What stands in front of the characters, in the same array: the object has a pointer and no more.
+struct Head {
+    std::size_t length;  // up to the first zero
+    std::size_t room;    // without a zero behind it
+};
+
+Head& head_of(char* text) {
+    return *std::launder(reinterpret_cast<Head*>(text - sizeof(Head)));
+}
+
+std::size_t length_of(const char* text) {
+    return text == nullptr ? 0 : head_of(const_cast<char*>(text)).length;
+}
+
+// A new array with `size` characters, and room for more of them; null for none.
+char* copy_of(const char* text, std::size_t size, std::size_t room) {
     if (size == 0) return nullptr;
-    char* const copy = new char[size + 1];
+    char* const block = new char[sizeof(Head) + room + 1];
+    new (block) Head{strnlen(text, size), room};
+    char* const copy = block + sizeof(Head);
     std::memcpy(copy, text, size);
     copy[size] = 0;
     return copy;
+}
+
+char* copy_of(const char* text, std::size_t size) {
+    return copy_of(text, size, size);
+}
+
+void release(char* text) {
+    if (text != nullptr) delete[](text - sizeof(Head));
 }
 
 char* narrow_copy_of(const char16_t* text) {
@@ -57,12 +81,12 @@ CAnsiString::CAnsiString(const char16_t* s) : m_text(narrow_copy_of(s)) {}
 CAnsiString::CAnsiString(const CAnsiString& other) : CAnsiString(static_cast<const char*>(other)) {}
 
 CAnsiString::~CAnsiString() {
-    delete[] m_text;
+    release(m_text);
 }
 
 // The new text is always made before the old one goes, which it may have been made from.
 void CAnsiString::take(char* text) {
-    delete[] std::exchange(m_text, text);
+    release(std::exchange(m_text, text));
 }
 
 CAnsiString& CAnsiString::operator=(const char* s) {
@@ -82,14 +106,24 @@ CAnsiString& CAnsiString::operator=(const CAnsiString& other) {
 
 CAnsiString& CAnsiString::operator+=(const char* s) {
     if (s == nullptr || *s == 0) return *this;
-    const auto size = std::strlen(*this);
-    const auto added = std::strlen(s);
-    char* const text = new char[size + added + 1];
-    std::memcpy(text, static_cast<const char*>(*this), size);
-    std::memcpy(text + size, s, added);
-    text[size + added] = 0;
-    take(text);
+    append(s, std::strlen(s));
     return *this;
+}
+
+// Characters without a zero, which may lie in this text. Room doubles, so that a text may be built
+// a character at a time.
+void CAnsiString::append(const char* s, std::size_t added) {
+    const auto length = length_of(m_text);
+    const auto needed = length + added;
+    if (m_text == nullptr) return take(copy_of(s, added));
+    char* text = m_text;
+    if (needed > head_of(text).room) {
+        text = copy_of(m_text, std::max<std::size_t>(length, 1), std::max(needed, 2 * length + 16));
+    }
+    std::memcpy(text + length, s, added);
+    text[needed] = 0;
+    head_of(text).length = needed;
+    if (text != m_text) take(text);
 }
 
 CAnsiString& CAnsiString::operator+=(const char16_t* s) {
@@ -97,8 +131,8 @@ CAnsiString& CAnsiString::operator+=(const char16_t* s) {
 }
 
 CAnsiString& CAnsiString::operator+=(char c) {
-    const char text[] = {c, 0};
-    return *this += text;
+    if (c != 0) append(&c, 1);
+    return *this;
 }
 
 void CAnsiString::SetString(const char* s, int n) {
@@ -115,7 +149,7 @@ void CAnsiString::Format(const char* format, ...) {
 }
 
 int CAnsiString::GetLength() const {
-    return static_cast<int>(std::strlen(*this));
+    return static_cast<int>(length_of(m_text));
 }
 
 int CAnsiString::IsEmpty() const {
@@ -146,14 +180,16 @@ void CAnsiString::TrimLeft() {
     if (m_text == nullptr) return;
     const char* first = m_text;
     while (is_class(std::isspace, *first) != 0) ++first;
-    std::memmove(m_text, first, std::strlen(first) + 1);
+    const auto length = length_of(m_text) - static_cast<std::size_t>(first - m_text);
+    std::memmove(m_text, first, length + 1);
+    head_of(m_text).length = length;
 }
 
 void CAnsiString::TrimRight() {
     if (m_text == nullptr) return;
-    auto size = std::strlen(m_text);
-    while (size > 0 && is_class(std::isspace, m_text[size - 1]) != 0) --size;
-    m_text[size] = 0;
+    auto& length = head_of(m_text).length;
+    while (length > 0 && is_class(std::isspace, m_text[length - 1]) != 0) --length;
+    m_text[length] = 0;
 }
 
 void CAnsiString::MakeUpper() {
@@ -181,7 +217,9 @@ char CAnsiString::GetAt(int i) const {
 }
 
 void CAnsiString::SetAt(int i, char c) {
-    if (i < GetLength()) m_text[i] = c;
+    if (i >= GetLength()) return;
+    m_text[i] = c;
+    if (c == 0) head_of(m_text).length = static_cast<std::size_t>(i);
 }
 
 CAnsiString::operator CString() const {

@@ -8,6 +8,8 @@
 #include "tvutil2/framework/strings.h"
 #include "tvutil2/platform/base/export.h"
 
+#include <cstddef>
+
 class TVUTIL_API CAnsiString {
   public:
     CAnsiString() = default;
@@ -70,7 +72,9 @@ class TVUTIL_API CAnsiString {
 
   private:
     void take(char* text);
+    void append(const char* s, std::size_t added);
 
-    /// Ends with a zero. Null and a text of no characters are the same thing.
+    /// Ends with a zero; what it knows of itself stands in front of it. Null and a text of no
+    /// characters are the same thing.
     char* m_text = nullptr;
 };
