@@ -69,11 +69,18 @@ void add_work(const std::string& name, const std::shared_ptr<Sample>& sample, co
     benchmark::RegisterBenchmark(name.c_str(), run)->Unit(benchmark::kMicrosecond);
 }
 
-void add_page(const Page& page) {
+std::u16string repeated(std::u16string_view part) {
+    std::u16string text;
+    while (text.size() < kSize) text += part;
+    return text;
+}
+
+void add_page_text(const Page& page, const std::string& kind,
+                   const std::function<std::u16string()>& text) {
     const auto sample = std::make_shared<Sample>();
-    const Make make = [page](Sample& s) { s.make(page.number, mixed_text(letters_of(page))); };
-    const auto from = "from " + std::to_string(page.number) + "|";
-    const auto to = "to " + std::to_string(page.number) + "|";
+    const Make make = [page, text](Sample& s) { s.make(page.number, text()); };
+    const auto from = "from " + std::to_string(page.number) + kind + "|";
+    const auto to = "to " + std::to_string(page.number) + kind + "|";
     const auto icu = page.icu == nullptr ? nullptr : std::make_shared<Icu>(page.icu);
     add_work(from + "ours", sample, make,
              [page](Sample& s) { return widen(page.number, s.bytes, s.wide_room); });
@@ -99,13 +106,25 @@ void add_page(const Page& page) {
     }
 }
 
-// ---- UTF-8 ----
-
-std::u16string repeated(std::u16string_view part) {
-    std::u16string text;
-    while (text.size() < kSize) text += part;
-    return text;
+void add_page(const Page& page) {
+    add_page_text(page, "", [page] { return mixed_text(letters_of(page)); });
 }
+
+// Sequences of four bytes, in words and by themselves.
+void add_long_sequences(const Page& page) {
+    const auto letters = [page] { return letters_of(page, 4); };
+    const auto without_blanks = [](std::u16string text) {
+        std::erase_if(text, [](char16_t unit) { return unit < 0x80; });
+        return text;
+    };
+    add_page_text(page, ", four bytes, words", [letters] { return mixed_text(letters()); });
+    add_page_text(page, ", four bytes", [=] { return without_blanks(mixed_text(letters())); });
+    add_page_text(page, ", four bytes and two",
+                  [=] { return mixed_text(letters() + letters_of(page)); });
+    add_page_text(page, ", emoji", [] { return repeated(u"\U0001F600\U0001F680\U0001F4BB"); });
+}
+
+// ---- UTF-8 ----
 
 int narrow_in_two(const std::u16string& text, std::string& out) {
     const int size = static_cast<int>(text.size());
@@ -234,7 +253,10 @@ void add_first_uses(const Page& page) {
 // Registered in front of main, first uses first: what follows makes the pages ready.
 const bool kIsRegistered = [] {
     for (const auto& page : kPages) add_first_uses(page);
-    for (const auto& page : kPages) add_page(page);
+    for (const auto& page : kPages) {
+        add_page(page);
+        if (page.number == 54936) add_long_sequences(page);
+    }
     add_utf8_texts();
     return true;
 }();

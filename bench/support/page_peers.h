@@ -83,8 +83,9 @@ class Host {
     iconv_t m_converter;
 };
 
-/// Characters of a page beyond ASCII that all peers hold: letters, as far as there are some.
-[[nodiscard]] std::u16string letters_of(const Page& page);
+/// Characters of a page beyond ASCII that all peers hold: letters, as far as there are some, of one
+/// or two bytes or of `size` bytes.
+[[nodiscard]] std::u16string letters_of(const Page& page, int size = 0);
 
 /// About 1 MiB of words of such letters with spaces, every fourth word in ASCII.
 [[nodiscard]] std::u16string mixed_text(const std::u16string& letters);

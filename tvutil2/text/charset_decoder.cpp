@@ -35,7 +35,8 @@ unsigned int gb18030_length(const unsigned char* held, unsigned int count, unsig
 
 char32_t from_table(const PageTable& page, const unsigned char* bytes, unsigned int length) {
     if (length == 4 && page.four_bytes() != nullptr) {
-        const auto code = page.four_bytes()->character_of(bytes[0], bytes[1], bytes[2], bytes[3]);
+        const auto number = FourByteArea::number_of(reinterpret_cast<const char*>(bytes));
+        const auto code = page.four_bytes()->character_of(number);
         return code == FourByteArea::kNoCharacter ? kBad : code;
     }
     auto unit = PageTable::kNoUnit;

@@ -1,6 +1,7 @@
 #include "tvutil2/platform/codepage/table_coding.h"
 
 #include "tvutil2/platform/codepage/ascii_block.h"
+#include "tvutil2/platform/codepage/four_byte_text.h"
 #include "tvutil2/platform/codepage/lead_scan.h"
 #include "tvutil2/platform/codepage/pair_bytes.h"
 #include "tvutil2/platform/codepage/single_units.h"
@@ -102,15 +103,55 @@ Progress put_pair_units(const PageTable& page, std::string_view bytes, char16_t*
     return progress;
 }
 
+void add(Progress& progress, Progress part) {
+    progress.taken += part.taken;
+    progress.made += part.made;
+}
+
+// One loop where characters are short, another one where they are long, in turns.
+Progress put_units_of_all_lengths(const PageTable& page, std::string_view bytes, char16_t* to,
+                                  std::size_t room) {
+    Progress progress;
+    for (bool goes_on = true; goes_on;) {
+        add(progress, put_pair_units(page, bytes.substr(progress.taken), to + progress.made,
+                                     room - progress.made));
+        const auto part = put_four_byte_units(page, bytes.substr(progress.taken),
+                                              to + progress.made, room - progress.made);
+        add(progress, part);
+        goes_on = part.taken != 0;
+    }
+    return progress;
+}
+
+Progress put_bytes_of_all_lengths(const PageTable& page, std::u16string_view units, char* to,
+                                  std::size_t room) {
+    const auto& kernel = pair_bytes_kernels().back();
+    Progress progress;
+    for (bool goes_on = true; goes_on;) {
+        add(progress, kernel.put(page.bytes(), units.substr(progress.taken), to + progress.made,
+                                 room - progress.made));
+        const auto part = put_four_byte_bytes(page, units.substr(progress.taken),
+                                              to + progress.made, room - progress.made);
+        add(progress, part);
+        goes_on = part.taken != 0;
+    }
+    return progress;
+}
+
+Progress put_multibyte_units(const PageTable& page, std::string_view bytes, char16_t* to,
+                             std::size_t room) {
+    return page.four_bytes() != nullptr ? put_units_of_all_lengths(page, bytes, to, room)
+                                        : put_pair_units(page, bytes, to, room);
+}
+
 // Where only the look at each character tells what there is.
-Progress count_known_pair_units(const PageTable& page, std::string_view bytes) {
+Progress count_known_units(const PageTable& page, std::string_view bytes) {
     char16_t scratch[1024];
     Progress progress;
     for (;;) {
-        const auto part = put_pair_units(page, bytes.substr(progress.taken), scratch, 1024);
+        const auto part = put_multibyte_units(page, bytes.substr(progress.taken), scratch, 1024);
         if (part.taken == 0) break;
-        progress.taken += part.taken;
-        progress.made += part.made;
+        add(progress, part);
     }
     return progress;
 }
@@ -191,17 +232,18 @@ Progress count_plain_units(const PageTable& page, bool is_strict, std::string_vi
         return is_strict ? count_single_units(page, bytes) : Progress{bytes.size(), bytes.size()};
     }
     const bool looks = is_strict || page.four_bytes() != nullptr;
-    return looks ? count_known_pair_units(page, bytes) : count_pair_units(page, bytes);
+    return looks ? count_known_units(page, bytes) : count_pair_units(page, bytes);
 }
 
 Progress put_plain_units(const PageTable& page, bool is_strict, std::string_view bytes,
                          char16_t* to, std::size_t room) {
-    return page.has_leads() ? put_pair_units(page, bytes, to, room)
+    return page.has_leads() ? put_multibyte_units(page, bytes, to, room)
                             : put_single_units(page, is_strict, bytes, to, room);
 }
 
 Progress count_plain_bytes(const PageTable& page, const DefaultBytes& unmapped,
                            std::u16string_view units) {
+    if (page.four_bytes() != nullptr) return count_four_byte_bytes(page, units);
     if (page.has_leads()) return count_pair_bytes(page, units);
     const bool is_known = unmapped.is_untold && !unmapped.is_refused && unmapped.size == 1;
     return is_known ? Progress{units.size(), units.size()} : count_single_bytes(page, units);
@@ -210,6 +252,7 @@ Progress count_plain_bytes(const PageTable& page, const DefaultBytes& unmapped,
 Progress put_plain_bytes(const PageTable& page, std::u16string_view units, char* to,
                          std::size_t room) {
     if (page.is_latin1()) return put_latin1_bytes(units, to, room);
+    if (page.four_bytes() != nullptr) return put_bytes_of_all_lengths(page, units, to, room);
     return page.has_leads() ? pair_bytes_kernels().back().put(page.bytes(), units, to, room)
                             : put_single_bytes(page, units, to, room);
 }
@@ -226,7 +269,7 @@ TableFront table_front(const PageTable& page, std::string_view bytes) {
     const auto* const area = page.four_bytes();
     if (area != nullptr && FourByteArea::is_begun_by(byte(0), byte(1))) {
         if (bytes.size() < 4 || !FourByteArea::is_begun_by(byte(2), byte(3))) return {kNone, 1};
-        return {area->character_of(byte(0), byte(1), byte(2), byte(3)), 4};
+        return {area->character_of(FourByteArea::number_of(bytes.data())), 4};
     }
     return {character(page.unit_of(byte(0), byte(1))), 2};
 }
@@ -234,12 +277,12 @@ TableFront table_front(const PageTable& page, std::string_view bytes) {
 BytesFront bytes_front(const PageTable& page, std::u16string_view units) {
     if (units[0] == 0) return {0, 1, 1};
     const unsigned int bytes = page.bytes_of(units[0]);
-    if (bytes > 0xFF) return {(bytes & 0xFFU) << 8U | bytes >> 8U, 2, 1};
-    if (bytes != PageTable::kNoBytes) return {bytes, 1, 1};
+    if (bytes != PageTable::kNoBytes) return {bytes, bytes > 0xFF ? 2U : 1U, 1};
     if (page.four_bytes() == nullptr) return {0, 0, 1};
     const auto character = utf16_front(units);
-    const auto four = page.four_bytes()->bytes_of(character);
-    return {four, four != 0 ? 4U : 0U, character < 0x10000 ? std::size_t{1} : 2};
+    if (character >= 0x10000) return {FourByteArea::bytes_above_16_bits(character), 4, 2};
+    const auto four = page.four_bytes()->bytes_of_all()[units[0]];
+    return {four, four != 0 ? 4U : 0U, 1};
 }
 
 }  // namespace tvutil2::codepage

@@ -29,8 +29,8 @@ struct DefaultBytes {
 };
 
 /// The inner loops: what is plain at the front of a text, whole characters only. They may always
-/// take less. What is special (no character, four bytes, the end of text or room) is left to the
-/// functions below.
+/// take less. What is special (no character, the end of text or room) is left to the functions
+/// below.
 [[nodiscard]] Progress count_plain_units(const PageTable& page, bool is_strict,
                                          std::string_view bytes);
 [[nodiscard]] Progress put_plain_units(const PageTable& page, bool is_strict,
@@ -48,7 +48,7 @@ struct TableFront {
 };
 [[nodiscard]] TableFront table_front(const PageTable& page, std::string_view bytes);
 
-/// The bytes for the front of a text, in the lowest `size` bytes of `bytes`, and the units they
+/// The bytes for the front of a text, `size` of them as they stand in memory, and the units they
 /// stand for; `size` 0 for none.
 struct BytesFront {
     std::uint32_t bytes;
@@ -88,8 +88,8 @@ Outcome to_table(const PageTable& page, std::u16string_view units, DefaultBytes&
         if (front.size == 0) {
             if (const auto outcome = unmapped.put(out); outcome != Outcome::done) return outcome;
         }
-        for (unsigned int i = front.size; i > 0; --i) {
-            if (!out.put(static_cast<char>(front.bytes >> (i - 1) * 8))) return Outcome::no_room;
+        for (unsigned int i = 0; i < front.size; ++i) {
+            if (!out.put(static_cast<char>(front.bytes >> i * 8))) return Outcome::no_room;
         }
         units.remove_prefix(front.units);
     }
