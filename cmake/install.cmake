@@ -1,22 +1,45 @@
 # Headers, library, CMake package, pkg-config file and the command-line program.
 include(CMakePackageConfigHelpers)
 
-install(TARGETS tvutil2 EXPORT tvutil2Targets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(TARGETS tvutil2 EXPORT tvutil2Targets
+        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT library NAMELINK_COMPONENT development)
 if(TARGET tvutil)
-  install(TARGETS tvutil RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+  install(TARGETS tvutil RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT program)
 endif()
-install(DIRECTORY ${PROJECT_SOURCE_DIR}/tvutil2/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/tvutil2
-        FILES_MATCHING PATTERN "*.h")
+
+if(IS_ABSOLUTE ${CMAKE_INSTALL_INCLUDEDIR})
+  set(headers_folder ${CMAKE_INSTALL_INCLUDEDIR})
+else()
+  set(headers_folder "\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_INCLUDEDIR}")
+endif()
+install(CODE "set(SOURCE \"${PROJECT_SOURCE_DIR}\")
+set(DESTINATION \"${headers_folder}\")
+include(\"${PROJECT_SOURCE_DIR}/cmake/install_headers.cmake\")" COMPONENT development)
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/tvutil2)
-install(EXPORT tvutil2Targets NAMESPACE tvutil2:: DESTINATION ${package_dir})
+install(EXPORT tvutil2Targets NAMESPACE tvutil2:: DESTINATION ${package_dir} COMPONENT development)
 configure_package_config_file(cmake/tvutil2Config.cmake.in ${PROJECT_BINARY_DIR}/tvutil2Config.cmake
                               INSTALL_DESTINATION ${package_dir})
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/tvutil2ConfigVersion.cmake
                                  COMPATIBILITY SameMajorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/tvutil2Config.cmake
               ${PROJECT_BINARY_DIR}/tvutil2ConfigVersion.cmake
-              ${PROJECT_SOURCE_DIR}/cmake/version.cmake DESTINATION ${package_dir})
+              ${PROJECT_SOURCE_DIR}/cmake/version.cmake DESTINATION ${package_dir}
+        COMPONENT development)
 
+# Found from where the file is, so that the whole tree can be moved; absolute where it was asked for so.
+set(pc_prefix ${CMAKE_INSTALL_PREFIX})
+set(pc_libdir ${CMAKE_INSTALL_LIBDIR})
+set(pc_includedir ${CMAKE_INSTALL_INCLUDEDIR})
+if(NOT IS_ABSOLUTE ${pc_libdir})
+  file(RELATIVE_PATH up ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
+  string(REGEX REPLACE "/$" "" up ${up})
+  set(pc_prefix "\${pcfiledir}/${up}")
+  set(pc_libdir "\${prefix}/${pc_libdir}")
+endif()
+if(NOT IS_ABSOLUTE ${pc_includedir})
+  set(pc_includedir "\${prefix}/${pc_includedir}")
+endif()
 configure_file(cmake/tvutil2.pc.in ${PROJECT_BINARY_DIR}/tvutil2.pc @ONLY)
-install(FILES ${PROJECT_BINARY_DIR}/tvutil2.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+install(FILES ${PROJECT_BINARY_DIR}/tvutil2.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig
+        COMPONENT development)

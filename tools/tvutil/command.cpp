@@ -212,7 +212,7 @@ void write_output(const std::string& file, std::string_view bytes) {
 int run(int argc, char** argv) {
     CLI::App app("tvutil: what the tvutil2 library can do, from a shell.", "tvutil");
     app.require_subcommand(1);
-    app.set_version_flag("--version", "tvutil2 8.0.0");
+    app.set_version_flag("--version", "tvutil2 " TVUTIL2_VERSION);
     app.footer(
         "Exit codes: 0 done; 1 the answer is no (not there, doesn't match); 2 wrong command line;\n"
         "3 malformed or refused input; 4 the system couldn't do it; 5 text is lost, or would be.\n"

@@ -4,6 +4,8 @@
 // so that passing a file where a key is meant doesn't compile.
 #pragma once
 
+#include "tvutil2/platform/base/language.h"
+
 #include <cstddef>
 #include <cstdint>
 
@@ -48,6 +50,13 @@ using HBRUSH = struct HBRUSH__*;
 /// An exported function of a module; cast to its real type before the call.
 using FARPROC = std::intptr_t (*)();
 using DLGPROC = INT_PTR (*)(HWND, UINT, WPARAM, LPARAM);
+
+// Other libraries' headers define some of these as macros, with values that mean the same.
+#undef FALSE
+#undef TRUE
+#undef MAX_PATH
+#undef INFINITE
+#undef INVALID_HANDLE_VALUE
 
 inline constexpr BOOL FALSE = 0;
 inline constexpr BOOL TRUE = 1;

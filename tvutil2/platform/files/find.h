@@ -15,7 +15,7 @@ struct WIN32_FIND_DATAW {
     DWORD nFileSizeLow;
     DWORD dwReserved0;
     DWORD dwReserved1;
-    char16_t cFileName[MAX_PATH];
+    char16_t cFileName[260];          ///< MAX_PATH, whatever a macro makes of that name
     char16_t cAlternateFileName[14];  ///< always empty: the host has no second names
 };
 

@@ -2,6 +2,8 @@
 
 #include "tvutil2/platform/objects/futex.h"
 
+#include <pthread.h>
+
 namespace {
 
 constexpr DWORD kFree = 0;
@@ -19,11 +21,10 @@ std::atomic<std::uintptr_t>& owner_of(CRITICAL_SECTION* section) {
     return reinterpret_cast<std::atomic<std::uintptr_t>&>(section->owner);
 }
 
-// Its address tells a thread from all others that live. The model saves a call for each look.
-[[gnu::tls_model("initial-exec")]] thread_local constinit char identity = 0;
-
+// A thread-local variable's address would do as well, but costs more where the library is loaded
+// late.
 std::uintptr_t this_thread() {
-    return reinterpret_cast<std::uintptr_t>(&identity);
+    return pthread_self();
 }
 
 // Nobody but the owner can find its own identity there, so a stale look does no harm.

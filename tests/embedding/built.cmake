@@ -1,0 +1,33 @@
+# Looks at built files for what makes faults hard to use, and for what makes the library hard to load.
+#
+#   cmake -D LIBRARY=... -D PROGRAM=... -P built.cmake
+function(read_elf file)
+  execute_process(COMMAND readelf -WldsV ${file} OUTPUT_VARIABLE text COMMAND_ERROR_IS_FATAL ANY)
+  set(elf "${text}" PARENT_SCOPE)
+endfunction()
+function(needs file pattern)
+  if(NOT elf MATCHES "${pattern}")
+    message(SEND_ERROR "${file} lacks ${pattern}")
+  endif()
+endfunction()
+function(refuses file pattern)
+  if(elf MATCHES "${pattern}")
+    message(SEND_ERROR "${file} has ${CMAKE_MATCH_0}")
+  endif()
+endfunction()
+
+foreach(file ${LIBRARY} ${PROGRAM})
+  read_elf(${file})
+  needs(${file} "GNU_RELRO")
+  needs(${file} "BIND_NOW")
+  needs(${file} "GNU_STACK +0x0+ 0x0+ 0x0+ 0x0+ 0x0+ RW ")
+  refuses(${file} "TEXTREL")
+  needs(${file} "__stack_chk_fail")
+  if(FORTIFIED)
+    needs(${file} "__[a-z]+_chk@")
+  endif()
+  # An empty element of a path is the current folder, and a foreign absolute one is anybody's.
+  refuses(${file} "R(UN)?PATH[^\n]*(\\[:|::|:\\])")
+endforeach()
+read_elf(${LIBRARY})
+refuses(${LIBRARY} "STATIC_TLS")
