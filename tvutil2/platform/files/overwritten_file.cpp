@@ -215,7 +215,7 @@ bool OverwrittenFile::overwrite(const ContentEdit& edit, bool flush) {
     if (!reserve(content->size()) || !put(*content, old)) {
         const auto error = GetLastError();
         if (!old.empty() && !is_at_size_limit(0)) write_all(m_file.get(), old);
-        static_cast<void>(ftruncate(m_file.get(), static_cast<off_t>(old.size())));
+        [[maybe_unused]] const int cut = ftruncate(m_file.get(), static_cast<off_t>(old.size()));
         return fail_with(error);
     }
     m_is_new = false;
