@@ -65,7 +65,7 @@ class ThreadRecord {
     void remove_inner(std::uintptr_t mutex);
 
     // Plain, so that it can be looked at however late in the life of its thread.
-    [[gnu::tls_model("initial-exec")]] static thread_local constinit ThreadRecord* t_current;
+    static thread_local constinit ThreadRecord* t_current;
 
     DWORD m_number;
     DWORD m_host_id;
