@@ -1,5 +1,5 @@
-// A program that has a class and a function of its own under names of the library's, and headers of others
-// that define the platform's constants as macros.
+// A program that has a class and a function of its own under names of the library's, and headers of
+// others that define the platform's constants as macros.
 #define TRUE (!FALSE)
 #define FALSE (0)
 #define MAX_PATH 4096
