@@ -167,7 +167,8 @@ void guard_forks() {
 BOOL CloseHandle(HANDLE handle) {
     using tvutil2::HandleKind;
     const auto has_own_close = [](HandleKind kind) {
-        return kind == HandleKind::search || kind == HandleKind::key || kind == HandleKind::module;
+        return kind == HandleKind::search || kind == HandleKind::key ||
+               kind == HandleKind::module || kind == HandleKind::change;
     };
     const auto value = reinterpret_cast<std::uintptr_t>(handle);
     std::shared_ptr<tvutil2::HandleObject> closed;  // destroyed behind the pin

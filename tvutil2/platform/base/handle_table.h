@@ -24,7 +24,8 @@ enum class HandleKind : std::uint8_t {
     process,
     thread,
     module,
-    mapping
+    mapping,
+    change
 };
 
 namespace handle_table {

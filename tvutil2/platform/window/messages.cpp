@@ -1,6 +1,7 @@
 #include "tvutil2/platform/window/messages.h"
 
 #include "tvutil2/platform/base/last_error.h"
+#include "tvutil2/platform/objects/objects.h"
 #include "tvutil2/platform/window/packet.h"
 #include "tvutil2/platform/window/remote.h"
 #include "tvutil2/platform/window/thread_queue.h"
@@ -169,6 +170,17 @@ BOOL WaitMessage() {
             return TRUE;
         }
     }
+}
+
+DWORD MsgWaitForMultipleObjects(DWORD count, const HANDLE* objects, BOOL wait_all,
+                                DWORD milliseconds, DWORD mask) {
+    if (wait_all != 0 || (objects == nullptr && count != 0)) {
+        SetLastError(ERROR_INVALID_PARAMETER);
+        return WAIT_FAILED;
+    }
+    const DWORD news = ((mask & QS_POSTMESSAGE) != 0 ? ThreadQueue::posted : 0U) |
+                       ((mask & QS_SENDMESSAGE) != 0 ? ThreadQueue::sent : 0U);
+    return ThreadQueue::current().wait_for_any({objects, count}, news, milliseconds);
 }
 
 BOOL TranslateMessage(const MSG* message) {

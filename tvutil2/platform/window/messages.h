@@ -19,6 +19,9 @@ inline constexpr UINT PM_NOREMOVE = 0;
 inline constexpr UINT PM_REMOVE = 1;
 inline constexpr UINT PM_NOYIELD = 2;
 
+inline constexpr DWORD QS_POSTMESSAGE = 0x08;
+inline constexpr DWORD QS_SENDMESSAGE = 0x40;
+
 inline constexpr UINT SMTO_NORMAL = 0;
 /// The waiting thread answers nobody meanwhile.
 inline constexpr UINT SMTO_BLOCK = 1;
@@ -42,6 +45,12 @@ TVUTIL_API BOOL PeekMessageW(MSG* message, HWND window, UINT first, UINT last, U
 /// Sleeps until a message arrives that no call has looked for yet. Messages sent meanwhile are
 /// answered.
 TVUTIL_API BOOL WaitMessage();
+/// Waits for one of up to MAXIMUM_WAIT_OBJECTS - 1 objects, up to a time in milliseconds, or for
+/// what `mask` (QS_ flags) says is new in the thread's queue: then WAIT_OBJECT_0 plus `count`. What
+/// was sent meanwhile is answered by the next call that looks for messages. `wait_all` must be 0.
+/// Other results and errors as WaitForMultipleObjects.
+TVUTIL_API DWORD MsgWaitForMultipleObjects(DWORD count, const HANDLE* objects, BOOL wait_all,
+                                           DWORD milliseconds, DWORD mask);
 /// Makes characters of keys; 0 when the message is no key.
 TVUTIL_API BOOL TranslateMessage(const MSG* message);
 /// Calls the window's procedure, or a timer's; what that returned. 0 for a window that has gone.

@@ -1,6 +1,7 @@
 #include "tvutil2/platform/window/thread_queue.h"
 
 #include "tvutil2/platform/base/last_error.h"
+#include "tvutil2/platform/objects/objects.h"
 #include "tvutil2/platform/window/messages.h"
 #include "tvutil2/platform/window/window.h"
 #include "tvutil2/platform/window/window_table.h"
@@ -18,6 +19,8 @@ namespace {
 
 // Set while the owner sleeps; whoever brings news then wakes it.
 constexpr DWORD kSleeping = 0x80000000;
+// Set while the owner waits for objects; whoever brings news then rings the bell.
+constexpr DWORD kListening = 0x40000000;
 
 thread_local ThreadQueue* t_queue = nullptr;
 
@@ -153,7 +156,8 @@ bool ThreadQueue::send(std::shared_ptr<SentMessage> message, const Window& windo
 // The owner marks news as old before it looks, so news that is still marked needs no telling.
 void ThreadQueue::tell(News news) {
     if ((m_word.load(std::memory_order_relaxed) & news) != 0) return;
-    const auto before = m_word.fetch_or(news, std::memory_order_release);
+    const auto before = m_word.fetch_or(news, std::memory_order_acq_rel);
+    if ((before & kListening) != 0) SetEvent(m_bell);
     if ((before & kSleeping) == 0) return;
     futex_wake(&m_word, 1);
     const int wake = m_wake.load(std::memory_order_acquire);
@@ -171,6 +175,32 @@ bool ThreadQueue::wait_for(DWORD news, DWORD milliseconds) {
         if (m_word.compare_exchange_weak(word, word | kSleeping)) {
             is_in_time = futex_wait(m_word, word | kSleeping, deadline);
             word = m_word.fetch_and(~kSleeping, std::memory_order_acquire) & ~kSleeping;
+        }
+    }
+}
+
+DWORD ThreadQueue::wait_for_any(std::span<const HANDLE> objects, DWORD news, DWORD milliseconds) {
+    if (objects.size() >= MAXIMUM_WAIT_OBJECTS) {
+        SetLastError(ERROR_INVALID_PARAMETER);
+        return WAIT_FAILED;
+    }
+    if (m_bell == nullptr) m_bell = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+    std::array<HANDLE, MAXIMUM_WAIT_OBJECTS> all;
+    *std::copy(objects.begin(), objects.end(), all.begin()) = m_bell;
+    const auto count = static_cast<DWORD>(objects.size());
+    const auto start = GetTickCount();
+    for (auto left = milliseconds;;) {
+        const auto word = m_word.fetch_or(kListening, std::memory_order_acq_rel);
+        const bool is_news = (word & news) != 0;
+        const auto result =
+            WaitForMultipleObjects(count + 1, all.data(), FALSE, is_news ? 0 : left);
+        m_word.fetch_and(~kListening, std::memory_order_acq_rel);
+        if (result != WAIT_OBJECT_0 + count && (result != WAIT_TIMEOUT || !is_news)) return result;
+        if (is_news || has_news(static_cast<News>(news))) return WAIT_OBJECT_0 + count;
+        // The bell rang for other news, or for old ones.
+        if (milliseconds != INFINITE) {
+            const auto passed = GetTickCount() - start;
+            left = passed < milliseconds ? milliseconds - passed : 0;
         }
     }
 }

@@ -13,6 +13,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <span>
 #include <vector>
 
 namespace tvutil2 {
@@ -98,6 +99,9 @@ class ThreadQueue {
     /// Sleeps until one of these is new, or up to a time in milliseconds. News of posted messages
     /// is old once take() has looked.
     bool wait_for(DWORD news, DWORD milliseconds);
+    /// The same for one of several objects, too: the result of WaitForMultipleObjects, which is
+    /// WAIT_OBJECT_0 and the count of objects for news.
+    DWORD wait_for_any(std::span<const HANDLE> objects, DWORD news, DWORD milliseconds);
     [[nodiscard]] bool has_news(News news) const {
         return (m_word.load(std::memory_order_acquire) & news) != 0;
     }
@@ -143,6 +147,7 @@ class ThreadQueue {
     std::vector<std::shared_ptr<SentMessage>> m_sent;
     std::atomic<DWORD> m_word{0};
     std::atomic<int> m_wake{-1};  ///< an event's descriptor, once the owner had to sleep on several
+    HANDLE m_bell = nullptr;  ///< an event that rings for news while the owner waits for objects
 
     // The owner does; others read the first two.
     alignas(64) std::atomic<DWORD> m_thread{0};  ///< 0 while it is nobody's
