@@ -26,8 +26,8 @@ class TVUTIL_API CSyncObject {
     HANDLE m_hObject;
 };
 
-/// A mutex that its owner may lock again. Throws CResourceException when it can't be created: names
-/// across processes aren't there yet.
+/// A mutex that its owner may lock again; one of all processes of the user, if it has a name
+/// (objects.h). Throws CResourceException when it can't be created.
 class TVUTIL_API CMutex : public CSyncObject {
   public:
     explicit CMutex(BOOL initially_owned = FALSE, const char16_t* name = nullptr);

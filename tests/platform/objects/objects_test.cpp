@@ -103,12 +103,6 @@ TEST(Objects, WrongHandlesAndArgumentsAreRefused) {
         EXPECT_EQ(WaitForMultipleObjects(count, same.data(), FALSE, 0), WAIT_FAILED) << count;
         EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER) << count;
     }
-
-    SetLastError(0);
-    EXPECT_EQ(CreateEventW(nullptr, FALSE, FALSE, u"Global\\name"), nullptr);
-    EXPECT_EQ(GetLastError(), ERROR_NOT_SUPPORTED);
-    EXPECT_EQ(CreateMutexW(nullptr, FALSE, u"name"), nullptr);
-    EXPECT_EQ(GetLastError(), ERROR_NOT_SUPPORTED);
 }
 
 TEST(Objects, ASemaphoreCountsUpToItsMaximum) {

@@ -24,6 +24,22 @@ Deadline::Deadline(DWORD milliseconds) : m_is_finite(milliseconds != INFINITE) {
     }
 }
 
+bool Deadline::has_passed() const {
+    if (!m_is_finite) return false;
+    timespec now{};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return now.tv_sec != m_time.tv_sec ? now.tv_sec > m_time.tv_sec : now.tv_nsec >= m_time.tv_nsec;
+}
+
+const Deadline& Deadline::or_sooner(const Deadline& other) const {
+    if (!other.m_is_finite) return *this;
+    if (!m_is_finite) return other;
+    const bool is_sooner = other.m_time.tv_sec != m_time.tv_sec
+                               ? other.m_time.tv_sec < m_time.tv_sec
+                               : other.m_time.tv_nsec < m_time.tv_nsec;
+    return is_sooner ? other : *this;
+}
+
 bool futex_wait(const std::atomic<DWORD>& word, DWORD expected, const Deadline& deadline) {
     const auto result = syscall(SYS_futex, &word, FUTEX_WAIT_BITSET_PRIVATE, expected,
                                 deadline.time(), nullptr, FUTEX_BITSET_MATCH_ANY);

@@ -12,6 +12,9 @@ namespace tvutil2 {
 class Deadline {
   public:
     explicit Deadline(DWORD milliseconds);
+    [[nodiscard]] bool has_passed() const;
+    /// The earlier of both.
+    [[nodiscard]] const Deadline& or_sooner(const Deadline& other) const;
     /// On the monotonic clock; null for never.
     [[nodiscard]] const timespec* time() const { return m_is_finite ? &m_time : nullptr; }
 

@@ -4,8 +4,7 @@
 // descriptor. Any number of threads may use an object at once.
 // Waiters are served in the order of their coming (those for all of several, once they can have
 // all), and a mutex or an auto-reset event goes straight to the one that is served. A handle is
-// closed with CloseHandle; who waits at that moment goes on waiting. Objects have no names yet: a
-// name makes creation fail with ERROR_NOT_SUPPORTED.
+// closed with CloseHandle; who waits at that moment goes on waiting.
 #pragma once
 
 #include "tvutil2/platform/base/handle_table.h"
@@ -51,6 +50,23 @@ TVUTIL_API HANDLE CreateSemaphoreW(SECURITY_ATTRIBUTES* attributes, LONG initial
 /// maximum; with ERROR_INVALID_PARAMETER for a count below 1, with ERROR_INVALID_HANDLE for what
 /// isn't a semaphore. `previous`, if it isn't null, gets the former count.
 TVUTIL_API BOOL ReleaseSemaphore(HANDLE semaphore, LONG count, LONG* previous);
+
+// Names. Objects of one name are one object, in all processes of the user; below TVUTIL_PROFILE, of
+// the same profile. No other user reaches them. A name has up to 260 characters and may begin with
+// "Global\\" or with "Local\\", which is as good as nothing; no other backslash is in it. The case
+// counts. Creating what is there already opens it, as it is, with the last error
+// ERROR_ALREADY_EXISTS; a name of another kind of object is ERROR_INVALID_HANDLE. Further errors:
+// ERROR_PATH_NOT_FOUND (a backslash), ERROR_INVALID_NAME (a prefix alone),
+// ERROR_FILENAME_EXCED_RANGE, ERROR_ACCESS_DENIED (the run-time folder isn't the user's alone), and
+// what the host refuses. The name goes with the last handle in any process, or with that process. A
+// process that is killed abandons its mutexes at once. Signals between processes are taken by who
+// comes first, not in the order of waiting.
+
+/// The object that has the name; null with ERROR_FILE_NOT_FOUND when there is none, with
+/// ERROR_INVALID_PARAMETER without a name, and as above. Access and inheritance are passed over.
+TVUTIL_API HANDLE OpenEventW(DWORD access, BOOL inherit, const char16_t* name);
+TVUTIL_API HANDLE OpenMutexW(DWORD access, BOOL inherit, const char16_t* name);
+TVUTIL_API HANDLE OpenSemaphoreW(DWORD access, BOOL inherit, const char16_t* name);
 
 /// Waits for an object, up to a time in milliseconds; 0 only looks, INFINITE has no limit.
 /// WAIT_OBJECT_0, WAIT_ABANDONED, WAIT_TIMEOUT, or WAIT_FAILED with the last error

@@ -2,6 +2,7 @@
 
 #include "tvutil2/platform/objects/apc.h"
 #include "tvutil2/platform/objects/mutex.h"
+#include "tvutil2/platform/objects/shared/shared_object.h"
 
 #include <pthread.h>
 #include <unistd.h>
@@ -72,6 +73,8 @@ void ThreadRecord::end(void* record) {
 ThreadRecord::~ThreadRecord() {
     m_apcs->close();
     for (const auto mutex : m_owned) Mutex::abandon(mutex, *this);
+    for (const auto& mutex : m_shared) mutex->abandon();
+    m_shared.clear();
     const auto at_end = std::move(m_at_end);
     numbers().give_back(m_number);
     t_current = nullptr;
@@ -80,11 +83,16 @@ ThreadRecord::~ThreadRecord() {
 
 void ThreadRecord::grow(std::size_t count) {
     m_owned.reserve(2 * m_owned.size() + count);
+    m_shared.reserve(2 * m_shared.size() + count);
 }
 
 void ThreadRecord::remove_inner(std::uintptr_t mutex) {
     const auto found = std::find(m_owned.rbegin(), m_owned.rend(), mutex);
     if (found != m_owned.rend()) m_owned.erase(std::next(found).base());
+}
+
+void ThreadRecord::remove_shared(const SharedMutex* mutex) {
+    std::erase_if(m_shared, [mutex](const auto& owned) { return owned.get() == mutex; });
 }
 
 void ThreadRecord::after_fork() {

@@ -11,6 +11,7 @@
 namespace tvutil2 {
 
 class ApcQueue;
+class SharedMutex;
 class WaitableObject;
 
 /// Used by its own thread only, but for number and id.
@@ -34,6 +35,7 @@ class ThreadRecord {
     /// So that add() can't fail once a wait has taken what it waited for.
     void make_room(std::size_t count = 1) {
         if (m_owned.capacity() - m_owned.size() < count) grow(count);
+        if (m_shared.capacity() - m_shared.size() < count) grow(count);
     }
     void add(std::uintptr_t mutex) { m_owned.push_back(mutex); }
     void remove(std::uintptr_t mutex) {
@@ -44,6 +46,12 @@ class ThreadRecord {
             remove_inner(mutex);
         }
     }
+
+    // The same for those that several processes share.
+    void add_shared(std::shared_ptr<SharedMutex> mutex) { m_shared.push_back(std::move(mutex)); }
+    void remove_shared(const SharedMutex* mutex);
+    /// What a child's thread owned is its parent's.
+    void forget_shared() { m_shared.clear(); }
 
     /// Calls that others queue to the thread.
     [[nodiscard]] const std::shared_ptr<ApcQueue>& apcs() const { return m_apcs; }
@@ -70,6 +78,7 @@ class ThreadRecord {
     DWORD m_number;
     DWORD m_host_id;
     std::vector<std::uintptr_t> m_owned;
+    std::vector<std::shared_ptr<SharedMutex>> m_shared;
     std::shared_ptr<ApcQueue> m_apcs;
     std::function<void()> m_at_end;
 };

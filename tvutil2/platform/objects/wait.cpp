@@ -2,6 +2,8 @@
 
 #include "tvutil2/platform/objects/apc.h"
 #include "tvutil2/platform/objects/objects.h"
+#include "tvutil2/platform/objects/shared/shared_object.h"
+#include "tvutil2/platform/objects/shared/shared_sleep.h"
 
 #include <algorithm>
 #include <functional>
@@ -20,6 +22,7 @@ class Wait {
           m_apcs(is_alertable ? m_thread.apcs().get() : nullptr),
           m_waiter{&m_thread, wants_all, Waiter::kWaiting} {
         m_thread.make_room(objects.size());
+        for (auto* object : objects) m_has_shared = m_has_shared || object->shared() != nullptr;
     }
 
     DWORD run(DWORD milliseconds) {
@@ -38,9 +41,14 @@ class Wait {
         const bool is_served = result < WAIT_TIMEOUT && result != WAIT_IO_COMPLETION;
         // Behind the lock, who served has done with the entry and with all that belongs to it.
         for (std::size_t i = 0; i < entered; ++i) {
+            const bool has_taken = is_served && i == result % WAIT_ABANDONED_0;
+            if (m_objects[i]->shared() != nullptr) {
+                end_wait(i, has_taken);
+                continue;
+            }
             const WaitableObject::Locked guard(*m_objects[i]);
             m_objects[i]->unlink(m_entries[i]);
-            if (is_served && i == result % WAIT_ABANDONED_0) m_objects[i]->on_taken(m_thread);
+            if (has_taken) m_objects[i]->on_taken(m_thread);
         }
         return result;
     }
@@ -49,7 +57,51 @@ class Wait {
         if (m_apcs != nullptr && !m_apcs->watch(&m_waiter)) m_waiter.settle(WAIT_IO_COMPLETION);
         if (milliseconds == 0) return;
         const Deadline deadline(milliseconds);
-        while (is_waiting() && sleep(deadline)) {
+        bool is_over = false;
+        while (is_waiting() && !is_over) {
+            if (m_has_shared) look_at_shared();
+            if (is_waiting()) is_over = !sleep(deadline);
+        }
+        if (m_has_shared && is_waiting()) look_at_shared();
+    }
+
+    // Objects of several processes. They are taken first and settled then; who was served by
+    // another object meanwhile gives them back.
+
+    void begin_wait(std::size_t i, bool may_wait) {
+        auto& shared = *m_objects[i]->shared();
+        if (m_entries[i].has_begun) return;
+        shared.note_pulses(m_entries[i]);
+        m_entries[i].has_begun = may_wait;
+        if (may_wait) shared.begin_wait();
+    }
+
+    void end_wait(std::size_t i, bool has_taken) {
+        if (m_entries[i].has_begun) m_objects[i]->shared()->end_wait(has_taken);
+        m_entries[i].has_begun = false;
+    }
+
+    bool claim_shared(std::size_t i) {
+        auto& shared = *m_objects[i]->shared();
+        auto& entry = m_entries[i];
+        if (!shared.try_take(m_thread, entry, entry.outcome)) return false;
+        if (!m_waiter.settle(entry.outcome + static_cast<DWORD>(i))) {
+            shared.give_back(m_thread, entry.outcome);
+        }
+        return true;
+    }
+
+    void prepare_shared() {
+        for (std::size_t i = 0; i < m_objects.size(); ++i) {
+            auto* const shared = m_objects[i]->shared();
+            if (shared != nullptr) shared->prepare_sleep(m_entries[i]);
+        }
+    }
+
+    void look_at_shared() {
+        prepare_shared();
+        for (std::size_t i = 0; i < m_objects.size() && is_waiting(); ++i) {
+            if (m_objects[i]->shared() != nullptr && claim_shared(i)) return;
         }
     }
 
@@ -59,6 +111,11 @@ class Wait {
         std::size_t i = 0;
         for (; i < m_objects.size() && is_waiting(); ++i) {
             auto& object = *m_objects[i];
+            if (object.shared() != nullptr) {
+                begin_wait(i, may_wait);
+                if (claim_shared(i)) return i + 1;
+                continue;
+            }
             const WaitableObject::Locked guard(object);
             if (object.is_available(m_thread)) {
                 if (m_waiter.settle(object.outcome() + static_cast<DWORD>(i))) {
@@ -82,16 +139,17 @@ class Wait {
         bool is_over = false;
         for (;;) {
             for (auto* object : in_order) object->lock(object == in_order.front());
+            if (m_has_shared) prepare_for_all(milliseconds != 0);
             const bool is_ready =
                 std::all_of(m_objects.begin(), m_objects.end(),
                             [this](auto* object) { return object->is_available(m_thread); });
-            if (is_ready) return leave_all(in_order, WAIT_OBJECT_0);
+            if (is_ready && take_all_shared()) return leave_all(in_order, WAIT_OBJECT_0);
             m_waiter.outcome.store(Waiter::kWaiting);
             const bool is_alerted = m_apcs != nullptr && !m_apcs->watch(&m_waiter);
             if (is_alerted) return leave_all(in_order, WAIT_IO_COMPLETION);
             if (is_over || milliseconds == 0) return leave_all(in_order, WAIT_TIMEOUT);
             for (std::size_t i = 0; i < m_objects.size(); ++i) {
-                if (!m_entries[i].is_linked) link(i);
+                if (!m_entries[i].is_linked && m_objects[i]->shared() == nullptr) link(i);
             }
             unlock_all(in_order);
             // One more look after the deadline: what became ready just then isn't missed.
@@ -99,14 +157,40 @@ class Wait {
         }
     }
 
+    void prepare_for_all(bool may_wait) {
+        for (std::size_t i = 0; i < m_objects.size(); ++i) {
+            if (m_objects[i]->shared() != nullptr) begin_wait(i, may_wait);
+        }
+        prepare_shared();
+    }
+
+    // All of those that are shared, or none.
+    bool take_all_shared() {
+        for (std::size_t i = 0; i < m_objects.size(); ++i) {
+            auto* const shared = m_objects[i]->shared();
+            if (shared == nullptr) continue;
+            shared->note_pulses(m_entries[i]);
+            if (shared->try_take(m_thread, m_entries[i], m_entries[i].outcome)) continue;
+            while (i-- > 0) {
+                auto* const taken = m_objects[i]->shared();
+                if (taken != nullptr) taken->give_back(m_thread, m_entries[i].outcome);
+            }
+            return false;
+        }
+        return true;
+    }
+
     // Ends a wait for all with every lock held: takes all, unless it ends for another reason.
     DWORD leave_all(std::span<WaitableObject* const> in_order, DWORD result) {
         const bool takes = result == WAIT_OBJECT_0;
         for (std::size_t i = 0; i < m_objects.size(); ++i) {
             auto& object = *m_objects[i];
+            const bool is_shared = object.shared() != nullptr;
             object.unlink(m_entries[i]);
+            if (is_shared) end_wait(i, takes);
             if (!takes) continue;
-            if (object.outcome() == WAIT_ABANDONED_0 && result == WAIT_OBJECT_0) {
+            const auto outcome = is_shared ? m_entries[i].outcome : object.outcome();
+            if (outcome == WAIT_ABANDONED_0 && result == WAIT_OBJECT_0) {
                 result = WAIT_ABANDONED_0 + static_cast<DWORD>(i);
             }
             object.take(m_thread);
@@ -129,6 +213,7 @@ class Wait {
     [[nodiscard]] bool is_waiting() const { return m_waiter.outcome.load() == Waiter::kWaiting; }
     // False when the deadline has passed.
     bool sleep(const Deadline& deadline) {
+        if (m_has_shared) return sleep_on_shared(m_waiter, m_objects, m_entries, deadline);
         return futex_wait(m_waiter.outcome, Waiter::kWaiting, deadline);
     }
 
@@ -137,6 +222,7 @@ class Wait {
     ThreadRecord& m_thread;
     ApcQueue* m_apcs;
     Waiter m_waiter;
+    bool m_has_shared = false;
 };
 
 DWORD wait_for(std::span<WaitableObject* const> objects, bool wants_all, DWORD milliseconds,

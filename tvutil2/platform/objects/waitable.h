@@ -17,6 +17,8 @@
 
 namespace tvutil2 {
 
+class SharedObject;
+
 /// A thread in a wait.
 struct Waiter {
     ThreadRecord* thread;
@@ -40,6 +42,12 @@ struct WaitEntry {
     bool is_linked = false;
     WaitEntry* previous = nullptr;
     WaitEntry* next = nullptr;
+
+    // Of an object that is shared between processes, which has no queue:
+    bool has_begun = false;
+    DWORD since = 0;    ///< pulses that there were when the wait began
+    DWORD seen = 0;     ///< what its word is expected to hold during a sleep
+    DWORD outcome = 0;  ///< once it is taken
 };
 
 /// Words to be woken once the lock is given back, so that who wakes doesn't run into it.
@@ -71,6 +79,8 @@ class WaitableObject : public HandleObject {
   public:
     explicit WaitableObject(HandleKind kind);
     [[nodiscard]] WaitableObject* waitable() override { return this; }
+    /// This object, if it is shared between processes.
+    [[nodiscard]] virtual SharedObject* shared() { return nullptr; }
     /// Keeps forks and locks apart, from the first call on.
     static void guard_forks();
 
