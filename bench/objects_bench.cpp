@@ -1,6 +1,7 @@
-// Events, mutexes and critical sections beside what the host offers for the same purpose.
+// Events, mutexes, critical sections and timers beside what the host offers for the same purpose.
 #include "tvutil2/platform/objects/critical_section.h"
 #include "tvutil2/platform/objects/objects.h"
+#include "tvutil2/threads/thread_timer.h"
 
 #include <benchmark/benchmark.h>
 #include <poll.h>
@@ -12,7 +13,10 @@
 #include <array>
 #include <condition_variable>
 #include <mutex>
+#include <semaphore>
 #include <thread>
+
+#include "bench/support/winpr_peer.h"
 
 namespace {
 
@@ -64,7 +68,7 @@ void mutex_ours(benchmark::State& state) {
     CloseHandle(mutex);
 }
 void mutex_std(benchmark::State& state) {
-    std::recursive_timed_mutex mutex;
+    std::mutex mutex;
     for (auto _ : state) {
         mutex.lock();
         mutex.unlock();
@@ -78,6 +82,32 @@ void event_ours(benchmark::State& state) {
         WaitForSingleObject(event, INFINITE);
     }
     CloseHandle(event);
+}
+void mutex_winpr(benchmark::State& state) {
+    auto* const mutex = winpr_peer::new_mutex();
+    for (auto _ : state) {
+        winpr_peer::wait(mutex);
+        winpr_peer::release(mutex);
+    }
+    winpr_peer::close(mutex);
+}
+
+void event_std(benchmark::State& state) {
+    std::binary_semaphore event(0);
+    for (auto _ : state) {
+        event.release();
+        event.acquire();
+    }
+}
+void event_winpr(benchmark::State& state) {
+    // Its events don't reset by themselves.
+    auto* const event = winpr_peer::new_event();
+    for (auto _ : state) {
+        winpr_peer::set(event);
+        winpr_peer::wait(event);
+        winpr_peer::reset(event);
+    }
+    winpr_peer::close(event);
 }
 void event_eventfd(benchmark::State& state) {
     const int event = eventfd(0, EFD_CLOEXEC);
@@ -177,18 +207,79 @@ void turns_qt(benchmark::State& state) {
         [&](std::size_t side) { semaphores[side].acquire(); });
 }
 
+void turns_winpr(benchmark::State& state) {
+    const std::array<winpr_peer::Object, 2> events{winpr_peer::new_semaphore(),
+                                                   winpr_peer::new_semaphore()};
+    take_turns(
+        state, [&](std::size_t side) { winpr_peer::add(events[side]); },
+        [&](std::size_t side) { winpr_peer::wait(events[side]); });
+    for (auto* event : events) winpr_peer::close(event);
+}
+
+// Between processes a name stands for the object; here two handles of it in one process.
+void named_event(benchmark::State& state) {
+    auto* const event = CreateEventW(nullptr, FALSE, FALSE, u"Local\\bench");
+    for (auto _ : state) {
+        SetEvent(event);
+        WaitForSingleObject(event, INFINITE);
+    }
+    CloseHandle(event);
+}
+
+// Ticks without an interval: what is measured is a pass over the table and little more.
+class Passes : public NThread::CTimerListener {
+  public:
+    explicit Passes(benchmark::State& state) : m_state(state) {}
+    void run(unsigned entries, unsigned short period) {
+        NThread::CTimer timer;
+        for (unsigned id = 1; id <= entries; ++id) timer.Record(id, &m_silent, period);
+        timer.Record(entries + 1, this, 1);
+        timer.Initialize(0);
+        WaitForSingleObject(m_done, INFINITE);
+        timer.End();
+        CloseHandle(m_done);
+    }
+
+  protected:
+    // Each tick is one round of the benchmark.
+    void OnTimeEllipse(NThread::CTimer* /*timer*/, unsigned /*id*/) override {
+        if (m_is_over || m_state.KeepRunning()) return;
+        m_is_over = true;
+        SetEvent(m_done);
+    }
+
+  private:
+    benchmark::State& m_state;
+    bool m_is_over = false;
+    NThread::CTimerListener m_silent;
+    HANDLE m_done = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+};
+void timer_idle(benchmark::State& state) {
+    Passes(state).run(1000, 0);
+}
+void timer_busy(benchmark::State& state) {
+    Passes(state).run(1000, 1);
+}
+
 BENCHMARK(section_ours)->Name("critical section, free|ours");
 BENCHMARK(section_std)->Name("critical section, free|std::recursive_mutex");
 BENCHMARK(section_qt)->Name("critical section, free|QRecursiveMutex");
 BENCHMARK(mutex_ours)->Name("mutex, free|ours");
-BENCHMARK(mutex_std)->Name("mutex, free|std::recursive_timed_mutex");
+BENCHMARK(mutex_std)->Name("mutex, free|std::mutex");
+BENCHMARK(mutex_winpr)->Name("mutex, free|WinPR");
 BENCHMARK(event_ours)->Name("event, set and taken|ours");
+BENCHMARK(event_std)->Name("event, set and taken|std::binary_semaphore");
+BENCHMARK(event_winpr)->Name("event, set and taken|WinPR");
 BENCHMARK(event_eventfd)->Name("event, set and taken|eventfd");
 BENCHMARK(wait_any_ours)->Name("wait for one of 8|ours");
 BENCHMARK(wait_any_eventfd)->Name("wait for one of 8|eventfd and poll");
 BENCHMARK(turns_ours)->Name("two threads take turns|ours")->UseRealTime();
 BENCHMARK(turns_eventfd)->Name("two threads take turns|eventfd")->UseRealTime();
 BENCHMARK(turns_std)->Name("two threads take turns|std::condition_variable")->UseRealTime();
+BENCHMARK(turns_winpr)->Name("two threads take turns|WinPR")->UseRealTime();
+BENCHMARK(named_event)->Name("named event, set and taken|ours");
+BENCHMARK(timer_idle)->Name("timer pass, 1000 entries, none due|ours")->UseRealTime();
+BENCHMARK(timer_busy)->Name("timer pass, 1000 entries, all due|ours")->UseRealTime();
 BENCHMARK(turns_qt)->Name("two threads take turns|QSemaphore")->UseRealTime();
 
 }  // namespace

@@ -26,7 +26,8 @@ enum class ForkRank : std::uint8_t {
     registry,  ///< both hives
     store,     ///< held while files are read or written
     modules,   ///< held while handles are made
-    area,      ///< held while nothing is asked
+    area,      ///< held while nothing is asked but objects
+    objects,   ///< held while nothing is asked
     handles,
 };
 

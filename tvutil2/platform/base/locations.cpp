@@ -67,14 +67,6 @@ std::string cache_folder() {
     return base_folder("XDG_CACHE_HOME", "/.cache");
 }
 
-std::string runtime_folder() {
-    if (const auto root = profile_root(); !root.empty()) return root + "/run";
-    if (const auto folder = named_folder("XDG_RUNTIME_DIR"); !folder.empty()) {
-        return folder + "/tvutil2";
-    }
-    return "/tmp/tvutil2-" + std::to_string(geteuid());
-}
-
 std::string common_folder() {
     const auto root = profile_root();
     return root.empty() ? "/var/lib" : root + "/common";

@@ -34,10 +34,6 @@ namespace tvutil2 {
 [[nodiscard]] TVUTIL_API std::string data_folder();
 [[nodiscard]] TVUTIL_API std::string cache_folder();
 
-/// What lives as long as the user's session: DIR/run, $XDG_RUNTIME_DIR/tvutil2, or
-/// /tmp/tvutil2-UID. Who uses it makes it, private, and makes sure that it is the user's.
-[[nodiscard]] TVUTIL_API std::string runtime_folder();
-
 /// Data of the whole machine: DIR/common, or /var/lib.
 [[nodiscard]] TVUTIL_API std::string common_folder();
 

@@ -1,8 +1,7 @@
 #include "tvutil2/platform/objects/waitable.h"
 
+#include "tvutil2/platform/base/fork_lock.h"
 #include "tvutil2/platform/objects/apc.h"
-
-#include <pthread.h>
 
 #include <new>
 
@@ -89,33 +88,37 @@ void WaitableObject::forget_other_threads(const ThreadRecord& thread) {
 // opens, and a half-made change behind it. So threads are kept out of the locks and those inside
 // are waited for. In the child the queues are emptied, since those who waited aren't there.
 void WaitableObject::guard_forks() {
-    [[maybe_unused]] static const int registered = [] {
-        handle_table::guard_forks();
-        const auto visit = [](const auto& work) {
-            handle_table::visit_live([&work](HandleObject& object) {
-                if (auto* const waitable = object.waitable()) work(*waitable);
-            });
-        };
-        static const auto prepare = [visit] {
-            ThreadRecord::current().apcs()->lock().lock();
-            lock_thread_numbers();
-            g_is_forking = true;
-            visit([](WaitableObject& object) { const std::lock_guard guard(object.m_lock); });
-        };
-        static const auto go_on = [] {
-            g_is_forking = false;
-            g_is_forking.notify_all();
-            unlock_thread_numbers();
-            ThreadRecord::current().apcs()->lock().unlock();
-        };
-        static const auto begin_child = [visit] {
-            go_on();
-            auto& thread = ThreadRecord::current();
-            thread.after_fork();
-            visit([&thread](WaitableObject& object) { object.forget_other_threads(thread); });
-        };
-        return pthread_atfork([] { prepare(); }, [] { go_on(); }, [] { begin_child(); });
-    }();
+    static const ForkMember is_fork_safe(
+        ForkRank::objects, nullptr, [](void* /*what*/) { before_fork(); },
+        [](void* /*what*/) { after_fork_in_parent(); },
+        [](void* /*what*/) { after_fork_in_child(); });
+}
+
+void WaitableObject::before_fork() {
+    ThreadRecord::current().apcs()->lock().lock();
+    lock_thread_numbers();
+    g_is_forking = true;
+    handle_table::visit_live([](HandleObject& object) {
+        if (auto* const waitable = object.waitable()) {
+            const std::lock_guard guard(waitable->m_lock);
+        }
+    });
+}
+
+void WaitableObject::after_fork_in_parent() {
+    g_is_forking = false;
+    g_is_forking.notify_all();
+    unlock_thread_numbers();
+    ThreadRecord::current().apcs()->lock().unlock();
+}
+
+void WaitableObject::after_fork_in_child() {
+    after_fork_in_parent();
+    auto& thread = ThreadRecord::current();
+    thread.after_fork();
+    handle_table::visit_live([&thread](HandleObject& object) {
+        if (auto* const waitable = object.waitable()) waitable->forget_other_threads(thread);
+    });
 }
 
 }  // namespace tvutil2

@@ -124,6 +124,9 @@ class WaitableObject : public HandleObject {
     void unlock();
     void link(WaitEntry& entry);
     void unlink(WaitEntry& entry);
+    static void before_fork();
+    static void after_fork_in_parent();
+    static void after_fork_in_child();
     void forget_other_threads(const ThreadRecord& thread);
 
     std::mutex m_lock;

@@ -1,10 +1,9 @@
 #include "tvutil2/platform/objects/shared/holders.h"
 
 #include "tvutil2/platform/base/last_error.h"
-#include "tvutil2/platform/base/locations.h"
+#include "tvutil2/platform/base/runtime_folder.h"
 
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -39,17 +38,8 @@ std::string hash_of(const std::u16string& name) {
     return text;
 }
 
-// A folder that belongs to the user and lets nobody else in.
-bool is_own_folder(const std::string& folder) {
-    struct stat info {};
-    if (lstat(folder.c_str(), &info) != 0) return fail_with_errno();
-    const bool is_own =
-        S_ISDIR(info.st_mode) && info.st_uid == geteuid() && (info.st_mode & 077) == 0;
-    return is_own || fail_with(ERROR_ACCESS_DENIED);
-}
-
-std::string read_whole(const std::string& path) {
-    const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
+std::string read_whole(int folder, const std::string& name) {
+    const int file = openat(folder, name.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
     std::string bytes;
     if (file < 0) return bytes;
     char block[4096];
@@ -61,8 +51,8 @@ std::string read_whole(const std::string& path) {
 }
 
 // A lock that is gone with its process, and that a child doesn't inherit.
-int open_locked(const std::string& path) {
-    const int file = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
+int open_locked(int folder) {
+    const int file = openat(folder, "lock", O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
     if (file < 0) {
         fail_with_errno();
         return -1;
@@ -110,38 +100,38 @@ std::string format_holders(const std::vector<Holder>& holders) {
     return bytes;
 }
 
-HolderFile::HolderFile(const std::u16string& name) {
-    const auto folder = runtime_folder() + "/objects";
-    if (!make_host_folders(folder, true)) {
+HolderFile::HolderFile(const std::u16string& name)
+    : m_folder(open_runtime_folder("objects", false)), m_name(hash_of(name)) {
+    if (m_folder < 0) {
         fail_with_errno();
         return;
     }
-    if (!is_own_folder(runtime_folder()) || !is_own_folder(folder)) return;
-    m_path = folder + "/" + hash_of(name);
-    m_lock = open_locked(folder + "/lock");
-    if (m_lock >= 0) m_holders = parse_holders(read_whole(m_path));
+    m_lock = open_locked(m_folder);
+    if (m_lock >= 0) m_holders = parse_holders(read_whole(m_folder, m_name));
 }
 
 HolderFile::~HolderFile() {
     if (m_lock >= 0) close(m_lock);
+    if (m_folder >= 0) close(m_folder);
 }
 
 bool HolderFile::save() {
-    if (m_holders.empty())
-        return unlink(m_path.c_str()) == 0 || errno == ENOENT || fail_with_errno();
+    if (m_holders.empty()) {
+        return unlinkat(m_folder, m_name.c_str(), 0) == 0 || errno == ENOENT || fail_with_errno();
+    }
     const auto bytes = format_holders(m_holders);
-    const auto fresh = m_path + ".new";
-    const int file =
-        open(fresh.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, 0600);
+    const auto fresh = m_name + ".new";
+    const int file = openat(m_folder, fresh.c_str(),
+                            O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, 0600);
     if (file < 0) return fail_with_errno();
     const bool is_written =
         write(file, bytes.data(), bytes.size()) == static_cast<ssize_t>(bytes.size());
     close(file);
     if (!is_written) {
-        unlink(fresh.c_str());
+        unlinkat(m_folder, fresh.c_str(), 0);
         return fail_with(ERROR_DISK_FULL);
     }
-    return rename(fresh.c_str(), m_path.c_str()) == 0 || fail_with_errno();
+    return renameat(m_folder, fresh.c_str(), m_folder, m_name.c_str()) == 0 || fail_with_errno();
 }
 
 }  // namespace tvutil2

@@ -44,7 +44,8 @@ class HolderFile {
     bool save();
 
   private:
-    std::string m_path;
+    int m_folder;
+    std::string m_name;
     int m_lock = -1;
     std::vector<Holder> m_holders;
 };

@@ -1,15 +1,16 @@
 #include "tvutil2/platform/objects/shared/named_objects.h"
 
+#include "tvutil2/platform/base/fork_lock.h"
 #include "tvutil2/platform/objects/shared/holders.h"
 
 #include <fcntl.h>
-#include <pthread.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <map>
 #include <mutex>
+#include <new>
 
 namespace tvutil2::named_objects {
 namespace {
@@ -41,16 +42,14 @@ void begin_child() {
     for (const auto& [name, held] : known().objects) {
         if (const auto object = held.lock()) enter(*object);
     }
-    known().lock.unlock();
+    new (&known().lock) std::mutex;
     ThreadRecord::current().forget_shared();
 }
 
 void guard_forks() {
-    [[maybe_unused]] static const int registered = [] {
-        WaitableObject::guard_forks();
-        return pthread_atfork([] { known().lock.lock(); }, [] { known().lock.unlock(); },
-                              [] { begin_child(); });
-    }();
+    static const ForkMember is_fork_safe(
+        ForkRank::area, nullptr, [](void* /*what*/) { known().lock.lock(); },
+        [](void* /*what*/) { known().lock.unlock(); }, [](void* /*what*/) { begin_child(); });
 }
 
 // A name as it is looked up; empty with the last error. Names without a prefix are local ones; all
