@@ -109,7 +109,9 @@ class FolderCopy {
     void copy_entry(const std::string& from, const std::string& to, unsigned char type,
                     bool is_taken) {
         struct stat info {};
-        if (type == DT_UNKNOWN && lstat(from.c_str(), &info) == 0) type = IFTODT(info.st_mode);
+        if (type == DT_UNKNOWN && lstat(from.c_str(), &info) == 0) {
+            type = static_cast<unsigned char>(IFTODT(info.st_mode));
+        }
         if (type == DT_DIR) {
             m_folders.emplace_back(from, to);
         } else if (type == DT_LNK && is_folder(from)) {
