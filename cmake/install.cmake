@@ -5,6 +5,23 @@ install(TARGETS tvutil2 EXPORT tvutil2Targets
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT library NAMELINK_COMPONENT development)
 if(TARGET tvutil)
   install(TARGETS tvutil RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT program)
+  # What shells complete and the manual page, as the program itself tells them.
+  set(told ${PROJECT_BINARY_DIR}/told)
+  install(CODE "
+    file(MAKE_DIRECTORY \"${told}\")
+    foreach(what \"completion bash\" \"completion zsh\" \"completion fish\" manual)
+      string(REPLACE \" \" \"_\" name \"\${what}\")
+      separate_arguments(what UNIX_COMMAND \"\${what}\")
+      execute_process(COMMAND \"$<TARGET_FILE:tvutil>\" \${what} OUTPUT_FILE \"${told}/\${name}\"
+                      COMMAND_ERROR_IS_FATAL ANY)
+    endforeach()" COMPONENT program)
+  install(FILES ${told}/completion_bash RENAME tvutil
+          DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT program)
+  install(FILES ${told}/completion_zsh RENAME _tvutil
+          DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/site-functions COMPONENT program)
+  install(FILES ${told}/completion_fish RENAME tvutil.fish
+          DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d COMPONENT program)
+  install(FILES ${told}/manual RENAME tvutil.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT program)
 endif()
 
 if(IS_ABSOLUTE ${CMAKE_INSTALL_INCLUDEDIR})

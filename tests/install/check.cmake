@@ -26,6 +26,13 @@ endfunction()
 
 run(${CMAKE_COMMAND} --install ${BUILD} --prefix ${prefix})
 run(${prefix}/bin/tvutil --version)
+foreach(file bash-completion/completions/tvutil zsh/site-functions/_tvutil
+        fish/vendor_completions.d/tvutil.fish man/man1/tvutil.1)
+  file(STRINGS ${prefix}/share/${file} lines REGEX convert LIMIT_COUNT 1)
+  if(NOT lines)
+    message(FATAL_ERROR "${file} doesn't tell the commands")
+  endif()
+endforeach()
 
 run(${CMAKE_COMMAND} -G Ninja -S ${SOURCE}/consumer -B ${WORK}/consumer
     -D CMAKE_CXX_COMPILER=${COMPILER} -D CMAKE_PREFIX_PATH=${prefix})

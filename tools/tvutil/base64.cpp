@@ -13,15 +13,15 @@ using tool::Failure;
 
 constexpr std::size_t kLargestInput = std::size_t{1} << 30;
 
-void encode(const std::string& file) {
+void encode(const std::string& file, bool is_json) {
     const auto bytes = tool::read_input(file, kLargestInput);
     CString text;
     CBase64::Encode(reinterpret_cast<const unsigned char*>(bytes.data()),
                     static_cast<unsigned int>(bytes.size()), text);
-    tool::print(tool::narrow(text.View()));
+    tool::print_text("text", tool::narrow(text.View()), is_json);
 }
 
-void decode(const std::string& file) {
+void decode(const std::string& file, bool /*is_json*/) {
     const auto bytes = tool::read_input(file, kLargestInput);
     // Byte by byte: what isn't ASCII is outside the alphabet in any encoding.
     std::u16string text;
@@ -42,14 +42,18 @@ void decode(const std::string& file) {
 const tool::Command kCommand([](CLI::App& app) {
     auto* const base64 = app.add_subcommand("base64", "Turn bytes into Base64 text and back");
     base64->require_subcommand(1);
-    const auto add = [base64](const char* name, const char* what, void (*run)(const std::string&)) {
+    const auto add = [base64](const char* name, const char* what,
+                              void (*run)(const std::string&, bool), bool has_json) {
         auto* const command = base64->add_subcommand(name, what);
         const auto file = std::make_shared<std::string>("-");
         command->add_option("FILE", *file, "What to read; \"-\" (the default) is standard input");
-        command->callback([file, run] { run(*file); });
+        const auto is_json = std::make_shared<bool>(false);
+        if (has_json) tool::add_json_flag(*command, *is_json);
+        command->callback([=] { run(*file, *is_json); });
     };
-    add("encode", "Print the Base64 text of bytes, on one line", encode);
-    add("decode", "Write the bytes of Base64 text; white space in it is passed over", decode);
+    add("encode", "Print the Base64 text of bytes, on one line", encode, true);
+    add("decode", "Write the bytes of Base64 text; white space in it is passed over", decode,
+        false);
 });
 
 }  // namespace

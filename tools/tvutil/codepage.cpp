@@ -19,6 +19,7 @@
 #include <string>
 
 #include "tools/tvutil/command.h"
+#include "tools/tvutil/encoded_text.h"
 
 namespace {
 
@@ -84,20 +85,14 @@ void show_default(bool json) {
 
 unsigned int page_of(const std::string& text) {
     if (text == "default") return kDefaultLanguage;
-    unsigned int number = 0;
-    for (const char c : text) {
-        if (c < '0' || c > '9' || number > 99999) {
-            number = 0;
-            break;
-        }
-        number = number * 10 + static_cast<unsigned int>(c - '0');
+    const auto folded = tool::folded_encoding_name(text);
+    const auto page = folded == "utf8"   ? std::optional(CP_UTF8)
+                      : folded == "ansi" ? std::optional(GetACP())
+                                         : tool::page_named(text);
+    if (!page || IsValidCodePage(*page) == 0) {
+        throw Failure{Exit::usage, tool::unknown_encoding(text)};
     }
-    if (IsValidCodePage(number) == 0) {
-        throw Failure{Exit::usage, "\"" + text +
-                                       "\" is no code page that is known here; \"tvutil codepage "
-                                       "list\" shows them"};
-    }
-    return number;
+    return *page;
 }
 
 std::string hex_bytes(const unsigned char* bytes, unsigned int size) {
@@ -238,7 +233,8 @@ void add_stream(CLI::App& app, const char* name, const char* what, const char* t
     const auto page = std::make_shared<std::string>();
     const auto file = std::make_shared<std::string>("-");
     const auto is_traced = std::make_shared<bool>(false);
-    command->add_option("PAGE", *page, "The number of a code page, or \"default\"")->required();
+    command->add_option("PAGE", *page, "The number or a name of a code page, or \"default\"")
+        ->required();
     command->add_option("FILE", *file, "What to read; \"-\" (the default) is standard input");
     command->add_flag("--trace", *is_traced, trace);
     command->callback([=] { run(*page, *file, *is_traced); });

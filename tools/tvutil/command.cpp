@@ -1,21 +1,26 @@
 #include "tools/tvutil/command.h"
 
+#include "tvutil2/platform/base/descriptor.h"
+#include "tvutil2/platform/base/host_path.h"
 #include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/base/utf.h"
 #include "tvutil2/platform/files/replaced_file.h"
 
-#include <termios.h>
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <memory>
-#include <optional>
 #include <vector>
+
+#include "tools/tvutil/command_tree.h"
+#include "tools/tvutil/terminal.h"
 
 namespace tool {
 namespace {
@@ -28,32 +33,6 @@ std::vector<std::function<void(CLI::App&)>>& commands() {
 }
 
 Exit g_exit = Exit::success;
-
-// Keeps a terminal from showing what is typed.
-class NoEcho {
-  public:
-    NoEcho() : m_active(tcgetattr(STDIN_FILENO, &m_before) == 0) {
-        if (!m_active) return;
-        termios quiet = m_before;
-        quiet.c_lflag &= ~static_cast<tcflag_t>(ECHO);
-        tcsetattr(STDIN_FILENO, TCSAFLUSH, &quiet);
-    }
-    ~NoEcho() {
-        if (m_active) tcsetattr(STDIN_FILENO, TCSAFLUSH, &m_before);
-    }
-    NoEcho(const NoEcho&) = delete;
-    NoEcho& operator=(const NoEcho&) = delete;
-
-  private:
-    termios m_before{};
-    bool m_active;
-};
-
-struct CloseFile {
-    void operator()(std::FILE* file) const {
-        if (file != stdin) std::fclose(file);
-    }
-};
 
 std::string_view system_text(unsigned int error) {
     switch (error) {
@@ -114,6 +93,16 @@ void add_json_flag(CLI::App& command, bool& flag) {
     command.add_flag("--json", flag, "Print JSON");
 }
 
+void add_host_flag(CLI::App& command, bool& flag) {
+    command.add_flag("--host", flag,
+                     "Print paths as the host knows them: /home/a, not C:\\home\\a");
+}
+
+std::string shown_path(std::u16string_view path, bool as_host) {
+    if (!as_host) return narrow(path);
+    return tvutil2::host_path(path).value_or(narrow(path));
+}
+
 std::u16string wide(std::string_view argument) {
     auto text = tvutil2::to_utf16(argument);
     if (!text) throw Failure{Exit::usage, "an argument isn't valid UTF-8"};
@@ -129,7 +118,18 @@ void print(std::string_view line) {
 }
 
 void print(const nlohmann::ordered_json& value) {
-    std::cout << value.dump(2) << '\n';
+    const auto text = value.dump(2);
+    std::cout << (is_output_terminal() ? harmless_json(text) : text) << '\n';
+}
+
+void print_text(const char* name, const std::string& text, bool as_json) {
+    if (as_json) return print(nlohmann::ordered_json{{name, text}});
+    print(std::string_view(text));
+}
+
+void warn(const std::string& message) {
+    std::cout.flush();
+    std::cerr << "tvutil: " << message << '\n';
 }
 
 // Not by the object's own operations, each of which looks at all members.
@@ -160,16 +160,12 @@ bool SecretOption::given() const {
 }
 
 std::u16string SecretOption::read() const {
-    std::optional<NoEcho> quiet;
-    const bool typed = (m_file.empty() || m_file == "-") && isatty(STDIN_FILENO) == 1;
+    const bool typed = is_standard_input() && isatty(STDIN_FILENO) == 1;
     std::string bytes;
     if (typed) {
-        std::cerr << m_what << ": " << std::flush;
-        quiet.emplace();
-        std::getline(std::cin, bytes);
-        std::cerr << '\n';
+        bytes = ask_hidden(m_what);
     } else {
-        bytes = read_input(m_file.empty() ? "-" : m_file, kLongestSecret);
+        bytes = read_input(is_standard_input() ? "-" : m_file, kLongestSecret);
     }
     if (bytes.ends_with('\n')) bytes.pop_back();
     if (bytes.ends_with('\r')) bytes.pop_back();
@@ -178,25 +174,33 @@ std::u16string SecretOption::read() const {
     return std::move(*text);
 }
 
+// By the call itself: a stream would want a terminal's end of input twice.
 std::string read_input(const std::string& file, std::size_t limit) {
-    const std::unique_ptr<std::FILE, CloseFile> input(file == "-" ? stdin
-                                                                  : std::fopen(file.c_str(), "rb"));
-    if (!input) throw Failure{Exit::failed, file + ": " + std::strerror(errno)};
+    const bool is_standard = file == "-";
+    const tvutil2::Descriptor opened(is_standard ? -1 : open(file.c_str(), O_RDONLY | O_CLOEXEC));
+    const int input = is_standard ? STDIN_FILENO : opened.get();
+    if (input < 0) throw Failure{Exit::failed, file + ": " + std::strerror(errno)};
     std::string content;
     char block[65536];
-    while (const auto count = std::fread(block, 1, sizeof block, input.get())) {
-        content.append(block, count);
+    for (;;) {
+        const auto count = ::read(input, block, sizeof block);
+        if (count < 0 && errno == EINTR) continue;
+        if (count < 0) throw Failure{Exit::failed, file + ": " + std::strerror(errno)};
+        if (count == 0) return content;
+        content.append(block, static_cast<std::size_t>(count));
         if (content.size() > limit) {
             throw Failure{Exit::refused,
                           file + ": larger than " + std::to_string(limit) + " bytes"};
         }
     }
-    if (std::ferror(input.get()) != 0) throw Failure{Exit::failed, file + ": can't be read"};
-    return content;
 }
 
 void write_output(const std::string& file, std::string_view bytes) {
     namespace fs = std::filesystem;
+    if (file == "-") {
+        std::cout.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+        return;
+    }
     std::error_code ignored;
     const auto status = fs::status(file, ignored);
     if (!fs::exists(status) || fs::is_regular_file(status)) {
@@ -209,6 +213,41 @@ void write_output(const std::string& file, std::string_view bytes) {
     if (!stream) throw Failure{Exit::failed, file + ": can't be written"};
 }
 
+std::u16string platform_path_of(const std::string& file) {
+    auto path = tvutil2::platform_path(std::filesystem::absolute(file).string());
+    if (!path) throw Failure{Exit::usage, file + ": no path"};
+    return *path;
+}
+
+NamedFile::NamedFile(const std::string& file, std::size_t limit) : m_path(file) {
+    if (file != "-") return;
+    const auto bytes = read_input(file, limit);
+    m_folder = (std::filesystem::temp_directory_path() / "tvutil-XXXXXX").string();
+    if (mkdtemp(m_folder.data()) == nullptr) {
+        throw Failure{Exit::failed, m_folder + ": " + std::strerror(errno)};
+    }
+    m_path = m_folder + "/standard-input";
+    std::ofstream stream(m_path, std::ios::binary);
+    stream << bytes << std::flush;
+    if (stream) return;
+    std::error_code ignored;
+    std::filesystem::remove_all(m_folder, ignored);
+    throw Failure{Exit::failed, m_path + ": can't be written"};
+}
+
+NamedFile::~NamedFile() {
+    std::error_code ignored;
+    if (!m_folder.empty()) std::filesystem::remove_all(m_folder, ignored);
+}
+
+std::u16string NamedFile::path() const {
+    return platform_path_of(m_path);
+}
+
+void NamedFile::give_back() const {
+    if (!m_folder.empty()) write_output("-", read_input(m_path, std::string::npos));
+}
+
 int run(int argc, char** argv) {
     CLI::App app("tvutil: what the tvutil2 library can do, from a shell.", "tvutil");
     app.require_subcommand(1);
@@ -218,19 +257,23 @@ int run(int argc, char** argv) {
         "3 malformed or refused input; 4 the system couldn't do it; 5 text is lost, or would be.\n"
         "TVUTIL_PROFILE=DIR keeps all that the library stores below DIR.");
     for (const auto& add : commands()) add(app);
+    add_tree_commands(app);
+    add_examples(app);
+    const HarmlessStreams streams;
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? 0 : static_cast<int>(Exit::usage);
+        if (error.get_exit_code() != 0) throw Failure{Exit::usage, complaint(app, error)};
+        app.exit(error);
     }
     std::cout.flush();
     if (!std::cout) throw Failure{Exit::failed, "standard output can't be written"};
     return static_cast<int>(g_exit);
 }
 
-int report(Exit code, const char* message) noexcept {
-    std::fflush(stdout);
-    std::fprintf(stderr, "tvutil: %s\n", message);
+int report(Exit code, const std::string& message) {
+    const HarmlessStreams streams;
+    warn(message);
     return static_cast<int>(code);
 }
 
@@ -240,7 +283,7 @@ int main(int argc, char** argv) {
     try {
         return tool::run(argc, argv);
     } catch (const tool::Failure& failure) {
-        return tool::report(failure.code, failure.message.c_str());
+        return tool::report(failure.code, failure.message);
     } catch (const std::exception& error) {
         return tool::report(tool::Exit::failed, error.what());
     }

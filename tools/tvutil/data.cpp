@@ -14,6 +14,7 @@ struct Options {
     unsigned int version = 5;
     std::string product;
     bool json = false;
+    bool host = false;
 };
 
 /// What holds a path, and whether the library could have it.
@@ -36,7 +37,7 @@ bool has_stored_path() {
     return error == ERROR_SUCCESS && type == REG_SZ && size != 0;
 }
 
-Place user_data() {
+Place user_data(const Options& options) {
     const bool was_stored = has_stored_path();
     std::array<char16_t, MAX_PATH> wanted{};
     const bool is_had = TvGetUserDataPath(wanted.data()) != 0;
@@ -45,11 +46,11 @@ Place user_data() {
         why = was_stored ? "stored: UserDataPath of HKCU\\Software\\Tolvarine\\Common\\8\\UserData"
                          : "default: in the documents folder, and stored now";
     } else if (wanted[0] != 0) {
-        why = "fallback: " + tool::narrow(wanted.data()) + " can't be had";
+        why = "fallback: " + tool::shown_path(wanted.data(), options.host) + " can't be had";
     } else {
         why = "fallback: the registry or the documents folder gives no answer";
     }
-    return {"user", tool::narrow(GetUserDataFolderPath(0)), why};
+    return {"user", tool::shown_path(GetUserDataFolderPath(0), options.host), why};
 }
 
 std::string state_of(const char16_t* path) {
@@ -58,10 +59,12 @@ std::string state_of(const char16_t* path) {
 
 void show(const Options& options) {
     const Place places[] = {
-        user_data(),
-        {"credentials", tool::narrow(TvGetCredentialPath()), "below the user data folder"},
-        {"common", tool::narrow(GetCommonDataFolderPath()), state_of(GetCommonDataFolderPath())},
-        {"previous-common", tool::narrow(GetPreviousCommonDataFolderPath()),
+        user_data(options),
+        {"credentials", tool::shown_path(TvGetCredentialPath(), options.host),
+         "below the user data folder"},
+        {"common", tool::shown_path(GetCommonDataFolderPath(), options.host),
+         state_of(GetCommonDataFolderPath())},
+        {"previous-common", tool::shown_path(GetPreviousCommonDataFolderPath(), options.host),
          state_of(GetPreviousCommonDataFolderPath())},
     };
     if (!options.json) {
@@ -92,10 +95,10 @@ void previous(const Options& options) {
     const bool is_there = (options.version == 5 ? TvGetUserDataPathV5(path.data(), name)
                                                 : TvGetUserDataPathV4(path.data(), name)) != 0;
     if (options.json) {
-        tool::print(
-            nlohmann::ordered_json{{"path", tool::narrow(path.data())}, {"exists", is_there}});
+        tool::print(nlohmann::ordered_json{{"path", tool::shown_path(path.data(), options.host)},
+                                           {"exists", is_there}});
     } else if (is_there) {
-        tool::print(tool::narrow(path.data()));
+        tool::print(tool::shown_path(path.data(), options.host));
     }
     if (!is_there) tool::exit_with(tool::Exit::no);
 }
@@ -108,6 +111,7 @@ const tool::Command g_data([](CLI::App& app) {
         "Like a product's first start, this makes the folders and stores the user data folder.");
     data.require_subcommand(0, 1);
     tool::add_json_flag(data, options->json);
+    tool::add_host_flag(data, options->host);
     data.callback([&data, options] {
         if (data.get_subcommands().empty()) show(*options);
     });
@@ -122,6 +126,7 @@ const tool::Command g_data([](CLI::App& app) {
         ->check(CLI::IsMember({4, 5}));
     earlier.add_option("product", options->product, "Only if this product has data there");
     tool::add_json_flag(earlier, options->json);
+    tool::add_host_flag(earlier, options->host);
     earlier.callback([options] { previous(*options); });
 });
 

@@ -4,7 +4,6 @@
 #include "tvutil2/platform/codepage/codepage.h"
 #include "tvutil2/platform/codepage/conversion.h"
 
-#include <charconv>
 #include <cstring>
 #include <optional>
 #include <utility>
@@ -25,6 +24,13 @@ constexpr struct {
               {"utf-16be", {kUtf16Swapped, true}, "\xFE\xFF"},
               {"utf-8-bom", {CP_UTF8, true}, "\xEF\xBB\xBF"},
               {"utf-8", {CP_UTF8, false}, ""}};
+
+constexpr struct {
+    std::string_view name;
+    const char* as;
+} kOtherNames[] = {{"utf16le", "utf-16"},    {"unicode", "utf-16"},    {"ucs2", "utf-16"},
+                   {"ucs2le", "utf-16"},     {"ucs2be", "utf-16be"},   {"unicodefffe", "utf-16be"},
+                   {"utf8sig", "utf-8-bom"}, {"utf8mark", "utf-8-bom"}};
 
 void swap_pairs(std::u16string& text) {
     for (auto& unit : text) unit = static_cast<char16_t>((unit >> 8U) | (unit << 8U));
@@ -67,21 +73,25 @@ std::string TextEncoding::name() const {
 }
 
 TextEncoding encoding_named(const std::string& name) {
-    if (name == "ansi") return {GetACP(), false};
-    UINT page = 0;
-    const auto* const end = name.data() + name.size();
-    const auto parsed = std::from_chars(name.data(), end, page);
-    const bool is_number = parsed.ec == std::errc() && parsed.ptr == end;
+    const auto folded = folded_encoding_name(name);
+    if (folded == "ansi") return {GetACP(), false};
     for (const auto& named : kNamed) {
-        const bool is_page = is_number && named.encoding.page == page;
-        if (name == named.name || (is_page && (page != CP_UTF8 || !named.encoding.has_mark))) {
+        if (folded == folded_encoding_name(named.name)) return named.encoding;
+    }
+    for (const auto& [other, as] : kOtherNames) {
+        if (folded == other) return encoding_named(as);
+    }
+    const auto page = page_named(name);
+    for (const auto& named : kNamed) {
+        const bool is_plain_utf8 = named.encoding.page == CP_UTF8 && !named.encoding.has_mark;
+        if (page == named.encoding.page && (page != CP_UTF8 || is_plain_utf8)) {
             return named.encoding;
         }
     }
-    if (!is_number || page == CP_ACP || !is_known(page)) {
-        throw Failure{Exit::usage, name + ": no encoding known here"};
+    if (!page || *page == CP_ACP || !is_known(*page)) {
+        throw Failure{Exit::usage, unknown_encoding(name)};
     }
-    return {page, false};
+    return {*page, false};
 }
 
 TextEncoding encoding_of(std::string_view bytes) {

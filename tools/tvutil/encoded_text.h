@@ -4,6 +4,7 @@
 #include "tvutil2/platform/base/types.h"
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -24,8 +25,15 @@ struct TextEncoding {
     [[nodiscard]] std::string name() const;
 };
 
-/// "utf-8", "utf-8-bom", "utf-16", "utf-16be", "ansi" or the number of a code page; Failure{usage}
-/// for others.
+/// A name without what stands between its letters and digits, in lower case.
+[[nodiscard]] std::string folded_encoding_name(std::string_view name);
+/// The page of a number or a usual name ("cp1252", "Latin-1"), known here or not; not for Unicode.
+[[nodiscard]] std::optional<UINT> page_named(std::string_view name);
+/// What is said of any other name.
+[[nodiscard]] std::string unknown_encoding(std::string_view name);
+
+/// "utf-8", "utf-8-bom", "utf-16", "utf-16be", "ansi" or what page_named() knows, however it is
+/// written; Failure{usage} for others.
 [[nodiscard]] TextEncoding encoding_named(const std::string& name);
 
 /// What the library takes a file for: by its mark, as UTF-8 when it is valid UTF-8, else in the

@@ -5,8 +5,10 @@
 
 #include <algorithm>
 #include <memory>
+#include <vector>
 
 #include "tools/tvutil/command.h"
+#include "tools/tvutil/word_distance.h"
 
 namespace {
 
@@ -27,6 +29,7 @@ struct Options {
     std::string name;
     std::string value;
     bool json = false;
+    bool host = false;
 };
 
 void list(const Options& options) {
@@ -40,15 +43,23 @@ void list(const Options& options) {
     }
     nlohmann::ordered_json all;
     for (const auto& [name, value] : kSwitches) all[name] = features.*value;
-    tool::print(nlohmann::ordered_json{{"file", tool::narrow(features.m_strPath.View())},
-                                       {"switches", all}});
+    tool::print(nlohmann::ordered_json{
+        {"file", tool::shown_path(features.m_strPath.View(), options.host)}, {"switches", all}});
+}
+
+std::string meant(const std::string& name) {
+    std::vector<std::string> names;
+    for (const auto& entry : kSwitches) names.emplace_back(entry.name);
+    const auto near = tool::nearest(name, names);
+    return near.empty() ? "" : "; did you mean \"" + near + "\"?";
 }
 
 void set(const Options& options) {
     const auto* found = std::find_if(std::begin(kSwitches), std::end(kSwitches),
                                      [&](const auto& entry) { return options.name == entry.name; });
     if (found == std::end(kSwitches)) {
-        throw tool::Failure{tool::Exit::usage, options.name + ": no such switch"};
+        throw tool::Failure{tool::Exit::usage,
+                            options.name + ": no such switch" + meant(options.name)};
     }
     auto& features = CTvExpFeatures::GetInstance();
     features.Load();
@@ -70,6 +81,7 @@ const tool::Command g_features([](CLI::App& app) {
         *app.add_subcommand("features", "The switches of features that are still being tried out");
     features.require_subcommand(0, 1);
     tool::add_json_flag(features, options->json);
+    tool::add_host_flag(features, options->host);
     features.callback([&features, options] {
         if (features.get_subcommands().empty()) list(*options);
     });

@@ -1,13 +1,14 @@
 // tvutil ini: values of INI files.
 #include "tvutil2/framework/strings.h"
-#include "tvutil2/platform/base/host_path.h"
 #include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/profile/profile.h"
 
-#include <filesystem>
+#include <algorithm>
 #include <memory>
+#include <optional>
 
 #include "tools/tvutil/command.h"
+#include "tools/tvutil/encoded_text.h"
 #include "tools/tvutil/ini_commands.h"
 
 namespace {
@@ -20,35 +21,63 @@ struct Options {
     bool is_json = false;
 };
 
-std::u16string path_of(const Options& options) {
-    return tool::platform_path_of(options.file);
+bool is_same(const std::u16string& a, const std::u16string& b) {
+    return CString(a.c_str()).CompareNoCase(b.c_str()) == 0;
+}
+
+// Of several entries of one key the first holds.
+std::optional<std::u16string> value_in(const std::u16string& path, const Options& options) {
+    const auto key = tool::wide(options.key);
+    for (const auto& entry : tool::profile_list(path, tool::wide(options.section).c_str())) {
+        const auto equals = entry.find(u'=');
+        if (is_same(entry.substr(0, equals), key)) return entry.substr(equals + 1);
+    }
+    return std::nullopt;
 }
 
 void get(const Options& options) {
-    const auto key = tool::wide(options.key);
-    for (const auto& entry :
-         tool::profile_list(path_of(options), tool::wide(options.section).c_str())) {
-        const auto equals = entry.find(u'=');
-        if (CString(entry.substr(0, equals).c_str()).CompareNoCase(key.c_str()) != 0) continue;
-        return tool::print(tool::narrow(entry.substr(equals + 1)));
-    }
-    throw tool::Failure{tool::Exit::no, options.file + ": no such key"};
+    const tool::NamedFile file(options.file, tool::kLargestIni);
+    static_cast<void>(tool::sections_of(file.path(), options.file));
+    const auto value = value_in(file.path(), options);
+    if (!value) throw tool::Failure{tool::Exit::no, options.file + ": no such key"};
+    tool::print_text("value", tool::narrow(*value), options.is_json);
 }
 
-void write(const Options& options, const char16_t* key, const char16_t* value) {
+void write(const tool::NamedFile& file, const Options& options, const char16_t* key,
+           const char16_t* value) {
     if (WritePrivateProfileStringW(tool::wide(options.section).c_str(), key, value,
-                                   path_of(options).c_str()) == FALSE) {
+                                   file.path().c_str()) == FALSE) {
         throw tool::Failure{tool::Exit::failed, tool::error_text(options.file, GetLastError())};
     }
+    file.give_back();
+}
+
+void set(const Options& options) {
+    const tool::NamedFile file(options.file, tool::kLargestIni);
+    write(file, options, tool::wide(options.key).c_str(), tool::wide(options.value).c_str());
+}
+
+void remove(const Options& options, bool has_key) {
+    const tool::NamedFile file(options.file, tool::kLargestIni);
+    const auto section = tool::wide(options.section);
+    const auto sections = tool::sections_of(file.path(), options.file);
+    const bool is_there =
+        has_key ? value_in(file.path(), options).has_value()
+                : std::any_of(sections.begin(), sections.end(),
+                              [&](const auto& name) { return is_same(name, section); });
+    if (!is_there) {
+        file.give_back();
+        throw tool::Failure{tool::Exit::no,
+                            options.file + (has_key ? ": no such key" : ": no such section")};
+    }
+    const auto key = tool::wide(options.key);
+    write(file, options, has_key ? key.c_str() : nullptr, nullptr);
 }
 
 void list(const Options& options) {
-    const auto path = path_of(options);
-    SetLastError(NO_ERROR);
-    const auto sections = tool::profile_list(path, nullptr);
-    if (sections.empty() && GetLastError() != NO_ERROR) {
-        throw tool::Failure{tool::Exit::failed, tool::error_text(options.file, GetLastError())};
-    }
+    const tool::NamedFile file(options.file, tool::kLargestIni);
+    const auto path = file.path();
+    const auto sections = tool::sections_of(path, options.file);
     tool::UniqueMembers all;
     for (const auto& section : sections) {
         const auto name = tool::narrow(section);
@@ -70,7 +99,11 @@ void list(const Options& options) {
 }
 
 void add_file(CLI::App& command, Options& options) {
-    command.add_option("file", options.file, "The INI file")->required()->type_name("FILE");
+    command
+        .add_option("file", options.file,
+                    "The INI file; \"-\" is standard input, and output for what is changed")
+        ->required()
+        ->type_name("FILE");
 }
 
 const tool::Command g_command([](CLI::App& app) {
@@ -82,6 +115,7 @@ const tool::Command g_command([](CLI::App& app) {
     add_file(*get_command, *options);
     get_command->add_option("section", options->section, "Its section")->required();
     get_command->add_option("key", options->key, "Its key")->required();
+    tool::add_json_flag(*get_command, options->is_json);
     get_command->callback([options] { get(*options); });
 
     auto* set_command = ini->add_subcommand("set", "Set one value; the file is made if missing");
@@ -89,18 +123,13 @@ const tool::Command g_command([](CLI::App& app) {
     set_command->add_option("section", options->section, "Its section")->required();
     set_command->add_option("key", options->key, "Its key")->required();
     set_command->add_option("value", options->value, "The text")->required();
-    set_command->callback([options] {
-        write(*options, tool::wide(options->key).c_str(), tool::wide(options->value).c_str());
-    });
+    set_command->callback([options] { set(*options); });
 
     auto* remove_command = ini->add_subcommand("remove", "Remove a key, or a whole section");
     add_file(*remove_command, *options);
     remove_command->add_option("section", options->section, "The section")->required();
     auto* const key = remove_command->add_option("key", options->key, "The key in it");
-    remove_command->callback([options, key] {
-        const auto name = tool::wide(options->key);
-        write(*options, key->count() != 0 ? name.c_str() : nullptr, nullptr);
-    });
+    remove_command->callback([options, key] { remove(*options, key->count() != 0); });
 
     auto* list_command = ini->add_subcommand("list", "Print all sections with their entries");
     add_file(*list_command, *options);
@@ -115,10 +144,13 @@ const tool::Command g_command([](CLI::App& app) {
 
 namespace tool {
 
-std::u16string platform_path_of(const std::string& file) {
-    auto path = tvutil2::platform_path(std::filesystem::absolute(file).string());
-    if (!path) throw Failure{Exit::usage, file + ": no path"};
-    return *path;
+std::vector<std::u16string> sections_of(const std::u16string& path, const std::string& shown_name) {
+    SetLastError(NO_ERROR);
+    auto sections = profile_list(path, nullptr);
+    if (sections.empty() && GetLastError() != NO_ERROR) {
+        throw Failure{Exit::failed, error_text(shown_name, GetLastError())};
+    }
+    return sections;
 }
 
 std::vector<std::u16string> profile_list(const std::u16string& path, const char16_t* section) {

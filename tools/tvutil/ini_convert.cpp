@@ -135,6 +135,12 @@ void report(const Options& options, const TextEncoding& from, const TextEncoding
           std::to_string(conversion.lines()) + " lines");
 }
 
+void note_loss(const Conversion& conversion) {
+    if (conversion.lost_lines() == 0) return;
+    warn("text is lost, or would be, in " + std::to_string(conversion.lost_lines()) + " lines");
+    exit_with(Exit::lossy);
+}
+
 void convert(const Options& options) {
     const auto to = encoding_named(options.to);
     if (!options.from.empty()) static_cast<void>(encoding_named(options.from));
@@ -153,12 +159,22 @@ void convert(const Options& options) {
         if (!is_changed) return std::nullopt;
         return result;
     };
+    if (options.file == "-") {
+        const auto bytes = read_input("-", kLargestIni);
+        const auto result = edit(bytes).value_or(bytes);
+        if (!options.is_dry_run && !options.is_json) {
+            write_output("-", result);
+            return note_loss(*conversion);
+        }
+        report(options, from, to, *conversion, false);
+        return note_loss(*conversion);
+    }
     const auto path = std::filesystem::absolute(options.file).string();
     if (!tvutil2::replace_content(path, false, edit)) {
         throw Failure{Exit::failed, error_text(options.file, GetLastError())};
     }
     report(options, from, to, *conversion, is_changed);
-    if (conversion->lost_lines() != 0) exit_with(Exit::lossy);
+    note_loss(*conversion);
 }
 
 }  // namespace
@@ -172,7 +188,10 @@ void add_ini_convert(CLI::App& ini) {
         "are\nlisted and the exit code is 5.\n"
         "Encodings: utf-16, utf-16be, utf-8-bom (these have their mark), utf-8, ansi (the\n"
         "installation's code page), or the number of a code page, such as 1252 or 28591.");
-    command.add_option("file", options->file, "The INI file, at most 64 MiB")
+    command
+        .add_option("file", options->file,
+                    "The INI file, at most 64 MiB; \"-\" converts standard input to standard "
+                    "output")
         ->required()
         ->type_name("FILE");
     command.add_option("--to", options->to, "Encoding to put it into")->required();

@@ -11,7 +11,9 @@
 #include <vector>
 
 #include "tools/tvutil/command.h"
+#include "tools/tvutil/encoded_text.h"
 #include "tools/tvutil/ini_commands.h"
+#include "tools/tvutil/store.h"
 
 namespace {
 
@@ -36,13 +38,12 @@ void check_place(const Options& options) {
     }
 }
 
-void open(const Options& options, COptionStorage& store) {
-    check_place(options);
+void open(const Options& options, const std::u16string& file, COptionStorage& store) {
     const auto company = tool::wide(options.company);
     const auto product = tool::wide(options.product);
     const bool is_open =
         !options.file.empty()
-            ? store.OpenIniFile(tool::platform_path_of(options.file).c_str()) != 0
+            ? store.OpenIniFile(file.c_str()) != 0
             : store.Open(company.c_str(), options.has_product ? product.c_str() : nullptr,
                          options.is_in_registry ? 1 : 0) != 0;
     if (!is_open || store.SetSection(tool::wide(options.section).c_str()) == 0) {
@@ -70,9 +71,30 @@ nlohmann::ordered_json json_of(const Value& value) {
                              : nlohmann::ordered_json(std::get<std::string>(value));
 }
 
+// Reading says nothing of a file that can't be read; one that isn't there has no options.
+void check_file(const std::u16string& path, const std::string& shown_name) {
+    SetLastError(NO_ERROR);
+    if (!tool::profile_list(path, nullptr).empty()) return;
+    const auto error = GetLastError();
+    if (error == NO_ERROR) return;
+    const bool is_missing = error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
+    throw tool::Failure{is_missing ? tool::Exit::no : tool::Exit::failed,
+                        tool::error_text(shown_name, error)};
+}
+
+// The file behind --file, if that is given.
+tool::NamedFile file_of(const Options& options) {
+    check_place(options);
+    return tool::NamedFile(options.file, tool::kLargestIni);
+}
+
 void get(const Options& options) {
     COptionStorage store;
-    open(options, store);
+    const auto file = file_of(options);
+    const auto path = options.file.empty() ? std::u16string() : file.path();
+    if (!path.empty()) check_file(path, options.file);
+    if (options.is_in_registry) tool::check_store(HKEY_CURRENT_USER);
+    open(options, path, store);
     const auto value = value_of(store, tool::wide(options.name));
     if (!value) throw tool::Failure{tool::Exit::no, options.name + ": no such option"};
     if (options.is_json) return tool::print(nlohmann::ordered_json{{"value", json_of(*value)}});
@@ -95,7 +117,8 @@ void set(const Options& options) {
     const auto text = tool::wide(options.value);
     const auto number = options.is_number ? number_of(options.value) : 0;
     COptionStorage store;
-    open(options, store);
+    const auto file = file_of(options);
+    open(options, options.file.empty() ? std::u16string() : file.path(), store);
     bool is_kept = false;
     if (options.is_number) {
         store.SetValue(name.c_str(), number);
@@ -104,7 +127,7 @@ void set(const Options& options) {
         store.SetValue(name.c_str(), text.c_str());
         is_kept = store.GetValue(name.c_str(), text.empty() ? u"1" : u"").View() == text;
     }
-    if (is_kept) return;
+    if (is_kept) return file.give_back();
     throw tool::Failure{tool::Exit::failed,
                         options.name +
                             ": it doesn't read back as written: the place can't be written, or "
@@ -146,6 +169,7 @@ Section entries_of(const CRegistry& key) {
 using Sections = std::vector<std::pair<std::string, Section>>;
 
 Sections sections_of_key(const std::u16string& path) {
+    tool::check_store(HKEY_CURRENT_USER);
     CRegistry root;
     if (root.Open(HKEY_CURRENT_USER, path.c_str(), 0, KEY_READ) == 0) {
         throw tool::Failure{tool::Exit::no, "HKCU\\" + tool::narrow(path) + ": no such key"};
@@ -162,21 +186,16 @@ Sections sections_of_key(const std::u16string& path) {
 }
 
 Sections sections_of_file(const std::u16string& path) {
-    SetLastError(NO_ERROR);
+    check_file(path, tool::narrow(path));
     Sections sections;
     for (const auto& section : tool::profile_list(path, nullptr)) {
         sections.emplace_back(tool::narrow(section), entries_of(path, section));
-    }
-    if (const auto error = GetLastError(); sections.empty() && error != NO_ERROR) {
-        const bool is_missing = error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
-        throw tool::Failure{is_missing ? tool::Exit::no : tool::Exit::failed,
-                            tool::error_text(tool::narrow(path), error)};
     }
     return sections;
 }
 
 void list(const Options& options) {
-    check_place(options);
+    const auto file = file_of(options);
     const auto company = tool::wide(options.company);
     const auto product = tool::wide(options.product);
     const auto* const named = options.has_product ? product.c_str() : nullptr;
@@ -185,7 +204,7 @@ void list(const Options& options) {
         sections =
             sections_of_key(std::u16string(tvutil2::option_key(company.c_str(), named).View()));
     } else if (!options.file.empty()) {
-        sections = sections_of_file(tool::platform_path_of(options.file));
+        sections = sections_of_file(file.path());
     } else {
         sections =
             sections_of_file(std::u16string(tvutil2::option_file(company.c_str(), named).View()));
@@ -206,7 +225,9 @@ void list(const Options& options) {
 }
 
 void add_place(CLI::App& command, const std::shared_ptr<Options>& options) {
-    auto* const file = command.add_option("--file", options->file, "In this INI file");
+    auto* const file = command.add_option("--file", options->file,
+                                          "In this INI file; \"-\" is standard input, and "
+                                          "output for what is set");
     auto* const company =
         command.add_option("--company", options->company,
                            "In the INI file APPLICATION-DATA\\COMPANY\\PRODUCT of the person");

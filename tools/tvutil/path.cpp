@@ -20,6 +20,7 @@ struct Options {
     std::string second;
     int length = 0;
     bool json = false;
+    bool host = false;
 };
 
 using Shared = std::shared_ptr<Options>;
@@ -73,10 +74,11 @@ void split_arguments(const Options& options) {
 void expand(const Options& options) {
     CString path(std::u16string_view(tool::wide(options.first)));
     const bool changed = ChangePathWithEnv(path) != 0;
+    const auto shown = tool::shown_path(path.View(), options.host);
     if (options.json) {
-        tool::print(nlohmann::ordered_json{{"path", narrow(path)}, {"expanded", changed}});
+        tool::print(nlohmann::ordered_json{{"path", shown}, {"expanded", changed}});
     } else {
-        tool::print(std::string_view(narrow(path)));
+        tool::print(std::string_view(shown));
     }
 }
 
@@ -85,7 +87,7 @@ void append(const Options& options) {
     if (AppendPathEx(path, tool::wide(options.second).c_str()) == 0) {
         throw tool::Failure{tool::Exit::refused, options.first + ": not an absolute path"};
     }
-    print_value(options, "path", narrow(path));
+    print_value(options, "path", tool::shown_path(path.View(), options.host));
 }
 
 void save_as(const Options& options) {
@@ -131,12 +133,14 @@ void add_texts(CLI::App& path, const Shared& options) {
             "Replace each %NAME% that names an environment variable by its value", expand);
     expanded.add_option("path", options->first, "The path")->required();
     tool::add_json_flag(expanded, options->json);
+    tool::add_host_flag(expanded, options->host);
 
     auto& joined = add(path, options, "append",
                        "Combine an absolute path with one that may be relative", append);
     joined.add_option("base", options->first, "An absolute path, such as C:\\a\\b")->required();
     joined.add_option("tail", options->second, "Such as ..\\c, \\c or D:\\c")->required();
     tool::add_json_flag(joined, options->json);
+    tool::add_host_flag(joined, options->host);
 
     auto& copy =
         add(path, options, "save-as",

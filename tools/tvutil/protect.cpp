@@ -23,12 +23,14 @@ class Protection {
                         "Whose key: \"account\" (the default: that of session URLs) or \"machine\" "
                         "(user and computer)")
             ->check(CLI::IsMember({"account", "machine"}));
-        command.add_option("--key-file", m_key_file, "File with a key text of your own");
+        command.add_option("--key-file", m_key_file,
+                           "File with a key text of your own; \"-\" is standard input");
         command
             .add_option("--mac", m_mac,
                         "\"md5\" (the default): with a digest that shows damage and wrong keys; or "
                         "\"none\"")
             ->check(CLI::IsMember({"md5", "none"}));
+        tool::add_json_flag(command, m_is_json);
     }
 
     [[nodiscard]] CString text() const {
@@ -38,11 +40,15 @@ class Protection {
         }
         return text;
     }
+    [[nodiscard]] bool is_json() const { return m_is_json; }
     [[nodiscard]] CUrlInfo::MAC mac() const {
         return m_mac == "md5" ? CUrlInfo::MAC_MD5 : CUrlInfo::MAC_NONE;
     }
     [[nodiscard]] CAnsiString key() const {
         if (!m_key_file.empty()) {
+            if (m_key_file == "-" && m_text.is_standard_input()) {
+                throw Failure{Exit::usage, "key and text can't both be standard input"};
+            }
             auto text = tool::read_input(m_key_file, kLongestKey);
             if (text.ends_with('\n')) text.pop_back();
             return CAnsiString(tool::wide(text).c_str());
@@ -60,12 +66,13 @@ class Protection {
     std::string m_key = "account";
     std::string m_key_file;
     std::string m_mac = "md5";
+    bool m_is_json = false;
 };
 
 void protect(const Protection& options) {
     auto text = options.text();
     CUrlInfo::EncryptString(options.key(), text, options.mac(), CUrlInfo::ENC_RC4);
-    tool::print(tool::narrow(text.View()));
+    tool::print_text("text", tool::narrow(text.View()), options.is_json());
 }
 
 void reveal(const Protection& options) {
@@ -73,7 +80,7 @@ void reveal(const Protection& options) {
     if (CUrlInfo::DecryptString(options.key(), text, options.mac(), CUrlInfo::ENC_RC4) == 0) {
         throw Failure{Exit::refused, "not a protected string under this key"};
     }
-    tool::print(tool::narrow(text.View()));
+    tool::print_text("text", tool::narrow(text.View()), options.is_json());
 }
 
 const tool::Command kCommand([](CLI::App& app) {

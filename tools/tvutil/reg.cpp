@@ -1,5 +1,6 @@
 // tvutil reg: keys and values of the registry.
 #include "tvutil2/platform/base/last_error.h"
+#include "tvutil2/platform/base/utf.h"
 #include "tvutil2/platform/registry/reg_text.h"
 #include "tvutil2/platform/registry/registry.h"
 #include "tvutil2/settings/registry.h"
@@ -12,6 +13,9 @@
 #include <memory>
 
 #include "tools/tvutil/command.h"
+#include "tools/tvutil/encoded_text.h"
+#include "tools/tvutil/store.h"
+#include "tools/tvutil/terminal.h"
 
 namespace {
 
@@ -22,6 +26,7 @@ struct Options {
     std::string name;
     std::string type = "sz";
     std::string file;
+    std::string encoding;
     std::vector<std::string> data;
     bool is_recursive = false;
     bool is_json = false;
@@ -66,10 +71,27 @@ KeyName key_name(const std::string& text) {
     throw tool::Failure{tool::Exit::usage, text + ": not a key (HKCU\\... or HKLM\\...)"};
 }
 
-void check(const std::string& what, LONG error) {
+HKEY root_of(const std::string& text) {
+    KeyName name;
+    if (text.empty() || !tvutil2::parse_reg_key_name(tool::wide(text), name.root, name.path)) {
+        return HKEY_CURRENT_USER;
+    }
+    return name.root;
+}
+
+// `what` begins with the key, or is one.
+void check(const std::string& what, HKEY root, LONG error) {
     if (error == LONG{ERROR_SUCCESS}) return;
-    const auto code = error == LONG{ERROR_FILE_NOT_FOUND} ? tool::Exit::no : tool::Exit::failed;
-    throw tool::Failure{code, tool::error_text(what, static_cast<unsigned>(error))};
+    tool::check_store(root);
+    const auto code = static_cast<unsigned>(error);
+    if (code == ERROR_FILE_NOT_FOUND) {
+        throw tool::Failure{tool::Exit::no, tool::error_text(what, code)};
+    }
+    throw tool::Failure{tool::Exit::failed, tool::in_store(tool::error_text(what, code), root)};
+}
+
+void check(const std::string& key, LONG error) {
+    check(key, root_of(key), error);
 }
 
 void open(const std::string& text, DWORD access, OpenKey& result) {
@@ -148,7 +170,7 @@ tvutil2::RegTextValue read_value(HKEY key, const Options& options) {
         const LONG error = RegQueryValueExW(key, value.name.c_str(), nullptr, &value.type,
                                             value.data.data(), &size);
         if (error == LONG{ERROR_MORE_DATA}) continue;
-        check(options.key + ", value " + options.name, error);
+        check(options.key + ", value " + options.name, root_of(options.key), error);
         value.data.resize(size);
         return value;
     }
@@ -278,15 +300,17 @@ void remove(const Options& options, bool has_value) {
     if (has_value) {
         OpenKey key;
         open(options.key, KEY_SET_VALUE, key);
-        return check(options.key + ", value " + options.name,
+        return check(options.key + ", value " + options.name, name.root,
                      RegDeleteValueW(key.key, tool::wide(options.name).c_str()));
     }
     if (name.path.empty()) throw tool::Failure{tool::Exit::usage, "a root can't be deleted"};
     if (options.is_tree) return check(options.key, SHDeleteKeyW(name.root, name.path.c_str()));
     const LONG error = RegDeleteKeyW(name.root, name.path.c_str());
     if (error == LONG{ERROR_ACCESS_DENIED}) {
-        throw tool::Failure{tool::Exit::failed, tool::error_text(options.key, ERROR_ACCESS_DENIED) +
-                                                    "; a key with keys below it needs --tree"};
+        throw tool::Failure{
+            tool::Exit::failed,
+            tool::in_store(tool::error_text(options.key, ERROR_ACCESS_DENIED), name.root) +
+                "; a key with keys below it needs --tree"};
     }
     check(options.key, error);
 }
@@ -306,7 +330,9 @@ void rename(const Options& options) {
     CRegistry parent;
     const auto parent_path = name.path.substr(0, start == 0 ? 0 : start - 1);
     if (parent.Open(name.root, parent_path.c_str(), 0, KEY_ALL_ACCESS) == 0) {
-        throw tool::Failure{tool::Exit::failed, options.key + ": access denied"};
+        throw tool::Failure{
+            tool::Exit::failed,
+            tool::in_store(tool::error_text(options.key, ERROR_ACCESS_DENIED), name.root)};
     }
     OpenKey target;
     if (RegOpenKeyExW(parent.GetSafeHkey(), new_name.c_str(), 0, KEY_READ, &target.key) ==
@@ -331,7 +357,11 @@ void watch(const Options& options) {
     do {
         check(options.key, RegNotifyChangeKeyValue(key.key, options.is_recursive ? TRUE : FALSE,
                                                    filter, nullptr, FALSE));
-        tool::print("changed: " + options.key);
+        if (options.is_json) {
+            std::cout << nlohmann::ordered_json{{"changed", options.key}}.dump() << '\n';
+        } else {
+            tool::print("changed: " + options.key);
+        }
         std::cout.flush();
     } while (!options.is_once && std::cout);
 }
@@ -349,7 +379,19 @@ void import_text(const Options& options) {
     std::size_t failed = 0;
     const LONG error = tvutil2::apply_reg_text(keys, failed);
     if (error == LONG{ERROR_SUCCESS}) return;
-    check(tool::narrow(tvutil2::reg_key_name(keys[failed].root, keys[failed].path)), error);
+    check(tool::narrow(tvutil2::reg_key_name(keys[failed].root, keys[failed].path)),
+          keys[failed].root, error);
+}
+
+std::string utf8_of(const std::string& key, const std::string& bytes) {
+    const auto utf16 = tool::encoding_named("utf-16");
+    const auto body = std::string_view(bytes).substr(utf16.mark().size());
+    const auto text = tvutil2::to_utf8(tool::decoded(utf16, body).text);
+    if (!text) {
+        throw tool::Failure{tool::Exit::lossy,
+                            key + ": half a surrogate pair, which UTF-8 can't hold; utf-16 can"};
+    }
+    return *text;
 }
 
 void export_text(const Options& options) {
@@ -361,9 +403,9 @@ void export_text(const Options& options) {
         throw tool::Failure{tool::Exit::failed,
                             options.key + ": a key's name has a line break, which the text can't"};
     }
-    if (options.file == "-") {
-        std::cout << bytes;
-        return;
+    const bool is_shown = options.file == "-" && tool::is_output_terminal();
+    if (options.encoding == "utf-8" || (options.encoding.empty() && is_shown)) {
+        bytes = utf8_of(options.key, bytes);
     }
     tool::write_output(options.file, bytes);
 }
@@ -389,6 +431,7 @@ void add_queries(CLI::App& reg, const std::shared_ptr<Options>& options) {
     auto* const watching = sub_command(reg, "watch", "Print a line for each change", *options);
     watching->add_flag("--recursive", options->is_recursive, "Of keys below it, too");
     watching->add_flag("--once", options->is_once, "End after the first");
+    watching->add_flag("--json", options->is_json, "Print a line of JSON for each");
     watching->callback([options] { watch(*options); });
 }
 
@@ -425,8 +468,13 @@ void add_texts(CLI::App& reg, const std::shared_ptr<Options>& options) {
         *exporting,
         "Quotes mean text with a final zero. Text that was stored without one, text to expand and\n"
         "lists are written as bytes, which import exactly, with the words in a comment above.");
-    exporting->add_option("file", options->file, "The .reg text; standard output if missing")
+    exporting
+        ->add_option("file", options->file, "The .reg text; \"-\" and, if missing, standard output")
         ->type_name("FILE");
+    exporting
+        ->add_option("--encoding", options->encoding,
+                     "utf-16 (the default for files and pipes) or utf-8 (for terminals)")
+        ->check(CLI::IsMember({"utf-16", "utf-8"}));
     exporting->callback([options] {
         if (options->file.empty()) options->file = "-";
         export_text(*options);

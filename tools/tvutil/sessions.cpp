@@ -31,6 +31,7 @@ struct Options {
     bool leave_files = false;
     bool dry_run = false;
     bool json = false;
+    bool host = false;
 };
 
 CString folder_of(const std::u16string& kind) {
@@ -53,10 +54,11 @@ void list(const Options& options) {
         if (!options.json) {
             auto line = tool::narrow(kind);
             line.resize(10, ' ');
-            tool::print(line + tool::narrow(folder.View()) + (is_default ? "" : "  (chosen)"));
+            tool::print(line + tool::shown_path(folder.View(), options.host) +
+                        (is_default ? "" : "  (chosen)"));
             continue;
         }
-        all[tool::narrow(kind)] = {{"folder", tool::narrow(folder.View())},
+        all[tool::narrow(kind)] = {{"folder", tool::shown_path(folder.View(), options.host)},
                                    {"extension", tool::narrow(extension.View())},
                                    {"chosen", !is_default}};
     }
@@ -64,7 +66,7 @@ void list(const Options& options) {
 }
 
 void where(const Options& options) {
-    const auto folder = tool::narrow(folder_of(tool::wide(options.kind)).View());
+    const auto folder = tool::shown_path(folder_of(tool::wide(options.kind)).View(), options.host);
     if (options.json) {
         tool::print(nlohmann::ordered_json{{"folder", folder}});
     } else {
@@ -73,7 +75,9 @@ void where(const Options& options) {
 }
 
 void find(const Options& options) {
-    if (ExistSessionFile(tool::wide(options.folder).c_str()) == 0) tool::exit_with(tool::Exit::no);
+    const bool is_found = ExistSessionFile(tool::wide(options.folder).c_str()) != 0;
+    if (options.json) tool::print(nlohmann::ordered_json{{"found", is_found}});
+    if (!is_found) tool::exit_with(tool::Exit::no);
 }
 
 // The host's names, below `folder`, of what a move takes. Links to folders are not entered.
@@ -101,11 +105,13 @@ std::vector<std::string> files_to_move(const CString& folder, const CString& ext
 void show_plan(const Options& options, const CString& from, const std::u16string& to,
                const std::vector<std::string>& files) {
     if (options.json) {
-        tool::print(nlohmann::ordered_json{
-            {"from", tool::narrow(from.View())}, {"to", tool::narrow(to)}, {"files", files}});
+        tool::print(nlohmann::ordered_json{{"from", tool::shown_path(from.View(), options.host)},
+                                           {"to", tool::shown_path(to, options.host)},
+                                           {"files", files}});
         return;
     }
-    tool::print("from " + tool::narrow(from.View()) + "\nto   " + tool::narrow(to));
+    tool::print("from " + tool::shown_path(from.View(), options.host) + "\nto   " +
+                tool::shown_path(to, options.host));
     for (const auto& file : files) tool::print("would move " + file);
 }
 
@@ -198,13 +204,16 @@ const tool::Command g_sessions([](CLI::App& app) {
 
     auto* listing = add("list", "The folder in effect of each kind", list);
     tool::add_json_flag(*listing, options->json);
+    tool::add_host_flag(*listing, options->host);
 
     auto* place = add("where", "The folder in effect of one kind", where);
     place->add_option("kind", options->kind, kKindHelp)->required();
     tool::add_json_flag(*place, options->json);
+    tool::add_host_flag(*place, options->host);
 
     auto* search = add("find", "Exit code 0 when a folder holds a session file, else 1", find);
     search->add_option("folder", options->folder, "Path as the platform writes it")->required();
+    tool::add_json_flag(*search, options->json);
 
     auto* change =
         add("move", "Choose another folder for a kind, and move its session files", move);
@@ -215,6 +224,7 @@ const tool::Command g_sessions([](CLI::App& app) {
     change->add_flag("--leave-files", options->leave_files, "Choose the folder, move nothing");
     change->add_flag("--dry-run", options->dry_run, "Show what would move, and change nothing");
     tool::add_json_flag(*change, options->json);
+    tool::add_host_flag(*change, options->host);
 });
 
 }  // namespace

@@ -72,7 +72,7 @@ void get(const Options& options) {
     use_language(options.language);
     const auto text = string_with(*id);
     if (!text) throw tool::Failure{tool::Exit::no, "there is no string " + options.id};
-    tool::print(*text);
+    tool::print_text("text", *text, options.is_json);
 }
 
 // One line a string: line breaks and backslashes are escaped.
@@ -137,6 +137,7 @@ const tool::Command g_command([](CLI::App& app) {
     auto* get_command = string->add_subcommand("get", "Print one string");
     get_command->add_option("id", options->id, "Number of the string, such as 14107")->required();
     add_language_option(*get_command, *options);
+    tool::add_json_flag(*get_command, options->is_json);
     get_command->callback([options] { get(*options); });
 
     auto* list_command = string->add_subcommand(

@@ -1,11 +1,9 @@
 // tvutil text: encodings and line ends of text files.
-#include "tvutil2/platform/base/host_path.h"
 #include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/files/replaced_file.h"
 #include "tvutil2/text/text_file.h"
 
 #include <algorithm>
-#include <filesystem>
 #include <memory>
 #include <optional>
 
@@ -87,9 +85,7 @@ tool::DecodedText text_of(const Encoding& encoding, std::string_view bytes) {
 
 // As a reader of the library finds it; nothing for ansi, which may be any page.
 std::optional<Encoding> detected(const std::string& file, std::string_view bytes) {
-    const auto path = tvutil2::platform_path(std::filesystem::absolute(file).string());
-    if (!path) throw Failure{Exit::usage, file + ": no path"};
-    CTextFileRead reader(path->c_str());
+    CTextFileRead reader(tool::platform_path_of(file).c_str());
     if (reader.IsOpen() == 0) {
         throw Failure{Exit::failed, tool::error_text(file, GetLastError())};
     }
@@ -107,8 +103,9 @@ std::optional<Encoding> detected(const std::string& file, std::string_view bytes
 }
 
 void detect(const Options& options) {
-    const auto bytes = tool::read_input(options.input, kLargestText);
-    const auto found = detected(options.input, bytes);
+    const tool::NamedFile file(options.input, kLargestText);
+    const auto bytes = tool::read_input(file.host(), kLargestText);
+    const auto found = detected(file.host(), bytes);
     const auto encoding = found.value_or(tool::encoding_named("ansi"));
     const auto name = found ? encoding.name() : "ansi";
     const auto text = text_of(encoding, bytes);
@@ -141,9 +138,11 @@ std::size_t first_difference(std::u16string_view a, std::u16string_view b) {
 void report_loss(const Options& options, const std::string& what) {
     const auto message = options.input + ": " + what;
     if (!options.is_lossy) {
-        throw Failure{Exit::lossy, message + "; " + options.output + " is as it was"};
+        throw Failure{Exit::lossy,
+                      message + (options.output == "-" ? std::string("; nothing is written")
+                                                       : "; " + options.output + " is as it was")};
     }
-    std::fprintf(stderr, "tvutil: %s\n", message.c_str());
+    tool::warn(message);
     tool::exit_with(Exit::lossy);
 }
 
@@ -180,7 +179,9 @@ const tool::Command g_command([](CLI::App& app) {
         "how "
         "many lines it has.\nWithout a mark, the first byte above ASCII decides: it begins a UTF-8 "
         "sequence, or the file is ansi (the installation's code page).");
-    detect_command.add_option("file", options->input, "The text file, at most 256 MiB")
+    detect_command
+        .add_option("file", options->input,
+                    "The text file, at most 256 MiB; \"-\" is standard input")
         ->required()
         ->type_name("FILE");
     tool::add_json_flag(detect_command, options->is_json);
@@ -199,7 +200,8 @@ const tool::Command g_command([](CLI::App& app) {
                     "The text to read, at most 256 MiB; \"-\" is standard input")
         ->required()
         ->type_name("INPUT");
-    convert_command.add_option("output", options->output, "The file to write")
+    convert_command
+        .add_option("output", options->output, "The file to write; \"-\" is standard output")
         ->required()
         ->type_name("OUTPUT");
     convert_command.add_option("--from", options->from,

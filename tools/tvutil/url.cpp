@@ -15,7 +15,6 @@ using tool::Exit;
 using tool::Failure;
 
 constexpr std::string_view kHidden = "(hidden)";
-constexpr std::size_t kLongestUrl = std::size_t{1} << 20;
 
 struct ParseOptions {
     std::string url;
@@ -36,6 +35,7 @@ struct MakeOptions {
     std::string path;
     std::vector<std::string> items;
     bool duplicate = false;
+    bool json = false;
     tool::SecretOption password;
     tool::SecretOption passphrase;
 };
@@ -79,13 +79,9 @@ void print_fields(const nlohmann::ordered_json& fields) {
 }
 
 void parse(const ParseOptions& options) {
-    auto url = options.url;
-    if (url == "-") {
-        url = tool::read_input(url, kLongestUrl);
-        if (url.ends_with('\n')) url.pop_back();
-    }
     CUrlInfo info;
-    if (info.Parse_URL(tool::wide(url).c_str(), options.keep_escapes ? 0 : 1) == 0) {
+    if (info.Parse_URL(tool::url_argument(options.url).c_str(), options.keep_escapes ? 0 : 1) ==
+        0) {
         throw Failure{Exit::refused, "not a session URL"};
     }
     const auto fields = json_of(info, options.show_secrets);
@@ -115,6 +111,10 @@ void make(const MakeOptions& options) {
         }
         info.m_mapParams[key] = CString(text.substr(equals + 1));
     }
+    if (options.password.given() && options.passphrase.given() &&
+        options.password.is_standard_input() && options.passphrase.is_standard_input()) {
+        throw Failure{Exit::usage, "password and pass phrase can't both be standard input"};
+    }
     if (options.password.given()) {
         if (options.user.empty()) throw Failure{Exit::usage, "a password needs --user"};
         info.m_strPassword = options.password.read();
@@ -126,7 +126,7 @@ void make(const MakeOptions& options) {
     if (info.MakeURL(url, options.duplicate ? 1 : 0, 1) == 0) {
         throw Failure{Exit::failed, "this account has no key to protect a secret under"};
     }
-    tool::print(tool::narrow(url.View()));
+    tool::print_text("url", tool::narrow(url.View()), options.json);
 }
 
 void add_parse(CLI::App& url) {
@@ -153,6 +153,7 @@ void add_make(CLI::App& url) {
     command->add_option("--item", options->items, "Query item, KEY=VALUE; may be repeated")
         ->allow_extra_args(false);
     command->add_flag("--duplicate", options->duplicate, "Ask for a duplicate session");
+    tool::add_json_flag(*command, options->json);
     command->callback([options] { make(*options); });
 }
 

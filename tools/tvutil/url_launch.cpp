@@ -11,9 +11,11 @@
 namespace tool {
 namespace {
 
+constexpr std::size_t kLongestUrl = std::size_t{1} << 20U;
+
 void launch(const std::string& url) {
     CUrlInfo info;
-    if (info.Parse_URL(wide(url).c_str(), 1) == 0) {
+    if (info.Parse_URL(url_argument(url).c_str(), 1) == 0) {
         throw Failure{Exit::refused, "that is no session URL"};
     }
     if (ExecuteURL(info) == 0) {
@@ -24,6 +26,14 @@ void launch(const std::string& url) {
 }
 
 }  // namespace
+
+std::u16string url_argument(const std::string& argument) {
+    if (argument != "-") return wide(argument);
+    auto url = read_input(argument, kLongestUrl);
+    if (url.ends_with('\n')) url.pop_back();
+    if (url.ends_with('\r')) url.pop_back();
+    return wide(url);
+}
 
 void add_url_launch(CLI::App& url) {
     auto* const command = url.add_subcommand(
@@ -37,7 +47,11 @@ void add_url_launch(CLI::App& url) {
         "protected\n"
         "on the product's command line.");
     const auto text = std::make_shared<std::string>();
-    command->add_option("URL", *text, "Session URL, as \"tvutil url make\" writes it")->required();
+    command
+        ->add_option("URL", *text,
+                     "Session URL, as \"tvutil url make\" writes it; \"-\" reads it from "
+                     "standard input")
+        ->required();
     command->callback([text] { launch(*text); });
 }
 
