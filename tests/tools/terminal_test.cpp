@@ -63,8 +63,10 @@ bool has_echo() {
     return tcgetattr(STDIN_FILENO, &state) == 0 && (state.c_lflag & ECHO) != 0;
 }
 
-// Starts the program as a shell starts a job, and goes on with one that stops. 0 when the terminal
-// shows what is typed at each stop and in the end.
+constexpr int kNoEcho = 100;
+
+// Starts the program as a shell starts a job, and goes on with one that stops. The signal that
+// ended it or 0; kNoEcho when the terminal doesn't show what is typed at a stop or in the end.
 int as_job(const std::vector<std::string>& arguments) {
     const auto job = fork();
     if (job == 0) {
@@ -76,10 +78,10 @@ int as_job(const std::vector<std::string>& arguments) {
     }
     int status = 0;
     while (waitpid(job, &status, WUNTRACED) == job && WIFSTOPPED(status)) {
-        if (!has_echo()) return 1;
+        if (!has_echo()) return kNoEcho;
         kill(-job, SIGCONT);
     }
-    if (!has_echo()) return 2;
+    if (!has_echo()) return kNoEcho;
     return WIFSIGNALED(status) ? WTERMSIG(status) : 0;
 }
 

@@ -271,9 +271,13 @@ int run(int argc, char** argv) {
     return static_cast<int>(g_exit);
 }
 
-int report(Exit code, const std::string& message) {
-    const HarmlessStreams streams;
-    warn(message);
+int report(Exit code, const char* message) noexcept {
+    try {
+        const HarmlessStreams streams;
+        warn(message);
+    } catch (const std::exception&) {
+        std::fputs("tvutil: failed\n", stderr);
+    }
     return static_cast<int>(code);
 }
 
@@ -283,7 +287,7 @@ int main(int argc, char** argv) {
     try {
         return tool::run(argc, argv);
     } catch (const tool::Failure& failure) {
-        return tool::report(failure.code, failure.message);
+        return tool::report(failure.code, failure.message.c_str());
     } catch (const std::exception& error) {
         return tool::report(tool::Exit::failed, error.what());
     }

@@ -160,13 +160,16 @@ void convert(const Options& options) {
         return result;
     };
     if (options.file == "-") {
-        const auto bytes = read_input("-", kLargestIni);
-        const auto result = edit(bytes).value_or(bytes);
-        if (!options.is_dry_run && !options.is_json) {
-            write_output("-", result);
-            return note_loss(*conversion);
+        if (options.is_json && !options.is_dry_run) {
+            throw Failure{Exit::usage, "--json with \"-\" needs --dry-run: the text goes there"};
         }
-        report(options, from, to, *conversion, false);
+        const auto bytes = read_input("-", kLargestIni);
+        const auto result = edit(bytes);
+        if (options.is_dry_run) {
+            report(options, from, to, *conversion, false);
+        } else if (options.is_lossy || conversion->lost_lines() == 0) {
+            write_output("-", result.value_or(bytes));
+        }
         return note_loss(*conversion);
     }
     const auto path = std::filesystem::absolute(options.file).string();

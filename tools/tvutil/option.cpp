@@ -71,6 +71,14 @@ nlohmann::ordered_json json_of(const Value& value) {
                              : nlohmann::ordered_json(std::get<std::string>(value));
 }
 
+// The INI file of --company and --product.
+std::u16string own_file(const Options& options) {
+    const auto company = tool::wide(options.company);
+    const auto product = tool::wide(options.product);
+    const auto* const named = options.has_product ? product.c_str() : nullptr;
+    return std::u16string(tvutil2::option_file(company.c_str(), named).View());
+}
+
 // Reading says nothing of a file that can't be read; one that isn't there has no options.
 void check_file(const std::u16string& path, const std::string& shown_name) {
     SetLastError(NO_ERROR);
@@ -92,8 +100,12 @@ void get(const Options& options) {
     COptionStorage store;
     const auto file = file_of(options);
     const auto path = options.file.empty() ? std::u16string() : file.path();
-    if (!path.empty()) check_file(path, options.file);
-    if (options.is_in_registry) tool::check_store(HKEY_CURRENT_USER);
+    if (options.is_in_registry) {
+        tool::check_store(HKEY_CURRENT_USER);
+    } else {
+        const auto own = path.empty() ? own_file(options) : path;
+        check_file(own, path.empty() ? tool::narrow(own) : options.file);
+    }
     open(options, path, store);
     const auto value = value_of(store, tool::wide(options.name));
     if (!value) throw tool::Failure{tool::Exit::no, options.name + ": no such option"};
@@ -196,18 +208,15 @@ Sections sections_of_file(const std::u16string& path) {
 
 void list(const Options& options) {
     const auto file = file_of(options);
-    const auto company = tool::wide(options.company);
-    const auto product = tool::wide(options.product);
-    const auto* const named = options.has_product ? product.c_str() : nullptr;
     Sections sections;
     if (options.is_in_registry) {
+        const auto company = tool::wide(options.company);
+        const auto product = tool::wide(options.product);
+        const auto* const named = options.has_product ? product.c_str() : nullptr;
         sections =
             sections_of_key(std::u16string(tvutil2::option_key(company.c_str(), named).View()));
-    } else if (!options.file.empty()) {
-        sections = sections_of_file(file.path());
     } else {
-        sections =
-            sections_of_file(std::u16string(tvutil2::option_file(company.c_str(), named).View()));
+        sections = sections_of_file(options.file.empty() ? own_file(options) : file.path());
     }
     if (options.is_json) {
         tool::UniqueMembers all;

@@ -1,7 +1,7 @@
 // tvutil completion, tvutil manual: what the tree of commands holds, for shells and for readers.
-#include <functional>
-#include <map>
 #include <memory>
+#include <string>
+#include <vector>
 
 #include "tools/tvutil/command.h"
 #include "tools/tvutil/command_tree.h"

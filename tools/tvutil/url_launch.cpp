@@ -1,10 +1,12 @@
 #include "tools/tvutil/url_launch.h"
 
+#include "tvutil2/platform/base/utf.h"
 #include "tvutil2/url/url_info.h"
 #include "tvutil2/url/url_launch.h"
 
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "tools/tvutil/command.h"
 
@@ -32,7 +34,9 @@ std::u16string url_argument(const std::string& argument) {
     auto url = read_input(argument, kLongestUrl);
     if (url.ends_with('\n')) url.pop_back();
     if (url.ends_with('\r')) url.pop_back();
-    return wide(url);
+    auto text = tvutil2::to_utf16(url);
+    if (!text) throw Failure{Exit::refused, "the input isn't valid UTF-8"};
+    return std::move(*text);
 }
 
 void add_url_launch(CLI::App& url) {
