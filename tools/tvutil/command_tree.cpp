@@ -71,8 +71,9 @@ std::string complaint(const CLI::App& program, const CLI::ParseError& error) {
     const auto unknown = program.remaining(true);
     auto text = path.empty() ? "" : path + ": ";
     // What is missing may be what was mistyped.
-    const bool is_unknown = !unknown.empty() && (error.get_name() == "ExtrasError" ||
-                                                 error.get_name() == "RequiredError");
+    const auto code = static_cast<CLI::ExitCodes>(error.get_exit_code());
+    const bool is_unknown = !unknown.empty() && (code == CLI::ExitCodes::ExtrasError ||
+                                                 code == CLI::ExitCodes::RequiredError);
     text += is_unknown ? unknown_word(command, unknown.front()) : std::string(error.what());
     return text + " (\"tvutil " + (path.empty() ? "" : path + ' ') + "--help\" tells more)";
 }
