@@ -21,7 +21,8 @@ constexpr DWORD kPlaces[] = {VER_MAJORVERSION, VER_MINORVERSION, VER_SERVICEPACK
                              VER_SERVICEPACKMINOR};
 
 BYTE condition_of(ULONGLONG mask, DWORD type) {
-    return static_cast<BYTE>(mask >> (std::countr_zero(type) * kConditionBits) & 7);
+    const auto shift = static_cast<unsigned>(std::countr_zero(type)) * kConditionBits;
+    return static_cast<BYTE>((mask >> shift) & 7);
 }
 
 DWORD asked(const OSVERSIONINFOEXW& version, DWORD type) {
