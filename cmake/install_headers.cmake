@@ -1,5 +1,6 @@
 # Installs the headers that offer something, and those they include. What is the library's own stays where
 # it is. Run at the time of installing, with SOURCE and DESTINATION set.
+cmake_policy(SET CMP0057 NEW)
 file(GLOB_RECURSE waiting RELATIVE ${SOURCE} ${SOURCE}/tvutil2/*.h)
 foreach(header ${waiting})
   file(STRINGS ${SOURCE}/${header} offers REGEX "TVUTIL_API" LIMIT_COUNT 1)

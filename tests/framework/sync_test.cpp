@@ -47,8 +47,4 @@ TEST(Sync, AStrangersUnlockChangesNothing) {
     EXPECT_FALSE(is_free(mutex));
 }
 
-TEST(Sync, ANameIsRefused) {
-    EXPECT_THROW(CMutex(FALSE, u"Global\\name"), CResourceException);
-}
-
 }  // namespace
