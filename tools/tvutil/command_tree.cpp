@@ -41,7 +41,8 @@ std::vector<const CLI::App*> commands_of(const CLI::App& command) {
 std::string path_of(const CLI::App& command) {
     std::string path;
     for (const auto* at = &command; at->get_parent() != nullptr; at = at->get_parent()) {
-        path = path.empty() ? at->get_name() : at->get_name() + ' ' + path;
+        if (!path.empty()) path.insert(0, " ");
+        path.insert(0, at->get_name());
     }
     return path;
 }

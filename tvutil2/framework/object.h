@@ -71,8 +71,10 @@ class TVUTIL_API CObject {
 #define IMPLEMENT_DYNAMIC(class_name, base_name) \
     TVUTIL_IMPLEMENT_RUNTIMECLASS(class_name, base_name, nullptr)
 
+// NOLINTBEGIN(bugprone-macro-parentheses): a class's name can't stand in any
 #define IMPLEMENT_DYNCREATE(class_name, base_name) \
     CObject* class_name::CreateObject() {          \
         return new class_name;                     \
     }                                              \
     TVUTIL_IMPLEMENT_RUNTIMECLASS(class_name, base_name, &class_name::CreateObject)
+// NOLINTEND(bugprone-macro-parentheses)

@@ -19,6 +19,7 @@ namespace tvutil2 {
 struct FolderId {
     dev_t device = 0;
     ino_t inode = 0;
+    // NOLINTNEXTLINE(modernize-use-nullptr): it means the zero in the comparison that is generated
     friend auto operator<=>(const FolderId&, const FolderId&) = default;
 };
 

@@ -27,8 +27,10 @@ class Wait {
 
     DWORD run(DWORD milliseconds) {
         const auto result = m_waiter.wants_all ? run_all(milliseconds) : run_any(milliseconds);
-        if (m_apcs != nullptr) m_apcs->watch(nullptr);
-        if (result == WAIT_IO_COMPLETION) m_apcs->run();
+        if (m_apcs != nullptr) {
+            m_apcs->watch(nullptr);
+            if (result == WAIT_IO_COMPLETION) m_apcs->run();
+        }
         return result;
     }
 

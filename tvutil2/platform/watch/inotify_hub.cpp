@@ -35,7 +35,7 @@ constexpr int kSecondHalf = 1;
 
 using Subscribers = std::vector<FolderSubscriber*>;
 
-constexpr std::size_t kReadSize = 64 * 1024;
+constexpr std::size_t kReadSize = std::size_t{64} * 1024;
 // A read that leaves less room than this may have left something in the queue.
 constexpr std::size_t kLargestEvent = sizeof(inotify_event) + 256;
 
