@@ -34,6 +34,7 @@
 #include "tvutil2/framework/object.h"
 #include "tvutil2/framework/strings.h"
 #include "tvutil2/framework/sync.h"
+#include "tvutil2/framework/win_thread.h"
 #include "tvutil2/framework/wnd.h"
 #include "tvutil2/lang/language_table.h"
 #include "tvutil2/lang/resource_language.h"

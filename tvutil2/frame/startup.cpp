@@ -114,6 +114,9 @@ void set_awareness_of_old() {
 
 }  // namespace
 
+BEGIN_MESSAGE_MAP(CtvutilApp, CWinApp)
+END_MESSAGE_MAP()
+
 CtvutilApp::CtvutilApp() : CWinApp(nullptr) {}
 
 BOOL CtvutilApp::InitInstance() {

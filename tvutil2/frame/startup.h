@@ -13,6 +13,7 @@ class TVUTIL_API CtvutilApp : public CWinApp {
     CtvutilApp();
     /// Keeps the instance for the library's own string look-ups.
     BOOL InitInstance() override;
+    DECLARE_MESSAGE_MAP()
 };
 
 /// Start-up of a process, called by a product before all else: takes the application's folder and

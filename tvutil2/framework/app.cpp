@@ -1,5 +1,6 @@
 #include "tvutil2/framework/app.h"
 
+#include "tvutil2/framework/app_thread.h"
 #include "tvutil2/framework/strings.h"
 #include "tvutil2/platform/base/fork_lock.h"
 #include "tvutil2/platform/base/last_error.h"
@@ -66,7 +67,10 @@ UINT with_icon(UINT type) {
 
 }  // namespace
 
+IMPLEMENT_DYNAMIC(CWinApp, CWinThread)
+
 CWinApp::CWinApp(const char16_t* name) : m_pszAppName(name) {
+    m_bAutoDelete = FALSE;
     enter(state().applications, this);
 }
 
@@ -103,6 +107,7 @@ BOOL AfxWinInit(HINSTANCE instance) {
     auto* const app = AfxGetApp();
     if (app == nullptr || instance == nullptr) return tvutil2::fail_with(ERROR_INVALID_PARAMETER);
     app->m_hInstance = instance;
+    tvutil2::application_starts_here();
     return TRUE;
 }
 

@@ -1,24 +1,21 @@
 // The framework's application object and its start-up.
 #pragma once
 
-#include "tvutil2/platform/base/export.h"
-#include "tvutil2/platform/base/types.h"
+#include "tvutil2/framework/win_thread.h"
 
 /// A program, or a library with resources of its own, as one object: a static one, built before
-/// the module starts. It enters itself among the process's application objects.
-class TVUTIL_API CWinApp {
+/// the module starts. It enters itself among the process's application objects, and stands for the
+/// thread that the module is started on.
+class TVUTIL_API CWinApp : public CWinThread {
+    DECLARE_DYNAMIC(CWinApp)
   public:
     /// `name` is shown as the caption of messages; null stands for the executable's base name. The
     /// text isn't copied.
     explicit CWinApp(const char16_t* name = nullptr);
-    virtual ~CWinApp();
-    CWinApp(const CWinApp&) = delete;
-    CWinApp& operator=(const CWinApp&) = delete;
+    ~CWinApp() override;
 
     /// The module's own start; FALSE fails the start.
-    virtual BOOL InitInstance() { return TRUE; }
-    /// The module's own end; the process's exit code.
-    virtual int ExitInstance() { return 0; }
+    BOOL InitInstance() override { return TRUE; }
 
     HINSTANCE m_hInstance = nullptr;
     const char16_t* m_pszAppName;
@@ -52,8 +49,8 @@ class TVUTIL_API CDynLinkLibrary {
 /// before the first one.
 TVUTIL_API CWinApp* AfxGetApp();
 
-/// Gives the application object its instance. FALSE with ERROR_INVALID_PARAMETER when there is
-/// neither an application object nor an instance.
+/// Gives the application object its instance, and the calling thread to it. FALSE with
+/// ERROR_INVALID_PARAMETER when there is neither an application object nor an instance.
 TVUTIL_API BOOL AfxWinInit(HINSTANCE instance);
 
 /// Starts a module: AfxWinInit, then the application object's InitInstance. When that fails

@@ -36,6 +36,7 @@ BEGIN_MESSAGE_MAP(CWnd, CCmdTarget)
 END_MESSAGE_MAP()
 
 CWnd::~CWnd() {
+    CWinThread::forget_main_window(this, m_hWnd != nullptr);
     if (m_hWnd == nullptr) return;
     auto* const window = m_hWnd;
     forget_window();
@@ -238,6 +239,7 @@ LRESULT CWnd::procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam)
     const auto result = object->WindowProc(message, wparam, lparam);
     if (message == WM_NCDESTROY && FromHandlePermanent(window) == object) {
         object->forget_window();
+        CWinThread::forget_main_window(object, true);
         object->PostNcDestroy();
     }
     return result;

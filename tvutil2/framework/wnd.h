@@ -43,7 +43,8 @@ class TVUTIL_API CWnd : public CCmdTarget {
     HWND UnsubclassWindow();
 
     /// The object of a window; one made for the while where it has none, null for null. Such an
-    /// object is there until DeleteTempMap, or the end of the thread.
+    /// object is there until DeleteTempMap, which an idle CWinThread::Run calls, or the end of the
+    /// thread.
     static CWnd* FromHandle(HWND window);
     /// The object that lasts; null for none.
     static CWnd* FromHandlePermanent(HWND window);
