@@ -13,6 +13,9 @@ using tvutil2::FolderReader;
 // What one run of the dispatching thread knows. The thread keeps it, so that a listener which
 // doesn't come back in time finds it when it does.
 struct CFolderMonitor::Dispatcher {
+    Dispatcher(CFolderMonitorListener& told, std::shared_ptr<ChangeQueue> queue)
+        : listener(told), changes(std::move(queue)) {}
+
     CFolderMonitorListener& listener;
     std::shared_ptr<ChangeQueue> changes;
     std::atomic<bool> is_over = false;

@@ -192,10 +192,10 @@ void FolderTree::Node::on_move(FolderSubscriber* from, std::string_view old_name
                     new_name);
     }
     if (!is_folder || !m_tree.m_subtree) return;
-    if (reached == nullptr) {
-        left->remove(old_name);
-    } else if (left != nullptr) {
+    if (left != nullptr && reached != nullptr) {
         reached->take_over(*left, old_name, new_name);
+    } else if (left != nullptr) {
+        left->remove(old_name);
     } else if (is_news) {
         m_tree.add_folder(*reached, std::string(new_name), false);
     }
