@@ -60,8 +60,12 @@ class ForkLock : public ForkMember {
         : ForkMember(
               rank, &mutex, [](void* what) { static_cast<Mutex*>(what)->lock(); },
               [](void* what) { static_cast<Mutex*>(what)->unlock(); },
-              // Anew and not unlocked: it belongs to a thread of the parent.
-              [](void* what) { new (what) Mutex; }) {}
+              // Anew, since it belongs to a thread of the parent; unlocked first for the tools that
+              // keep account of who holds what.
+              [](void* what) {
+                  static_cast<Mutex*>(what)->unlock();
+                  new (what) Mutex;
+              }) {}
 };
 
 }  // namespace tvutil2

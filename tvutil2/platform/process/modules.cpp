@@ -288,7 +288,10 @@ const ForkMember g_is_fork_safe(
         static_cast<std::recursive_mutex*>(lock)->lock();
     },
     [](void* lock) { static_cast<std::recursive_mutex*>(lock)->unlock(); },
-    [](void* lock) { new (lock) std::recursive_mutex; });
+    [](void* lock) {
+        static_cast<std::recursive_mutex*>(lock)->unlock();
+        new (lock) std::recursive_mutex;
+    });
 
 // Null is the program; a stranger is a module that isn't there, as the platform says of it.
 std::shared_ptr<ModuleObject> module_of(HMODULE module) {
