@@ -134,17 +134,4 @@ TEST(FolderMonitor, NoCallComesBehindItsEnd) {
     EXPECT_FALSE(is_late);
 }
 
-TEST(FolderMonitor, AListenerMayEndTheReports) {
-    const auto folder = tests::new_folder();
-    Listener listener;
-    CFolderMonitor monitor(&listener);
-    listener.on_call = [&] { monitor.EndFolderMoniter(); };
-    monitor.AddDirectory(tests::platform_path(folder).c_str(), 0);
-    monitor.BeginFolderMoniter();
-    for (int i = 0; listener.calls().empty(); ++i) {
-        tests::write_file(folder + "/" + std::to_string(i % 50), "");
-    }
-    EXPECT_EQ(listener.calls().size(), 1U);
-}
-
 }  // namespace

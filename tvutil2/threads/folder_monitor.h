@@ -45,7 +45,7 @@ class TVUTIL_API CFolderMonitor {
     int BeginFolderMoniter();
     /// Ends the reports and the watch; nothing when reports aren't under way. The listener isn't
     /// called any more. A call that is under way is waited for, up to 10 seconds, and messages that
-    /// it sends to this thread's windows are served meanwhile; the listener itself may call this.
+    /// it sends to this thread's windows are served meanwhile. The listener doesn't call this.
     void EndFolderMoniter();
 
   protected:
