@@ -212,15 +212,16 @@ bool change_with_sqlite(const std::string& file, const char* sql) {
 }
 
 TEST(RegistryStore, AHostileHiveIsDamaged) {
+    const char* const endless_view =
+        R"(DROP TABLE "values"; CREATE VIEW "values" AS
+           WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n)
+           SELECT i AS key, x'' AS folded, x'' AS name, 3 AS type, x'' AS data FROM n)";
     const char* const changes[] = {
         "CREATE TRIGGER t AFTER UPDATE ON keys BEGIN DELETE FROM \"values\"; END",
         "ALTER TABLE keys ADD COLUMN more",
         "CREATE TABLE more (x)",
         "DROP INDEX keys_by_name",
-        "DROP TABLE \"values\"; CREATE VIEW \"values\" AS WITH RECURSIVE n(i) AS (SELECT 1 UNION "
-        "ALL"
-        " SELECT i + 1 FROM n) SELECT i AS key, x'' AS folded, x'' AS name, 3 AS type, x'' AS data"
-        " FROM n",
+        endless_view,
     };
     const auto file = file_of(HKEY_CURRENT_USER);
     for (const auto* change : changes) {
