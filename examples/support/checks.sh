@@ -8,6 +8,8 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 export TVUTIL_PROFILE=$work/profile
 unset TVUTIL_DRIVES
+# Programs are copied to other places here, away from the library that stands beside the build's.
+export LD_LIBRARY_PATH=$build/lib
 failures=0
 
 title() { printf '\n== %s\n' "$1"; }
