@@ -1,4 +1,4 @@
-// Offsets and structures: "PE Format", Microsoft's published specification.
+// Offsets and structures: "PE Format", the published description of portable executables.
 #include "tvutil2/platform/system/pe_file.h"
 
 #include "tvutil2/platform/base/last_error.h"
