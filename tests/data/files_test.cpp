@@ -17,6 +17,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/child.h"
 #include "tests/support/host_files.h"
 #include "tests/support/profile.h"
 
@@ -227,6 +228,20 @@ TEST(Folders, DeletionAndRenaming) {
     EXPECT_EQ(SHDeleteFile(wide(folder + "/b").c_str()), 0);
     EXPECT_EQ(read_file(tests::profile_folder() + "/Trash/files/b"), "a");
     EXPECT_EQ(SHDeleteFile(wide(folder + "/b").c_str()), static_cast<int>(ERROR_FILE_NOT_FOUND));
+}
+
+// What would be the whole disk, if it weren't so, is a folder that the child has for its root.
+TEST(Folders, AnEmptyNameIsNoDiskForTheSuperuserEither) {
+    const auto root = folder_with_tree();
+    const auto before = tree(root);
+    EXPECT_EQ(tests::in_child([&] {
+                  if (geteuid() != 0) return 0;  // the next test does it as anybody else
+                  if (chroot(root.c_str()) != 0 || chdir("/") != 0) return 1;
+                  if (MoveFolder(u"", u"C:\\new", u"") != 0) return 2;
+                  return DeleteFolderFiles(u"", 0) != 0 ? 3 : 0;
+              }),
+              0);
+    EXPECT_EQ(tree(root), before);
 }
 
 // The root of a drive here, and the whole disk if anything takes an empty text for one.
