@@ -54,8 +54,10 @@ void FolderWatch::end() {
 void FolderWatch::run(bool looks_for_folder) {
     const std::array<HANDLE, 2> both{m_stop, m_changes};
     while (WaitForMultipleObjects(2, both.data(), FALSE, INFINITE) == WAIT_OBJECT_0 + 1) {
+        // Looked for before the message: what its receiver does to the folder is told once more.
+        const bool is_gone = looks_for_folder && !is_folder(m_folder);
         if (IsWindow(m_window) != 0) PostMessageW(m_window, m_message, 0, 0);
-        if (looks_for_folder && !is_folder(m_folder)) {
+        if (is_gone) {
             m_is_gone = true;
             return;
         }
