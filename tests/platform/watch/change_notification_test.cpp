@@ -136,4 +136,21 @@ TEST(ChangeNotification, TheEndOfTheFolderIsTheLastSignal) {
     EXPECT_TRUE(notification.comes());
 }
 
+TEST(ChangeNotification, TheEndOfTheFolderBehindAnotherChangeIsASignalOfItsOwn) {
+    const auto folder = tests::new_folder();
+    const auto other = tests::new_folder();
+    const Notification notification(folder, true, kNames);
+    tests::write_file(folder + "/a", "");
+    EXPECT_TRUE(notification.comes());
+    unlink((folder + "/a").c_str());
+    rmdir(folder.c_str());
+    // One thread reads what changed in all folders, in order.
+    const Notification behind(other, true, kNames);
+    tests::write_file(other + "/a", "");
+    EXPECT_TRUE(behind.comes());
+    EXPECT_TRUE(notification.next());
+    EXPECT_TRUE(notification.comes());
+    EXPECT_FALSE(notification.next());
+}
+
 }  // namespace

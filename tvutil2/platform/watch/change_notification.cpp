@@ -18,9 +18,10 @@ class ChangeNotification final : public WaitableObject, private FolderListener {
 
     [[nodiscard]] bool start(const std::string& path) { return m_tree.start(path); }
 
+    // An end that came behind what signalled is told like any other change.
     bool rearm() {
         const Locked guard(*this);
-        if (m_is_gone) return fail_with(ERROR_ACCESS_DENIED);
+        if (m_is_gone && !m_has_news) return fail_with(ERROR_ACCESS_DENIED);
         m_is_signalled = std::exchange(m_has_news, false);
         return true;
     }
