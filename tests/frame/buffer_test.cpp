@@ -192,6 +192,18 @@ TEST(Buffer, WipesTheWholeBlockBeforeItGoesBack) {
     EXPECT_EQ(g_last_content.substr(0, 200), secret);
 }
 
+TEST(Buffer, RenewTakesTheWipedBlockOnlyWhenItFits) {
+    Seen buffer;
+    buffer.Renew(6);
+    buffer.Consume(2);
+    const auto* const block = buffer.block();
+    EXPECT_EQ(buffer.Renew(6), block);
+    EXPECT_EQ(text_of(buffer), "******");
+    buffer.Renew(7);
+    EXPECT_EQ(buffer.room(), 7U);
+    EXPECT_EQ(buffer.Len(), 7U);
+}
+
 TEST(Buffer, SizesBeyond32BitsAreRefusedAndNothingChanges) {
     Seen buffer(reinterpret_cast<const unsigned char*>("abc"), 3);
     EXPECT_THROW(buffer.AppendSpace(UINT_MAX), std::bad_alloc);

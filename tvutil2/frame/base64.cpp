@@ -44,14 +44,17 @@ std::optional<int> Base64Reader::read_group() {
     unsigned int group = 0;
     unsigned int seen = 0;
     while (seen < 4) {
-        skip_space();
         if (m_next == m_end) return seen == 0 ? 1 : 0;
         const char16_t c = *m_next++;
-        if (c == u'=') return read_padding(group, seen);
-        const int value = base64_value(c);
-        if (value < 0) return 0;
-        group = group << 6U | static_cast<unsigned int>(value);
-        ++seen;
+        const unsigned int value = c < kBase64Values.size() ? kBase64Values[c] : kNoBase64Value;
+        if (value != kNoBase64Value) {
+            group = group << 6U | value;
+            ++seen;
+        } else if (c == u'=') {
+            return read_padding(group, seen);
+        } else if (!is_space(c)) {
+            return 0;
+        }
     }
     put(group, 3);
     return std::nullopt;
@@ -74,7 +77,7 @@ int Base64Reader::read_padding(unsigned int group, unsigned int seen) {
 }
 
 void Base64Reader::skip_space() {
-    while (m_next != m_end && is_space(*m_next)) ++m_next;
+    while (m_next != m_end && *m_next != u'=' && is_space(*m_next)) ++m_next;
 }
 
 // The upper bytes of a group of 24 bits.
@@ -85,14 +88,14 @@ void Base64Reader::put(unsigned int group, unsigned int count) {
 }
 
 int decode_base64(const Base64Kernel& kernel, std::u16string_view text, CBuffer& out) {
-    out.Clear(1);
-    if (text.empty()) return 1;
     const std::size_t most = text.size() / 4 * 3 + 3;
-    if (most > UINT_MAX) throw std::bad_alloc();
+    if (text.empty() || most > UINT_MAX) {
+        out.Clear(1);
+        if (!text.empty()) throw std::bad_alloc();
+        return 1;
+    }
     const auto room = static_cast<unsigned int>(most);
-    // Without the bytes to spare of an appending growth: they would be wiped with the rest, and
-    // cost more than the decoding of a short text.
-    unsigned char* const to = out.InsertSpace(room);
+    unsigned char* const to = out.Renew(room);
     Base64Reader reader(kernel, text, to);
     const int result = reader.read();
     out.ConsumeEnd(room - static_cast<unsigned int>(reader.end() - to));

@@ -6,16 +6,6 @@
 namespace tvutil2 {
 namespace {
 
-constexpr std::uint8_t kBad = 0x80;  // no value has this bit
-
-constexpr auto kValues = [] {
-    std::array<std::uint8_t, 256> values{};
-    values.fill(kBad);
-    for (std::uint8_t i = 0; i < 64; ++i)
-        values[static_cast<unsigned char>(kBase64Alphabet[i])] = i;
-    return values;
-}();
-
 // Two characters for each 12 bits: half the look-ups of one at a time.
 struct Pair {
     char16_t first;
@@ -51,11 +41,11 @@ std::size_t decode(const char16_t* from, std::size_t size, unsigned char* to) {
     std::size_t taken = 0;
     for (; size - taken >= 4; taken += 4, from += 4, to += 3) {
         if ((from[0] | from[1] | from[2] | from[3]) > 0xFF) break;
-        const std::uint32_t a = kValues[from[0]];
-        const std::uint32_t b = kValues[from[1]];
-        const std::uint32_t c = kValues[from[2]];
-        const std::uint32_t d = kValues[from[3]];
-        if (((a | b | c | d) & kBad) != 0) break;
+        const std::uint32_t a = kBase64Values[from[0]];
+        const std::uint32_t b = kBase64Values[from[1]];
+        const std::uint32_t c = kBase64Values[from[2]];
+        const std::uint32_t d = kBase64Values[from[3]];
+        if (((a | b | c | d) & kNoBase64Value) != 0) break;
         const std::uint32_t group = a << 18U | b << 12U | c << 6U | d;
         to[0] = static_cast<unsigned char>(group >> 16U);
         to[1] = static_cast<unsigned char>(group >> 8U);
@@ -86,11 +76,6 @@ std::span<const Base64Kernel> base64_kernels() {
         return kernels;
     }();
     return {available.list, available.count};
-}
-
-int base64_value(char16_t c) {
-    const auto value = c < kValues.size() ? kValues[c] : kBad;
-    return value == kBad ? -1 : value;
 }
 
 }  // namespace tvutil2

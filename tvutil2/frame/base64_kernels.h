@@ -7,7 +7,9 @@
 
 #include "tvutil2/platform/base/export.h"
 
+#include <array>
 #include <cstddef>
+#include <cstdint>
 #include <span>
 
 namespace tvutil2 {
@@ -35,7 +37,16 @@ extern const Base64Kernel kAvx2Base64;
 extern const Base64Kernel kAvx512Base64;
 #endif
 
-/// The value of a character, or -1 for one outside the alphabet.
-[[nodiscard]] int base64_value(char16_t c);
+/// What stands for a character outside the alphabet: no value has this bit.
+inline constexpr std::uint8_t kNoBase64Value = 0x80;
+
+/// The value of each character below 0x100.
+inline constexpr auto kBase64Values = [] {
+    std::array<std::uint8_t, 256> values{};
+    values.fill(kNoBase64Value);
+    for (std::uint8_t i = 0; i < 64; ++i)
+        values[static_cast<unsigned char>(kBase64Alphabet[i])] = i;
+    return values;
+}();
 
 }  // namespace tvutil2

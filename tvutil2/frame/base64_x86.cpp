@@ -142,25 +142,50 @@ constexpr ValueTable kValueTable = [] {
     return table;
 }();
 
-TARGET_AVX512 std::size_t decode_avx512(const char16_t* from, std::size_t size, unsigned char* to) {
-    const __m512i low_half = _mm512_load_si512(kValueTable.values);
-    const __m512i high_half = _mm512_load_si512(kValueTable.values + 64);
+TARGET_AVX512 __m512i decode_table(std::size_t half) {
+    return _mm512_load_si512(kValueTable.values + 64 * half);
+}
+
+// The values of 64 characters with the top bit where one is outside the alphabet: units above 0xFF
+// saturate to 0xFF, which has it.
+TARGET_AVX512 __m512i values_of(__m512i first, __m512i second) {
+    const __m512i text = _mm512_inserti64x4(_mm512_castsi256_si512(_mm512_cvtusepi16_epi8(first)),
+                                            _mm512_cvtusepi16_epi8(second), 1);
+    const __m512i values = _mm512_permutex2var_epi8(decode_table(0), text, decode_table(1));
+    return _mm512_or_si512(values, _mm512_and_si512(text, _mm512_set1_epi8(-0x80)));
+}
+
+// Three bytes of each four values; 48 bytes, followed by others.
+TARGET_AVX512 __m512i join_groups(__m512i values) {
     const __m512i pack = _mm512_setr_epi32(
         0x06000102, 0x090A0405, 0x0C0D0E08, 0x16101112, 0x191A1415, 0x1C1D1E18, 0x26202122,
         0x292A2425, 0x2C2D2E28, 0x36303132, 0x393A3435, 0x3C3D3E38, 0, 0, 0, 0);
+    const __m512i pairs = _mm512_maddubs_epi16(values, _mm512_set1_epi32(0x01400140));
+    const __m512i groups = _mm512_madd_epi16(pairs, _mm512_set1_epi32(0x00011000));
+    return _mm512_permutexvar_epi8(pack, groups);
+}
+
+// Up to 64 characters, whole groups in front of the first that is outside the alphabet.
+TARGET_AVX512 std::size_t decode_last(const char16_t* from, std::size_t size, unsigned char* to) {
+    const std::uint64_t all = size < 64 ? (1ULL << size) - 1 : ~0ULL;
+    const __m512i values =
+        values_of(_mm512_maskz_loadu_epi16(static_cast<__mmask32>(all), from),
+                  _mm512_maskz_loadu_epi16(static_cast<__mmask32>(all >> 32U), from + 32));
+    const std::uint64_t outside = _mm512_movepi8_mask(values) | ~all;
+    const auto clean = outside == 0 ? 64U : static_cast<unsigned int>(__builtin_ctzll(outside));
+    const auto taken = clean / 4 * 4;
+    _mm512_mask_storeu_epi8(to, (1ULL << taken / 4 * 3) - 1, join_groups(values));
+    return taken;
+}
+
+TARGET_AVX512 std::size_t decode_avx512(const char16_t* from, std::size_t size, unsigned char* to) {
     std::size_t taken = 0;
     for (; size - taken >= 64; taken += 64, from += 64, to += 48) {
-        // Units above 0xFF saturate to 0xFF, which has the top bit.
-        const __m256i first = _mm512_cvtusepi16_epi8(_mm512_loadu_si512(from));
-        const __m256i second = _mm512_cvtusepi16_epi8(_mm512_loadu_si512(from + 32));
-        const __m512i text = _mm512_inserti64x4(_mm512_castsi256_si512(first), second, 1);
-        const __m512i values = _mm512_permutex2var_epi8(low_half, text, high_half);
-        if (_mm512_movepi8_mask(_mm512_or_si512(values, text)) != 0) break;
-        const __m512i pairs = _mm512_maddubs_epi16(values, _mm512_set1_epi32(0x01400140));
-        const __m512i groups = _mm512_madd_epi16(pairs, _mm512_set1_epi32(0x00011000));
-        _mm512_mask_storeu_epi8(to, kFirst48, _mm512_permutexvar_epi8(pack, groups));
+        const __m512i values = values_of(_mm512_loadu_si512(from), _mm512_loadu_si512(from + 32));
+        if (_mm512_movepi8_mask(values) != 0) break;
+        _mm512_mask_storeu_epi8(to, kFirst48, join_groups(values));
     }
-    return taken;
+    return size - taken < 4 ? taken : taken + decode_last(from, size - taken, to);
 }
 
 }  // namespace

@@ -128,6 +128,17 @@ void CBuffer::Clear(int wipe) {
     capacity = 0;
 }
 
+unsigned char* CBuffer::Renew(unsigned int n) {
+    if (n != capacity) {
+        Clear(1);
+        return InsertSpace(n);
+    }
+    wipe_block();
+    offset = 0;
+    length = n;
+    return storage;
+}
+
 int CBuffer::operator==(const CBuffer& other) const {
     return length == other.length && (length == 0 || std::memcmp(Ptr(), other.Ptr(), length) == 0)
                ? 1

@@ -53,6 +53,9 @@ class TVUTIL_API CBuffer {
     /// Empties the buffer. With `wipe` the block is wiped and given back; without it the block
     /// stays for reuse, and with it the old bytes.
     void Clear(int wipe);
+    /// Clear(1) and then `n` bytes, live at once, for the caller to fill, in a block of that size.
+    /// A wiped block that has the size serves again.
+    unsigned char* Renew(unsigned int n);
 
     /// By live bytes alone.
     int operator==(const CBuffer& other) const;
