@@ -31,6 +31,7 @@ constexpr std::uint64_t kMaxText = std::uint64_t{1} << 20U;
 struct RemoteMessage : SentMessage {
     int connection = -1;
     std::uint64_t serial = 0;
+    std::weak_ptr<const Descriptor> socket;  // the connection's
     std::string data;
     std::u16string text;
     COPYDATASTRUCT copied{};
@@ -41,7 +42,7 @@ bool has_pointer(UINT message) {
 }
 
 struct Connection {
-    Descriptor descriptor;
+    std::shared_ptr<const Descriptor> descriptor;
     std::uint64_t serial = 0;  ///< descriptors are used again, these aren't
     std::string incoming;
     std::string outgoing;
@@ -73,11 +74,15 @@ class Endpoint {
         }
     }
 
-    // From the thread of a window.
+    // From the thread of a window, which sends it at once: the program may end right behind its
+    // procedure, and the answer counts all the same. This object's thread sends what has no room
+    // yet.
     void give_answer(const RemoteMessage& message) {
+        auto bytes = bytes_of(message);
+        if (const auto socket = message.socket.lock()) send_some(socket->get(), bytes);
         {
             const std::lock_guard guard(m_lock);
-            m_answers.push_back({message.connection, message.serial, bytes_of(message)});
+            m_answers.push_back({message.connection, message.serial, std::move(bytes)});
         }
         const std::uint64_t one = 1;
         [[maybe_unused]] const auto size = write(m_wake.get(), &one, sizeof one);
@@ -144,7 +149,7 @@ class Endpoint {
             const int descriptor = accepted.get();
             if (!watch(descriptor, EPOLLIN, EPOLL_CTL_ADD)) continue;
             auto& connection = m_connections[descriptor];
-            connection.descriptor = std::move(accepted);
+            connection.descriptor = std::make_shared<const Descriptor>(std::move(accepted));
             connection.serial = ++m_serial;
         }
     }
@@ -160,7 +165,7 @@ class Endpoint {
     bool read_more(Connection& connection) {
         char block[16384];
         for (;;) {
-            const auto size = recv(connection.descriptor.get(), block, sizeof block, 0);
+            const auto size = recv(connection.descriptor->get(), block, sizeof block, 0);
             if (size > 0) {
                 const bool is_too_much = connection.incoming.size() > kMaxPacketData;
                 if (connection.message || is_too_much) return false;  // one message is all
@@ -211,7 +216,8 @@ class Endpoint {
         message->data = std::move(data);
         if (!unpack(*message)) return false;
         if (!is_notice) {
-            message->connection = connection.descriptor.get();
+            message->connection = connection.descriptor->get();
+            message->socket = connection.descriptor;
             message->serial = connection.serial;
             message->on_answer = [this](SentMessage& answered) {
                 give_answer(static_cast<RemoteMessage&>(answered));
@@ -262,20 +268,25 @@ class Endpoint {
         }
     }
 
-    // False when all is written, or can't be.
-    bool write_more(Connection& connection) {
-        auto& bytes = connection.outgoing;
+    // Sends as much as there is room for, and takes it from the bytes. False when nothing more can
+    // be sent at all.
+    static bool send_some(int connection, std::string& bytes) {
         while (!bytes.empty()) {
-            const auto size =
-                send(connection.descriptor.get(), bytes.data(), bytes.size(), MSG_NOSIGNAL);
+            const auto size = send(connection, bytes.data(), bytes.size(), MSG_NOSIGNAL);
             if (size > 0) {
                 bytes.erase(0, static_cast<std::size_t>(size));
             } else if (errno != EINTR) {
-                return errno == EAGAIN &&
-                       watch(connection.descriptor.get(), EPOLLOUT, EPOLL_CTL_MOD);
+                return errno == EAGAIN;
             }
         }
-        return false;
+        return true;
+    }
+
+    // False when all is written, or can't be.
+    bool write_more(Connection& connection) {
+        const int descriptor = connection.descriptor->get();
+        return send_some(descriptor, connection.outgoing) && !connection.outgoing.empty() &&
+               watch(descriptor, EPOLLOUT, EPOLL_CTL_MOD);
     }
 
     ProcessPlace m_place;
