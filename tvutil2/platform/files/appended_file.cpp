@@ -7,6 +7,7 @@
 #include "tvutil2/platform/files/sharing.h"
 
 #include <fcntl.h>
+#include <sys/auxv.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -22,10 +23,17 @@ bool make_file(const char16_t* path) {
     return file != INVALID_HANDLE_VALUE && CloseHandle(file) != FALSE;
 }
 
+// Whether the process is root, or may become it, as it was at its start: not asked for each line.
+bool may_be_root() {
+    static const bool may_be =
+        getauxval(AT_EUID) == 0 || getauxval(AT_UID) == 0 || getauxval(AT_SECURE) != 0;
+    return may_be;
+}
+
 bool may_be_appended_to(int file) {
     // Whoever isn't root couldn't have opened a read-only file.
     struct stat info {};
-    if (geteuid() == 0) {
+    if (may_be_root()) {
         if (!stat_mode(file, info)) return fail_with_errno();
         if (is_read_only(info)) return fail_with(ERROR_ACCESS_DENIED);
     }
