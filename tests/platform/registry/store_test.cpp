@@ -95,8 +95,16 @@ TEST(RegistryStore, OneThatIsGoneIsNoticedByTheNextCall) {
             auto* const event = CreateEventW(nullptr, TRUE, FALSE, nullptr);
             ASSERT_EQ(RegNotifyChangeKeyValue(key, 0, REG_NOTIFY_CHANGE_NAME, event, TRUE), 0);
 
-            fs::rename(folder, folder + ".away");
-            if (is_replaced) fs::copy(folder + ".other", folder);
+            if (is_replaced) {
+                // In one step: this process's own thread makes a store where it finds none.
+                const auto away = folder + ".away";
+                fs::copy(folder + ".other", away);
+                ASSERT_EQ(
+                    renameat2(AT_FDCWD, folder.c_str(), AT_FDCWD, away.c_str(), RENAME_EXCHANGE),
+                    0);
+            } else {
+                fs::rename(folder, folder + ".away");
+            }
             EXPECT_EQ(call.run(key), static_cast<LONG>(call.expected));
             EXPECT_EQ(WaitForSingleObject(event, 60000), WAIT_OBJECT_0);
             CloseHandle(event);

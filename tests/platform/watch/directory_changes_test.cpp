@@ -265,10 +265,14 @@ TEST(DirectoryChanges, ALossIsToldOnceAndTheNextReadGoesOn) {
     EXPECT_EQ(reader.error, ERROR_SUCCESS);
     ASSERT_TRUE(reader.read());
     touch(folder + "/end");
+    // On a busy machine the rest of the loss comes now, and is one more.
+    const auto has_end = [&reader] {
+        return !reader.changes.empty() && reader.changes.back().path == "end";
+    };
     do {
         reader.wait();
-    } while (reader.changes.back().path != "end" && reader.read());
-    EXPECT_EQ(reader.changes.back().path, "end");
+    } while (!has_end() && reader.read());
+    EXPECT_TRUE(has_end());
 }
 
 TEST(DirectoryChanges, AReadEndsWithItsHandleItsFolderOrWhenItIsCancelled) {
