@@ -4,14 +4,14 @@
 // most programs never compare a text beyond ASCII or protect a string. So the library isn't linked
 // with them: the functions below stand in their place, under their own names, with the types that
 // the headers give them, and hand on. They are hidden: nobody else sees them. All are safe from any
-// thread. A library that can't be loaded ends the program, as it would have at the start.
+// thread. A library that can't be loaded ends the program, as it would have at the start. Which
+// ones there are stands in cmake/late_libraries.cmake.
 #define OPENSSL_SUPPRESS_DEPRECATED  // MD5 and RC4 are what the format of protected strings is
 
 #include <dlfcn.h>
 #include <openssl/evp.h>
 #include <openssl/hmac.h>
 #include <openssl/md5.h>
-#include <openssl/opensslv.h>
 #include <openssl/rc4.h>
 #include <unicode/uchar.h>
 #include <unicode/ucnv.h>
@@ -19,47 +19,46 @@
 #include <unicode/uloc.h>
 #include <unicode/unorm2.h>
 
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+
+#include "late_libraries.h"
 
 #define LATE_TEXT_OF(x) #x
 #define LATE_TEXT(x) LATE_TEXT_OF(x)
 // The real function of that name (which a header's macro may have given a version), in a variable.
 #define LATE(library, name) \
-    static auto* const real = address<decltype(name)>(library(), LATE_TEXT(name))
+    static auto* const real = address<decltype(name), k_##library>(LATE_TEXT(name))
 
 namespace {
 
-[[noreturn]] void give_up() {
-    std::fprintf(stderr, "tvutil2: %s\n", dlerror());
-    std::abort();
+// Ends the program as the loader ends one that lacks a library it is linked with: one line, code
+// 127.
+[[noreturn]] void give_up(const LateLibrary& library) {
+    const char* const reason = dlerror();
+    std::fprintf(stderr, "%s: can't load %s, which Debian's package %s installs: %s\n",
+                 program_invocation_short_name, library.file, library.package,
+                 reason == nullptr ? "no reason given" : reason);
+    std::_Exit(127);
 }
 
-void* load(const char* file) {
-    void* const library = dlopen(file, RTLD_LAZY | RTLD_LOCAL);
-    if (library == nullptr) give_up();
-    return library;
+void* load(const LateLibrary& library) {
+    void* const loaded = dlopen(library.file, RTLD_LAZY | RTLD_LOCAL);
+    if (loaded == nullptr) give_up(library);
+    return loaded;
 }
 
-void* crypto() {
-    static void* const library = load("libcrypto.so." LATE_TEXT(OPENSSL_SHLIB_VERSION));
-    return library;
+template <const LateLibrary& library>
+void* loaded() {
+    static void* const only = load(library);
+    return only;
 }
 
-void* icu_common() {
-    static void* const library = load("libicuuc.so." LATE_TEXT(U_ICU_VERSION_MAJOR_NUM));
-    return library;
-}
-
-void* icu_collation() {
-    static void* const library = load("libicui18n.so." LATE_TEXT(U_ICU_VERSION_MAJOR_NUM));
-    return library;
-}
-
-template <class Function>
-Function* address(void* library, const char* name) {
-    void* const found = dlsym(library, name);
-    if (found == nullptr) give_up();
+template <class Function, const LateLibrary& library>
+Function* address(const char* name) {
+    void* const found = dlsym(loaded<library>(), name);
+    if (found == nullptr) give_up(library);
     return reinterpret_cast<Function*>(found);
 }
 
