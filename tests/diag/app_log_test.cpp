@@ -26,6 +26,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/child.h"
 #include "tests/support/host_files.h"
 #include "tests/support/profile.h"
 #include "tests/support/threads.h"
@@ -247,6 +248,51 @@ TEST(AppLog, LosesALineWhileTheFileIsInUse) {
     EXPECT_EQ(GetLastError(), 4711U);
     CloseHandle(writer);
     EXPECT_EQ(messages(), std::vector<std::string>{message_line("beside a reader")});
+}
+
+TEST(AppLog, TellsTheTimeOfEachCallHoweverTheClockJumps) {
+    start_log(1);
+    const auto file = log_file();
+    // Seconds from the start: forth and back, over midnight, and to the clock's beginning.
+    const std::pair<std::int64_t, const char*> jumps[] = {
+        {3600, "15:03:27.418"},   {-7200, "12:03:27.418"}, {-50608, "23:59:59.418"},
+        {-50607, "00:00:00.418"}, {0, "14:03:27.418"},     {-1778594606, "00:00:01.418"},
+    };
+    std::vector<std::string> expected;
+    for (const auto& [seconds, time] : jumps) {
+        const auto now = tvutil2::file_time_of(1778594607 + seconds, 418000000);
+        tvutil2::set_clock(&now);
+        EXPECT_EQ(_WriteApplicationLog(u"line", 1), 1);
+        expected.push_back(std::string("[") + time + "] line");
+    }
+    EXPECT_EQ(log_file(), file);
+    EXPECT_EQ(messages(), expected);
+}
+
+// Root may write everywhere, so somebody else tries.
+TEST(AppLog, LosesItsLinesWhereItMayNotWrite) {
+    constexpr uid_t kNobody = 65534;
+    const auto folder = tests::new_folder();
+    const auto logs = folder + "/applog";
+    fs::create_directory(logs);
+    tests::write_file(logs + "/old.log", "old");
+    fs::permissions(logs, fs::perms(0555));
+    fs::permissions(logs + "/old.log", fs::perms(0444));
+    fs::permissions(tests::profile_folder(), fs::perms(0755));
+    const auto path = tests::platform_path(folder);
+    const int result = tests::in_child([&path] {
+        if (geteuid() == 0 && setuid(kNobody) != 0) return 1;
+        SetLastError(4711);
+        _InitApplicationLog(path.c_str(), u"P", 1, 1);
+        if (tvutil2::log_path().IsEmpty()) return 2;
+        if (_WriteApplicationLog(u"lost", 1) != 0) return 3;
+        __WriteInfoAppLog(1, u"%s", u"lost");
+        return GetLastError() == 4711 ? 0 : 4;
+    });
+    EXPECT_EQ(result, 0);
+    fs::permissions(logs, fs::perms(0755));
+    EXPECT_EQ(tests::read_file(logs + "/old.log"), "old");
+    EXPECT_EQ(std::distance(fs::directory_iterator(logs), fs::directory_iterator()), 1);
 }
 
 TEST(AppLog, TakesBackALineThatTheDiskHasNoRoomFor) {

@@ -2,9 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <chrono>
+#include <random>
 #include <thread>
 #include <utility>
 
@@ -284,6 +286,82 @@ TEST(Objects, AWaitForAllTakesNothingUntilItCanTakeAll) {
     EXPECT_EQ(wait_all(all, 0), WAIT_OBJECT_0);
     EXPECT_EQ(wait(event, 0), WAIT_TIMEOUT);
     EXPECT_TRUE(ReleaseMutex(lock));
+}
+
+// What an object of one thread is, in one number: signalled, times owned, or counted.
+struct Model {
+    enum Kind { once, lasting, lock, counter } kind;
+    LONG value = 0;
+
+    static constexpr LONG kMost = 3;
+    [[nodiscard]] HANDLE make() const {
+        if (kind == lock) return mutex();
+        if (kind == counter) return CreateSemaphoreW(nullptr, 0, kMost, nullptr);
+        return kind == once ? auto_event() : manual_event();
+    }
+    [[nodiscard]] bool is_ready() const { return kind == lock || value > 0; }
+    void take() {
+        if (kind != lasting) value += kind == lock ? 1 : -1;
+    }
+    // What gives the object free: false when it is refused.
+    bool give(int count) {
+        if (kind == lock ? value == 0 : kind == counter && value + count > kMost) return false;
+        if (kind == lock) {
+            --value;
+        } else {
+            value = kind == counter ? value + count : 1;
+        }
+        return true;
+    }
+    bool give_real(HANDLE object, int count) const {
+        if (kind == lock) return ReleaseMutex(object) != 0;
+        return (kind == counter ? ReleaseSemaphore(object, count, nullptr) : SetEvent(object)) != 0;
+    }
+};
+
+TEST(Objects, AreWhatAModelSaysAfterRandomCalls) {
+    using enum Model::Kind;
+    for (const unsigned seed : {11U, 12U, 13U, 14U}) {
+        SCOPED_TRACE(seed);
+        std::mt19937 random(seed);
+        const auto below = [&random](std::size_t limit) { return random() % limit; };
+        std::array<Model, 8> models{
+            {{once}, {counter}, {lasting}, {lock}, {once}, {lasting}, {counter}, {lock}}};
+        std::array<HANDLE, models.size()> objects{};
+        for (std::size_t i = 0; i < models.size(); ++i) objects[i] = models[i].make();
+        for (int step = 0; step < 20000; ++step) {
+            SCOPED_TRACE(step);
+            const auto at = below(models.size());
+            auto& model = models[at];
+            const auto call = below(8);
+            if (call < 3) {
+                const int count = 1 + static_cast<int>(below(2));
+                ASSERT_EQ(model.give_real(objects[at], count), model.give(count));
+            } else if (call == 3 && (model.kind == once || model.kind == lasting)) {
+                const bool pulses = below(2) == 0;
+                ASSERT_TRUE(pulses ? PulseEvent(objects[at]) : ResetEvent(objects[at]));
+                model.value = 0;
+            } else {
+                const auto count = 1 + below(models.size() - at);
+                const bool all = call == 7;
+                auto* const first = &model;
+                auto* const last = first + count;
+                const auto is_ready = [](const Model& each) { return each.is_ready(); };
+                auto* const ready = std::find_if(first, last, is_ready);
+                DWORD expected = WAIT_TIMEOUT;
+                if (all && std::all_of(first, last, is_ready)) {
+                    for (auto* each = first; each != last; ++each) each->take();
+                    expected = WAIT_OBJECT_0;
+                } else if (!all && ready != last) {
+                    ready->take();
+                    expected = WAIT_OBJECT_0 + static_cast<DWORD>(ready - first);
+                }
+                ASSERT_EQ(WaitForMultipleObjects(static_cast<DWORD>(count), &objects[at], all, 0),
+                          expected);
+            }
+        }
+        for (auto* object : objects) CloseHandle(object);
+    }
 }
 
 TEST(Objects, NoSignalIsLostBetweenTwoThreads) {

@@ -5,8 +5,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <atomic>
 #include <future>
+#include <random>
 #include <stdexcept>
 #include <thread>
 
@@ -104,6 +107,71 @@ TEST(Messages, QuitComesOnceBehindAllPostedOnesWhateverTheFilter) {
     EXPECT_FALSE(GetMessageW(&message, nullptr, WM_APP, WM_APP));
     EXPECT_EQ(message.wParam, 2U);
     EXPECT_EQ(peek(), -1);
+}
+
+TEST(Messages, AreWhatAModelSaysAfterRandomCalls) {
+    struct Posted {
+        HWND window;
+        UINT message;
+        WPARAM number;
+    };
+    constexpr int kQuit = 5;
+    for (const unsigned seed : {21U, 22U, 23U, 24U}) {
+        SCOPED_TRACE(seed);
+        std::mt19937 random(seed);
+        const auto below = [&random](unsigned limit) {
+            return static_cast<unsigned>(random() % limit);
+        };
+        std::array<HWND, 3> windows{nullptr, traced_window(), traced_window()};
+        std::vector<Posted> model;
+        bool has_quit = false;
+        for (WPARAM step = 0; step < 20000; ++step) {
+            SCOPED_TRACE(step);
+            const auto at = below(3);
+            const auto first = WM_USER + below(4);
+            const auto call = below(200);
+            if (call < 80) {  // as often as one is taken, so that the queue is often empty
+                ASSERT_TRUE(PostMessageW(windows[at], first, step, 0));
+                model.push_back({windows[at], first, step});
+                continue;
+            }
+            if (call == 95 || call == 96) {
+                PostQuitMessage(kQuit);
+                has_quit = true;
+                continue;
+            }
+            if (call == 97 && at != 0) {
+                DestroyWindow(windows[at]);
+                std::erase_if(model, [&](const auto& each) { return each.window == windows[at]; });
+                windows[at] = traced_window();
+                continue;
+            }
+            const bool is_narrow = below(2) == 0;
+            const UINT last = first + below(3);
+            const auto found = std::find_if(model.begin(), model.end(), [&](const auto& each) {
+                return (windows[at] == nullptr || each.window == windows[at]) &&
+                       (!is_narrow || (each.message >= first && each.message <= last));
+            });
+            const bool removes = below(4) != 0;
+            MSG message{};
+            ASSERT_EQ(PeekMessageW(&message, windows[at], is_narrow ? first : 0,
+                                   is_narrow ? last : 0, removes ? PM_REMOVE : PM_NOREMOVE) != 0,
+                      found != model.end() || has_quit);
+            if (found != model.end()) {
+                ASSERT_EQ(message.hwnd, found->window);
+                ASSERT_EQ(message.message, found->message);
+                ASSERT_EQ(message.wParam, found->number);
+                if (removes) model.erase(found);
+            } else if (has_quit) {
+                ASSERT_EQ(message.message, WM_QUIT);
+                ASSERT_EQ(message.wParam, static_cast<WPARAM>(kQuit));
+                if (removes) has_quit = false;
+            }
+        }
+        for (auto* window : windows) DestroyWindow(window);
+        while (peek() != -1) {
+        }
+    }
 }
 
 TEST(Messages, AreRefusedForTheDeadTheForeignAndTheFull) {
