@@ -11,6 +11,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <future>
 #include <thread>
 
 #include "tests/support/profile.h"
@@ -194,6 +195,31 @@ TEST_F(RegistryWatcher, EndsWhileItsMessageIsUnanswered) {
         for (int k = 0; k < 5; ++k) change();
         m_watch.EndWatch();
     }
+}
+
+// Of another thread, which sees that something was sent and doesn't answer.
+TEST_F(RegistryWatcher, EndsWhileItsWindowHangs) {
+    auto* const is_sent = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    auto* const go_on = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    std::promise<HWND> made;
+    std::thread hung([&] {
+        const Window window;
+        made.set_value(window);
+        MsgWaitForMultipleObjects(0, nullptr, FALSE, INFINITE, QS_SENDMESSAGE);
+        SetEvent(is_sent);
+        WaitForSingleObject(go_on, INFINITE);
+        const int before = Window::told;
+        Window::drain();
+        EXPECT_EQ(Window::told, before);  // it was taken back
+    });
+    auto* const window = made.get_future().get();
+    EXPECT_EQ(m_watch.BeginWatch(m_key, 0, window, kChanged, REG_NOTIFY_CHANGE_LAST_SET), 1);
+    while (WaitForSingleObject(is_sent, 1) != WAIT_OBJECT_0) change();
+    m_watch.EndWatch();
+    SetEvent(go_on);
+    hung.join();
+    CloseHandle(go_on);
+    CloseHandle(is_sent);
 }
 
 TEST_F(RegistryWatcher, RestsOnceItsKeyIsClosed) {

@@ -53,7 +53,7 @@ class KeyWatch {
         if (!ask_for_change()) return;
         while (WaitForMultipleObjects(2, both.data(), FALSE, INFINITE) == WAIT_OBJECT_0 + 1) {
             const bool goes_on = ask_for_change();
-            if (IsWindow(m_window) != 0) SendMessageW(m_window, m_message, 0, 0);
+            if (IsWindow(m_window) != 0) send_until(m_stop, m_window, m_message, 0, 0);
             if (!goes_on) return;
         }
     }

@@ -28,8 +28,8 @@ class TVUTIL_API CRegistryWatcher {
     /// REG_NOTIFY_CHANGE_ flags. 1; 0 while a watch is under way, which stays as it is, or when
     /// there is no thread.
     int BeginWatch(HKEY key, int subtree, HWND window, UINT message, DWORD filter);
-    /// Waits for the window's answer if a message is with it; a message of this watch that the
-    /// calling thread's own window hasn't begun is taken back.
+    /// Waits for the answer of a window that has begun with a message; one that its window, if it
+    /// is this process's, hasn't begun with is taken back.
     void EndWatch();
 
   protected:

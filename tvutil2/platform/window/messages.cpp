@@ -113,6 +113,20 @@ LRESULT SendMessageTimeoutW(HWND window, UINT message, WPARAM wparam, LPARAM lpa
     return 1;
 }
 
+namespace tvutil2 {
+
+void send_until(HANDLE stop, HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
+    const auto* const record = is_remote(window) ? nullptr : find_window(window);
+    if (record == nullptr || is_own(*record)) {
+        SendMessageW(window, message, wparam, lparam);
+    } else {
+        send_and_wait(sent_message(window, message, wparam, lparam), *record, false, INFINITE,
+                      stop);
+    }
+}
+
+}  // namespace tvutil2
+
 BOOL SendNotifyMessageW(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
     if (is_remote(window))
         return result_of(tvutil2::post_remote(window, message, wparam, lparam, true));

@@ -93,3 +93,11 @@ TVUTIL_API BOOL InSendMessage();
 TVUTIL_API LONG GetMessageTime();
 /// Milliseconds since the start of the machine, from 0 again after 49.7 days.
 TVUTIL_API DWORD GetTickCount();
+
+namespace tvutil2 {
+
+/// As SendMessageW, but the wait ends once `stop` is signalled: a message that its window hasn't
+/// begun with by then is taken back. Of a window in another process it waits for the answer.
+TVUTIL_API void send_until(HANDLE stop, HWND window, UINT message, WPARAM wparam, LPARAM lparam);
+
+}  // namespace tvutil2

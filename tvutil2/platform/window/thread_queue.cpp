@@ -205,13 +205,18 @@ DWORD ThreadQueue::wait_for_any(std::span<const HANDLE> objects, DWORD news, DWO
     }
 }
 
-bool ThreadQueue::wait_for_answer(const SentMessage& message, bool is_deaf, DWORD milliseconds) {
+bool ThreadQueue::wait_for_answer(const SentMessage& message, bool is_deaf, DWORD milliseconds,
+                                  HANDLE stop) {
+    const DWORD news = is_deaf ? answered : answered | sent;
     const auto start = GetTickCount();
     for (auto left = milliseconds;;) {
         m_word.fetch_and(~DWORD{answered}, std::memory_order_acquire);
         if (!is_deaf) answer_sent();
         if (message.is_answered.load(std::memory_order_acquire)) return true;
-        if (!wait_for(is_deaf ? answered : answered | sent, left)) return false;
+        const bool is_news = stop == nullptr
+                                 ? wait_for(news, left)
+                                 : wait_for_any({&stop, 1}, news, left) == WAIT_OBJECT_0 + 1;
+        if (!is_news) return false;
         if (milliseconds != INFINITE) {
             const auto passed = GetTickCount() - start;
             left = passed < milliseconds ? milliseconds - passed : 0;
@@ -407,7 +412,7 @@ LRESULT call_procedure(ThreadQueue& queue, WNDPROC procedure, HWND window, UINT 
 }
 
 bool send_and_wait(const std::shared_ptr<SentMessage>& message, const Window& window, bool is_deaf,
-                   DWORD milliseconds) {
+                   DWORD milliseconds, HANDLE stop) {
     auto& own = ThreadQueue::current();
     auto* const target = window.queue.load(std::memory_order_relaxed);
     message->sender = &own;
@@ -422,7 +427,9 @@ bool send_and_wait(const std::shared_ptr<SentMessage>& message, const Window& wi
         GiveUp(const GiveUp&) = delete;
         GiveUp& operator=(const GiveUp&) = delete;
     } give_up(*message);
-    if (!own.wait_for_answer(*message, is_deaf, milliseconds)) return fail_with(ERROR_TIMEOUT);
+    if (!own.wait_for_answer(*message, is_deaf, milliseconds, stop)) {
+        return fail_with(ERROR_TIMEOUT);
+    }
     return !message->is_refused || fail_with(ERROR_INVALID_WINDOW_HANDLE);
 }
 

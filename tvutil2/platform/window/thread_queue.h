@@ -105,8 +105,9 @@ class ThreadQueue {
     [[nodiscard]] bool has_news(News news) const {
         return (m_word.load(std::memory_order_acquire) & news) != 0;
     }
-    /// Sleeps until the message is answered; false when the time is over.
-    bool wait_for_answer(const SentMessage& message, bool is_deaf, DWORD milliseconds);
+    /// Sleeps until the message is answered; false when the time is over, or `stop` is signalled
+    /// (unless it is null).
+    bool wait_for_answer(const SentMessage& message, bool is_deaf, DWORD milliseconds, HANDLE stop);
     /// Sleeps until a connection to another process can be read, or written; false when the time is
     /// over.
     bool wait_for_connection(int connection, bool writes, bool is_deaf, DWORD milliseconds);
@@ -164,9 +165,10 @@ LRESULT call_procedure(ThreadQueue& queue, WNDPROC procedure, HWND window, UINT 
                        WPARAM wparam, LPARAM lparam);
 
 /// Sends to a window of another thread and waits for the answer, up to a time in milliseconds;
-/// `is_deaf` doesn't answer others meanwhile. False with the last error.
+/// `is_deaf` doesn't answer others meanwhile, and `stop` (or null) ends the wait as its time does.
+/// False with the last error.
 bool send_and_wait(const std::shared_ptr<SentMessage>& message, const Window& window, bool is_deaf,
-                   DWORD milliseconds);
+                   DWORD milliseconds, HANDLE stop = nullptr);
 
 /// Ends, without a message, what a thread leaves behind.
 void end_windows_of(ThreadQueue& queue);
