@@ -3,6 +3,9 @@ include(CMakePackageConfigHelpers)
 
 install(TARGETS tvutil2 EXPORT tvutil2Targets
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT library NAMELINK_COMPONENT development)
+if(TARGET tvutil2-crash)
+  install(TARGETS tvutil2-crash RUNTIME DESTINATION ${CMAKE_INSTALL_LIBEXECDIR} COMPONENT library)
+endif()
 if(TARGET tvutil)
   install(TARGETS tvutil RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT program)
   # What shells complete and the manual page, as the program itself tells them.

@@ -18,6 +18,7 @@
 #include "tvutil2/data/text.h"
 #include "tvutil2/data/user_data.h"
 #include "tvutil2/diag/app_log.h"
+#include "tvutil2/diag/crash_report.h"
 #include "tvutil2/diag/local_trace.h"
 #include "tvutil2/frame/ansi_string.h"
 #include "tvutil2/frame/base64.h"

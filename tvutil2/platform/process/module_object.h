@@ -22,6 +22,8 @@ class ModuleObject : public HandleObject {
     [[nodiscard]] virtual std::u16string path() const;
     /// Null when the module doesn't export `name`.
     [[nodiscard]] virtual FARPROC symbol(const char* /*name*/) const { return nullptr; }
+    /// Null when the module exports nothing by that ordinal.
+    [[nodiscard]] virtual FARPROC symbol_at(WORD /*ordinal*/) const { return nullptr; }
     /// Stays loaded whatever FreeLibrary is asked.
     [[nodiscard]] virtual bool is_permanent() const { return false; }
 

@@ -381,8 +381,9 @@ FARPROC GetProcAddress(HMODULE module, const char* name) {
     using namespace tvutil2;
     const auto object = module_of(module);
     if (!object) return nullptr;
-    const bool is_ordinal = reinterpret_cast<std::uintptr_t>(name) < 0x10000;
-    const auto function = is_ordinal ? nullptr : object->symbol(name);
+    const auto ordinal = reinterpret_cast<std::uintptr_t>(name);
+    const auto function =
+        ordinal < 0x10000 ? object->symbol_at(static_cast<WORD>(ordinal)) : object->symbol(name);
     if (function == nullptr) SetLastError(ERROR_PROC_NOT_FOUND);
     return function;
 }

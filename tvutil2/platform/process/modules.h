@@ -39,7 +39,8 @@ TVUTIL_API HMODULE LoadLibraryW(const char16_t* name);
 TVUTIL_API BOOL FreeLibrary(HMODULE module);
 
 /// A function that the module itself exports, not one of the modules it stands on. Null with
-/// ERROR_MOD_NOT_FOUND or ERROR_PROC_NOT_FOUND; ordinals are never found.
+/// ERROR_MOD_NOT_FOUND or ERROR_PROC_NOT_FOUND. An ordinal in the place of a name (ordinal_name) is
+/// found in system modules that have them.
 TVUTIL_API FARPROC GetProcAddress(HMODULE module, const char* name);
 
 namespace tvutil2 {
@@ -52,6 +53,11 @@ template <class Function>
 template <class Function>
 [[nodiscard]] FARPROC as_export(Function* function) {
     return reinterpret_cast<FARPROC>(reinterpret_cast<void (*)()>(function));
+}
+
+/// An ordinal as GetProcAddress takes it in the place of a name.
+[[nodiscard]] inline const char* ordinal_name(WORD ordinal) {
+    return reinterpret_cast<const char*>(static_cast<std::uintptr_t>(ordinal));
 }
 
 /// The library's own module: its string tables and dialogs are found under it. The same value for

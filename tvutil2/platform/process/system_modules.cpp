@@ -2,6 +2,7 @@
 
 #include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/base/wide_text.h"
+#include "tvutil2/platform/crash/crash_rpt.h"
 #include "tvutil2/platform/process/module_object.h"
 #include "tvutil2/platform/process/modules.h"
 
@@ -54,9 +55,11 @@ HRESULT SetProcessDpiAwareness(int awareness) {
 namespace tvutil2 {
 namespace {
 
+// By a name, or by an ordinal alone.
 struct Export {
     const char* name;
     std::atomic<FARPROC> function;
+    WORD ordinal = 0;
 };
 
 class SystemModule : public ModuleObject {
@@ -67,12 +70,18 @@ class SystemModule : public ModuleObject {
     [[nodiscard]] std::u16string path() const override { return m_name; }
     [[nodiscard]] bool is_permanent() const override { return true; }
     [[nodiscard]] FARPROC symbol(const char* name) const override {
-        auto* const entry = find(name);
-        return entry != nullptr ? entry->function.load() : nullptr;
+        return function_of(find(name));
+    }
+    [[nodiscard]] FARPROC symbol_at(WORD ordinal) const override {
+        return function_of(find(ordinal_name(ordinal)));
     }
     [[nodiscard]] Export* find(const char* name) const {
+        const auto ordinal = reinterpret_cast<std::uintptr_t>(name);
+        const bool is_ordinal = ordinal < 0x10000;
         for (auto& entry : m_exports) {
-            if (std::strcmp(entry.name, name) == 0) return &entry;
+            const bool is_it = is_ordinal ? ordinal != 0 && entry.ordinal == ordinal
+                                          : std::strcmp(entry.name, name) == 0;
+            if (is_it) return &entry;
         }
         return nullptr;
     }
@@ -80,6 +89,10 @@ class SystemModule : public ModuleObject {
     std::atomic<bool> is_present{true};
 
   private:
+    static FARPROC function_of(const Export* entry) {
+        return entry != nullptr ? entry->function.load() : nullptr;
+    }
+
     std::u16string m_name;
     std::span<Export> m_exports;
 };
@@ -101,10 +114,17 @@ const Entered* find_module(const char16_t* name) {
         {"SetProcessDpiAwarenessContext", as_export(SetProcessDpiAwarenessContext)},
         {"SetProcessDPIAware", as_export(SetProcessDPIAware)}};
     static Export shcore[] = {{"SetProcessDpiAwareness", as_export(SetProcessDpiAwareness)}};
+    static Export crash_rpt[] = {
+        {"", as_export(crash_install), crash_ordinal::install},
+        {"", as_export(crash_uninstall), crash_ordinal::uninstall},
+        {"", as_export(crash_add_file), crash_ordinal::add_file},
+        {"", as_export(crash_last_error), crash_ordinal::last_error},
+        {"", as_export(crash_add_screenshot), crash_ordinal::add_screenshot}};
     static const auto* const modules = new std::array{
         enter(u"KERNEL32.DLL", kernel32),
         enter(u"USER32.DLL", user32),
         enter(u"SHCORE.DLL", shcore),
+        enter(u"CRASHRPT.DLL", crash_rpt),
     };
     for (const auto& entry : *modules) {
         if (_wcsicmp(entry.module->path().c_str(), name) == 0) return &entry;

@@ -48,7 +48,8 @@ namespace tvutil2 {
 
 /// Puts `function` in the place of a system module's export and gives what was there, so that a
 /// test can take an export away (null), watch its calls, and put it back. Look-ups from then on
-/// see it; direct calls don't. Null when there is no such module or export.
+/// see it; direct calls don't. `name` may be an ordinal_name. Null when there is no such module or
+/// export.
 TVUTIL_API FARPROC exchange_system_export(const char16_t* module, const char* name,
                                           FARPROC function);
 /// Takes a whole system module away from later look-ups, or puts it back. False when there is none

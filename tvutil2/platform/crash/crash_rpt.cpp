@@ -1,0 +1,105 @@
+#include "tvutil2/platform/crash/crash_rpt.h"
+
+#include "tvutil2/platform/base/host_path.h"
+#include "tvutil2/platform/base/locations.h"
+#include "tvutil2/platform/base/utf.h"
+#include "tvutil2/platform/crash/fatal_signals.h"
+
+#include <dlfcn.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <string_view>
+
+namespace tvutil2 {
+namespace {
+
+struct State {
+    bool is_installed = false;
+    CrashHandOver hand_over;
+    std::u16string error;
+};
+
+State& state() {
+    static auto* const instance = new State;
+    return *instance;
+}
+
+int fail(std::u16string_view text) {
+    state().error = text;
+    return 1;
+}
+
+// Beside the library, in the build tree as where it is installed.
+std::string helper_file() {
+    Dl_info info{};
+    if (dladdr(reinterpret_cast<const void*>(&crash_reports_folder), &info) == 0) return "";
+    std::string file(info.dli_fname);
+    const auto separator = file.rfind('/');
+    file.resize(separator == std::string::npos ? 0 : separator + 1);
+    return file + TVUTIL2_CRASH_HELPER;
+}
+
+std::string narrow(const char16_t* text) {
+    return text == nullptr ? "" : to_utf8(text).value_or("");
+}
+
+}  // namespace
+
+std::string crash_reports_folder() {
+    return user_store() + "/crash";
+}
+
+int crash_install(const CrashInstallRecord* record) {
+    if (record == nullptr || record->size != sizeof *record) {
+        return fail(u"The crash reporter was given a record of another version.");
+    }
+    const auto application = narrow(record->application);
+    if (application.empty() || application.find('/') != std::string::npos) {
+        return fail(u"The crash reporter was given no name of an application.");
+    }
+    auto& own = state();
+    if (own.is_installed) return fail(u"The crash reporter is installed already.");
+    const auto helper = helper_file();
+    if (access(helper.c_str(), X_OK) != 0) {
+        return fail(u"The crash reporter's helper program is missing.");
+    }
+    own.hand_over.command = {helper, crash_reports_folder(), application, narrow(record->version),
+                             narrow(record->url)};
+    own.hand_over.callback = record->callback;
+    install_crash_handlers(own.hand_over);
+    own.is_installed = true;
+    return 0;
+}
+
+int crash_uninstall() {
+    auto& own = state();
+    if (!own.is_installed) return fail(u"The crash reporter isn't installed.");
+    remove_crash_handlers();
+    own.is_installed = false;
+    return 0;
+}
+
+int crash_add_file(const char16_t* path, const char16_t* /*name*/, const char16_t* description,
+                   DWORD /*flags*/) {
+    auto& own = state();
+    if (!own.is_installed) return fail(u"The crash reporter isn't installed.");
+    const auto host = path != nullptr ? host_path(path) : std::nullopt;
+    if (!host) return fail(u"The file's path has no place here.");
+    own.hand_over.command.insert(own.hand_over.command.end(), {*host, narrow(description)});
+    exchange_hand_over(own.hand_over);
+    return 0;
+}
+
+int crash_add_screenshot(DWORD /*flags*/, int /*quality*/) {
+    return state().is_installed ? 0 : fail(u"The crash reporter isn't installed.");
+}
+
+int crash_last_error(char16_t* text, UINT size) {
+    if (text == nullptr || size == 0) return 0;
+    const auto count = state().error.copy(text, size - 1);
+    text[count] = 0;
+    return static_cast<int>(count);
+}
+
+}  // namespace tvutil2
