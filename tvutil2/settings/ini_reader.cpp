@@ -6,8 +6,6 @@
 #include "tvutil2/platform/files/overwritten_file.h"
 #include "tvutil2/settings/ini_file.h"
 
-#include <sys/stat.h>
-
 #include <algorithm>
 #include <memory>
 #include <span>
@@ -149,8 +147,7 @@ void parse_narrow(std::string_view bytes, bool has_mark, IniParser& parser, IniO
 IniOutcome read_ini(const char16_t* path, CIniFile& document) {
     IniOutcome outcome;
     const auto host = host_path_of(path);
-    struct stat info {};
-    if (!host || !read_between_writers(*host, info, outcome.bytes)) return outcome;
+    if (!host || !read_between_writers(*host, outcome.bytes)) return outcome;
     outcome.is_open = true;
     IniParser parser(document);
     const std::string_view bytes = outcome.bytes;

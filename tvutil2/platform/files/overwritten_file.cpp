@@ -131,6 +131,11 @@ bool read_between_writers(const std::string& path, struct stat& info, std::strin
     return is_read;
 }
 
+bool read_between_writers(const std::string& path, std::string& bytes) {
+    struct stat info {};
+    return read_between_writers(path, info, bytes);
+}
+
 OverwrittenFile::OverwrittenFile(const std::string& path, bool may_be_new) : m_path(path) {
     struct stat info {};
     for (const auto end = Clock::now() + kLongestWait;;) {

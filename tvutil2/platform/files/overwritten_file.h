@@ -22,6 +22,7 @@ namespace tvutil2 {
 /// read_whole_file between two writers of this kind.
 TVUTIL_API bool read_between_writers(const std::string& path, struct stat& info,
                                      std::string& bytes);
+TVUTIL_API bool read_between_writers(const std::string& path, std::string& bytes);
 
 /// The turn to write one file, from its making to its end.
 class TVUTIL_API OverwrittenFile {
