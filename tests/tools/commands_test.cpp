@@ -83,6 +83,8 @@ TEST(Commands, PrintValidJson) {
         {"sessions", "where", "Pelrin", "--json"},
         {"data", "--json"},
         {"data", "previous", "5", "--json"},
+        {"data", "check", "--json"},
+        {"text", "convert", "@/odd.ini", "@/out", "--lossy", "--to", "utf-8", "--json"},
         {"features", "--json"}};
     for (const auto& arguments : cases) {
         const auto result = tvutil_in(folder, arguments);
@@ -91,6 +93,10 @@ TEST(Commands, PrintValidJson) {
     }
     const auto listed =
         nlohmann::json::parse(tvutil_in(folder, {"ini", "list", "@/odd.ini", "--json"}).out);
+    const auto set = nlohmann::json::parse(
+        tvutil_in(folder, {"features", "set", "dovr.filefilter", "on", "--json"}).out);
+    EXPECT_EQ(set["switches"]["dovr.filefilter"], 1);
+    EXPECT_EQ(tvutil_in(folder, {"text", "convert", "@/odd.ini", "-", "--json"}).code, 2);
     EXPECT_EQ(listed["s"]["k"], "1");  // as every reader of one value sees it
 }
 

@@ -82,10 +82,16 @@ void show(const Options& options) {
     tool::print(all);
 }
 
-void check() {
-    if (TvIsValidDataFolder() != 0) return;
-    tool::print(std::string_view("another folder is wanted"));
-    tool::exit_with(tool::Exit::no);
+void check(const Options& options) {
+    const bool is_kept = TvIsValidDataFolder() != 0;
+    if (options.json) {
+        tool::print(nlohmann::ordered_json{
+            {"path", tool::shown_path(GetUserDataFolderPath(0), options.host)},
+            {"another_wanted", !is_kept}});
+    } else if (!is_kept) {
+        tool::print(std::string_view("another folder is wanted"));
+    }
+    if (!is_kept) tool::exit_with(tool::Exit::no);
 }
 
 void previous(const Options& options) {
@@ -115,10 +121,13 @@ const tool::Command g_data([](CLI::App& app) {
     data.callback([&data, options] {
         if (data.get_subcommands().empty()) show(*options);
     });
-    data.add_subcommand("check",
-                        "Test the user data folder; ask, if it can't be had, whether another one "
-                        "is wanted (exit code 1 for Yes)")
-        ->callback(check);
+    auto& test = *data.add_subcommand(
+        "check",
+        "Test the user data folder; ask, if it can't be had, whether another one "
+        "is wanted (exit code 1 for Yes)");
+    tool::add_json_flag(test, options->json);
+    tool::add_host_flag(test, options->host);
+    test.callback([options] { check(*options); });
     auto& earlier = *data.add_subcommand(
         "previous", "The data folder of an earlier major version; exit code 1 when there is none");
     earlier.add_option("version", options->version, "4 or 5")

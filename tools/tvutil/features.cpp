@@ -73,6 +73,11 @@ void set(const Options& options) {
             tool::Exit::failed,
             tool::error_text(tool::narrow(features.m_strPath.View()), GetLastError())};
     }
+    if (options.json) {
+        tool::print(nlohmann::ordered_json{
+            {"file", tool::shown_path(features.m_strPath.View(), options.host)},
+            {"switches", {{options.name, wanted}}}});
+    }
 }
 
 const tool::Command g_features([](CLI::App& app) {
@@ -90,6 +95,8 @@ const tool::Command g_features([](CLI::App& app) {
     change.add_option("value", options->value, "on or off")
         ->required()
         ->check(CLI::IsMember({"on", "off"}));
+    tool::add_json_flag(change, options->json);
+    tool::add_host_flag(change, options->host);
     change.callback([options] { set(*options); });
 });
 

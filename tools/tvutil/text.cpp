@@ -147,6 +147,9 @@ void report_loss(const Options& options, const std::string& what) {
 }
 
 void convert(const Options& options) {
+    if (options.is_json && options.output == "-") {
+        throw Failure{Exit::usage, "--json needs an output other than \"-\": the text goes there"};
+    }
     const auto bytes = tool::read_input(options.input, kLargestText);
     const auto from = !options.from.empty() ? tool::encoding_named(options.from)
                       : options.input == "-"
@@ -165,6 +168,13 @@ void convert(const Options& options) {
                                  std::to_string(first_difference(text, back)));
     }
     tool::write_output(options.output, std::string(to.mark()) + body);
+    if (options.is_json) {
+        tool::print(nlohmann::ordered_json{{"file", options.output},
+                                           {"from", from.name()},
+                                           {"to", to.name()},
+                                           {"line_ends", line_ends_of(text).name()},
+                                           {"lossless", source.is_valid && back == text}});
+    }
 }
 
 const tool::Command g_command([](CLI::App& app) {
@@ -213,6 +223,7 @@ const tool::Command g_command([](CLI::App& app) {
         ->check(CLI::IsMember({"keep", "crlf", "lf", "cr"}));
     convert_command.add_flag("--lossy", options->is_lossy,
                              "Write even if text is lost; the exit code is 5 all the same");
+    tool::add_json_flag(convert_command, options->is_json);
     convert_command.callback([options] { convert(*options); });
 });
 
