@@ -190,6 +190,19 @@ TEST(Profile, KeepsTheAnsiPageOfAFile) {
     EXPECT_EQ(file.value(u"s", u"\u00DC"), "\u00DF");
 }
 
+// Without the one byte that isn't UTF-8 the rest would be read as that.
+TEST(Profile, ReadsTheOtherLinesAsBefore) {
+    tests::install_ansi_page(u"1252");
+    for (const char16_t* const value : {u"v", static_cast<const char16_t*>(nullptr)}) {
+        const File file("[s]\nk=\xE9\no=\xC3\xA4\n");
+        ASSERT_NE(file.write(u"s", u"k", value), FALSE);
+        EXPECT_EQ(file.value(u"s", u"o"), "\u00C3\u00A4");
+    }
+    const File ascii("[s]\n");
+    ASSERT_NE(ascii.write(u"s", u"k", u"\u00C3\u00A4"), FALSE);
+    EXPECT_EQ(ascii.value(u"s", u"k"), "\u00C3\u00A4");
+}
+
 // In a page that can't hold them, wrong bytes stay, and stand in the way of another encoding.
 TEST(Profile, GivesUpNoByteForAnotherEncoding) {
     tests::install_ansi_page(u"932");

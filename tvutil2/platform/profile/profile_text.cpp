@@ -48,10 +48,13 @@ void swap_bytes(std::string& bytes, std::size_t from) {
     for (auto i = from; i + 1 < bytes.size(); i += 2) std::swap(bytes[i], bytes[i + 1]);
 }
 
+bool is_ascii(std::string_view bytes) {
+    return std::none_of(bytes.begin(), bytes.end(), [](char c) { return c < 0; });
+}
+
 // As a whole, so that what is read in the other page and written again keeps its bytes.
 bool is_plain_utf8(std::string_view bytes) {
-    const bool is_ascii = std::none_of(bytes.begin(), bytes.end(), [](char c) { return c < 0; });
-    return is_ascii ? GetACP() == CP_UTF8 : to_utf16(bytes).has_value();
+    return is_ascii(bytes) ? GetACP() == CP_UTF8 : to_utf16(bytes).has_value();
 }
 
 std::u16string from_page(UINT page, std::string_view bytes) {
@@ -201,13 +204,19 @@ UINT ProfileText::page() const {
     return m_encoding == Encoding::utf8 ? CP_UTF8 : narrow_page();
 }
 
-std::optional<std::string> ProfileText::in_utf16() const {
-    const auto text =
-        codepage::units_of(page(), MB_ERR_INVALID_CHARS, std::string_view(m_bytes).substr(m_start));
+std::optional<std::string> ProfileText::in_utf16(std::string_view bytes_of_page) const {
+    const auto text = codepage::units_of(page(), MB_ERR_INVALID_CHARS, bytes_of_page);
     if (!text) return std::nullopt;
     std::string bytes(kUtf16Mark);
     bytes.append(reinterpret_cast<const char*>(text->data()), text->size() * 2);
     return bytes;
+}
+
+// Bytes of the ANSI page that happen to be UTF-8, now that one value is another or gone, would be
+// read as that, all lines of them.
+std::optional<std::string> ProfileText::read_alike(std::string bytes) const {
+    const bool changes = m_encoding == Encoding::ansi && !is_ascii(bytes) && is_plain_utf8(bytes);
+    return changes ? in_utf16(bytes) : std::optional(std::move(bytes));
 }
 
 const ProfileText::Section* ProfileText::find(std::u16string_view section) const {
@@ -268,14 +277,15 @@ std::optional<std::string> ProfileText::with_value(std::u16string_view section,
     }
     auto bytes = m_bytes.substr(0, begin);
     if (!encode(text, bytes)) {
-        auto wide = in_utf16();
+        auto wide = in_utf16(std::string_view(m_bytes).substr(m_start));
         if (!wide) return std::nullopt;
         return ProfileText(std::move(*wide)).with_value(section, key, value);
     }
-    return bytes.append(m_bytes, end);
+    return read_alike(std::move(bytes.append(m_bytes, end)));
 }
 
-std::string ProfileText::without_key(std::u16string_view section, std::u16string_view key) const {
+std::optional<std::string> ProfileText::without_key(std::u16string_view section,
+                                                    std::u16string_view key) const {
     const auto* const found = find(section);
     if (found == nullptr) return m_bytes;
     const auto name = trimmed(key);
@@ -286,10 +296,10 @@ std::string ProfileText::without_key(std::u16string_view section, std::u16string
         bytes.append(m_bytes, copied, entry.begin - copied);
         copied = entry.next;
     }
-    return bytes.append(m_bytes, copied);
+    return read_alike(std::move(bytes.append(m_bytes, copied)));
 }
 
-std::string ProfileText::without_section(std::u16string_view section) const {
+std::optional<std::string> ProfileText::without_section(std::u16string_view section) const {
     const auto name = trimmed(section);
     std::string bytes;
     std::size_t copied = 0;
@@ -298,7 +308,7 @@ std::string ProfileText::without_section(std::u16string_view section) const {
         bytes.append(m_bytes, copied, found.begin - copied);
         copied = found.end;
     }
-    return bytes.append(m_bytes, copied);
+    return read_alike(std::move(bytes.append(m_bytes, copied)));
 }
 
 }  // namespace tvutil2

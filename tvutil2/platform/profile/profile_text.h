@@ -50,15 +50,16 @@ class ProfileText {
     [[nodiscard]] static TVUTIL_API const Entry* find(const Section& section,
                                                       std::u16string_view key);
 
-    /// The content with a value set; names and value are as they are to stand. Nothing when that
-    /// needs another encoding and some bytes of the content are wrong in the present one: they
-    /// would be lost.
+    /// The content with a value set, or with a key or a section gone; names and value are as they
+    /// are to stand. Nothing when that needs another encoding and some bytes of the content are
+    /// wrong in the present one: they would be lost.
     [[nodiscard]] TVUTIL_API std::optional<std::string> with_value(std::u16string_view section,
                                                                    std::u16string_view key,
                                                                    std::u16string_view value) const;
-    [[nodiscard]] TVUTIL_API std::string without_key(std::u16string_view section,
-                                                     std::u16string_view key) const;
-    [[nodiscard]] TVUTIL_API std::string without_section(std::u16string_view section) const;
+    [[nodiscard]] TVUTIL_API std::optional<std::string> without_key(std::u16string_view section,
+                                                                    std::u16string_view key) const;
+    [[nodiscard]] TVUTIL_API std::optional<std::string> without_section(
+        std::u16string_view section) const;
 
   private:
     struct Line;
@@ -70,7 +71,8 @@ class ProfileText {
     [[nodiscard]] std::u16string decode(std::size_t begin, std::size_t end) const;
     [[nodiscard]] bool encode(std::u16string_view text, std::string& out) const;
     [[nodiscard]] UINT page() const;
-    [[nodiscard]] std::optional<std::string> in_utf16() const;
+    [[nodiscard]] std::optional<std::string> in_utf16(std::string_view bytes_of_page) const;
+    [[nodiscard]] std::optional<std::string> read_alike(std::string bytes) const;
     [[nodiscard]] std::u16string entry_line(std::u16string_view key, std::u16string_view value,
                                             std::size_t place) const;
 
