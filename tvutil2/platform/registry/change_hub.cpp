@@ -22,22 +22,23 @@ LONG ChangeHub::open_page(const std::string& file, bool is_private, std::uint32_
     return ERROR_SUCCESS;
 }
 
-void ChangeHub::drop_page() {
+void ChangeHub::drop_page(std::uint32_t store) {
     std::shared_ptr<SignalPage> old;
     {
         const std::lock_guard guard(m_lock);
+        if (m_page_store != store) return;
         old = std::move(m_page);
     }
     if (old) old->wake();
 }
 
 void ChangeHub::announce() {
-    std::shared_ptr<SignalPage> page;
-    {
-        const std::lock_guard guard(m_lock);
-        page = m_page;
-    }
-    if (page) page->announce();
+    if (const auto page = current_page()) page->announce();
+}
+
+std::shared_ptr<SignalPage> ChangeHub::current_page() {
+    const std::lock_guard guard(m_lock);
+    return m_page;
 }
 
 void ChangeHub::add(const std::shared_ptr<Watch>& watch) {
@@ -52,23 +53,24 @@ void ChangeHub::add(const std::shared_ptr<Watch>& watch) {
     look(watch);
 }
 
-// The word is read before the store is asked: a write that comes after the question has moved it
-// on, and the wait returns at once. Without a page there is no store, and the watches end with it.
+// The word is read before it is known that the page still counts, which watches there are and what
+// the store says: whatever comes after one of these questions has moved the word on, and the wait
+// returns at once. Without a page there is no store, and the watches end with it.
 void ChangeHub::run() {
     for (;;) {
-        std::shared_ptr<SignalPage> page;
+        const auto page = current_page();
+        if (page) page->begin_watching();
+        const auto seen = page ? page->value() : 0;
         std::vector<std::shared_ptr<Watch>> watches;
         {
             const std::lock_guard guard(m_lock);
-            page = m_page;
+            if (page != m_page) continue;
             watches = m_watches;
             if (!page && watches.empty()) {
                 m_is_running = false;
                 return;
             }
         }
-        if (page) page->begin_watching();
-        const auto seen = page ? page->value() : 0;
         for (const auto& watch : watches) {
             if (page) {
                 look(watch);

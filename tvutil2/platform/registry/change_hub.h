@@ -46,8 +46,8 @@ class ChangeHub {
     /// Opens the page of a store, unless it is open. Of another store's page the waiters are woken,
     /// since nobody announces there any more.
     LONG open_page(const std::string& file, bool is_private, std::uint32_t store);
-    /// Wakes the waiters of a store that is gone.
-    void drop_page();
+    /// Wakes the waiters of a store that is gone. The page of the one behind it stays.
+    void drop_page(std::uint32_t store);
     /// To be called after a commit.
     void announce();
 
@@ -66,6 +66,7 @@ class ChangeHub {
     void after_fork(bool in_child);
 
   private:
+    std::shared_ptr<SignalPage> current_page();
     void run();
     void look(const std::shared_ptr<Watch>& watch);
     void finish(const std::shared_ptr<Watch>& watch, LONG result);

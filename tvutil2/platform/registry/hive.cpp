@@ -288,7 +288,7 @@ void Hive::forget_store() {
         const std::lock_guard reading(m_read_lock);
         close_reader();
     }
-    m_hub.drop_page();
+    m_hub.drop_page(m_writer.store);
 }
 
 // The store is looked for behind the commit: what was committed to one that is still there by then
@@ -349,7 +349,7 @@ LONG Hive::read(const KeyId& key, const Body& body, LONG result_without_file) {
     for (int attempt = 0;; ++attempt) {
         if (m_reader.database.is_open() && !is_current()) {
             close_reader();
-            m_hub.drop_page();
+            m_hub.drop_page(m_reader.store);
         }
         auto error = open_reader();
         if (error == kNotFound) return key.row == KeyId::kRoot ? result_without_file : kDeleted;
