@@ -168,7 +168,8 @@ BOOL CloseHandle(HANDLE handle) {
     using tvutil2::HandleKind;
     const auto has_own_close = [](HandleKind kind) {
         return kind == HandleKind::search || kind == HandleKind::key ||
-               kind == HandleKind::module || kind == HandleKind::change;
+               kind == HandleKind::module || kind == HandleKind::change ||
+               kind == HandleKind::internet;
     };
     const auto value = reinterpret_cast<std::uintptr_t>(handle);
     std::shared_ptr<tvutil2::HandleObject> closed;  // destroyed behind the pin

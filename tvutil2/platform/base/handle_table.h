@@ -25,7 +25,8 @@ enum class HandleKind : std::uint8_t {
     thread,
     module,
     mapping,
-    change
+    change,
+    internet
 };
 
 namespace handle_table {

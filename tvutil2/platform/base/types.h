@@ -26,6 +26,7 @@ using LRESULT = std::intptr_t;
 using INT_PTR = std::intptr_t;
 using UINT_PTR = std::uintptr_t;
 using LONG_PTR = std::intptr_t;
+using DWORD_PTR = std::uintptr_t;
 using ATOM = WORD;
 using COLORREF = std::uint32_t;
 
@@ -41,6 +42,8 @@ using HRSRC = struct HRSRC__*;
 /// Memory of a loaded resource.
 using HGLOBAL = struct HGLOBAL__*;
 using HLOCAL = struct HLOCAL__*;
+/// A session, connection or request of the HTTP client.
+using HINTERNET = struct HINTERNET__*;
 using HWND = struct HWND__*;
 using HMENU = struct HMENU__*;
 using HICON = struct HICON__*;
