@@ -9,6 +9,7 @@
 
 #include <cstdlib>
 #include <future>
+#include <mutex>
 #include <string>
 
 #include "tests/support/child.h"
@@ -41,26 +42,44 @@ Fetched fetch(const std::string& url) {
     return {result, tvutil2::to_utf8_lossy(response.View())};
 }
 
+// What a server was asked last: its thread writes it.
+class Asked {
+  public:
+    void set(const std::string& text) {
+        const std::lock_guard guard(m_lock);
+        m_text = text;
+    }
+    [[nodiscard]] std::string get() const {
+        const std::lock_guard guard(m_lock);
+        return m_text;
+    }
+
+  private:
+    mutable std::mutex m_lock;
+    std::string m_text;
+};
+
 TEST(Http, AsksAsListed) {
-    std::string asked;
+    Asked asked;
     const tests::HttpServer server([&](const std::string& head, int socket) {
-        asked = head;
+        asked.set(head);
         tests::send_all(socket, answer("hello"));
     });
     EXPECT_EQ(fetch(server.address() + "/a b/ü?q=1"), (Fetched{0, "hello"}));
-    EXPECT_EQ(asked, "GET /a%20b/%C3%BC?q=1 HTTP/1.1\r\nHost: " + server.address().substr(7) +
-                         "\r\nUser-Agent: Mozilla/4.0 (compatible; MSIE 5.0;* Windows NT)\r\n"
-                         "Accept: text*/*\r\nContent-type: application/x-www-form-urlencoded\r\n"
-                         "\r\n");
+    EXPECT_EQ(asked.get(),
+              "GET /a%20b/%C3%BC?q=1 HTTP/1.1\r\nHost: " + server.address().substr(7) +
+                  "\r\nUser-Agent: Mozilla/4.0 (compatible; MSIE 5.0;* Windows NT)\r\n"
+                  "Accept: text*/*\r\nContent-type: application/x-www-form-urlencoded\r\n"
+                  "\r\n");
     EXPECT_EQ(fetch(server.address() + "/x\r\nEvil: 1"), (Fetched{0, "hello"}));
-    EXPECT_TRUE(asked.starts_with("GET /x%0D%0AEvil:%201 HTTP/1.1\r\n")) << asked;
+    EXPECT_TRUE(asked.get().starts_with("GET /x%0D%0AEvil:%201 HTTP/1.1\r\n")) << asked.get();
     EXPECT_EQ(fetch(server.address()), (Fetched{0, "hello"}));
-    EXPECT_TRUE(asked.starts_with("GET / HTTP/1.1\r\n")) << asked;
+    EXPECT_TRUE(asked.get().starts_with("GET / HTTP/1.1\r\n")) << asked.get();
 }
 
 TEST(Http, BodiesComeAsTheyAreCut) {
     const std::string piece(4096, 'x');
-    const std::string huge(100'000'000, 'y');
+    const std::string huge(100'000'000, 'y');  // NOLINT(bugprone-string-constructor): it is meant
     const auto headers = [](int count) {
         std::string text;
         for (int i = 0; i < count; ++i)
@@ -128,14 +147,14 @@ TEST(Http, FollowsRedirectsButNotForEver) {
 }
 
 TEST(Http, GoesThroughTheSystemsProxy) {
-    std::string asked;
+    Asked asked;
     const tests::HttpServer proxy([&](const std::string& head, int socket) {
-        asked = head.substr(0, head.find('\r'));
+        asked.set(head.substr(0, head.find('\r')));
         tests::send_all(socket, answer("by proxy"));
     });
     setenv("http_proxy", proxy.address().c_str(), 1);
     EXPECT_EQ(fetch("http://no-such-host.invalid/x"), (Fetched{0, "by proxy"}));
-    EXPECT_EQ(asked, "GET http://no-such-host.invalid/x HTTP/1.1");
+    EXPECT_EQ(asked.get(), "GET http://no-such-host.invalid/x HTTP/1.1");
     unsetenv("http_proxy");
 }
 

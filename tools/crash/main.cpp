@@ -155,7 +155,8 @@ bool make_report(const tvutil2::CrashNote& note, std::span<char*> arguments) {
 
 }  // namespace
 
-int main(int count, char** words) {
+// What it can't cope with ends it without a report, as a full disk does.
+int main(int count, char** words) try {
     if (count < 5) return 2;
     close_range(STDERR_FILENO + 1, ~0U, 0);
     umask(077);
@@ -173,4 +174,6 @@ int main(int count, char** words) {
     }
     note.exception[sizeof note.exception - 1] = 0;
     return make_report(note, std::span(words, static_cast<std::size_t>(count)).subspan(1)) ? 0 : 1;
+} catch (const std::exception&) {
+    return 1;
 }

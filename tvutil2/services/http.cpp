@@ -110,6 +110,7 @@ CString address_of(const char16_t* label, const char16_t* value) {
 
 }  // namespace
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): products' code is built for this signature
 DWORD TvHTTPConnection(CString url, CString& response) {
     try {
         return fetch(url, response) ? 0 : GetLastError();

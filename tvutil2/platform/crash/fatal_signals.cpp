@@ -26,7 +26,7 @@ namespace tvutil2 {
 namespace {
 
 constexpr int kSignals[] = {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT, SIGSYS};
-constexpr std::size_t kStackSize = 64 * 1024;
+constexpr std::size_t kStackSize = std::size_t{64} * 1024;
 constexpr time_t kLongestReport = 30;
 constexpr unsigned kLongestCallback = 10;
 
