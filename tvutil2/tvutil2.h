@@ -45,6 +45,7 @@
 #include "tvutil2/platform/resource/resource.h"
 #include "tvutil2/services/environment.h"
 #include "tvutil2/services/firewall.h"
+#include "tvutil2/services/help_links.h"
 #include "tvutil2/services/http.h"
 #include "tvutil2/settings/information_file.h"
 #include "tvutil2/settings/ini_file.h"

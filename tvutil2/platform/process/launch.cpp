@@ -234,10 +234,15 @@ int missing(const std::string& file) {
     return is_folder(file.substr(0, std::max<std::size_t>(slash, 1))) ? SE_ERR_FNF : SE_ERR_PNF;
 }
 
+std::optional<std::string> web_address(std::u16string_view text) {
+    return web_address_rest(text).empty() ? std::nullopt : to_utf8(text);
+}
+
 int execute(const char16_t* verb, const char16_t* file, const char16_t* parameters,
             const char16_t* folder) {
     if (verb != nullptr && *verb != 0 && _wcsicmp(verb, u"open") != 0) return SE_ERR_NOASSOC;
-    const auto host_file = host_path(file != nullptr ? file : u"");
+    const auto address = web_address(file != nullptr ? file : u"");
+    const auto host_file = address ? address : host_path(file != nullptr ? file : u"");
     if (!host_file) return GetLastError() == ERROR_INVALID_NAME ? SE_ERR_FNF : SE_ERR_PNF;
     std::optional<std::string> host_folder;
     if (folder != nullptr && *folder != 0) {
@@ -245,6 +250,7 @@ int execute(const char16_t* verb, const char16_t* file, const char16_t* paramete
         if (!host_folder || !is_folder(*host_folder)) return SE_ERR_PNF;
     }
     const char* const start_folder = host_folder ? host_folder->c_str() : nullptr;
+    if (address) return open_document(*address, start_folder);
     struct stat info {};
     if (stat(host_file->c_str(), &info) != 0) {
         return errno == EACCES ? SE_ERR_ACCESSDENIED : missing(*host_file);
@@ -315,6 +321,14 @@ class Splitter {
 };
 
 }  // namespace
+
+std::u16string_view web_address_rest(std::u16string_view text) {
+    for (const std::u16string_view scheme : {u"http://", u"https://"}) {
+        const auto start = std::u16string(text.substr(0, scheme.size()));
+        if (_wcsicmp(start.c_str(), scheme.data()) == 0) return text.substr(scheme.size());
+    }
+    return {};
+}
 
 std::vector<std::u16string> split_command_line(std::u16string_view text) {
     std::vector<std::u16string> arguments;

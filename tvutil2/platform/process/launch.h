@@ -23,7 +23,8 @@ inline constexpr int SW_SHOWNORMAL = 1;
 
 /// Starts the executable `file` with a text of arguments, in `folder` or, when that is null, in the
 /// current one. The started program gets the text split by split_command_line(); no shell reads
-/// it. A file that isn't executable is handed to the desktop's opener (xdg-open), if there is one.
+/// it. A file that isn't executable is handed to the desktop's opener (xdg-open), if there is one,
+/// and so is a web address ("http://" or "https://", in any case, and more behind it).
 /// `verb` is null, empty or "open". `owner` and `show` are for the started program's window, of
 /// which the host's programs decide for themselves.
 ///
@@ -42,6 +43,9 @@ namespace tvutil2 {
 /// quotes inside a quoted part are one plain quote; backslashes elsewhere are themselves. The
 /// text holds arguments only: the program's name isn't part of it.
 [[nodiscard]] TVUTIL_API std::vector<std::u16string> split_command_line(std::u16string_view text);
+
+/// What stands behind "http://" or "https://", in any case; empty for all other text.
+[[nodiscard]] TVUTIL_API std::u16string_view web_address_rest(std::u16string_view text);
 
 /// The way back: a text that is split into this one argument, whatever it holds. One without
 /// blanks, tabs and quotes is itself. A zero would end the command line, so nothing can carry it.
