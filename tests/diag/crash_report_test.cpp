@@ -190,6 +190,22 @@ TEST(CrashReport, NoRoomLeavesNoHalfReport) {
     EXPECT_TRUE(reports().empty());
 }
 
+TEST(CrashReport, TheTenNewestStay) {
+    const fs::path root(tvutil2::crash_reports_folder());
+    const auto old = fs::file_time_type::clock::now() - std::chrono::hours(1);
+    for (int i = 0; i < 12; ++i) {
+        const auto report = root / ((i < 2 ? "." : "old_") + std::to_string(i));
+        fs::create_directories(report);
+        fs::last_write_time(report, old + std::chrono::seconds(i));
+    }
+    EXPECT_EQ(signal_of(read_nothing), SIGSEGV);
+    EXPECT_EQ(reports().size(), 10U);
+    EXPECT_FALSE(fs::exists(root / ".0"));
+    EXPECT_FALSE(fs::exists(root / "old_2"));
+    EXPECT_TRUE(fs::exists(root / "old_3"));
+    fs::remove_all(root);
+}
+
 TEST(CrashReport, CallbackThatCrashesStillEndsByTheSignal) {
     EXPECT_EQ(signal_of([] {
                   TvCrashReportUninstall();

@@ -2,7 +2,9 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include <filesystem>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tests/support/profile.h"
@@ -64,6 +66,33 @@ TEST(Tvutil, AnswersAndRefusesByItsCodes) {
         {{"reg", "import", "-"}, "no .reg text", 3},
     };
     tests::expect_answers("", answers);
+}
+
+// Whatever lies in the folder, and whatever a report says.
+TEST(Tvutil, ShowsCrashReports) {
+    const auto folder = tests::profile_folder() + "/user/crash/";
+    const std::pair<const char*, const char*> reports[] = {
+        {"a_1", R"({"kind": "signal", "signal": "SIGSEGV", "threads": [
+                    {"crashed": true, "stack": [{"address": "0x1", "function": "f"}]}]})"},
+        {"b_2", R"({"kind": 7, "signal": null, "threads": [3, {"crashed": [], "stack": {}}]})"},
+        {"c_3", "no report"},
+        {".draft", "{}"}};
+    for (const auto& [name, text] : reports) {
+        std::filesystem::create_directories(folder + name);
+        tests::write_file(folder + name + "/report.json", text);
+    }
+    tests::expect_answers(
+        folder,
+        {{{"crash", "list"}, "", 0, "a_1  signal  SIGSEGV\nb_2    \nc_3    \n"},
+         {{"crash", "list", "--json"}, "", 0, "*"},
+         {{"crash", "show", "a_1"},
+          "",
+          0,
+          "kind=signal\nsignal=SIGSEGV\nfolder=" + folder + "a_1\ncrashed thread:\n  0x1  f  \n"},
+         {{"crash", "show", "b_2"}, "", 0, "*"},
+         {{"crash", "show", "c_3"}, "", 4},
+         {{"crash", "show", "../crash/a_1"}, "", 1},
+         {{"crash", "show", ".draft"}, "", 1}});
 }
 
 TEST(Tvutil, JsonIsValidForAnyText) {

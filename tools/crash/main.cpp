@@ -10,7 +10,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -20,6 +22,8 @@
 #include <fstream>
 #include <span>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "tools/crash/stacks.h"
 
@@ -29,6 +33,7 @@ using Json = nlohmann::ordered_json;
 namespace fs = std::filesystem;
 
 constexpr unsigned kLongestRun = 25;  // seconds; less than the crashed process waits
+constexpr std::size_t kKept = 10;     // reports
 constexpr std::uintmax_t kLargestFile = 64U << 20U;
 
 constexpr const char* kRegisterNames[tvutil2::CrashNote::kRegisters] = {
@@ -130,6 +135,26 @@ bool write(const fs::path& file, const Json& report) {
     return !stream.fail();
 }
 
+// The newest reports stay. A draft is somebody's work, unless that took longer than it may.
+void sweep(const fs::path& root) {
+    using Clock = fs::file_time_type::clock;
+    std::error_code error;
+    std::vector<std::pair<fs::file_time_type, fs::path>> reports;
+    for (const auto& entry : fs::directory_iterator(root, error)) {
+        const auto time = entry.last_write_time(error);
+        if (error) continue;
+        if (!entry.path().filename().string().starts_with('.')) {
+            reports.emplace_back(time, entry.path());
+        } else if (Clock::now() - time > std::chrono::seconds(2 * kLongestRun)) {
+            fs::remove_all(entry.path(), error);
+        }
+    }
+    std::sort(reports.begin(), reports.end());
+    for (std::size_t i = 0; i + kKept < reports.size(); ++i) {
+        fs::remove_all(reports[i].second, error);
+    }
+}
+
 // The folder has its name when it is whole; a part of one, for want of room, say, is taken away.
 bool make_report(const tvutil2::CrashNote& note, std::span<char*> arguments) {
     const fs::path root(arguments[0]);
@@ -147,7 +172,10 @@ bool make_report(const tvutil2::CrashNote& note, std::span<char*> arguments) {
     report["picture"] = "none: there is no display";
     if (write(draft / "report.json", report)) {
         fs::rename(draft, root / name, error);
-        if (!error) return true;
+        if (!error) {
+            sweep(root);
+            return true;
+        }
     }
     fs::remove_all(draft, error);
     return false;

@@ -1,8 +1,8 @@
 // CrashRpt.dll: the crash reporter's five operations, which are found by their ordinals alone.
 //
 // A crash makes a folder "<application>_<time>_<process>" below crash_reports_folder(), with
-// report.json and copies of the files that were added. Neither environment nor command line nor
-// memory goes into it.
+// report.json and copies of the files that were added; the ten newest are kept. Neither environment
+// nor command line nor memory goes into it.
 #pragma once
 
 #include "tvutil2/platform/base/export.h"
