@@ -59,6 +59,7 @@
 #include "tvutil2/threads/folder_watcher.h"
 #include "tvutil2/threads/registry_watcher.h"
 #include "tvutil2/threads/simple_thread.h"
+#include "tvutil2/threads/single_instance.h"
 #include "tvutil2/threads/synchronization.h"
 #include "tvutil2/threads/thread_timer.h"
 #include "tvutil2/threads/window_timer.h"

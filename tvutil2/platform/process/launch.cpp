@@ -4,161 +4,21 @@
 #include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/base/utf.h"
 #include "tvutil2/platform/base/wide_text.h"
+#include "tvutil2/platform/process/processes.h"
+#include "tvutil2/platform/process/start_program.h"
 
-#include <fcntl.h>
-#include <linux/close_range.h>
 #include <strings.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
-#include <csignal>
 #include <cstdlib>
 
 namespace tvutil2 {
 namespace {
 
 constexpr int kStarted = 33;
-
-class Descriptor {
-  public:
-    explicit Descriptor(int value) : m_value(value) {}
-    ~Descriptor() { reset(); }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-
-    [[nodiscard]] int get() const { return m_value; }
-    void reset() {
-        if (m_value >= 0) close(m_value);
-        m_value = -1;
-    }
-
-  private:
-    int m_value;
-};
-
-// No signal is handled on this thread while the object lives.
-class NoSignals {
-  public:
-    NoSignals() {
-        sigset_t all;
-        sigfillset(&all);
-        pthread_sigmask(SIG_SETMASK, &all, &m_before);
-    }
-    ~NoSignals() { pthread_sigmask(SIG_SETMASK, &m_before, nullptr); }
-    NoSignals(const NoSignals&) = delete;
-    NoSignals& operator=(const NoSignals&) = delete;
-
-  private:
-    sigset_t m_before{};
-};
-
-// No fork handlers: they belong to people who mean to go on in the child. The thread sanitizer has
-// one of its own, without which it can't run there.
-pid_t fork_bare() {
-#if defined(__SANITIZE_THREAD__)
-    return fork();
-#else
-    return _Fork();
-#endif
-}
-
-struct Program {
-    const char* file;
-    char* const* arguments;
-    const char* folder;  // null: stay
-};
-
-// Between fork and exec only what is safe in a signal handler is called: another thread may hold
-// any lock there is.
-
-void keep_standard_files_only() {
-    if (close_range(3, ~0U, CLOSE_RANGE_CLOEXEC) == 0) return;
-    rlimit limit{};
-    getrlimit(RLIMIT_NOFILE, &limit);
-    const auto end = static_cast<int>(std::min<rlim_t>(limit.rlim_cur, 65536));
-    for (int descriptor = 3; descriptor < end; ++descriptor) {
-        fcntl(descriptor, F_SETFD, FD_CLOEXEC);
-    }
-}
-
-// Nothing is read from the caller's input. A pipe of the caller isn't kept: whoever reads its other
-// end would wait for the end of a program that nobody is to wait for.
-void let_go_of_pipes() {
-    const int null = open("/dev/null", O_RDWR);
-    if (null < 0) return;
-    dup2(null, STDIN_FILENO);
-    for (const int output : {STDOUT_FILENO, STDERR_FILENO}) {
-        struct stat info {};
-        if (fstat(output, &info) != 0 || S_ISFIFO(info.st_mode)) dup2(null, output);
-    }
-}
-
-void restore_signals() {
-    struct sigaction action {};
-    action.sa_handler = SIG_DFL;
-    for (int number = 1; number < NSIG; ++number) sigaction(number, &action, nullptr);
-    sigset_t none;
-    sigemptyset(&none);
-    sigprocmask(SIG_SETMASK, &none, nullptr);
-}
-
-[[noreturn]] void report_and_exit(int pipe, int error) {
-    // A reader that is gone can't be told anything.
-    (void)!write(pipe, &error, sizeof error);
-    _exit(127);
-}
-
-[[noreturn]] void become(const Program& program, int pipe) {
-    if (program.folder != nullptr && chdir(program.folder) != 0) report_and_exit(pipe, errno);
-    restore_signals();
-    let_go_of_pipes();
-    keep_standard_files_only();
-    execv(program.file, program.arguments);
-    report_and_exit(pipe, errno);
-}
-
-// The program's parent: gone at once, so that the program is nobody's child.
-[[noreturn]] void parent_of(const Program& program, int pipe) {
-    setsid();
-    const auto child = fork_bare();
-    if (child == 0) become(program, pipe);
-    if (child < 0) report_and_exit(pipe, errno);
-    _exit(0);
-}
-
-// 0 when the program runs, else the errno that kept it from it.
-int start(const Program& program) {
-    int ends[2];
-    if (pipe2(ends, O_CLOEXEC) != 0) return errno;
-    const Descriptor reader(ends[0]);
-    Descriptor low_writer(ends[1]);
-    // Out of the way of the standard files, which the caller may have closed.
-    Descriptor writer(fcntl(ends[1], F_DUPFD_CLOEXEC, 3));
-    if (writer.get() < 0) return errno;
-    low_writer.reset();
-    pid_t parent = -1;
-    int fork_error = 0;
-    {
-        const NoSignals quiet;
-        parent = fork_bare();
-        if (parent == 0) parent_of(program, writer.get());
-        fork_error = errno;
-    }
-    if (parent < 0) return fork_error;
-    writer.reset();
-    while (waitpid(parent, nullptr, 0) < 0 && errno == EINTR) {
-    }
-    // The pipe closes without a word when exec succeeds.
-    int error = 0;
-    ssize_t size = 0;
-    while ((size = read(reader.get(), &error, sizeof error)) < 0 && errno == EINTR) {
-    }
-    return size == sizeof error ? error : 0;
-}
 
 int result_of(int error) {
     switch (error) {
@@ -181,11 +41,16 @@ int result_of(int error) {
 }
 
 int start_with(const std::string& file, const std::vector<std::string>& arguments,
-               const char* folder) {
+               const char* folder, HANDLE* process) {
     std::vector<char*> pointers{const_cast<char*>(file.c_str())};
     for (const auto& argument : arguments) pointers.push_back(const_cast<char*>(argument.c_str()));
     pointers.push_back(nullptr);
-    return result_of(start({file.c_str(), pointers.data(), folder}));
+    Program program{file.c_str(), pointers.data(), folder};
+    if (process == nullptr) return result_of(start_for_nobody(program));
+    program.has_own_session = true;
+    int error = 0;
+    *process = start_process(program, error);
+    return *process == nullptr && error == 0 ? SE_ERR_OOM : result_of(error);
 }
 
 std::optional<std::vector<std::string>> host_arguments(const char16_t* parameters) {
@@ -214,7 +79,7 @@ std::optional<std::string> desktop_opener() {
 
 int open_document(const std::string& file, const char* folder) {
     const auto opener = desktop_opener();
-    return opener ? start_with(*opener, {file}, folder) : SE_ERR_NOASSOC;
+    return opener ? start_with(*opener, {file}, folder, nullptr) : SE_ERR_NOASSOC;
 }
 
 bool is_folder(const std::string& path) {
@@ -239,7 +104,7 @@ std::optional<std::string> web_address(std::u16string_view text) {
 }
 
 int execute(const char16_t* verb, const char16_t* file, const char16_t* parameters,
-            const char16_t* folder) {
+            const char16_t* folder, HANDLE* process) {
     if (verb != nullptr && *verb != 0 && _wcsicmp(verb, u"open") != 0) return SE_ERR_NOASSOC;
     const auto address = web_address(file != nullptr ? file : u"");
     const auto host_file = address ? address : host_path(file != nullptr ? file : u"");
@@ -261,7 +126,8 @@ int execute(const char16_t* verb, const char16_t* file, const char16_t* paramete
     }
     if (!is_program) return open_document(*host_file, start_folder);
     const auto arguments = host_arguments(parameters);
-    return arguments ? start_with(*host_file, *arguments, start_folder) : SE_ERR_BAD_FORMAT;
+    return arguments ? start_with(*host_file, *arguments, start_folder, process)
+                     : SE_ERR_BAD_FORMAT;
 }
 
 // Most results are error numbers; the others have one of their own.
@@ -356,7 +222,20 @@ std::u16string quoted_argument(std::u16string_view argument) {
 
 HINSTANCE ShellExecuteW(HWND /*owner*/, const char16_t* verb, const char16_t* file,
                         const char16_t* parameters, const char16_t* folder, int /*show*/) {
-    const int result = tvutil2::execute(verb, file, parameters, folder);
+    const int result = tvutil2::execute(verb, file, parameters, folder, nullptr);
     if (result <= 32) SetLastError(tvutil2::last_error_of(result));
     return reinterpret_cast<HINSTANCE>(static_cast<std::intptr_t>(result));
+}
+
+BOOL ShellExecuteExW(SHELLEXECUTEINFOW* info) {
+    if (info == nullptr || info->cbSize != sizeof *info) {
+        return tvutil2::fail_with(ERROR_INVALID_PARAMETER);
+    }
+    info->hProcess = nullptr;
+    const bool wants_process = (info->fMask & SEE_MASK_NOCLOSEPROCESS) != 0;
+    const int result =
+        tvutil2::execute(info->lpVerb, info->lpFile, info->lpParameters, info->lpDirectory,
+                         wants_process ? &info->hProcess : nullptr);
+    info->hInstApp = reinterpret_cast<HINSTANCE>(static_cast<std::intptr_t>(result));
+    return result > 32 || tvutil2::fail_with(tvutil2::last_error_of(result)) ? TRUE : FALSE;
 }

@@ -35,6 +35,27 @@ inline constexpr int SW_SHOWNORMAL = 1;
 TVUTIL_API HINSTANCE ShellExecuteW(HWND owner, const char16_t* verb, const char16_t* file,
                                    const char16_t* parameters, const char16_t* folder, int show);
 
+/// Asks ShellExecuteExW for the handle of the process.
+inline constexpr DWORD SEE_MASK_NOCLOSEPROCESS = 0x40;
+
+struct SHELLEXECUTEINFOW {
+    DWORD cbSize;
+    DWORD fMask;
+    HWND hwnd;
+    const char16_t* lpVerb;
+    const char16_t* lpFile;
+    const char16_t* lpParameters;
+    const char16_t* lpDirectory;
+    int nShow;
+    HINSTANCE hInstApp;  ///< out: what ShellExecuteW would have given
+    HANDLE hProcess;     ///< out: the caller's to close; null unless asked for, and for a document
+};
+
+/// ShellExecuteW with its arguments in a structure; other bits of the mask are passed over. A
+/// program whose handle is asked for is this process's child (processes.h), in a session of its
+/// own.
+TVUTIL_API BOOL ShellExecuteExW(SHELLEXECUTEINFOW* info);
+
 namespace tvutil2 {
 
 /// The arguments in a command line, by the rules of the platform's C run-time library: blanks and

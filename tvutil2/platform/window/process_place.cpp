@@ -5,6 +5,7 @@
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <sys/inotify.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -214,6 +215,17 @@ Descriptor connect_to_process(DWORD process) {
     }
     if (!is_of_this_user(connection.get(), process)) return {};
     return connection;
+}
+
+Descriptor watch_listings() {
+    const Descriptor folder(open_runtime_folder(kFolder, false));
+    Descriptor changes(folder ? inotify_init1(IN_CLOEXEC | IN_NONBLOCK) : -1);
+    const auto path = "/proc/self/fd/" + std::to_string(folder.get());
+    if (!changes || inotify_add_watch(changes.get(), path.c_str(), IN_MOVED_TO) < 0) {
+        fail_with_errno();
+        return {};
+    }
+    return changes;
 }
 
 Descriptor open_shared_file(const char* name, int flags) {

@@ -44,6 +44,10 @@ class ProcessPlace {
 /// ERROR_INVALID_WINDOW_HANDLE when nobody is there, ERROR_NOT_ENOUGH_QUOTA when it takes no more.
 [[nodiscard]] Descriptor connect_to_process(DWORD process);
 
+/// An inotify descriptor that can be read once any process has replaced its listing; empty with the
+/// last error. Reading it never waits.
+[[nodiscard]] Descriptor watch_listings();
+
 /// The file of the run-time folder that all processes share under that name, opened; empty with
 /// errno.
 [[nodiscard]] Descriptor open_shared_file(const char* name, int flags);
