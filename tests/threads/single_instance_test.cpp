@@ -116,7 +116,12 @@ TEST(SingleInstance, ASecondOneThatIsKilledKeepsNobodyFromStarting) {
     for (; tests::kill_at_call(call, hand_over); ++call) {
     }
     EXPECT_GT(call, 2);
-    EXPECT_EQ(first.after([] { EXPECT_EQ(start(u"Killed", "alive"), 0); }), "alive");
+    // What the last of the dead said may still be on its way.
+    std::string heard;
+    do {
+        heard = first.after([] { EXPECT_EQ(start(u"Killed", "alive"), 0); });
+    } while (heard == "of the dead");
+    EXPECT_EQ(heard, "alive");
 }
 
 TEST(SingleInstance, OfAThousandStartsExactlyOneIsTheFirst) {
