@@ -1,6 +1,6 @@
 #include "tvutil2/diag/local_trace.h"
 
-#include "tvutil2/platform/window/messages.h"
+#include "tvutil2/platform/base/clock.h"
 
 #include <utility>
 

@@ -1,5 +1,6 @@
 #include "tvutil2/threads/thread_end.h"
 
+#include "tvutil2/platform/base/clock.h"
 #include "tvutil2/platform/objects/threads.h"
 #include "tvutil2/platform/window/messages.h"
 

@@ -49,6 +49,13 @@ LONG CompareFileTime(const FILETIME* a, const FILETIME* b) {
     return left < right ? -1 : static_cast<LONG>(left > right);
 }
 
+DWORD GetTickCount() {
+    timespec time{};
+    clock_gettime(CLOCK_MONOTONIC_COARSE, &time);
+    return static_cast<DWORD>(static_cast<std::uint64_t>(time.tv_sec) * 1000 +
+                              static_cast<std::uint64_t>(time.tv_nsec) / 1000000);
+}
+
 namespace tvutil2 {
 
 void set_clock(const FILETIME* time) {

@@ -9,6 +9,8 @@ TVUTIL_API void GetLocalTime(SYSTEMTIME* time);
 TVUTIL_API void GetSystemTime(SYSTEMTIME* time);
 /// -1, 0 or 1.
 TVUTIL_API LONG CompareFileTime(const FILETIME* a, const FILETIME* b);
+/// Milliseconds since the machine started, from 0 again after 49.7 days; no set clock stops it.
+TVUTIL_API DWORD GetTickCount();
 
 namespace tvutil2 {
 

@@ -1,5 +1,6 @@
 #include "tvutil2/platform/window/endpoint.h"
 
+#include "tvutil2/platform/base/clock.h"
 #include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/base/service_thread.h"
 #include "tvutil2/platform/window/class_table.h"

@@ -1,13 +1,12 @@
 #include "tvutil2/platform/window/messages.h"
 
+#include "tvutil2/platform/base/clock.h"
 #include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/objects/objects.h"
 #include "tvutil2/platform/window/packet.h"
 #include "tvutil2/platform/window/remote.h"
 #include "tvutil2/platform/window/thread_queue.h"
 #include "tvutil2/platform/window/window_table.h"
-
-#include <ctime>
 
 using tvutil2::fail_with;
 using tvutil2::is_remote;
@@ -221,11 +220,4 @@ LRESULT DispatchMessageW(const MSG* message) {
 LONG GetMessageTime() {
     const auto* const queue = ThreadQueue::current_or_null();
     return queue != nullptr ? queue->m_message_time : 0;
-}
-
-DWORD GetTickCount() {
-    timespec time{};
-    clock_gettime(CLOCK_MONOTONIC_COARSE, &time);
-    return static_cast<DWORD>(static_cast<std::uint64_t>(time.tv_sec) * 1000 +
-                              static_cast<std::uint64_t>(time.tv_nsec) / 1000000);
 }

@@ -91,8 +91,6 @@ TVUTIL_API BOOL InSendMessage();
 
 /// `time` of the message that the thread got last.
 TVUTIL_API LONG GetMessageTime();
-/// Milliseconds since the start of the machine, from 0 again after 49.7 days.
-TVUTIL_API DWORD GetTickCount();
 
 namespace tvutil2 {
 

@@ -1,5 +1,6 @@
 #include "tvutil2/platform/window/remote.h"
 
+#include "tvutil2/platform/base/clock.h"
 #include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/window/messages.h"
 #include "tvutil2/platform/window/packet.h"
