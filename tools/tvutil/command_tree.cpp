@@ -52,13 +52,28 @@ void walk(const CLI::App& command, const std::function<void(const CLI::App&)>& v
     for (const auto* sub_command : commands_of(command)) walk(*sub_command, visit);
 }
 
+std::vector<std::string> option_words(const CLI::Option& option) {
+    std::vector<std::string> words;
+    for (const auto& name : option.get_lnames()) words.push_back("--" + name);
+    for (const auto& name : option.get_snames()) words.push_back("-" + name);
+    return words;
+}
+
 std::vector<std::string> option_words(const CLI::App& command) {
     std::vector<std::string> words;
     for (const auto* option : command.get_options()) {
-        for (const auto& name : option->get_lnames()) words.push_back("--" + name);
-        for (const auto& name : option->get_snames()) words.push_back("-" + name);
+        for (auto& word : option_words(*option)) words.push_back(std::move(word));
     }
     return words;
+}
+
+// The parser tells them only as it prints them: "TEXT:{on,off}".
+std::vector<std::string> choices_of(const CLI::Option& option) {
+    const auto shown = option.get_type_name();
+    const auto start = shown.find('{');
+    const auto end = shown.find('}', start);
+    if (start == std::string::npos || end == std::string::npos) return {};
+    return CLI::detail::split(shown.substr(start + 1, end - start - 1), ',');
 }
 
 std::string summary_of(const CLI::App& command) {

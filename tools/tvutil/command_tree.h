@@ -17,6 +17,9 @@ namespace tool {
 void walk(const CLI::App& command, const std::function<void(const CLI::App&)>& visit);
 /// Long and short names of a command's options, with their dashes; those of its sub-commands not.
 [[nodiscard]] std::vector<std::string> option_words(const CLI::App& command);
+[[nodiscard]] std::vector<std::string> option_words(const CLI::Option& option);
+/// The values that an option or an argument takes, where they are a fixed few.
+[[nodiscard]] std::vector<std::string> choices_of(const CLI::Option& option);
 /// The first line of what a command says of itself.
 [[nodiscard]] std::string summary_of(const CLI::App& command);
 

@@ -17,10 +17,32 @@ std::string joined(const Names& words, const std::string& between) {
     return text;
 }
 
-Names names_below(const CLI::App& command) {
-    Names names;
-    for (const auto* sub_command : commands_of(command)) names.push_back(sub_command->get_name());
-    return names;
+/// What may stand next: a sub-command, or an argument of a fixed few.
+Names words_below(const CLI::App& command) {
+    Names words;
+    for (const auto* sub_command : commands_of(command)) words.push_back(sub_command->get_name());
+    for (const auto* option : command.get_options()) {
+        if (!option->get_positional()) continue;
+        for (const auto& choice : choices_of(*option)) words.push_back(choice);
+    }
+    return words;
+}
+
+/// A line for each option that takes one of a fixed few: what stands before its value, and they.
+std::string value_cases(const CLI::App& program, const std::string& indent,
+                        const std::string& before, const std::string& after) {
+    std::string text;
+    walk(program, [&](const CLI::App& command) {
+        for (const auto* option : command.get_options()) {
+            const auto choices = choices_of(*option);
+            if (choices.empty()) continue;
+            for (const auto& word : option_words(*option)) {
+                text += indent + "' " + path_of(command) + ' ' + word + "') " + before +
+                        joined(choices, " ") + after + " ;;\n";
+            }
+        }
+    });
+    return text;
 }
 
 /// Text between single quotes, in which `quote` stands for one.
@@ -39,21 +61,11 @@ std::string known_paths(const CLI::App& program, const std::string& between) {
     return joined(paths, between);
 }
 
-std::string description_of(const CLI::App& command, const std::string& word) {
-    for (const auto* option : command.get_options()) {
-        const auto name = word.starts_with("--") ? word.substr(2) : word.substr(1);
-        const auto& names = word.starts_with("--") ? option->get_lnames() : option->get_snames();
-        for (const auto& own : names) {
-            if (own == name) return option->get_description();
-        }
-    }
-    return {};
-}
-
 // ---- shells ----
 
 // Each script goes through the words before the one to complete: `at` is the command that they
-// name. Behind a command without sub-commands, files are offered.
+// name. Behind an option that takes one of a fixed few those are offered, and behind a command
+// without sub-commands files.
 
 std::string bash_script(const CLI::App& program) {
     std::string text =
@@ -70,13 +82,16 @@ std::string bash_script(const CLI::App& program) {
     walk(program, [&](const CLI::App& command) {
         const auto path = path_of(command);
         text += "    '" + (path.empty() ? "" : ' ' + path) + "') commands='" +
-                joined(names_below(command), " ") + "' options='" +
+                joined(words_below(command), " ") + "' options='" +
                 joined(option_words(command), " ") + "' ;;\n";
     });
     return text +
            "  esac\n"
            "  local current=\"${COMP_WORDS[COMP_CWORD]}\"\n"
            "  if [[ $current == -* ]]; then commands=$options; fi\n"
+           "  case \"$at ${COMP_WORDS[COMP_CWORD-1]}\" in\n" +
+           value_cases(program, "    ", "commands='", "'") +
+           "  esac\n"
            "  mapfile -t COMPREPLY < <(compgen -W \"$commands\" -- \"$current\")\n"
            "}\n"
            "complete -o default -F _tvutil tvutil\n";
@@ -103,8 +118,14 @@ std::string zsh_script(const CLI::App& program) {
         for (const auto* sub : commands_of(command)) {
             commands.push_back(item(sub->get_name(), summary_of(*sub)));
         }
-        for (const auto& word : option_words(command)) {
-            options.push_back(item(word, description_of(command, word)));
+        for (const auto* option : command.get_options()) {
+            for (const auto& word : option_words(*option)) {
+                options.push_back(item(word, option->get_description()));
+            }
+            if (!option->get_positional()) continue;
+            for (const auto& choice : choices_of(*option)) {
+                commands.push_back(item(choice, option->get_description()));
+            }
         }
         const auto path = path_of(command);
         text += "  '" + (path.empty() ? "" : ' ' + path) + "')\n    names=(" +
@@ -112,7 +133,13 @@ std::string zsh_script(const CLI::App& program) {
     });
     return text +
            "esac\n"
-           "if [[ $PREFIX == -* ]]; then\n"
+           "local -a values\n"
+           "case \"$at $words[CURRENT-1]\" in\n" +
+           value_cases(program, "  ", "values=(", ")") +
+           "esac\n"
+           "if (( $#values )); then\n"
+           "  compadd -a values\n"
+           "elif [[ $PREFIX == -* ]]; then\n"
            "  _describe option options\n"
            "elif (( $#names )); then\n"
            "  _describe command names\n"
@@ -145,10 +172,15 @@ std::string fish_script(const CLI::App& program) {
         for (const auto* sub : commands_of(command)) {
             text += start + "-f -a " + sub->get_name() + described(summary_of(*sub));
         }
-        for (const auto& word : option_words(command)) {
-            const bool is_long = word.starts_with("--");
-            text += start + (is_long ? "-l " + word.substr(2) : "-s " + word.substr(1)) +
-                    described(description_of(command, word));
+        for (const auto* option : command.get_options()) {
+            const auto choices = joined(choices_of(*option), " ");
+            const auto values = choices.empty() ? "" : " -x -a " + quoted(choices, "\\'");
+            const auto what = described(option->get_description());
+            if (option->get_positional() && !choices.empty()) text += start + "-f" + values + what;
+            for (const auto& name : option->get_lnames())
+                text += start + "-l " + name + values + what;
+            for (const auto& name : option->get_snames())
+                text += start + "-s " + name + values + what;
         }
     });
     return text;
