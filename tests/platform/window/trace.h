@@ -25,12 +25,22 @@ struct Trace {
     }
 
     static const char* word(UINT message) {
-        static const std::map<UINT, const char*> words{
-            {WM_NCCREATE, "NCCREATE"},   {WM_CREATE, "CREATE"},        {WM_SIZE, "SIZE"},
-            {WM_MOVE, "MOVE"},           {WM_DESTROY, "DESTROY"},      {WM_NCDESTROY, "NCDESTROY"},
-            {WM_CLOSE, "CLOSE"},         {WM_SHOWWINDOW, "SHOW"},      {WM_NCCALCSIZE, "CALCSIZE"},
-            {WM_PARENTNOTIFY, "NOTIFY"}, {WM_GETMINMAXINFO, "LIMITS"}, {WM_TIMER, "TIMER"},
-            {WM_SETTEXT, "SETTEXT"},     {WM_ENABLE, "ENABLE"}};
+        static const std::map<UINT, const char*> words{{WM_NCCREATE, "NCCREATE"},
+                                                       {WM_CREATE, "CREATE"},
+                                                       {WM_SIZE, "SIZE"},
+                                                       {WM_MOVE, "MOVE"},
+                                                       {WM_DESTROY, "DESTROY"},
+                                                       {WM_NCDESTROY, "NCDESTROY"},
+                                                       {WM_CLOSE, "CLOSE"},
+                                                       {WM_SHOWWINDOW, "SHOW"},
+                                                       {WM_NCCALCSIZE, "CALCSIZE"},
+                                                       {WM_PARENTNOTIFY, "NOTIFY"},
+                                                       {WM_GETMINMAXINFO, "LIMITS"},
+                                                       {WM_TIMER, "TIMER"},
+                                                       {WM_SETTEXT, "SETTEXT"},
+                                                       {WM_ENABLE, "ENABLE"},
+                                                       {WM_WINDOWPOSCHANGING, "CHANGING"},
+                                                       {WM_WINDOWPOSCHANGED, "CHANGED"}};
         const auto found = words.find(message);
         return found != words.end() ? found->second : nullptr;
     }

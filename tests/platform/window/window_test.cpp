@@ -45,7 +45,8 @@ TEST_F(Windows, TellTheirCreationInOrder) {
         {0, false, "A NCCREATE, A CALCSIZE, A CREATE"},
         {WS_POPUP, false, "A NCCREATE, A CALCSIZE, A CREATE, A SIZE, A MOVE"},
         {WS_OVERLAPPEDWINDOW, false, "A LIMITS, A NCCREATE, A CALCSIZE, A CREATE"},
-        {WS_VISIBLE, false, "A NCCREATE, A CALCSIZE, A CREATE, A SHOW, A SIZE, A MOVE"},
+        {WS_VISIBLE, false,
+         "A NCCREATE, A CALCSIZE, A CREATE, A SHOW, A CHANGING, A CHANGED, A SIZE, A MOVE"},
         {WS_CHILD, true, "B NCCREATE, B CALCSIZE, B CREATE, B SIZE, B MOVE, A NOTIFY"},
     };
     for (const auto& each : cases) {

@@ -5,6 +5,7 @@
 #include "tvutil2/platform/crash/crash_rpt.h"
 #include "tvutil2/platform/process/module_object.h"
 #include "tvutil2/platform/process/modules.h"
+#include "tvutil2/platform/window/geometry.h"
 
 #include <array>
 #include <atomic>
@@ -111,9 +112,11 @@ Entered enter(const char16_t* name, std::span<Export> exports) {
 const Entered* find_module(const char16_t* name) {
     static Export kernel32[] = {{"SetDefaultDllDirectories", as_export(SetDefaultDllDirectories)}};
     static Export user32[] = {
+        {"GetDpiForWindow", as_export(GetDpiForWindow)},
         {"SetProcessDpiAwarenessContext", as_export(SetProcessDpiAwarenessContext)},
         {"SetProcessDPIAware", as_export(SetProcessDPIAware)}};
-    static Export shcore[] = {{"SetProcessDpiAwareness", as_export(SetProcessDpiAwareness)}};
+    static Export shcore[] = {{"GetDpiForMonitor", as_export(GetDpiForMonitor)},
+                              {"SetProcessDpiAwareness", as_export(SetProcessDpiAwareness)}};
     static Export crash_rpt[] = {
         {"", as_export(crash_install), crash_ordinal::install},
         {"", as_export(crash_uninstall), crash_ordinal::uninstall},

@@ -1,6 +1,6 @@
 #include "tvutil2/platform/window/endpoint.h"
 #include "tvutil2/platform/window/window.h"
-#include "tvutil2/platform/window/window_table.h"
+#include "tvutil2/platform/window/window_states.h"
 
 #include <algorithm>
 #include <string>
@@ -56,6 +56,9 @@ LRESULT DefWindowProcW(HWND window, UINT message, WPARAM wparam, LPARAM lparam) 
         case WM_QUERYOPEN:
             return TRUE;
         default:
-            return 0;
+            break;
     }
+    LRESULT result = 0;
+    tvutil2::handle_frame_message(window, message, wparam, lparam, result);
+    return result;
 }

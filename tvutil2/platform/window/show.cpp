@@ -1,6 +1,6 @@
 #include "tvutil2/platform/window/show.h"
 
-#include "tvutil2/platform/window/endpoint.h"
+#include "tvutil2/platform/window/geometry.h"
 #include "tvutil2/platform/window/messages.h"
 #include "tvutil2/platform/window/process_place.h"
 #include "tvutil2/platform/window/remote.h"
@@ -39,11 +39,6 @@ DWORD form_after(int command, DWORD form) {
     }
 }
 
-WPARAM size_type(DWORD form) {
-    if ((form & WS_MINIMIZE) != 0) return SIZE_MINIMIZED;
-    return (form & WS_MAXIMIZE) != 0 ? SIZE_MAXIMIZED : SIZE_RESTORED;
-}
-
 bool has_style(HWND window, DWORD style) {
     if (tvutil2::is_remote(window)) {
         const auto found = tvutil2::find_remote(window);
@@ -57,54 +52,73 @@ bool has_style(HWND window, DWORD style) {
 }  // namespace
 
 namespace tvutil2 {
+namespace {
 
-// Size, then place: what a window is told of them once it is there.
-void tell_size(HWND window, bool anew) {
-    RECT rect{};
-    DWORD style = 0;
+constexpr DWORD kForm = WS_MINIMIZE | WS_MAXIMIZE;
+
+// The place of a window in a form: minimised it keeps the one that it had.
+RECT place_in(HWND window, DWORD form, const RECT& now, const RECT& normal) {
+    if ((form & WS_MINIMIZE) != 0) return now;
+    if ((form & WS_MAXIMIZE) == 0) return normal;
+    const auto limits = limits_of(window);
+    const auto& corner = limits.ptMaxPosition;
+    const auto size = within(limits, {limits.ptMaxSize.x, limits.ptMaxSize.y});
+    return {corner.x, corner.y, corner.x + size.cx, corner.y + size.cy};
+}
+
+// Carries a change of the form out; false when the window has gone.
+bool change_form(HWND window, DWORD form, UINT flags) {
+    RECT now{};
+    RECT normal{};
     {
         const TreeLock tree;
         auto* const record = tree.table.find(window);
-        if (record == nullptr || (record->was_sized && !anew)) return;
-        record->was_sized = true;
-        rect = record->rect;
-        style = record->style;
+        if (record == nullptr) return false;
+        if ((record->style & kForm) == 0) record->normal = record->rect;
+        now = record->rect;
+        normal = record->normal;
+        record->style = (record->style & ~kForm) | form;
     }
-    const bool is_minimised = (style & WS_MINIMIZE) != 0;
-    const auto width = is_minimised ? 0 : rect.right - rect.left;
-    const auto height = is_minimised ? 0 : rect.bottom - rect.top;
-    SendMessageW(window, WM_SIZE, size_type(style),
-                 MAKELPARAM(static_cast<WORD>(width), static_cast<WORD>(height)));
-    SendMessageW(window, WM_MOVE, 0,
-                 MAKELPARAM(static_cast<WORD>(rect.left), static_cast<WORD>(rect.top)));
+    const auto place = place_in(window, form, now, normal);
+    SetWindowPos(window, nullptr, place.left, place.top, place.right - place.left,
+                 place.bottom - place.top, (flags & ~(SWP_NOMOVE | SWP_NOSIZE)) | SWP_FRAMECHANGED);
+    return IsWindow(window) != 0;
 }
 
+UINT flags_of(int command, bool is_child) {
+    const bool is_quiet = is_child || command == SW_SHOWNOACTIVATE || command == SW_SHOWNA ||
+                          command == SW_SHOWMINNOACTIVE || command == SW_MINIMIZE ||
+                          command == SW_HIDE;
+    return SWP_NOMOVE | SWP_NOSIZE | (is_quiet ? SWP_NOACTIVATE | SWP_NOZORDER : 0U);
+}
+
+}  // namespace
 }  // namespace tvutil2
 
 BOOL ShowWindow(HWND window, int command) {
-    constexpr auto kForm = WS_MINIMIZE | WS_MAXIMIZE;
     const bool shows = command != SW_HIDE;
     DWORD before = 0;
-    DWORD form = 0;
-    bool tells_others = false;
+    bool is_child = false;
     {
         const tvutil2::TreeLock tree;
-        auto* const record = tree.find(window);
+        const auto* const record = tree.find(window);
         if (record == nullptr) return FALSE;
         before = record->style;
-        form = form_after(command, before & kForm);
+        is_child = tvutil2::is_child(*record);
     }
     const bool was_shown = (before & WS_VISIBLE) != 0;
+    const auto form = form_after(command, before & tvutil2::kForm);
+    const bool changes_form = form != (before & tvutil2::kForm);
+    if (shows == was_shown && !changes_form) return was_shown ? TRUE : FALSE;
     if (shows != was_shown) SendMessageW(window, WM_SHOWWINDOW, shows ? TRUE : FALSE, 0);
-    {
-        const tvutil2::TreeLock tree;
-        auto* const record = tree.table.find(window);
-        if (record == nullptr) return was_shown ? TRUE : FALSE;
-        tells_others = tvutil2::is_for_others(*record);
-        record->style = (record->style & ~(kForm | WS_VISIBLE)) | form | (shows ? WS_VISIBLE : 0);
+    const UINT flags =
+        tvutil2::flags_of(command, is_child) | (shows ? SWP_SHOWWINDOW : SWP_HIDEWINDOW);
+    if (changes_form) {
+        if (!tvutil2::change_form(window, form, flags)) return was_shown ? TRUE : FALSE;
+    } else {
+        SetWindowPos(window, nullptr, 0, 0, 0, 0, flags);
     }
-    if (tells_others) tvutil2::publish_windows();
-    if (shows) tvutil2::tell_size(window, form != (before & kForm));
+    if (shows) tvutil2::tell_size(window, false);
     return was_shown ? TRUE : FALSE;
 }
 
@@ -149,13 +163,7 @@ BOOL IsWindowEnabled(HWND window) {
 }
 
 BOOL BringWindowToTop(HWND window) {
-    const tvutil2::TreeLock tree;
-    auto* const record = tree.find(window);
-    if (record == nullptr) return FALSE;
-    auto& parent = *record->parent;
-    tree.table.unlink(*record);
-    tree.table.link_first(parent, *record);
-    return TRUE;
+    return SetWindowPos(window, HWND_TOP, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE);
 }
 
 BOOL SetForegroundWindow(HWND window) {

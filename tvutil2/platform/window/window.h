@@ -9,8 +9,7 @@
 // A titled top-level window is also known to the user's other processes, which may ask IsWindow,
 // its class, text, thread and process, and may send and post to it.
 //
-// Windows aren't on a screen yet: showing, enabling and bringing to the front are states, a
-// window's client area is all of it, and none has the focus.
+// Their places and order are in geometry.h.
 #pragma once
 
 #include "tvutil2/platform/base/export.h"

@@ -1,4 +1,5 @@
 // The creation and the end of windows, message by message.
+#include "tvutil2/platform/display/monitors.h"
 #include "tvutil2/platform/window/class_table.h"
 #include "tvutil2/platform/window/endpoint.h"
 #include "tvutil2/platform/window/hooks.h"
@@ -8,7 +9,9 @@
 #include "tvutil2/platform/window/thread_queue.h"
 #include "tvutil2/platform/window/window.h"
 #include "tvutil2/platform/window/window_states.h"
-#include "tvutil2/platform/window/window_table.h"
+
+#include <algorithm>
+#include <atomic>
 
 namespace tvutil2 {
 namespace {
@@ -23,12 +26,6 @@ int nesting(const Window* window, Window* Window::*up) {
 
 bool is_child_style(DWORD style) {
     return (style & (WS_CHILD | WS_POPUP)) == WS_CHILD;
-}
-
-Window& top_level_of(WindowTable& table, Window& window) {
-    auto* top = &window;
-    while (top->parent != &table.root() && top->parent != &table.message_root()) top = top->parent;
-    return *top;
 }
 
 void leave_relatives(Window& window, WindowTable& table) {
@@ -198,7 +195,8 @@ struct NewWindow {
         record->id = reinterpret_cast<LONG_PTR>(given.hMenu);
         record->instance = given.hInstance;
         record->extra.assign(static_cast<std::size_t>(description.cbWndExtra), BYTE{0});
-        record->rect = {given.x, given.y, given.x + given.cx, given.y + given.cy};
+        take_place(*record);
+        record->dpi = monitor_at(record->rect).dpi;
         record->procedure.store(description.lpfnWndProc, std::memory_order_release);
         record->owner = owner;
         if (owner != nullptr) ++owner->owned;
@@ -209,6 +207,14 @@ struct NewWindow {
             tree.table.link_first(*parent, *record);
         }
         return tree.table.enter(*record, queue);
+    }
+
+    // Its size may have changed on the way; until the window is asked, its client area is all of
+    // it.
+    void take_place(Window& record) const {
+        record.rect = {given.x, given.y, given.x + given.cx, given.y + given.cy};
+        record.client = {0, 0, given.cx, given.cy};
+        record.normal = record.rect;
     }
 
     [[nodiscard]] bool is_child() const { return is_child_style(static_cast<DWORD>(given.style)); }
@@ -233,7 +239,7 @@ struct NewWindow {
             parent = relative;
         } else {
             parent = &tree.table.root();
-            owner = &top_level_of(tree.table, *relative);
+            owner = &top_level_of(*relative);
         }
         const bool is_too_deep = nesting(parent, &Window::parent) > kMaxNesting ||
                                  nesting(owner, &Window::owner) >= kMaxNesting;
@@ -241,20 +247,68 @@ struct NewWindow {
     }
 };
 
+// A program that leaves the place to the system gets windows that don't cover each other, and three
+// quarters of the screen.
+void choose_place(CREATESTRUCTW& given) {
+    static std::atomic<int> step{0};
+    const bool is_overlapped = (static_cast<DWORD>(given.style) & (WS_CHILD | WS_POPUP)) == 0;
+    const auto work = monitors().front().work;
+    if (given.x == CW_USEDEFAULT) {
+        const auto way = is_overlapped ? 26 * (step++ % 10) : 0;
+        given.x = work.left + way;
+        given.y = work.top + way;
+    }
+    if (given.cx == CW_USEDEFAULT) {
+        given.cx = is_overlapped ? (work.right - work.left) * 3 / 4 : 0;
+        given.cy = is_overlapped ? (work.bottom - work.top) * 3 / 4 : 0;
+    }
+    if (given.y == CW_USEDEFAULT) given.y = 0;
+    if (given.cy == CW_USEDEFAULT) given.cy = 0;
+    given.x = std::clamp(given.x, -32767, 32767);
+    given.y = std::clamp(given.y, -32767, 32767);
+    given.cx = std::clamp(given.cx, 0, 32767);
+    given.cy = std::clamp(given.cy, 0, 32767);
+}
+
+// With a sizing frame, before anything else; without one only its client area is limited.
+void limit_size(HWND window, NewWindow& made) {
+    if ((static_cast<DWORD>(made.given.style) & WS_THICKFRAME) != 0) {
+        const auto size = within(limits_of(window), {made.given.cx, made.given.cy});
+        made.given.cx = size.cx;
+        made.given.cy = size.cy;
+    }
+    made.given.cx = std::max(made.given.cx, 0);
+    made.given.cy = std::max(made.given.cy, 0);
+    const TreeLock tree;
+    if (auto* const record = tree.table.find(window)) made.take_place(*record);
+}
+
+void ask_first_client(HWND window, const CREATESTRUCTW& given) {
+    RECT area{given.x, given.y, given.x + given.cx, given.y + given.cy};
+    SendMessageW(window, WM_NCCALCSIZE, FALSE, reinterpret_cast<LPARAM>(&area));
+    const TreeLock tree;
+    auto* const record = tree.table.find(window);
+    if (record == nullptr) return;
+    const auto inside = [](LONG value, LONG corner, LONG size) {
+        return std::clamp<LONG>(value - corner, 0, size);
+    };
+    auto& client = record->client;
+    client = {inside(area.left, given.x, given.cx), inside(area.top, given.y, given.cy),
+              inside(area.right, given.x, given.cx), inside(area.bottom, given.y, given.cy)};
+    client.right = std::max(client.left, client.right);
+    client.bottom = std::max(client.top, client.bottom);
+}
+
 // The messages of a creation. False when the procedure refuses, or has ended the window.
 bool tell_create(HWND window, NewWindow& made) {
     const auto pointer = reinterpret_cast<LPARAM>(&made.given);
     if (!call_creation_hooks(window, made.given)) return false;
-    if ((static_cast<DWORD>(made.given.style) & WS_THICKFRAME) != 0) {
-        MINMAXINFO limits{};
-        SendMessageW(window, WM_GETMINMAXINFO, 0, reinterpret_cast<LPARAM>(&limits));
-    }
+    limit_size(window, made);
     if (SendMessageW(window, WM_NCCREATE, 0, pointer) == 0) {
         finish(window);
         return false;
     }
-    RECT area{0, 0, made.given.cx, made.given.cy};
-    SendMessageW(window, WM_NCCALCSIZE, FALSE, reinterpret_cast<LPARAM>(&area));
+    ask_first_client(window, made.given);
     if (SendMessageW(window, WM_CREATE, 0, pointer) == -1) {
         DestroyWindow(window);
         return false;
@@ -290,19 +344,10 @@ HWND CreateWindowExW(DWORD ex_style, const char16_t* class_name, const char16_t*
     if (!made.window_class) return nullptr;
     // A window that is neither a child nor pops up has a caption.
     if ((style & (WS_CHILD | WS_POPUP)) == 0) style |= WS_CAPTION | WS_CLIPSIBLINGS;
-    const auto or_default = [](int value) { return value == CW_USEDEFAULT ? 0 : value; };
-    made.given = {parameter,
-                  tvutil2::or_executable(instance),
-                  menu_or_id,
-                  parent,
-                  or_default(height),
-                  or_default(width),
-                  or_default(y),
-                  or_default(x),
-                  static_cast<LONG>(style),
-                  title,
-                  class_name,
-                  ex_style};
+    made.given = {
+        parameter, tvutil2::or_executable(instance), menu_or_id, parent,     height,  width, y,
+        x,         static_cast<LONG>(style),         title,      class_name, ex_style};
+    tvutil2::choose_place(made.given);
     auto* const window = made.enter();
     if (window == nullptr) return nullptr;
     tvutil2::EndUnlessKept end(window);

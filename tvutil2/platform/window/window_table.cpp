@@ -80,7 +80,8 @@ void WindowTable::give_back(Window& record) {
     record.is_destroying = record.was_sized = false;
     record.owner = nullptr;
     record.owned = 0;
-    record.rect = {};
+    record.rect = record.client = record.normal = {};
+    record.dpi = 0;
     record.generation = (record.generation + 1) & kGenerationMask;
     m_free.push_back(&record);
 }
@@ -99,6 +100,15 @@ void WindowTable::link_last(Window& parent, Window& child) {
     child.previous = parent.last_child;
     (parent.last_child == nullptr ? parent.first_child : parent.last_child->next) = &child;
     parent.last_child = &child;
+}
+
+void WindowTable::link_behind(Window& sibling, Window& child) {
+    auto& parent = *sibling.parent;
+    child.parent = &parent;
+    child.previous = &sibling;
+    child.next = sibling.next;
+    (sibling.next == nullptr ? parent.last_child : sibling.next->previous) = &child;
+    sibling.next = &child;
 }
 
 void WindowTable::unlink(Window& child) {

@@ -37,7 +37,10 @@ struct Window {
     LONG_PTR user_data = 0;
     std::vector<BYTE> extra;
     std::u16string text;
-    RECT rect{};  ///< in the parent's coordinates
+    RECT rect{};    ///< in the parent's client area; on the screen without a parent
+    RECT client{};  ///< the client area, from the corner of `rect`
+    RECT normal{};  ///< `rect` while neither minimised nor maximised
+    UINT dpi = 0;   ///< of a top-level window
     std::map<std::u16string, HANDLE> properties;
     std::uint64_t age = 0;  ///< the number of its creation
     std::uint32_t index = 0, generation = 0;
@@ -100,6 +103,7 @@ class WindowTable {
     [[nodiscard]] Window& message_root() { return m_message_root; }
     void link_first(Window& parent, Window& child);
     void link_last(Window& parent, Window& child);
+    void link_behind(Window& sibling, Window& child);
     void unlink(Window& child);
     /// Every window, in the order of the records.
     template <class Work>
