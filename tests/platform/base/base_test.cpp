@@ -1,5 +1,6 @@
 // The small rooms of the base: texts, UTF, clock.
 #include "tvutil2/platform/base/clock.h"
+#include "tvutil2/platform/base/guid.h"
 #include "tvutil2/platform/base/utf.h"
 #include "tvutil2/platform/base/wide_text.h"
 
@@ -173,6 +174,50 @@ TEST(Clock, StopsAndCounts) {
     GetSystemTimeAsFileTime(&now);
     EXPECT_EQ(CompareFileTime(&now, &leap), 1);
     EXPECT_EQ(CompareFileTime(&leap, &now), -1);
+}
+
+TEST(Clock, TurnsDatesIntoFileTimes) {
+    const struct {
+        SYSTEMTIME date;
+        std::uint64_t ticks;  // 0: no date
+    } cases[] = {
+        {{1601, 1, 0, 1, 0, 0, 0, 1}, 10000},
+        {{1970, 1, 99, 1, 0, 0, 0, 0}, 116444736000000000},
+        {{2024, 2, 0, 29, 12, 34, 56, 250}, 133536836962500000},
+        {{30827, 12, 0, 31, 23, 59, 59, 999}, 9223149887999990000},
+        {{2023, 2, 0, 29, 0, 0, 0, 0}, 0},
+        {{2024, 13, 0, 1, 0, 0, 0, 0}, 0},
+        {{2024, 0, 0, 1, 0, 0, 0, 0}, 0},
+        {{2024, 257, 0, 1, 0, 0, 0, 0}, 0},
+        {{2024, 1, 0, 257, 0, 0, 0, 0}, 0},
+        {{2024, 1, 0, 0, 0, 0, 0, 0}, 0},
+        {{2024, 1, 0, 1, 24, 0, 0, 0}, 0},
+        {{2024, 1, 0, 1, 0, 0, 60, 0}, 0},
+        {{1600, 1, 0, 1, 0, 0, 0, 0}, 0},
+        {{65535, 1, 0, 1, 0, 0, 0, 0}, 0},
+    };
+    for (const auto& [date, ticks] : cases) {
+        FILETIME time{};
+        EXPECT_EQ(SystemTimeToFileTime(&date, &time), ticks != 0 ? TRUE : FALSE) << date.wYear;
+        EXPECT_EQ(tvutil2::ticks_of(time), ticks) << date.wYear << ' ' << date.wMonth;
+    }
+}
+
+TEST(Guid, IsRandomAndSaysSo) {
+    constexpr GUID kFixed{
+        0x01234567, 0x89AB, 0xCDEF, {0, 0x23, 0x45, 0x67, 0x89, 0xAB, 0xCD, 0xEF}};
+    char16_t* text = nullptr;
+    ASSERT_EQ(UuidToStringW(&kFixed, &text), RPC_S_OK);
+    EXPECT_EQ(std::u16string(text), u"01234567-89ab-cdef-0023-456789abcdef");
+    EXPECT_EQ(RpcStringFreeW(&text), RPC_S_OK);
+    EXPECT_EQ(text, nullptr);
+    GUID a{};
+    GUID b{};
+    ASSERT_EQ(CoCreateGuid(&a), S_OK);
+    ASSERT_EQ(CoCreateGuid(&b), S_OK);
+    EXPECT_FALSE(a == b);
+    EXPECT_EQ(a.Data3 >> 12, 4);
+    EXPECT_EQ(a.Data4[0] >> 6, 2);
 }
 
 }  // namespace

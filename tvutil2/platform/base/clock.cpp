@@ -1,9 +1,14 @@
 #include "tvutil2/platform/base/clock.h"
 
+#include "tvutil2/platform/base/last_error.h"
+
 #include <atomic>
+#include <chrono>
 #include <ctime>
 
 namespace {
+
+namespace chrono = std::chrono;
 
 std::atomic<std::uint64_t> g_stopped_at{0};  // 0: the clock runs
 
@@ -29,6 +34,10 @@ void fill(SYSTEMTIME* out, tm* (*split)(const time_t*, tm*)) {
             word(parts.tm_sec),         static_cast<WORD>(ticks % kTicksPerSecond / 10000)};
 }
 
+chrono::year_month_day day_of(const SYSTEMTIME& date) {
+    return {chrono::year(date.wYear), chrono::month(date.wMonth), chrono::day(date.wDay)};
+}
+
 }  // namespace
 
 void GetSystemTimeAsFileTime(FILETIME* time) {
@@ -41,6 +50,22 @@ void GetLocalTime(SYSTEMTIME* time) {
 
 void GetSystemTime(SYSTEMTIME* time) {
     fill(time, gmtime_r);
+}
+
+BOOL SystemTimeToFileTime(const SYSTEMTIME* date, FILETIME* time) {
+    const bool is_time =
+        date->wHour < 24 && date->wMinute < 60 && date->wSecond < 60 && date->wMilliseconds < 1000;
+    if (!is_time || !tvutil2::is_date(*date)) {
+        return tvutil2::fail_with(ERROR_INVALID_PARAMETER);
+    }
+    const chrono::milliseconds since_1970 =
+        chrono::sys_days(day_of(*date)).time_since_epoch() + chrono::hours(date->wHour) +
+        chrono::minutes(date->wMinute) + chrono::seconds(date->wSecond) +
+        chrono::milliseconds(date->wMilliseconds);
+    const auto seconds = chrono::floor<chrono::seconds>(since_1970);
+    *time =
+        tvutil2::file_time_of(seconds.count(), chrono::nanoseconds(since_1970 - seconds).count());
+    return TRUE;
 }
 
 LONG CompareFileTime(const FILETIME* a, const FILETIME* b) {
@@ -57,6 +82,11 @@ DWORD GetTickCount() {
 }
 
 namespace tvutil2 {
+
+bool is_date(const SYSTEMTIME& date) {
+    return date.wYear >= 1601 && date.wYear <= 30827 && date.wMonth <= 12 && date.wDay <= 31 &&
+           day_of(date).ok();
+}
 
 void set_clock(const FILETIME* time) {
     g_stopped_at.store(time == nullptr ? 0 : ticks_of(*time), std::memory_order_relaxed);

@@ -67,14 +67,6 @@ std::optional<std::u16string> formatted(const SYSTEMTIME& date, std::u16string_v
     return out;
 }
 
-bool is_date(const SYSTEMTIME& date) {
-    constexpr unsigned kDays[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
-    if (date.wMonth < 1 || date.wMonth > 12 || date.wYear < 1601 || date.wDay < 1) return false;
-    const unsigned year = date.wYear;
-    const bool is_leap = (year % 4 == 0 && year % 100 != 0) || year % 400 == 0;
-    return date.wDay <= kDays[date.wMonth - 1U] + (date.wMonth == 2 && is_leap ? 1U : 0U);
-}
-
 }  // namespace
 }  // namespace tvutil2
 
@@ -114,6 +106,12 @@ int _localtime64_s(std::tm* parts, const __time64_t* time) {
     if (parts == nullptr || time == nullptr) return EINVAL;
     const time_t seconds = *time;
     return localtime_r(&seconds, parts) != nullptr ? 0 : EINVAL;
+}
+
+__time64_t _mktime64(std::tm* parts) {
+    if (parts == nullptr) return -1;
+    const time_t seconds = mktime(parts);
+    return seconds < 0 ? -1 : seconds;
 }
 
 std::size_t wcsftime(char16_t* buffer, std::size_t size, const char16_t* format,

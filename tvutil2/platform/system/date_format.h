@@ -23,6 +23,9 @@ TVUTIL_API int GetDateFormatW(LCID locale, DWORD flags, const SYSTEMTIME* date,
 TVUTIL_API __time64_t _time64(__time64_t* time);
 /// The parts of a time in the process's time zone. 0, or the C error EINVAL (22).
 TVUTIL_API int _localtime64_s(std::tm* parts, const __time64_t* time);
+/// The way back: fields beyond their range are carried over, in the parts too. -1 for what comes
+/// before 1970 or has no time.
+TVUTIL_API __time64_t _mktime64(std::tm* parts);
 
 /// The run-time library's function on 16-bit text: the host's conversions, with the names of the
 /// process's current C locale, English unless the program has set one. Units without the zero; 0,
