@@ -97,6 +97,7 @@ TEST(Http, BodiesComeAsTheyAreCut) {
         {answer(piece.substr(1) + "ü"), {0, piece.substr(1) + "\uFFFD\uFFFD"}},
         {"HTTP/1.1 404 Not Found\r\nContent-Length: 4\r\n\r\ngone", {0, "gone"}},
         {"HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\ncut", {0, "cut"}},
+        {"HTTP/1.1 200 OK\r\nContent-Length: 9223372036854775807\r\n\r\ncut", {0, "cut"}},
         {"HTTP/1.1 200 OK\r\n\r\nto the end", {0, "to the end"}},
         {"HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n3\r\nabc\r\n2\r\nde\r\n0\r\n\r\n",
          {0, "abcde"}},

@@ -4,6 +4,7 @@
 #include "tvutil2/framework/exceptions.h"
 #include "tvutil2/framework/narrow_text.h"
 #include "tvutil2/framework/text_search.h"
+#include "tvutil2/platform/base/large_memory.h"
 #include "tvutil2/platform/base/wide_text.h"
 #include "tvutil2/platform/resource/resource.h"
 
@@ -116,6 +117,13 @@ CString& CString::operator=(std::u16string_view text) {
 
 void CString::Empty() {
     std::u16string().swap(m_text);
+}
+
+void CString::Preallocate(int length) {
+    if (length <= 0) return;
+    m_text.reserve(static_cast<std::size_t>(length));
+    const auto used = m_text.size();
+    tvutil2::hint_large_pages(m_text.data() + used, (m_text.capacity() - used) * sizeof(char16_t));
 }
 
 char16_t CString::GetAt(int index) const {

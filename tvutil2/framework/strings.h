@@ -73,6 +73,8 @@ class TVUTIL_API CString {
         m_text.push_back(c);
         return *this;
     }
+    /// Makes room for a text of `length` units, so that growing up to it moves nothing.
+    void Preallocate(int length);
     void Append(const char16_t* text) { *this += text; }
     void Append(const char16_t* text, int length);
     void AppendChar(char16_t c) { *this += c; }

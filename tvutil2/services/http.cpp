@@ -2,13 +2,15 @@
 
 #include "tvutil2/framework/exceptions.h"
 #include "tvutil2/framework/inet.h"
-#include "tvutil2/framework/narrow_text.h"
 #include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/base/utf.h"
+#include "tvutil2/platform/codepage/codepage.h"
+#include "tvutil2/platform/codepage/conversion.h"
 #include "tvutil2/settings/registry.h"
 
 #include <algorithm>
-#include <cstring>
+#include <limits>
+#include <new>
 #include <string>
 #include <string_view>
 
@@ -26,6 +28,7 @@ constexpr DWORD kSecurity =
     SECURITY_FLAG_IGNORE_CERT_CN_INVALID | SECURITY_FLAG_IGNORE_CERT_DATE_INVALID |
     SECURITY_FLAG_IGNORE_REDIRECT_TO_HTTPS | SECURITY_FLAG_IGNORE_REDIRECT_TO_HTTP;
 constexpr DWORD kPiece = 4096;
+constexpr std::size_t kLongestText = std::numeric_limits<int>::max();
 constexpr auto kServiceDomain = u"tolvarine.example";  // a name that is nobody's (RFC 2606)
 
 class InternetHandle {
@@ -57,12 +60,33 @@ bool set_security(HINTERNET request) {
                               sizeof kSecurity) != FALSE;
 }
 
+// Room for what the server says is coming, within reason: it costs nothing until it is used.
+void make_room(HINTERNET request, CString& response) {
+    constexpr std::uint64_t kMost = std::uint64_t{1} << 28;
+    const auto length = std::min(tvutil2::http_length(request), kMost) + response.View().size();
+    if (length > kLongestText) return;
+    try {
+        response.Preallocate(static_cast<int>(length));
+    } catch (const std::bad_alloc&) {
+        // Then it grows with what comes.
+    }
+}
+
+// One piece in the ANSI code page, up to its first zero.
+void append_piece(CString& response, std::string_view piece) {
+    char16_t units[kPiece];
+    const auto count = tvutil2::codepage::put_units(CP_ACP, 0, piece, units);
+    if (!count || response.View().size() > kLongestText - *count) throw std::bad_alloc();
+    response += std::u16string_view(units, *count);
+}
+
 void read_body(HINTERNET request, CString& response) {
+    make_room(request, response);
     char piece[kPiece + 1] = {};
     DWORD read = 0;
     while (InternetReadFile(request, piece, kPiece, &read) != FALSE && read != 0) {
         piece[read] = 0;
-        response += tvutil2::from_ansi(std::string_view(piece));
+        append_piece(response, piece);
     }
 }
 
@@ -118,6 +142,10 @@ DWORD TvHTTPConnection(CString url, CString& response) {
         constexpr std::size_t kLongestMessage = 255;
         const auto text = tvutil2::to_utf16_lossy(exception.what());
         response = text.substr(0, kLongestMessage).c_str();
+        return 1;
+    } catch (const std::bad_alloc&) {
+        // An exception of the framework too, where the products come from.
+        response = u"Out of memory.";
         return 1;
     }
 }

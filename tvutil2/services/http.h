@@ -10,7 +10,8 @@
 /// 0 for success, whatever the server's status: an error page is a body. Otherwise the last error
 /// at the failure, which may be 0 too (for an address of another scheme, say), so that 0 and an
 /// empty body may stand for a failure; 1 for an exception of the framework, whose message then
-/// replaces `response`. A body that breaks off gives 0, as far as it came.
+/// replaces `response`, and in the same way for a body that there is no memory for or that has more
+/// than 2^31 - 1 units. A body that breaks off gives 0, as far as it came.
 ///
 /// The body is taken in pieces of 4096 bytes, each of them up to its first zero and in the ANSI
 /// code page: a character of several bytes that falls across two pieces is lost.

@@ -44,6 +44,8 @@ class Transfer {
     virtual DWORD read(char* data, std::size_t size, std::size_t& read) = 0;
     /// The answer's status.
     [[nodiscard]] virtual DWORD status() const = 0;
+    /// How many bytes the head of the answer says its body has; 0 when it doesn't say.
+    [[nodiscard]] virtual std::uint64_t length() const = 0;
 };
 
 /// The module's one function; null for lack of memory.

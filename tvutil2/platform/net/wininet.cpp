@@ -213,6 +213,13 @@ DWORD http_status(HINTERNET handle) {
     return request->transfer ? request->transfer->status() : 0;
 }
 
+std::uint64_t http_length(HINTERNET handle) {
+    const auto request = opened<Request>(handle);
+    if (!request) return 0;
+    const std::lock_guard guard(request->lock);
+    return request->transfer ? request->transfer->length() : 0;
+}
+
 }  // namespace tvutil2
 
 using namespace tvutil2;

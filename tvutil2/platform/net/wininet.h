@@ -97,10 +97,12 @@ TVUTIL_API BOOL HttpAddRequestHeadersW(HINTERNET request, const char16_t* header
 TVUTIL_API BOOL HttpSendRequestW(HINTERNET request, const char16_t* headers, DWORD length,
                                  const void* body, DWORD body_size);
 
-/// The status of a request that was sent, 200 and the like; 0 otherwise.
 namespace tvutil2 {
+/// The status of a request that was sent, 200 and the like; 0 otherwise.
 [[nodiscard]] TVUTIL_API DWORD http_status(HINTERNET request);
-}
+/// How many bytes the server says the body has, which may be any number; 0 when it doesn't say.
+[[nodiscard]] TVUTIL_API std::uint64_t http_length(HINTERNET request);
+}  // namespace tvutil2
 
 /// The next bytes of the body, at most `size`: all that can be had of them, less only at the body's
 /// end or before a failure, which the next call then reports. 0 bytes with success mean its end.

@@ -124,6 +124,12 @@ class CurlTransfer final : public Transfer {
         return static_cast<DWORD>(code);
     }
 
+    [[nodiscard]] std::uint64_t length() const override {
+        curl_off_t length = 0;
+        curl_easy_getinfo(m_easy.get(), CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &length);
+        return length > 0 ? static_cast<std::uint64_t>(length) : 0;
+    }
+
   private:
     template <class Value>
     void set(CURLoption option, Value value) {
