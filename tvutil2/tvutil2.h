@@ -4,7 +4,7 @@
 // itself includes their area's header (tvutil2/platform/files/files.h, ...): they are many, and
 // their names are global. Exported for the tests and the tool alone, and no offer:
 // tvutil2/diag/log_file.h, tvutil2/frame/base64_kernels.h, tvutil2/frame/base64_reader.h,
-// tvutil2/framework/narrow_text.h.
+// tvutil2/framework/narrow_text.h, tvutil2/services/update_schedule.h.
 #pragma once
 
 #include "tvutil2/data/command_line.h"
