@@ -63,6 +63,7 @@
 #include "tvutil2/threads/synchronization.h"
 #include "tvutil2/threads/thread_timer.h"
 #include "tvutil2/threads/window_timer.h"
+#include "tvutil2/ui/gif_parser.h"
 #include "tvutil2/url/string_protection.h"
 #include "tvutil2/url/url_info.h"
 #include "tvutil2/url/url_launch.h"
