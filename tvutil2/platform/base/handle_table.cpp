@@ -169,7 +169,7 @@ BOOL CloseHandle(HANDLE handle) {
     const auto has_own_close = [](HandleKind kind) {
         return kind == HandleKind::search || kind == HandleKind::key ||
                kind == HandleKind::module || kind == HandleKind::change ||
-               kind == HandleKind::internet;
+               kind >= HandleKind::internet;
     };
     const auto value = reinterpret_cast<std::uintptr_t>(handle);
     std::shared_ptr<tvutil2::HandleObject> closed;  // destroyed behind the pin

@@ -26,7 +26,11 @@ enum class HandleKind : std::uint8_t {
     module,
     mapping,
     change,
-    internet
+    internet,
+    context,   ///< a device context
+    graphics,  ///< brush, pen, font, bitmap, region
+    icon,
+    image_list
 };
 
 namespace handle_table {

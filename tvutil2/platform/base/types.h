@@ -48,7 +48,22 @@ using HWND = struct HWND__*;
 using HMENU = struct HMENU__*;
 using HICON = struct HICON__*;
 using HCURSOR = HICON;
-using HBRUSH = struct HBRUSH__*;
+using HDC = struct HDC__*;
+
+// What can be selected into a device context is also a graphics object in general, so that it goes
+// where any is taken; the way back is a cast.
+struct HGDIOBJ__ {};
+struct HBRUSH__ : HGDIOBJ__ {};
+struct HPEN__ : HGDIOBJ__ {};
+struct HFONT__ : HGDIOBJ__ {};
+struct HBITMAP__ : HGDIOBJ__ {};
+struct HRGN__ : HGDIOBJ__ {};
+using HGDIOBJ = HGDIOBJ__*;
+using HBRUSH = HBRUSH__*;
+using HPEN = HPEN__*;
+using HFONT = HFONT__*;
+using HBITMAP = HBITMAP__*;
+using HRGN = HRGN__*;
 
 /// An exported function of a module; cast to its real type before the call.
 using FARPROC = std::intptr_t (*)();
