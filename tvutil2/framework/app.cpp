@@ -42,14 +42,6 @@ void leave(std::vector<T*>& list, T* object) {
     list.erase(std::remove(list.begin(), list.end(), object), list.end());
 }
 
-std::u16string executable_name() {
-    char16_t path[MAX_PATH] = {};
-    char16_t name[MAX_PATH] = {};
-    GetModuleFileNameW(nullptr, path, MAX_PATH);
-    _wsplitpath_s(path, nullptr, 0, nullptr, 0, name, MAX_PATH, nullptr, 0);
-    return name;
-}
-
 // The icon that the framework gives to a message whose caller chose none.
 UINT with_icon(UINT type) {
     if ((type & MB_ICONMASK) != 0) return type;
@@ -66,6 +58,14 @@ UINT with_icon(UINT type) {
 }
 
 }  // namespace
+
+std::u16string tvutil2::executable_name() {
+    char16_t path[MAX_PATH] = {};
+    char16_t name[MAX_PATH] = {};
+    GetModuleFileNameW(nullptr, path, MAX_PATH);
+    _wsplitpath_s(path, nullptr, 0, nullptr, 0, name, MAX_PATH, nullptr, 0);
+    return name;
+}
 
 IMPLEMENT_DYNAMIC(CWinApp, CWinThread)
 
@@ -141,7 +141,8 @@ void AfxSetResourceHandle(HINSTANCE module) {
 int AfxMessageBox(const char16_t* text, UINT type, UINT /*help*/) {
     const auto* const app = AfxGetApp();
     const bool is_named = app != nullptr && app->m_pszAppName != nullptr;
-    return MessageBoxW(nullptr, text, is_named ? app->m_pszAppName : executable_name().c_str(),
+    return MessageBoxW(nullptr, text,
+                       is_named ? app->m_pszAppName : tvutil2::executable_name().c_str(),
                        with_icon(type));
 }
 

@@ -1,6 +1,7 @@
 // The framework's application object and its start-up.
 #pragma once
 
+#include "tvutil2/framework/strings.h"
 #include "tvutil2/framework/win_thread.h"
 
 /// A program, or a library with resources of its own, as one object: a static one, built before
@@ -17,8 +18,38 @@ class TVUTIL_API CWinApp : public CWinThread {
     /// The module's own start; FALSE fails the start.
     BOOL InitInstance() override { return TRUE; }
 
+    /// One value of the application's settings; `fallback` (null is empty text) for what is
+    /// missing, of another kind or can't be read. Settings lie in the registry once there is a
+    /// registry key, HKCU\Software\<registry key>\<profile name>\<section>, as REG_DWORD and
+    /// REG_SZ. Before, in the private-profile file of the profile's name, or of the executable's
+    /// with ".INI": a bare name lies in the person's application data. Reading makes nothing. From
+    /// any thread, but for the fields below.
+    virtual UINT GetProfileInt(const char16_t* section, const char16_t* entry, int fallback);
+    virtual CString GetProfileString(const char16_t* section, const char16_t* entry,
+                                     const char16_t* fallback = nullptr);
+    /// Sets one. A null `value` takes the entry away, a null `entry` the section. FALSE with the
+    /// last error; also for what isn't there to be taken away from the registry, or for a section
+    /// there that holds others.
+    virtual BOOL WriteProfileInt(const char16_t* section, const char16_t* entry, int value);
+    virtual BOOL WriteProfileString(const char16_t* section, const char16_t* entry,
+                                    const char16_t* value);
+
     HINSTANCE m_hInstance = nullptr;
     const char16_t* m_pszAppName;
+    /// Null until SetRegistryKey. Whoever sets one of them to a text of its own keeps that text.
+    const char16_t* m_pszRegistryKey = nullptr;
+    const char16_t* m_pszProfileName = nullptr;
+
+  protected:
+    /// Lets the settings lie in the registry, and names the profile after the application. The
+    /// text, mostly the maker's name, or the string of the resources is copied. To be called before
+    /// other threads ask for settings.
+    void SetRegistryKey(const char16_t* key);
+    void SetRegistryKey(UINT id);
+
+  private:
+    CString m_registry_key;
+    CString m_profile_name;
 };
 
 /// A library that offers its resources to the process.
