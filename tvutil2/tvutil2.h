@@ -3,14 +3,17 @@
 // Of the platform layer comes along what those need. A program that calls the layer's functions by
 // itself includes their area's header (tvutil2/platform/files/files.h, ...): they are many, and
 // their names are global. Exported for the tests and the tool alone, and no offer:
-// tvutil2/diag/log_file.h, tvutil2/frame/base64_kernels.h, tvutil2/frame/base64_reader.h,
-// tvutil2/framework/narrow_text.h, tvutil2/services/update_schedule.h.
+// tvutil2/data/proxy_import.h, tvutil2/diag/log_file.h, tvutil2/frame/base64_kernels.h,
+// tvutil2/frame/base64_reader.h, tvutil2/framework/narrow_text.h,
+// tvutil2/services/update_schedule.h.
 #pragma once
 
 #include "tvutil2/data/command_line.h"
+#include "tvutil2/data/data_import.h"
 #include "tvutil2/data/features.h"
 #include "tvutil2/data/files.h"
 #include "tvutil2/data/folders.h"
+#include "tvutil2/data/import_plan.h"
 #include "tvutil2/data/names.h"
 #include "tvutil2/data/path.h"
 #include "tvutil2/data/session_folders.h"

@@ -137,3 +137,7 @@ int DeleteFolderFiles(const char16_t* folder, int whole_folder) {
 void CopyFolder(const char16_t* from, const char16_t* to) {
     tvutil2::copy_folder(from, to);
 }
+
+void CopyFolder(const char16_t* from, const char16_t* to, tvutil2::CopyObserver* observer) {
+    tvutil2::copy_folder(from, to, observer);
+}

@@ -10,6 +10,7 @@
 #include "tvutil2/platform/base/types.h"
 
 namespace tvutil2 {
+class CopyObserver;
 class ShellObserver;
 }  // namespace tvutil2
 
@@ -42,3 +43,7 @@ TVUTIL_API int DeleteFolderFiles(const char16_t* folder, int whole_folder);
 /// link; `to` itself is left out when it lies in `from`. Nothing happens when `from` is no folder,
 /// or both are one.
 TVUTIL_API void CopyFolder(const char16_t* from, const char16_t* to);
+
+/// The same; `observer` hears of each file (platform/files/folder_copy.h).
+TVUTIL_API void CopyFolder(const char16_t* from, const char16_t* to,
+                           tvutil2::CopyObserver* observer);

@@ -5,6 +5,7 @@
 #include "tvutil2/platform/codepage/conversion.h"
 #include "tvutil2/platform/files/host_files.h"
 #include "tvutil2/platform/files/overwritten_file.h"
+#include "tvutil2/platform/files/replaced_file.h"
 #include "tvutil2/settings/ini_file.h"
 
 #include <optional>
@@ -88,6 +89,12 @@ bool rewrite_ini(const char16_t* path, const CIniFile& document, const std::stri
         if (now != bytes) return std::nullopt;
         return bytes_of(document);
     });
+}
+
+bool replace_ini(const char16_t* path, const CIniFile& document) {
+    const auto host = host_path_of(path);
+    return host &&
+           replace_content(*host, true, [&](const std::string&) { return bytes_of(document); });
 }
 
 bool clear_ini(const char16_t* path) {

@@ -17,6 +17,10 @@ bool write_ini(const char16_t* path, const CIniFile& document, IniEncoding encod
 /// The same in UTF-16 if the file still holds `bytes`, and nothing if it doesn't.
 bool rewrite_ini(const char16_t* path, const CIniFile& document, const std::string& bytes);
 
+/// Puts a document in UTF-16 in the place of the file, in one step
+/// (platform/files/replaced_file.h): there is the old document or the new one, whatever happens.
+bool replace_ini(const char16_t* path, const CIniFile& document);
+
 /// Makes the file an empty one.
 bool clear_ini(const char16_t* path);
 

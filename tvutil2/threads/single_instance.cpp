@@ -70,6 +70,7 @@ void CSingleInstance::SetData(const char* text) {
 }
 
 void CSingleInstance::CreateInternal(const char16_t* name) {
+    close(m_event);  // of a start whose hook threw
     release_memory();
     const CString base(name);
     share_memory(base);

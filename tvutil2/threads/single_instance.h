@@ -37,10 +37,12 @@ class TVUTIL_API CSingleInstance {
     /// Inside a hook, hands over a text, of which 255 bytes at most arrive; else nothing.
     void SetData(const char* text);
 
-    /// In the second instance, during Create: the place for SetData.
+    /// In the second instance, during Create: the place for SetData. What it throws goes to who
+    /// called Create, and the first instance hears nothing.
     virtual void OnSecondInstance() {}
     /// In the first instance, on a thread of its own: the place for GetData. No other instance has
-    /// the text meanwhile, and all that start wait for the end of this.
+    /// the text meanwhile, and all that start wait for the end of this. What it throws ends the
+    /// program.
     virtual void OnSecondInstanceDetected() {}
 
   private:

@@ -51,8 +51,18 @@ class TakenNames {
     std::multimap<std::u16string, std::string> m_by_upper;
 };
 
+// The last error is the copy's, whatever the observer does.
+void tell_failure(CopyObserver* observer, const std::string& from) {
+    if (observer == nullptr) return;
+    const auto error = GetLastError();
+    observer->failed(platform_path(from).value_or(u"").c_str(), error);
+    SetLastError(error);
+}
+
 class FolderCopy {
   public:
+    explicit FolderCopy(CopyObserver* observer) : m_observer(observer) {}
+
     // A list and not recursion: the depth is the disk's.
     bool run(const std::string& from, const std::string& to) {
         const bool worked = copy_one(from, to);
@@ -66,6 +76,12 @@ class FolderCopy {
 
   private:
     bool copy_one(const std::string& from, const std::string& to) {
+        if (copy_content_of(from, to)) return true;
+        tell_failure(m_observer, from);
+        return false;
+    }
+
+    bool copy_content_of(const std::string& from, const std::string& to) {
         const auto source = open_folder(from);
         struct stat info {};
         if (!source || fstat(source.get(), &info) != 0) return fail_at(from);
@@ -115,19 +131,25 @@ class FolderCopy {
         if (type == DT_DIR) {
             m_folders.emplace_back(from, to);
         } else if (type == DT_LNK && is_folder(from)) {
-            copy_host_link(from, to, false);
+            tell(from, copy_host_link(from, to, false));
         } else if (type == DT_REG || type == DT_LNK) {
-            copy_host_file(from, to, is_taken ? CopyTarget::any : CopyTarget::is_new);
+            tell(from, copy_host_file(from, to, is_taken ? CopyTarget::any : CopyTarget::is_new));
         }
     }
 
+    void tell(const std::string& from, bool worked) {
+        if (!worked) return tell_failure(m_observer, from);
+        if (m_observer != nullptr) m_observer->copied();
+    }
+
+    CopyObserver* m_observer;
     std::vector<std::pair<std::string, std::string>> m_folders;
     std::set<FolderId> m_targets;
 };
 
 }  // namespace
 
-bool copy_folder(const char16_t* from, const char16_t* to) {
+bool copy_folder(const char16_t* from, const char16_t* to, CopyObserver* observer) {
     const auto source = host_path_of(from);
     const auto target = source ? host_path_of(to) : std::nullopt;
     if (!target) return false;
@@ -136,8 +158,12 @@ bool copy_folder(const char16_t* from, const char16_t* to) {
         return fail_at(*source);
     }
     const std::string parent(folder_of(*target));
-    if (!parent.empty() && !make_host_folders(parent, false)) return fail_at(parent);
-    return FolderCopy().run(*source, *target);
+    if (!parent.empty() && !make_host_folders(parent, false)) {
+        fail_at(parent);
+        tell_failure(observer, *source);
+        return false;
+    }
+    return FolderCopy(observer).run(*source, *target);
 }
 
 }  // namespace tvutil2
