@@ -9,4 +9,8 @@ namespace tests {
 /// `call` (0 is the first one). False when it ended before.
 bool kill_at_call(int call, const std::function<void()>& work);
 
+/// The same, but it isn't killed: `meanwhile` runs here, and then the process goes on to its end.
+bool interrupt_at_call(int call, const std::function<void()>& work,
+                       const std::function<void()>& meanwhile);
+
 }  // namespace tests

@@ -124,6 +124,78 @@ TEST(SingleInstance, ASecondOneThatIsKilledKeepsNobodyFromStarting) {
     EXPECT_EQ(heard, "alive");
 }
 
+// A first instance in a process of its own.
+class Elsewhere {
+  public:
+    explicit Elsewhere(const char16_t* name) {
+        int ends[2];
+        EXPECT_EQ(pipe(ends), 0);
+        m_process = fork();
+        if (m_process == 0) {
+            Instance first;
+            const char byte = first.Create(name) ? 1 : 0;
+            (void)!write(ends[1], &byte, 1);
+            for (;;) pause();
+        }
+        char byte = 0;
+        EXPECT_EQ(read(ends[0], &byte, 1), 1);
+        EXPECT_EQ(byte, 1);
+        for (const int end : ends) close(end);
+    }
+    ~Elsewhere() { end(); }
+    Elsewhere(const Elsewhere&) = delete;
+    Elsewhere& operator=(const Elsewhere&) = delete;
+    void end() {
+        if (m_process <= 0) return;
+        kill(m_process, SIGKILL);
+        waitpid(m_process, nullptr, 0);
+        m_process = -1;
+    }
+
+  private:
+    pid_t m_process;
+};
+
+TEST(SingleInstance, TheFirstOneMayBeKilledAtEveryPointOfASecondOnesStart) {
+    const auto hand_over = [] {
+        Instance second("to nobody");
+        second.Create(u"Widow");
+    };
+    int call = 0;
+    for (bool is_there = true; is_there; call += 3) {
+        Elsewhere first(u"Widow");
+        is_there = tests::interrupt_at_call(call, hand_over, [&first] { first.end(); });
+        first.end();
+        ASSERT_EQ(start(u"Widow", ""), 1) << "killed at call " << call;
+    }
+    EXPECT_GT(call, 10);
+}
+
+TEST(SingleInstance, HooksThatThrowKeepNothing) {
+    class Throws : public NUtil::CSingleInstance {
+      public:
+        void OnSecondInstance() override { throw 1; }
+        void OnSecondInstanceDetected() override { throw 1; }
+    };
+    EXPECT_EQ(tests::in_child([] {
+                  Throws first;
+                  first.Create(u"Throws");
+                  for (;;) start(u"Throws", "x");
+                  return 0;
+              }),
+              -1)
+        << "what the thread's routine throws ends the program";
+    Instance first;
+    ASSERT_TRUE(first.Create(u"Throws"));
+    EXPECT_EQ(tests::in_child([] {
+                  Throws second;
+                  for (int i = 0; i < 3; ++i) EXPECT_THROW(second.Create(u"Throws"), int);
+                  return testing::Test::HasFailure() ? 1 : 0;
+              }),
+              0);
+    EXPECT_EQ(first.after([] { EXPECT_EQ(start(u"Throws", "next"), 0); }), "next");
+}
+
 TEST(SingleInstance, OfAThousandStartsExactlyOneIsTheFirst) {
 #if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
     constexpr int kStarts = 100;
