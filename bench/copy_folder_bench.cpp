@@ -1,13 +1,17 @@
-// CopyFolder against the host's "cp -r", as a process of its own.
+// CopyFolder, and the import of an earlier version's sessions, against the host's "cp -r", as a
+// process of its own.
 //
 // The disk is shared with whatever else runs, so the two take turns, and each gets the median of
 // its turns. Deleting what was copied isn't timed. The second table is the other way round: one
 // new file after another in a folder that grows, which must cost the same for each.
+#include "tvutil2/data/data_import.h"
 #include "tvutil2/data/files.h"
 #include "tvutil2/data/folders.h"
+#include "tvutil2/data/user_data.h"
 #include "tvutil2/platform/base/handle_table.h"
 #include "tvutil2/platform/base/host_path.h"
 #include "tvutil2/platform/files/files.h"
+#include "tvutil2/settings/registry.h"
 
 #include <benchmark/benchmark.h>
 #include <fcntl.h>
@@ -68,7 +72,32 @@ void run_ours(const std::string& from, const std::string& to) {
     CopyFolder(tvutil2::platform_path(from)->c_str(), tvutil2::platform_path(to)->c_str());
 }
 
-double seconds_of(void (*copy)(const std::string&, const std::string&), const std::string& from) {
+void fill_sessions(const std::string& folder) {
+    fs::create_directories(folder + "/Pelrin/Sessions");
+    fill_many(folder + "/Pelrin/Sessions");
+}
+
+void store_data_folder(const char16_t* version, const std::string& folder) {
+    CRegistry key;
+    const auto name = u"Software\\Tolvarine\\Common\\" + CString(version) + u"\\UserData";
+    if (key.Open(HKEY_CURRENT_USER, name, 1, KEY_ALL_ACCESS) == 0) std::abort();
+    key.SetValue(u"UserDataPath", tvutil2::platform_path(folder)->c_str());
+}
+
+// With all that it has to look up, and to remember.
+void run_import(const std::string& from, const std::string& to) {
+    store_data_folder(u"7", from);
+    store_data_folder(u"8", to);
+    GetUserDataFolderPath(1);
+    SetImportPrevStatus(u"ImportDone", 0);
+    SetImportPrevStatus(u"Version7", 0);
+    TvInitDataFolder(4);
+    if (!fs::exists(to + "/Pelrin/Sessions/9/session9999.ssn")) std::abort();
+}
+
+using Copy = void (*)(const std::string&, const std::string&);
+
+double seconds_of(Copy copy, const std::string& from) {
     const auto to = bench::profile_folder() + "/target";
     fs::remove_all(to);
     sync();
@@ -83,7 +112,9 @@ struct Medians {
     double cp;
 };
 
-Medians measured(void (*fill)(const std::string&), int turns) {
+using Fill = void (*)(const std::string&);
+
+Medians measured(Fill fill, Copy copy, int turns) {
     const auto from = bench::profile_folder() + "/source";
     fs::remove_all(from);
     fs::create_directory(from);
@@ -92,7 +123,7 @@ Medians measured(void (*fill)(const std::string&), int turns) {
     std::vector<double> cp;
     for (int turn = 0; turn < turns; ++turn) {
         cp.push_back(seconds_of(run_cp, from));
-        ours.push_back(seconds_of(run_ours, from));
+        ours.push_back(seconds_of(copy, from));
     }
     fs::remove_all(from);
     fs::remove_all(bench::profile_folder() + "/target");
@@ -106,18 +137,18 @@ Medians measured(void (*fill)(const std::string&), int turns) {
 }
 
 // Measured together once, reported as two benchmarks.
-const Medians& result(void (*fill)(const std::string&), int turns) {
-    static std::map<void (*)(const std::string&), Medians> results;
+const Medians& result(Fill fill, Copy copy, int turns) {
+    static std::map<Fill, Medians> results;
     const auto found = results.find(fill);
-    return found != results.end() ? found->second : results[fill] = measured(fill, turns);
+    return found != results.end() ? found->second : results[fill] = measured(fill, copy, turns);
 }
 
-void report(const char* name, void (*fill)(const std::string&), int turns) {
+void report(const char* name, Fill fill, int turns, Copy copy = run_ours) {
     const std::string work(name);
     benchmark::RegisterBenchmark((work + "|ours").c_str(),
                                  [=](benchmark::State& state) {
                                      for (auto _ : state)
-                                         state.SetIterationTime(result(fill, turns).ours);
+                                         state.SetIterationTime(result(fill, copy, turns).ours);
                                  })
         ->UseManualTime()
         ->Iterations(1)
@@ -125,7 +156,7 @@ void report(const char* name, void (*fill)(const std::string&), int turns) {
     benchmark::RegisterBenchmark((work + "|cp -r").c_str(),
                                  [=](benchmark::State& state) {
                                      for (auto _ : state)
-                                         state.SetIterationTime(result(fill, turns).cp);
+                                         state.SetIterationTime(result(fill, copy, turns).cp);
                                  })
         ->UseManualTime()
         ->Iterations(1)
@@ -136,6 +167,7 @@ const bool kRegistered = [] {
     report("copy folder: 10,000 small files in 10", fill_many, 9);
     report("copy folder: 10,000 small files in 1", fill_flat, 9);
     report("copy folder: one file of 1 GiB", fill_huge, 5);
+    report("import of 10,000 session files", fill_sessions, 9, run_import);
     return true;
 }();
 
