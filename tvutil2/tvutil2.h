@@ -8,6 +8,7 @@
 // tvutil2/services/update_schedule.h.
 #pragma once
 
+#include "tvutil2/data/addons.h"
 #include "tvutil2/data/command_line.h"
 #include "tvutil2/data/data_import.h"
 #include "tvutil2/data/features.h"
@@ -50,6 +51,7 @@
 #include "tvutil2/services/firewall.h"
 #include "tvutil2/services/help_links.h"
 #include "tvutil2/services/http.h"
+#include "tvutil2/services/signature.h"
 #include "tvutil2/settings/information_file.h"
 #include "tvutil2/settings/ini_file.h"
 #include "tvutil2/settings/option_file.h"

@@ -159,6 +159,9 @@ TEST(Translations, HaveEveryDialogInEveryLanguage) {
           {14021, u"Experimental Feature Guide"},
           {1, u"OK"},
           {2, u"Cancel"}}},
+        {14034,
+         {253, 108},
+         {{0, u"Package Verify - Error"}, {1, u"Install Anyways"}, {2, u"Do Not Install"}}},
     };
     for (const auto& [id, size, texts] : dialogs) {
         const auto english = dialog(id, 0x0409);

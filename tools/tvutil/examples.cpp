@@ -9,6 +9,10 @@ namespace {
 const std::map<std::string_view, const char*>& examples() {
     static const std::map<std::string_view, const char*> list = {
         {"", "tvutil ini list Features.ini --json"},
+        {"addons", "tvutil addons list"},
+        {"addons for", "tvutil addons for .abc"},
+        {"addons list", "tvutil addons list --json"},
+        {"addons trim", "tvutil addons trim --file Addons.ini"},
         {"base64", "printf 'open sesame' | tvutil base64 encode"},
         {"base64 encode", "tvutil base64 encode picture.png"},
         {"base64 decode", "printf 'b3BlbiBzZXNhbWU=' | tvutil base64 decode"},
@@ -88,6 +92,7 @@ const std::map<std::string_view, const char*>& examples() {
         {"sessions list", "tvutil sessions list --host"},
         {"sessions move", "tvutil sessions move Pelrin 'C:\\home\\a\\sessions' --dry-run"},
         {"sessions where", "cd \"$(tvutil sessions where Pelrin --host)\""},
+        {"sign", "tvutil sign Pelrin.exe --certificates maker.pem --key maker.key"},
         {"string", "tvutil string get 14107 --language de"},
         {"string get", "tvutil string get 14107 --language de"},
         {"string languages", "tvutil string languages"},
@@ -100,6 +105,7 @@ const std::map<std::string_view, const char*>& examples() {
         {"url make",
          "tvutil url make --scheme ssh --user alice --host 192.0.2.10 --password-file -"},
         {"url parse", "tvutil url parse ssh://alice@192.0.2.10:22 --json"},
+        {"verify", "tvutil verify Pelrin.exe --maker && echo the maker\'s, and as it was signed"},
         {"watch", "tvutil watch 'C:\\home\\a\\sessions'"},
     };
     return list;

@@ -30,7 +30,9 @@ enum class HandleKind : std::uint8_t {
     context,   ///< a device context
     graphics,  ///< brush, pen, font, bitmap, region
     icon,
-    image_list
+    image_list,
+    certificates,
+    message
 };
 
 namespace handle_table {

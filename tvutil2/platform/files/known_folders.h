@@ -14,6 +14,8 @@ inline constexpr int CSIDL_APPDATA = 0x1A;
 inline constexpr int CSIDL_LOCAL_APPDATA = 0x1C;
 /// Data of all persons: /var/lib.
 inline constexpr int CSIDL_COMMON_APPDATA = 0x23;
+/// The platform's own folder, which the host doesn't have: E_INVALIDARG.
+inline constexpr int CSIDL_SYSTEM = 0x25;
 /// The home folder.
 inline constexpr int CSIDL_PROFILE = 0x28;
 /// Joined to one of the above: create the folder if it is missing.

@@ -1,37 +1,17 @@
-// Offsets and structures: "PE Format", the published description of portable executables.
+// Structures: "PE Format", the published description of portable executables.
 #include "tvutil2/platform/system/pe_file.h"
 
 #include "tvutil2/platform/base/last_error.h"
 
 #include <algorithm>
 #include <array>
-#include <bit>
+#include <utility>
 
 namespace tvutil2 {
 namespace {
 
-static_assert(std::endian::native == std::endian::little, "structures are read as they stand");
-
-constexpr std::uint16_t kDosMark = 0x5A4D;     // "MZ"
-constexpr std::uint32_t kPeMark = 0x00004550;  // "PE\0\0"
-constexpr std::uint64_t kPeOffsetField = 60;
 constexpr std::uint32_t kResourceDirectory = 2;
 constexpr std::uint32_t kSubDirectory = 0x80000000;
-constexpr std::uint16_t kMostSections = 96;  // the platform's loader takes no more
-
-struct FileHeader {
-    std::uint16_t machine, sections;
-    std::uint32_t time, symbols, symbol_count;
-    std::uint16_t optional_size, flags;
-};
-
-struct SectionHeader {
-    char name[8];
-    std::uint32_t virtual_size, address, raw_size, raw_offset;
-    std::uint32_t relocations, lines;
-    std::uint16_t relocation_count, line_count;
-    std::uint32_t flags;
-};
 
 struct DirectoryHeader {
     std::uint32_t flags, time;
@@ -61,7 +41,6 @@ class PeFile {
                                                              std::size_t most) const;
 
   private:
-    bool read_sections(std::uint64_t start, std::uint16_t count);
     // Where an address of the loaded image lies in the file, and how many bytes of its section
     // follow there.
     struct Place {
@@ -71,39 +50,23 @@ class PeFile {
     [[nodiscard]] std::optional<Place> place_of(std::uint32_t address) const;
 
     const FileBytes& m_file;
-    std::vector<SectionHeader> m_sections;
+    std::vector<PeSection> m_sections;
     std::optional<std::uint64_t> m_resources;  // file offset of the first directory
 };
 
 bool PeFile::read_headers() {
-    const auto pe = m_file.at<std::uint32_t>(kPeOffsetField);
-    if (!is_pe_file(m_file) || !pe || m_file.at<std::uint32_t>(*pe) != kPeMark) return false;
-    const std::uint64_t header_offset = std::uint64_t{*pe} + sizeof kPeMark;
-    const auto header = m_file.at<FileHeader>(header_offset);
-    if (!header || header->sections > kMostSections) return false;
-
-    const std::uint64_t optional = header_offset + sizeof(FileHeader);
-    const auto magic = m_file.at<std::uint16_t>(optional);
-    if (magic != 0x10B && magic != 0x20B) return false;
-    const std::uint64_t count_field = optional + (magic == 0x10B ? 92 : 108);
-    const std::uint64_t entry = count_field + 4 + std::uint64_t{8} * kResourceDirectory;
-    if (!read_sections(optional + header->optional_size, header->sections)) return false;
-
-    const auto count = m_file.at<std::uint32_t>(count_field);
-    if (!count) return false;
-    if (*count <= kResourceDirectory || entry + 8 > optional + header->optional_size) return true;
-    const auto address = m_file.at<std::uint32_t>(entry);
+    auto headers = read_pe_headers(m_file);
+    if (!headers) return false;
+    m_sections = std::move(headers->sections);
+    const auto entry = headers->directory(kResourceDirectory);
+    if (!entry) return true;
+    const auto address = m_file.at<std::uint32_t>(*entry);
     if (!address) return false;
     if (*address == 0) return true;
     const auto place = place_of(*address);
     if (!place) return false;
     m_resources = place->offset;
     return true;
-}
-
-bool PeFile::read_sections(std::uint64_t start, std::uint16_t count) {
-    m_sections.resize(count);
-    return m_file.read(start, std::as_writable_bytes(std::span(m_sections)));
 }
 
 std::optional<PeFile::Place> PeFile::place_of(std::uint32_t address) const {
@@ -151,10 +114,6 @@ std::optional<std::vector<std::byte>> PeFile::data(std::uint32_t entry, std::siz
 }
 
 }  // namespace
-
-bool is_pe_file(const FileBytes& file) {
-    return file.at<std::uint16_t>(0) == kDosMark;
-}
 
 std::optional<std::vector<std::byte>> pe_resource(const FileBytes& file, WORD type, WORD name,
                                                   std::size_t most) {

@@ -3,14 +3,11 @@
 
 #include "tvutil2/platform/base/export.h"
 #include "tvutil2/platform/base/types.h"
-#include "tvutil2/platform/system/file_bytes.h"
+#include "tvutil2/platform/system/pe_headers.h"
 
 #include <vector>
 
 namespace tvutil2 {
-
-/// Begins with the mark of such a file ("MZ").
-[[nodiscard]] TVUTIL_API bool is_pe_file(const FileBytes& file);
 
 /// The first `most` bytes of the resource with that type and number, in the first language that it
 /// has. Only headers and the directories on the way to it are read, whatever the file's size.

@@ -1,16 +1,13 @@
 #include "tvutil2/platform/system/version_info.h"
 
 #include "tvutil2/platform/base/last_error.h"
-#include "tvutil2/platform/files/host_files.h"
+#include "tvutil2/platform/base/wide_text.h"
 #include "tvutil2/platform/system/elf_note.h"
+#include "tvutil2/platform/system/executable_file.h"
 #include "tvutil2/platform/system/pe_file.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <cerrno>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -30,37 +27,6 @@ struct BlockHead {
     char16_t key[kRootKey.size() + 1];
 };
 constexpr std::size_t kValueOffset = (sizeof(BlockHead) + 3) / 4 * 4;
-
-class OpenFile : public FileBytes {
-  public:
-    explicit OpenFile(Descriptor file) : m_file(std::move(file)) {}
-
-    [[nodiscard]] bool read(std::uint64_t offset, std::span<std::byte> out) const override {
-        std::size_t filled = 0;
-        while (filled < out.size()) {
-            const auto size = pread(m_file.get(), out.data() + filled, out.size() - filled,
-                                    static_cast<off_t>(offset + filled));
-            if (size < 0 && errno == EINTR) continue;
-            if (size <= 0) return false;
-            filled += static_cast<std::size_t>(size);
-        }
-        return true;
-    }
-
-  private:
-    Descriptor m_file;
-};
-
-// False with the last error set. O_NONBLOCK: a pipe with a file's name must not hold the caller.
-bool open_executable(const char16_t* path, Descriptor& file) {
-    const auto host = host_path_of(path);
-    if (!host) return false;
-    file = Descriptor(open(host->c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK));
-    struct stat info {};
-    if (!file || fstat(file.get(), &info) != 0) return fail_at(*host);
-    if (S_ISDIR(info.st_mode)) return fail_with(ERROR_ACCESS_DENIED);
-    return S_ISREG(info.st_mode) || fail_with(ERROR_BAD_EXE_FORMAT);
-}
 
 DWORD two_numbers(std::uint16_t high, std::uint16_t low) {
     return (DWORD{high} << 16U) | low;
@@ -83,20 +49,77 @@ std::vector<std::byte> block_of(const VersionNumbers& numbers) {
 
 // Empty, with the last error set, when there is none.
 std::vector<std::byte> version_block(const char16_t* path) {
-    Descriptor descriptor;
-    if (!open_executable(path, descriptor)) return {};
-    const OpenFile file(std::move(descriptor));
-    if (is_elf_file(file)) {
-        const auto numbers = elf_version(file);
+    const auto file = ExecutableFile::open(path);
+    if (!file) return {};
+    if (is_elf_file(*file)) {
+        const auto numbers = elf_version(*file);
         return numbers ? block_of(*numbers) : std::vector<std::byte>();
     }
-    auto block = pe_resource(file, kVersionType, kVersionName, kLongestBlock);
+    auto block = pe_resource(*file, kVersionType, kVersionName, kLongestBlock);
     if (block && block->size() < sizeof(WORD)) {
         SetLastError(ERROR_BAD_EXE_FORMAT);
         return {};
     }
     return block.value_or(std::vector<std::byte>());
 }
+
+// A block inside a version block: a value and further blocks ("VS_VERSIONINFO", "StringTable" and
+// their kin, published with the platform). Offsets are from the first byte of the outermost.
+struct Block {
+    std::u16string key;
+    bool is_text;
+    std::size_t value, value_size;  // bytes
+    std::size_t children, end;
+};
+
+class BlockReader {
+  public:
+    explicit BlockReader(std::span<const std::byte> bytes) : m_bytes(bytes), m_size(bytes.size()) {}
+
+    // The block at an offset, in front of `end`; nothing when it doesn't fit.
+    [[nodiscard]] std::optional<Block> at(std::size_t offset, std::size_t end) const {
+        struct Head {
+            WORD length, value_length, type;
+        };
+        const auto head = m_bytes.at<Head>(offset);
+        end = std::min(end, m_size);
+        if (!head || head->length < sizeof *head || head->length > end - offset) {
+            return std::nullopt;
+        }
+        Block block;
+        block.end = offset + head->length;
+        block.is_text = head->type == 1;
+        auto next = offset + sizeof *head;
+        for (;; next += sizeof(char16_t)) {
+            const auto unit = m_bytes.at<char16_t>(next);
+            if (!unit || next >= block.end) return std::nullopt;
+            if (*unit == 0) break;
+            block.key += *unit;
+        }
+        block.value = aligned(next + sizeof(char16_t));
+        block.value_size = std::size_t{head->value_length} * (block.is_text ? 2 : 1);
+        block.children = aligned(block.value + block.value_size);
+        if (block.value + block.value_size > block.end) return std::nullopt;
+        return block;
+    }
+
+    // Keys are compared without regard to case.
+    [[nodiscard]] std::optional<Block> child(const Block& parent, std::u16string_view key) const {
+        for (auto next = parent.children; next < parent.end;) {
+            auto block = at(next, parent.end);
+            if (!block) return std::nullopt;
+            if (_wcsicmp(block->key.c_str(), std::u16string(key).c_str()) == 0) return block;
+            next = aligned(block->end);
+        }
+        return std::nullopt;
+    }
+
+  private:
+    static std::size_t aligned(std::size_t offset) { return (offset + 3) / 4 * 4; }
+
+    MemoryBytes m_bytes;
+    std::size_t m_size;
+};
 
 }  // namespace
 }  // namespace tvutil2
@@ -124,25 +147,26 @@ BOOL GetFileVersionInfoW(const char16_t* path, DWORD /*handle*/, DWORD size, voi
 }
 
 BOOL VerQueryValueW(const void* block, const char16_t* name, void** value, UINT* size) {
-    using tvutil2::BlockHead;
-    using tvutil2::kValueOffset;
-    const auto is_root = [](std::u16string_view text) { return text.empty() || text == u"\\"; };
     if (block == nullptr || name == nullptr || value == nullptr || size == nullptr) {
         return tvutil2::fail_with(ERROR_INVALID_PARAMETER);
     }
     WORD length = 0;
     std::memcpy(&length, block, sizeof length);
-    BlockHead head{};
-    if (!is_root(name) || length < kValueOffset) {
+    const tvutil2::BlockReader reader({static_cast<const std::byte*>(block), length});
+    auto found = reader.at(0, length);
+    if (!found || found->key != tvutil2::kRootKey) {
         return tvutil2::fail_with(ERROR_RESOURCE_TYPE_NOT_FOUND);
     }
-    std::memcpy(&head, block, sizeof head);
-    const std::u16string_view key(head.key, std::size(head.key));
-    if (key != std::u16string_view(u"VS_VERSION_INFO\0", key.size()) || head.value_length == 0 ||
-        head.value_length > length - kValueOffset) {
+    std::u16string_view path(name);
+    while (found && !path.empty()) {
+        const auto part = path.substr(0, path.find(u'\\'));
+        path.remove_prefix(std::min(part.size() + 1, path.size()));
+        if (!part.empty()) found = reader.child(*found, part);
+    }
+    if (!found || found->value_size == 0) {
         return tvutil2::fail_with(ERROR_RESOURCE_TYPE_NOT_FOUND);
     }
-    *value = const_cast<char*>(static_cast<const char*>(block)) + kValueOffset;
-    *size = head.value_length;
+    *value = const_cast<char*>(static_cast<const char*>(block)) + found->value;
+    *size = static_cast<UINT>(found->is_text ? found->value_size / 2 : found->value_size);
     return TRUE;
 }

@@ -38,7 +38,10 @@ TVUTIL_API DWORD GetFileVersionInfoSizeW(const char16_t* path, DWORD* handle);
 /// stays readable. The rest of `block` becomes zero.
 TVUTIL_API BOOL GetFileVersionInfoW(const char16_t* path, DWORD handle, DWORD size, void* block);
 
-/// The root value ("\") of a block that GetFileVersionInfoW filled: where it stands in the block,
-/// and its bytes. FALSE with ERROR_RESOURCE_TYPE_NOT_FOUND for any other name, a block that is
-/// none, or one without that value.
+/// A value of a block that GetFileVersionInfoW filled: where it stands in the block, and its size,
+/// in bytes or, for a text, in units with its zero. "\" is the root's, VS_FIXEDFILEINFO;
+/// "\VarFileInfo\Translation" a list of languages and code pages, two numbers of 16 bits each;
+/// "\StringFileInfo\040904b0\ProductVersion" a text of one of these pairs. Names are compared
+/// without regard to case. FALSE with ERROR_RESOURCE_TYPE_NOT_FOUND for a block that is none, or
+/// one without that value. A text of a file that somebody made may lack its zero.
 TVUTIL_API BOOL VerQueryValueW(const void* block, const char16_t* name, void** value, UINT* size);
