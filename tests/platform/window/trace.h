@@ -40,7 +40,30 @@ struct Trace {
                                                        {WM_SETTEXT, "SETTEXT"},
                                                        {WM_ENABLE, "ENABLE"},
                                                        {WM_WINDOWPOSCHANGING, "CHANGING"},
-                                                       {WM_WINDOWPOSCHANGED, "CHANGED"}};
+                                                       {WM_WINDOWPOSCHANGED, "CHANGED"},
+                                                       {WM_PAINT, "PAINT"},
+                                                       {WM_NCPAINT, "NCPAINT"},
+                                                       {WM_ERASEBKGND, "ERASE"},
+                                                       {WM_SETFOCUS, "SETFOCUS"},
+                                                       {WM_KILLFOCUS, "KILLFOCUS"},
+                                                       {WM_ACTIVATE, "ACTIVATE"},
+                                                       {WM_NCACTIVATE, "NCACTIVATE"},
+                                                       {WM_CANCELMODE, "CANCELMODE"},
+                                                       {WM_CAPTURECHANGED, "CAPTURECHANGED"},
+                                                       {WM_MOUSEACTIVATE, "MOUSEACTIVATE"},
+                                                       {WM_NCHITTEST, "HITTEST"},
+                                                       {WM_SETCURSOR, "SETCURSOR"},
+                                                       {WM_MOUSEMOVE, "MOUSEMOVE"},
+                                                       {WM_MOUSELEAVE, "MOUSELEAVE"},
+                                                       {WM_LBUTTONDOWN, "LBUTTONDOWN"},
+                                                       {WM_LBUTTONUP, "LBUTTONUP"},
+                                                       {WM_MOUSEWHEEL, "MOUSEWHEEL"},
+                                                       {WM_KEYDOWN, "KEYDOWN"},
+                                                       {WM_KEYUP, "KEYUP"},
+                                                       {WM_CHAR, "CHAR"},
+                                                       {WM_SYSKEYDOWN, "SYSKEYDOWN"},
+                                                       {WM_SYSKEYUP, "SYSKEYUP"},
+                                                       {WM_SYSCHAR, "SYSCHAR"}};
         const auto found = words.find(message);
         return found != words.end() ? found->second : nullptr;
     }

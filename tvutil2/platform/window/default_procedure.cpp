@@ -1,4 +1,7 @@
+#include "tvutil2/platform/window/default_paint.h"
 #include "tvutil2/platform/window/endpoint.h"
+#include "tvutil2/platform/window/input.h"
+#include "tvutil2/platform/window/screen.h"
 #include "tvutil2/platform/window/window.h"
 #include "tvutil2/platform/window/window_states.h"
 
@@ -19,6 +22,8 @@ LRESULT set_text(HWND window, const char16_t* text) {
         is_known_to_others = is_known_to_others || tvutil2::is_for_others(*record);
     }
     if (is_known_to_others) tvutil2::publish_windows();
+    tvutil2::repaint_frame(window);
+    tvutil2::tell_display(window, false);
     return TRUE;
 }
 
@@ -59,6 +64,10 @@ LRESULT DefWindowProcW(HWND window, UINT message, WPARAM wparam, LPARAM lparam) 
             break;
     }
     LRESULT result = 0;
-    tvutil2::handle_frame_message(window, message, wparam, lparam, result);
+    if (tvutil2::handle_frame_message(window, message, lparam, result) ||
+        tvutil2::handle_paint_message(window, message, wparam, result)) {
+        return result;
+    }
+    tvutil2::handle_input_message(window, message, wparam, lparam, result);
     return result;
 }

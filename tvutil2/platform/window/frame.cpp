@@ -1,8 +1,8 @@
 // The frame around a client area: its size, and what it answers.
-#include "tvutil2/platform/base/wide_text.h"
 #include "tvutil2/platform/window/geometry.h"
 #include "tvutil2/platform/window/hit_test.h"
 #include "tvutil2/platform/window/messages.h"
+#include "tvutil2/platform/window/system_metrics.h"
 #include "tvutil2/platform/window/window.h"
 #include "tvutil2/platform/window/window_states.h"
 
@@ -10,14 +10,6 @@
 
 namespace tvutil2 {
 namespace {
-
-// At 96 dots per inch.
-constexpr int kCaption = 30, kSizeFrame = 5, kFixedFrame = 1, kBorder = 1, kClientEdge = 2;
-constexpr int kMinTrackWidth = 136, kMinTrackHeight = 39;
-
-int scaled(int length, UINT dpi) {
-    return std::max(1, MulDiv(length, static_cast<int>(dpi), 96));
-}
 
 struct FrameFacts {
     RECT window{}, client{};  // on the screen
@@ -156,15 +148,16 @@ void tell_size(HWND window, bool anew) {
 RECT frame_thickness(DWORD style, DWORD ex_style, UINT dpi) {
     int side = 0;
     if ((style & WS_THICKFRAME) != 0) {
-        side = scaled(kSizeFrame, dpi);
+        side = GetSystemMetricsForDpi(SM_CXSIZEFRAME, dpi);
     } else if ((style & WS_DLGFRAME) != 0 || (ex_style & WS_EX_DLGMODALFRAME) != 0) {
-        side = scaled(kFixedFrame, dpi);
+        side = GetSystemMetricsForDpi(SM_CXFIXEDFRAME, dpi);
     } else if ((style & WS_BORDER) != 0) {
-        side = scaled(kBorder, dpi);
+        side = GetSystemMetricsForDpi(SM_CXBORDER, dpi);
     }
-    if ((ex_style & WS_EX_CLIENTEDGE) != 0) side += scaled(kClientEdge, dpi);
-    if ((ex_style & WS_EX_STATICEDGE) != 0) side += scaled(kBorder, dpi);
-    const int caption = (style & WS_CAPTION) == WS_CAPTION ? scaled(kCaption, dpi) : 0;
+    if ((ex_style & WS_EX_CLIENTEDGE) != 0) side += GetSystemMetricsForDpi(SM_CXEDGE, dpi);
+    if ((ex_style & WS_EX_STATICEDGE) != 0) side += GetSystemMetricsForDpi(SM_CXBORDER, dpi);
+    const bool has_caption = (style & WS_CAPTION) == WS_CAPTION;
+    const int caption = has_caption ? GetSystemMetricsForDpi(SM_CYCAPTION, dpi) : 0;
     return {side, side + caption, side, side};
 }
 
@@ -181,8 +174,8 @@ MINMAXINFO default_limits(DWORD style, DWORD ex_style, const RECT& rect) {
     MINMAXINFO limits{};
     limits.ptMaxSize = largest;
     limits.ptMaxPosition = {work.left - overlap, work.top - overlap};
-    limits.ptMinTrackSize = {scaled(kMinTrackWidth, monitor.dpi),
-                             scaled(kMinTrackHeight, monitor.dpi)};
+    limits.ptMinTrackSize = {GetSystemMetricsForDpi(SM_CXMINTRACK, monitor.dpi),
+                             GetSystemMetricsForDpi(SM_CYMINTRACK, monitor.dpi)};
     RECT all{};
     for (const auto& each : monitors()) {
         all.right = std::max(all.right, each.area.right);
@@ -219,8 +212,7 @@ RECT close_button_of(HWND window) {
     return {std::max(facts.window.left, right - height * 3 / 2), top, right, top + height};
 }
 
-bool handle_frame_message(HWND window, UINT message, WPARAM wparam, LPARAM lparam,
-                          LRESULT& result) {
+bool handle_frame_message(HWND window, UINT message, LPARAM lparam, LRESULT& result) {
     result = 0;
     switch (message) {
         case WM_NCCALCSIZE:
@@ -241,11 +233,7 @@ bool handle_frame_message(HWND window, UINT message, WPARAM wparam, LPARAM lpara
             if ((flags & SWP_NOCLIENTSIZE) == 0) send_size(window);
             return true;
         }
-        case WM_NCACTIVATE:
-            result = TRUE;
-            return true;
         default:
-            static_cast<void>(wparam);
             return false;
     }
 }

@@ -3,6 +3,8 @@
 #include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/window/window_states.h"
 
+#include <algorithm>
+
 namespace tvutil2 {
 
 bool is_child(const Window& window) {
@@ -49,22 +51,6 @@ bool holds(const RECT& rect, POINT point) {
            point.y < rect.bottom;
 }
 
-// `point` counts from where the windows' rects do.
-Window* deepest_at(Window& parent, POINT point) {
-    for (auto* each = parent.first_child; each != nullptr; each = each->next) {
-        if ((each->style & (WS_VISIBLE | WS_DISABLED)) != WS_VISIBLE ||
-            (each->style & WS_MINIMIZE) != 0 || !holds(each->rect, point)) {
-            continue;
-        }
-        const POINT inside{point.x - each->rect.left, point.y - each->rect.top};
-        if (!holds(each->client, inside)) return each;
-        auto* const child =
-            deepest_at(*each, {inside.x - each->client.left, inside.y - each->client.top});
-        return child != nullptr ? child : each;
-    }
-    return nullptr;
-}
-
 // Where a window's client area is on the screen; false with ERROR_INVALID_WINDOW_HANDLE.
 bool find_client_corner(const TreeLock& tree, HWND window, POINT& corner) {
     corner = {};
@@ -75,7 +61,34 @@ bool find_client_corner(const TreeLock& tree, HWND window, POINT& corner) {
     return true;
 }
 
+// `point` counts from where the windows' rects do.
+Window* deepest_at(Window& parent, POINT point, std::span<const HWND> without) {
+    for (auto* each = parent.first_child; each != nullptr; each = each->next) {
+        if ((each->style & (WS_VISIBLE | WS_DISABLED | WS_MINIMIZE)) != WS_VISIBLE ||
+            !holds(each->rect, point) ||
+            std::find(without.begin(), without.end(), each->hwnd()) != without.end()) {
+            continue;
+        }
+        const POINT inside{point.x - each->rect.left, point.y - each->rect.top};
+        if (!holds(each->client, inside)) return each;
+        auto* const child =
+            deepest_at(*each, {inside.x - each->client.left, inside.y - each->client.top}, without);
+        return child != nullptr ? child : each;
+    }
+    return nullptr;
+}
+
 }  // namespace
+
+HWND deepest_window(Window& window, POINT point, std::span<const HWND> without) {
+    const auto corner = client_corner_of(window);
+    const POINT inside{point.x - corner.x, point.y - corner.y};
+    const auto& client = window.client;
+    const RECT area{0, 0, client.right - client.left, client.bottom - client.top};
+    auto* const child = holds(area, inside) ? deepest_at(window, inside, without) : nullptr;
+    return child != nullptr ? child->hwnd() : window.hwnd();
+}
+
 }  // namespace tvutil2
 
 using tvutil2::TreeLock;
@@ -150,7 +163,7 @@ BOOL AdjustWindowRectEx(RECT* rect, DWORD style, BOOL has_menu, DWORD ex_style) 
 
 HWND WindowFromPoint(POINT point) {
     const TreeLock tree;
-    const auto* const found = tvutil2::deepest_at(tree.table.root(), point);
+    const auto* const found = tvutil2::deepest_at(tree.table.root(), point, {});
     return found != nullptr ? found->hwnd() : nullptr;
 }
 

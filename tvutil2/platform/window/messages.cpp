@@ -3,7 +3,9 @@
 #include "tvutil2/platform/base/clock.h"
 #include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/objects/objects.h"
+#include "tvutil2/platform/window/input.h"
 #include "tvutil2/platform/window/packet.h"
+#include "tvutil2/platform/window/painting.h"
 #include "tvutil2/platform/window/remote.h"
 #include "tvutil2/platform/window/thread_queue.h"
 #include "tvutil2/platform/window/window_table.h"
@@ -158,7 +160,8 @@ BOOL GetMessageW(MSG* message, HWND window, UINT first, UINT last) {
     for (;;) {
         queue.answer_sent();
         if (queue.take(*message, filter, true)) break;
-        queue.wait_for(ThreadQueue::posted | ThreadQueue::sent, queue.time_to_tick());
+        present_damage(queue);
+        queue.wait_for(ThreadQueue::kForLoops, queue.time_to_tick());
     }
     queue.m_message_time = static_cast<LONG>(message->time);
     return message->message != WM_QUIT ? TRUE : FALSE;
@@ -168,20 +171,22 @@ BOOL PeekMessageW(MSG* message, HWND window, UINT first, UINT last, UINT remove)
     if (!is_window_filter(window)) return fail_with(ERROR_INVALID_WINDOW_HANDLE);
     auto& queue = ThreadQueue::current();
     queue.answer_sent();
-    if (!queue.take(*message, {window, first, last}, (remove & PM_REMOVE) != 0)) return FALSE;
+    if (!queue.take(*message, {window, first, last}, (remove & PM_REMOVE) != 0)) {
+        present_damage(queue);
+        return FALSE;
+    }
     queue.m_message_time = static_cast<LONG>(message->time);
     return TRUE;
 }
 
 BOOL WaitMessage() {
     auto& queue = ThreadQueue::current();
+    present_damage(queue);
     for (;;) {
         queue.answer_sent();
         const auto time = queue.time_to_tick();
-        if (!queue.wait_for(ThreadQueue::posted | ThreadQueue::sent, time) ||
-            queue.has_news(ThreadQueue::posted)) {
-            return TRUE;
-        }
+        constexpr DWORD kMessages = ThreadQueue::kForLoops & ~DWORD{ThreadQueue::sent};
+        if (!queue.wait_for(ThreadQueue::kForLoops, time) || queue.has_any(kMessages)) return TRUE;
     }
 }
 
@@ -192,13 +197,19 @@ DWORD MsgWaitForMultipleObjects(DWORD count, const HANDLE* objects, BOOL wait_al
         return WAIT_FAILED;
     }
     const DWORD news = ((mask & QS_POSTMESSAGE) != 0 ? ThreadQueue::posted : 0U) |
-                       ((mask & QS_SENDMESSAGE) != 0 ? ThreadQueue::sent : 0U);
+                       ((mask & QS_SENDMESSAGE) != 0 ? ThreadQueue::sent : 0U) |
+                       ((mask & QS_INPUT) != 0 ? ThreadQueue::input : 0U) |
+                       ((mask & QS_PAINT) != 0 ? ThreadQueue::painting : 0U);
+    present_damage(ThreadQueue::current());
     return ThreadQueue::current().wait_for_any({objects, count}, news, milliseconds);
 }
 
 BOOL TranslateMessage(const MSG* message) {
     const bool is_key = message->message == WM_KEYDOWN || message->message == WM_KEYUP ||
                         message->message == WM_SYSKEYDOWN || message->message == WM_SYSKEYUP;
+    if (message->message == WM_KEYDOWN || message->message == WM_SYSKEYDOWN) {
+        tvutil2::translate_key(*message);
+    }
     return is_key ? TRUE : FALSE;
 }
 

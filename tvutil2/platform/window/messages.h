@@ -2,9 +2,9 @@
 //
 // A thread has a queue from its first call here or its first window on. What a thread gets next is
 // decided in this order: messages that others send (they are answered inside of the call), posted
-// messages, WM_QUIT, ticks of timers. All functions may be called from any thread; they act on the
-// calling thread's queue, or on that of the window's thread. A thread that waits sleeps in one
-// system call.
+// messages, WM_QUIT, input, WM_PAINT, ticks of timers. All functions may be called from any thread;
+// they act on the calling thread's queue, or on that of the window's thread. A thread that waits
+// sleeps in one system call.
 //
 // A window of another process of the user is reached as well. Of the messages that point to memory
 // WM_SETTEXT, WM_GETTEXT and WM_COPYDATA take along what they point to; the others, and those of
@@ -19,7 +19,9 @@ inline constexpr UINT PM_NOREMOVE = 0;
 inline constexpr UINT PM_REMOVE = 1;
 inline constexpr UINT PM_NOYIELD = 2;
 
+inline constexpr DWORD QS_INPUT = 0x07;
 inline constexpr DWORD QS_POSTMESSAGE = 0x08;
+inline constexpr DWORD QS_PAINT = 0x20;
 inline constexpr DWORD QS_SENDMESSAGE = 0x40;
 
 inline constexpr UINT SMTO_NORMAL = 0;
@@ -51,7 +53,7 @@ TVUTIL_API BOOL WaitMessage();
 /// Other results and errors as WaitForMultipleObjects.
 TVUTIL_API DWORD MsgWaitForMultipleObjects(DWORD count, const HANDLE* objects, BOOL wait_all,
                                            DWORD milliseconds, DWORD mask);
-/// Makes characters of keys; 0 when the message is no key.
+/// Posts the characters that a key writes; 0 when the message is no key.
 TVUTIL_API BOOL TranslateMessage(const MSG* message);
 /// Calls the window's procedure, or a timer's; what that returned. 0 for a window that has gone.
 TVUTIL_API LRESULT DispatchMessageW(const MSG* message);

@@ -1,9 +1,12 @@
 // The change of a window's place, size, order and visibility, step by step.
 #include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/window/endpoint.h"
+#include "tvutil2/platform/window/focus.h"
 #include "tvutil2/platform/window/geometry.h"
+#include "tvutil2/platform/window/input.h"
 #include "tvutil2/platform/window/messages.h"
-#include "tvutil2/platform/window/window_states.h"
+#include "tvutil2/platform/window/screen.h"
+#include "tvutil2/platform/window/update.h"
 
 #include <algorithm>
 
@@ -80,6 +83,7 @@ bool apply(WINDOWPOS& wanted, const RECT& client) {
                             old.bottom - old.top == client.bottom - client.top;
     if (keeps_place) wanted.flags |= SWP_NOCLIENTMOVE;
     if (keeps_size) wanted.flags |= SWP_NOCLIENTSIZE;
+    const auto before = placement_of(*window);
     window->rect = {wanted.x, wanted.y, wanted.x + wanted.cx, wanted.y + wanted.cy};
     window->client = client;
     if ((window->style & (WS_MINIMIZE | WS_MAXIMIZE)) == 0) window->normal = window->rect;
@@ -89,7 +93,25 @@ bool apply(WINDOWPOS& wanted, const RECT& client) {
     }
     if ((wanted.flags & SWP_SHOWWINDOW) != 0) window->style |= WS_VISIBLE;
     if ((wanted.flags & SWP_HIDEWINDOW) != 0) window->style &= ~WS_VISIBLE;
+    if ((wanted.flags & SWP_NOREDRAW) == 0) {
+        update_after(*window, before, (wanted.flags & SWP_NOZORDER) == 0,
+                     (wanted.flags & SWP_FRAMECHANGED) != 0);
+    }
     return true;
+}
+
+// A top-level window on a display that is put in front is the active one from then on.
+void come_forward(HWND window) {
+    {
+        const TreeLock tree;
+        const auto* const record = tree.table.find(window);
+        if (record == nullptr || record->top == nullptr ||
+            record->queue != ThreadQueue::current_or_null() ||
+            (record->ex_style & WS_EX_NOACTIVATE) != 0) {
+            return;
+        }
+    }
+    if (GetActiveWindow() != window) SetActiveWindow(window);
 }
 
 }  // namespace
@@ -127,8 +149,13 @@ BOOL SetWindowPos(HWND window, HWND after, int x, int y, int width, int height, 
     if (!tvutil2::apply(wanted, client)) return FALSE;
     constexpr UINT kChanges = SWP_SHOWWINDOW | SWP_HIDEWINDOW | SWP_FRAMECHANGED;
     if ((wanted.flags & tvutil2::kSame) == tvutil2::kSame && (wanted.flags & kChanges) == 0) {
+        if ((flags & SWP_NOACTIVATE) == 0) tvutil2::come_forward(window);
         return TRUE;
     }
+    const bool shows = (wanted.flags & SWP_SHOWWINDOW) != 0;
+    tvutil2::tell_display(window, shows && (wanted.flags & SWP_NOACTIVATE) == 0);
+    if ((wanted.flags & SWP_NOACTIVATE) == 0) tvutil2::come_forward(window);
+    if ((wanted.flags & SWP_HIDEWINDOW) != 0) tvutil2::leave_focus(window);
     if (is_known_to_others && (wanted.flags & (SWP_SHOWWINDOW | SWP_HIDEWINDOW)) != 0) {
         tvutil2::publish_windows();
     }

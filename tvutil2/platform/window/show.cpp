@@ -1,9 +1,11 @@
 #include "tvutil2/platform/window/show.h"
 
+#include "tvutil2/platform/window/focus.h"
 #include "tvutil2/platform/window/geometry.h"
 #include "tvutil2/platform/window/messages.h"
 #include "tvutil2/platform/window/process_place.h"
 #include "tvutil2/platform/window/remote.h"
+#include "tvutil2/platform/window/screen.h"
 #include "tvutil2/platform/window/window.h"
 #include "tvutil2/platform/window/window_states.h"
 #include "tvutil2/platform/window/window_table.h"
@@ -150,9 +152,13 @@ BOOL EnableWindow(HWND window, BOOL enable) {
         was_disabled = (record->style & WS_DISABLED) != 0;
         record->style = (record->style & ~WS_DISABLED) | (enable ? 0 : WS_DISABLED);
     }
-    if (was_disabled != (enable == 0)) {
-        SendMessageW(window, WM_ENABLE, enable ? TRUE : FALSE, 0);
+    if (was_disabled == (enable == 0)) return was_disabled ? TRUE : FALSE;
+    if (!enable) {
+        SendMessageW(window, WM_CANCELMODE, 0, 0);
+        if (GetFocus() == window) SetFocus(nullptr);
     }
+    tvutil2::tell_display(window, false);
+    SendMessageW(window, WM_ENABLE, enable ? TRUE : FALSE, 0);
     return was_disabled ? TRUE : FALSE;
 }
 

@@ -3,7 +3,9 @@
 #include "tvutil2/platform/base/clock.h"
 #include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/objects/objects.h"
+#include "tvutil2/platform/window/input.h"
 #include "tvutil2/platform/window/messages.h"
+#include "tvutil2/platform/window/painting.h"
 #include "tvutil2/platform/window/window.h"
 #include "tvutil2/platform/window/window_table.h"
 
@@ -292,6 +294,15 @@ void ThreadQueue::answer_all() {
 
 bool ThreadQueue::take(MSG& message, const MessageFilter& filter, bool remove) {
     if (take_posted(message, filter, remove) || take_quit(message, remove)) return true;
+    constexpr DWORD kOnScreen = DWORD{input} | painting;
+    if ((m_word.load(std::memory_order_relaxed) & kOnScreen) != 0) {
+        m_word.fetch_and(~kOnScreen, std::memory_order_acquire);
+    }
+    if (take_input(*this, message, filter, remove)) return true;
+    if (m_out_of_date.load(std::memory_order_relaxed) > 0 && filter.takes_number(WM_PAINT) &&
+        take_paint(*this, message, filter)) {
+        return true;
+    }
     return filter.takes_number(WM_TIMER) &&
            m_timers.take(
                message, [&filter](HWND window) { return filter.takes_window(window); }, remove);
@@ -371,6 +382,8 @@ void ThreadQueue::retire() {
         if (message->settle(SentMessage::begun)) message->answer();
     }
     m_timers.clear();
+    forget_input(*this);
+    m_has_damage = false;
     m_batch.clear();
     m_left = 0;
     m_next = 0;

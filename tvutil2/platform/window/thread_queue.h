@@ -19,6 +19,7 @@
 namespace tvutil2 {
 
 class ThreadQueue;
+struct InputState;
 struct Window;
 
 /// A message from another thread, or another process, on its way to an answer.
@@ -69,7 +70,9 @@ struct MessageFilter {
 class ThreadQueue {
   public:
     /// What is new, in the word.
-    enum News : DWORD { posted = 1, sent = 2, answered = 4 };
+    enum News : DWORD { posted = 1, sent = 2, answered = 4, input = 8, painting = 16 };
+    /// What a loop wakes up for.
+    static constexpr DWORD kForLoops = posted | sent | input | painting;
 
     /// The calling thread's, made by its first call.
     static ThreadQueue& current();
@@ -94,7 +97,7 @@ class ThreadQueue {
     void answer_sent() {
         if ((m_word.load(std::memory_order_acquire) & sent) != 0) answer_all();
     }
-    /// The next posted message, WM_QUIT or tick; false when there is none.
+    /// The next posted message, WM_QUIT, input, WM_PAINT or tick; false when there is none.
     bool take(MSG& message, const MessageFilter& filter, bool remove);
     /// Sleeps until one of these is new, or up to a time in milliseconds. News of posted messages
     /// is old once take() has looked.
@@ -103,6 +106,9 @@ class ThreadQueue {
     /// WAIT_OBJECT_0 and the count of objects for news.
     DWORD wait_for_any(std::span<const HANDLE> objects, DWORD news, DWORD milliseconds);
     [[nodiscard]] bool has_news(News news) const {
+        return (m_word.load(std::memory_order_acquire) & news) != 0;
+    }
+    [[nodiscard]] bool has_any(DWORD news) const {
         return (m_word.load(std::memory_order_acquire) & news) != 0;
     }
     /// Sleeps until the message is answered; false when the time is over, or `stop` is signalled
@@ -121,6 +127,12 @@ class ThreadQueue {
     void end_window(Window& window);
 
     TimerList& timers() { return m_timers; }
+
+    // With the lock of the tree:
+    std::atomic<int> m_out_of_date{0};  ///< windows of the thread that are to be painted
+    // From any thread:
+    std::atomic<bool> m_has_damage{false};      ///< something painted isn't presented yet
+    std::atomic<InputState*> m_input{nullptr};  ///< see input.h
 
     // The owner's state, each for the function of that name.
     LONG m_message_time = 0;

@@ -3,10 +3,13 @@
 #include "tvutil2/platform/window/class_table.h"
 #include "tvutil2/platform/window/endpoint.h"
 #include "tvutil2/platform/window/hooks.h"
+#include "tvutil2/platform/window/input.h"
 #include "tvutil2/platform/window/messages.h"
 #include "tvutil2/platform/window/remote.h"
+#include "tvutil2/platform/window/screen.h"
 #include "tvutil2/platform/window/show.h"
 #include "tvutil2/platform/window/thread_queue.h"
+#include "tvutil2/platform/window/update.h"
 #include "tvutil2/platform/window/window.h"
 #include "tvutil2/platform/window/window_states.h"
 
@@ -46,9 +49,14 @@ void leave_relatives(Window& window, WindowTable& table) {
 // Ends the window as such. The queue is the calling thread's.
 void release(Window& window, ThreadQueue& queue) {
     bool was_for_others = false;
+    leave_display(window.hwnd());
+    forget_window(queue, window.hwnd());
     {
         const TreeLock tree;
         was_for_others = is_for_others(window);
+        const auto before = placement_of(window);
+        window.style &= ~WS_VISIBLE;
+        update_after(window, before, false, false);
         queue.end_window(window);
         --queue.m_windows;
         --window.window_class->windows;
@@ -369,6 +377,7 @@ BOOL DestroyWindow(HWND window) {
         tvutil2::notify_parents(window, WM_DESTROY);
     }
     ShowWindow(window, SW_HIDE);
+    tvutil2::leave_focus(window);
     while (auto* const owned = tvutil2::newest_owned_by(window)) {
         if (tvutil2::own(owned) == nullptr) {
             tvutil2::destroy_elsewhere(owned, true);

@@ -3,6 +3,8 @@
 
 #include "tvutil2/platform/window/window_table.h"
 
+#include <span>
+
 namespace tvutil2 {
 
 /// WM_SIZE and WM_MOVE, to a window that hasn't had them yet, or `anew`.
@@ -22,6 +24,9 @@ void tell_size(HWND window, bool anew);
 [[nodiscard]] UINT dpi_of(const Window& window);
 /// Whether it and all its parents are shown; not whether a display shows them.
 [[nodiscard]] bool is_shown(const Window& window);
+/// The deepest visible window at a place on the screen, from `window` down; disabled ones and those
+/// of `without` are looked through.
+[[nodiscard]] HWND deepest_window(Window& window, POINT point, std::span<const HWND> without);
 /// Puts a window into its place among its siblings: false when it is there. What a window owns
 /// stays in front of it, and topmost windows stay in front of the others.
 bool reorder(WindowTable& table, Window& window, HWND after);
@@ -38,6 +43,6 @@ bool reorder(WindowTable& table, Window& window, HWND after);
 [[nodiscard]] bool has_limits(DWORD style);
 
 /// The messages of the frame and of the place that DefWindowProcW answers. False for any other.
-bool handle_frame_message(HWND window, UINT message, WPARAM wparam, LPARAM lparam, LRESULT& result);
+bool handle_frame_message(HWND window, UINT message, LPARAM lparam, LRESULT& result);
 
 }  // namespace tvutil2

@@ -1,5 +1,7 @@
 #include "tvutil2/platform/window/window_table.h"
 
+#include "tvutil2/platform/window/top_level.h"
+
 #include <pthread.h>
 #include <sys/random.h>
 #include <unistd.h>
@@ -82,6 +84,11 @@ void WindowTable::give_back(Window& record) {
     record.owned = 0;
     record.rect = record.client = record.normal = {};
     record.dpi = 0;
+    record.least = {};
+    record.top.reset();
+    record.update = {};
+    record.background_is_old = record.frame_is_old = false;
+    record.is_counted = record.is_frozen = false;
     record.generation = (record.generation + 1) & kGenerationMask;
     m_free.push_back(&record);
 }

@@ -7,6 +7,7 @@
 #pragma once
 
 #include "tvutil2/platform/base/last_error.h"
+#include "tvutil2/platform/draw/region.h"
 #include "tvutil2/platform/window/window_types.h"
 
 #include <array>
@@ -22,6 +23,7 @@
 namespace tvutil2 {
 
 class ThreadQueue;
+struct TopLevel;
 struct WindowClass;
 
 struct Window {
@@ -40,7 +42,15 @@ struct Window {
     RECT rect{};    ///< in the parent's client area; on the screen without a parent
     RECT client{};  ///< the client area, from the corner of `rect`
     RECT normal{};  ///< `rect` while neither minimised nor maximised
-    UINT dpi = 0;   ///< of a top-level window
+    // Of a top-level window:
+    UINT dpi = 0;
+    SIZE least{};                   ///< that the person may make it
+    std::shared_ptr<TopLevel> top;  ///< while a display shows it
+    // What is out of date, from the corner of `rect`.
+    Region update;
+    bool background_is_old = false, frame_is_old = false;
+    bool is_counted = false;  ///< among those of its queue
+    bool is_frozen = false;   ///< isn't drawn (WM_SETREDRAW)
     std::map<std::u16string, HANDLE> properties;
     std::uint64_t age = 0;  ///< the number of its creation
     std::uint32_t index = 0, generation = 0;

@@ -1,0 +1,112 @@
+// Drivers: who shows the surfaces of top-level windows and brings the person's input.
+//
+// A driver knows top-level windows by their handles and nothing of what is in them. Which one there
+// is, the environment says: TVUTIL_DISPLAY=offscreen|desktop|none; without it the desktop's where
+// the environment names one, else none. A driver is chosen, and loaded, when the first top-level
+// window is shown.
+#pragma once
+
+#include "tvutil2/platform/base/export.h"
+#include "tvutil2/platform/draw/surface.h"
+
+#include <memory>
+#include <string>
+
+namespace tvutil2 {
+
+enum class CursorShape : std::uint8_t {
+    arrow,
+    text,
+    wait,
+    cross,
+    up,
+    size_nwse,
+    size_nesw,
+    size_we,
+    size_ns,
+    size_all,
+    no,
+    hand,
+    app_starting,
+    help
+};
+
+/// What a person, or the desktop, does. Points and places are on the screen, in pixels.
+struct RawInput {
+    enum class Kind : std::uint8_t {
+        key_down,
+        key_up,
+        text,  ///< of an input method, without a key
+        pointer_move,
+        button_down,
+        button_up,
+        wheel,
+        pointer_leave,
+        activate,
+        deactivate,
+        close,
+        place,  ///< the desktop has moved or sized the window
+        scale,  ///< the window is on a monitor of another scale now
+        look,   ///< colours or fonts of the desktop have changed
+        lost    ///< the display has gone: nothing is shown any more
+    };
+
+    Kind kind = Kind::pointer_move;
+    HWND window = nullptr;  ///< the top-level window; null for the one in front
+    POINT point{};
+    int key = 0;  ///< a virtual key
+    int scan_code = 0;
+    bool is_extended = false;
+    std::u16string text;  ///< what the key writes, or the input method has written
+    int button = 0;       ///< 0 left, 1 right, 2 middle
+    int delta = 0;        ///< of the wheel: 120 a notch, away from the person or to the right
+    bool is_horizontal = false;
+    RECT place{};  ///< of the window with its frame
+    UINT dpi = 0;
+    DWORD time = 0;  ///< milliseconds of GetTickCount
+};
+
+/// Takes what comes in; safe from any thread.
+using InputSink = void (*)(RawInput input);
+
+/// A top-level window as a driver shows it.
+struct Shown {
+    HWND window = nullptr;
+    HWND owner = nullptr;
+    RECT place{};    ///< with its frame, on the screen
+    RECT content{};  ///< without the frame, from the corner of `place`
+    SIZE least{};    ///< the smallest that the person may make it, with its frame
+    DWORD style = 0, ex_style = 0;
+    UINT dpi = 96;
+    std::u16string title;
+    bool is_enabled = true;
+    friend bool operator==(const Shown& a, const Shown& b);
+};
+
+/// Called from the threads that windows belong to, several at a time.
+class Driver {
+  public:
+    Driver() = default;
+    virtual ~Driver() = default;
+    Driver(const Driver&) = delete;
+    Driver& operator=(const Driver&) = delete;
+
+    /// Whether the desktop paints the frames of windows; else they are part of the surface.
+    [[nodiscard]] virtual bool has_frames() const = 0;
+    /// Shows a window, or shows it differently.
+    virtual void show(const Shown& window, bool activates) = 0;
+    virtual void hide(HWND window) = 0;
+    virtual void activate(HWND window) = 0;
+    /// `damage` has changed on the surface since the last time. The surface may be read for as long
+    /// as its lock is held.
+    virtual void present(HWND window, std::shared_ptr<Surface> surface, const Region& damage) = 0;
+    virtual void set_cursor(CursorShape shape) = 0;
+};
+
+/// The C function "tvutil2_make_driver" of the desktop's module; null when there is no desktop.
+using MakeDriver = Driver* (*)(InputSink sink);
+
+/// The driver that the environment asks for; null where nothing shows windows.
+[[nodiscard]] std::unique_ptr<Driver> make_driver(InputSink sink);
+
+}  // namespace tvutil2

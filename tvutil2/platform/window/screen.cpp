@@ -1,0 +1,155 @@
+#include "tvutil2/platform/window/screen.h"
+
+#include "tvutil2/platform/base/wide_text.h"
+#include "tvutil2/platform/display/monitors.h"
+#include "tvutil2/platform/window/geometry.h"
+#include "tvutil2/platform/window/input.h"
+#include "tvutil2/platform/window/messages.h"
+#include "tvutil2/platform/window/paint.h"
+#include "tvutil2/platform/window/top_level.h"
+#include "tvutil2/platform/window/update.h"
+
+#include <pthread.h>
+
+#include <algorithm>
+#include <atomic>
+#include <mutex>
+
+namespace tvutil2 {
+namespace {
+
+std::atomic<Driver*> g_driver{nullptr};
+
+// With the lock of the tree.
+Shown description_of(const Window& window) {
+    const auto corner = corner_of(window);
+    const auto area = area_of(window);
+    const auto frame = frame_thickness(window.style, window.ex_style, window.dpi);
+    return {window.hwnd(),
+            window.owner != nullptr ? window.owner->hwnd() : nullptr,
+            {corner.x, corner.y, corner.x + area.right, corner.y + area.bottom},
+            {frame.left, frame.top, std::max(frame.left, area.right - frame.right),
+             std::max(frame.top, area.bottom - frame.bottom)},
+            window.least,
+            window.style,
+            window.ex_style,
+            window.dpi,
+            window.text,
+            (window.style & WS_DISABLED) == 0};
+}
+
+void forget_top_level(Window& window) {
+    forget_updates(window);
+    window.top.reset();
+}
+
+void follow_scale(const RawInput& input) {
+    RECT place{};
+    UINT before = 0;
+    {
+        const TreeLock tree;
+        auto* const record = tree.table.find(input.window);
+        if (record == nullptr || input.dpi == 0 || record->dpi == input.dpi) return;
+        before = std::exchange(record->dpi, input.dpi);
+        place = record->rect;
+        if (record->top != nullptr) invalidate_all(*record);
+    }
+    const auto scaled = [&](LONG length) {
+        return MulDiv(length, static_cast<int>(input.dpi), static_cast<int>(before));
+    };
+    RECT wanted{place.left, place.top, place.left + scaled(place.right - place.left),
+                place.top + scaled(place.bottom - place.top)};
+    const auto dpi = static_cast<WORD>(input.dpi);
+    SendMessageW(input.window, WM_DPICHANGED, MAKEWPARAM(dpi, dpi),
+                 reinterpret_cast<LPARAM>(&wanted));
+}
+
+void follow_look(HWND window) {
+    SendMessageW(window, WM_THEMECHANGED, 0, 0);
+    RedrawWindow(window, nullptr, nullptr,
+                 RDW_INVALIDATE | RDW_ERASE | RDW_FRAME | RDW_ALLCHILDREN);
+}
+
+}  // namespace
+
+// Never destroyed: threads with windows end behind the static objects.
+Driver* display() {
+    static std::once_flag once;
+    std::call_once(once, [] {
+        g_driver = make_driver(put_input).release();
+        // A child after a fork has no windows, and its parent's connection is none of its own.
+        pthread_atfork(nullptr, nullptr, [] { g_driver = nullptr; });
+    });
+    return g_driver;
+}
+
+Driver* loaded_display() {
+    return g_driver;
+}
+
+void tell_display(HWND window, bool activates) {
+    bool is_visible = false;
+    bool is_there = false;
+    {
+        const TreeLock tree;
+        const auto* const record = tree.table.find(window);
+        if (record == nullptr || record->parent != &tree.table.root()) return;
+        is_visible = (record->style & WS_VISIBLE) != 0;
+        is_there = record->top != nullptr;
+    }
+    if (!is_visible && !is_there) return;
+    auto* const driver = display();
+    if (driver == nullptr) return;
+    Shown shown;
+    {
+        const TreeLock tree;
+        auto* const record = tree.table.find(window);
+        if (record == nullptr) return;
+        if (!is_visible) {
+            forget_top_level(*record);
+        } else if (!is_there) {
+            record->top = std::make_shared<TopLevel>();
+            invalidate_all(*record);
+        }
+        shown = description_of(*record);
+    }
+    if (is_visible) {
+        driver->show(shown, activates);
+    } else {
+        driver->hide(window);
+    }
+}
+
+void leave_display(HWND window) {
+    {
+        const TreeLock tree;
+        auto* const record = tree.table.find(window);
+        if (record == nullptr || record->top == nullptr) return;
+        forget_top_level(*record);
+    }
+    if (auto* const driver = loaded_display()) driver->hide(window);
+}
+
+void follow_desktop(const RawInput& input) {
+    const auto& place = input.place;
+    switch (input.kind) {
+        case RawInput::Kind::place:
+            SetWindowPos(input.window, nullptr, place.left, place.top, place.right - place.left,
+                         place.bottom - place.top, SWP_NOZORDER | SWP_NOACTIVATE);
+            break;
+        case RawInput::Kind::scale:
+            follow_scale(input);
+            break;
+        case RawInput::Kind::look:
+            follow_look(input.window);
+            break;
+        case RawInput::Kind::lost:
+            leave_display(input.window);
+            PostMessageW(input.window, WM_CLOSE, 0, 0);
+            break;
+        default:
+            break;
+    }
+}
+
+}  // namespace tvutil2

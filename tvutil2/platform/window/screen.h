@@ -1,0 +1,22 @@
+// Top-level windows and the display that shows them.
+#pragma once
+
+#include "tvutil2/platform/display/driver.h"
+
+namespace tvutil2 {
+
+/// The driver, loaded by the first call; null where nothing shows windows.
+[[nodiscard]] Driver* display();
+/// The driver if it has been loaded.
+[[nodiscard]] Driver* loaded_display();
+
+/// Brings a visible top-level window onto the display, or takes a hidden one off it, or tells the
+/// display how it is now. Nothing for any other window.
+void tell_display(HWND window, bool activates);
+/// The window is about to end without having been hidden.
+void leave_display(HWND window);
+
+/// Does what the desktop asks for: a place, a scale, a look. For the window's thread.
+void follow_desktop(const RawInput& input);
+
+}  // namespace tvutil2

@@ -1,0 +1,212 @@
+#include "tvutil2/platform/window/update.h"
+
+#include "tvutil2/platform/draw/rect.h"
+#include "tvutil2/platform/window/class_table.h"
+#include "tvutil2/platform/window/thread_queue.h"
+#include "tvutil2/platform/window/top_level.h"
+
+namespace tvutil2 {
+namespace {
+
+constexpr UINT kRedrawWidth = CS_HREDRAW;
+constexpr UINT kRedrawHeight = CS_VREDRAW;
+
+bool is_drawn(const Window& window) {
+    return (window.style & (WS_VISIBLE | WS_MINIMIZE)) == WS_VISIBLE && !window.is_frozen;
+}
+
+bool is_out_of_date(const Window& window) {
+    return !window.update.is_empty() || window.frame_is_old;
+}
+
+// Keeps the count of the window's thread, which wakes up for it.
+void settle(Window& window) {
+    const bool is = is_out_of_date(window);
+    if (is == window.is_counted) return;
+    window.is_counted = is;
+    auto* const queue = window.queue.load(std::memory_order_relaxed);
+    queue->m_out_of_date += is ? 1 : -1;
+    if (is) queue->tell(ThreadQueue::painting);
+}
+
+// The place of a child in its parent, from the parent's corner.
+RECT place_in_parent(const Window& child, const Window& parent) {
+    return moved(child.rect, {parent.client.left, parent.client.top});
+}
+
+void invalidate_children(Window& window, const Region& part, bool erase, Children children) {
+    for (auto* child = window.first_child; child != nullptr; child = child->next) {
+        if (!is_drawn(*child)) continue;
+        const auto place = place_in_parent(*child, window);
+        if (!part.touches(place)) continue;
+        auto inside = part;
+        inside.intersect(place);
+        inside.offset(-place.left, -place.top);
+        invalidate(*child, inside, erase, true, children);
+    }
+}
+
+}  // namespace
+
+bool is_on_display(const Window& window) {
+    const auto* each = &window;
+    for (; is_drawn(*each); each = each->parent) {
+        if (is_top_level(*each)) return each->top != nullptr;
+    }
+    return false;
+}
+
+POINT corner_on_surface(const Window& window) {
+    POINT corner{};
+    for (const auto* each = &window; !is_top_level(*each); each = each->parent) {
+        corner.x += each->rect.left + each->parent->client.left;
+        corner.y += each->rect.top + each->parent->client.top;
+    }
+    return corner;
+}
+
+RECT area_of(const Window& window) {
+    const auto& rect = window.rect;
+    return {0, 0, rect.right - rect.left, rect.bottom - rect.top};
+}
+
+Region visible_part(const Window& window, bool is_client) {
+    if (!is_on_display(window)) return {};
+    Region part(is_client ? window.client : area_of(window));
+    if (is_client && (window.style & WS_CLIPCHILDREN) != 0) {
+        for (const auto* child = window.first_child; child != nullptr; child = child->next) {
+            if (is_drawn(*child)) part.subtract(place_in_parent(*child, window));
+        }
+    }
+    // From the window's corner to its parent's, up to the surface's.
+    for (const auto* each = &window; !is_top_level(*each); each = each->parent) {
+        const auto& parent = *each->parent;
+        const auto place = place_in_parent(*each, parent);
+        part.offset(place.left, place.top);
+        part.intersect(parent.client);
+        if ((each->style & WS_CLIPSIBLINGS) == 0) continue;
+        for (const auto* other = each->previous; other != nullptr; other = other->previous) {
+            if (is_drawn(*other)) part.subtract(place_in_parent(*other, parent));
+        }
+    }
+    return part;
+}
+
+void invalidate(Window& window, const Region& part, bool erase, bool frame, Children children) {
+    if (!is_drawn(window)) return;
+    auto inside = part;
+    inside.intersect(area_of(window));
+    if (inside.is_empty()) return;
+    const bool touches_frame = frame && !same_rect(window.client, area_of(window));
+    auto in_client = inside;
+    in_client.intersect(window.client);
+    const bool clips = (window.style & WS_CLIPCHILDREN) != 0;
+    if (children == Children::all || (children == Children::by_style && !clips)) {
+        invalidate_children(window, in_client, erase, children);
+    }
+    if (clips) {
+        for (const auto* child = window.first_child; child != nullptr; child = child->next) {
+            if (is_drawn(*child)) in_client.subtract(place_in_parent(*child, window));
+        }
+    }
+    window.update.unite(in_client);
+    window.background_is_old |= erase && !in_client.is_empty();
+    window.frame_is_old |= touches_frame;
+    settle(window);
+}
+
+void invalidate_frame(Window& window) {
+    window.frame_is_old = !same_rect(window.client, area_of(window));
+    settle(window);
+}
+
+void validate(Window& window, const Region& part) {
+    window.update.subtract(part);
+    if (window.update.is_empty()) window.background_is_old = window.frame_is_old = false;
+    settle(window);
+}
+
+void forget_updates(Window& window) {
+    take_update(window);
+    for (auto* child = window.first_child; child != nullptr; child = child->next) {
+        forget_updates(*child);
+    }
+}
+
+Update take_update(Window& window) {
+    Update update{std::move(window.update), window.background_is_old, window.frame_is_old};
+    window.update = {};
+    window.background_is_old = window.frame_is_old = false;
+    settle(window);
+    return update;
+}
+
+Region client_update(const Window& window) {
+    auto part = window.update;
+    part.intersect(window.client);
+    return part;
+}
+
+Placement placement_of(const Window& window) {
+    return {is_on_display(window), window.rect, window.client, visible_part(window, false)};
+}
+
+void update_after(Window& window, const Placement& before, bool changes_order, bool changes_frame) {
+    const bool is_shown_now = is_on_display(window);
+    if (!before.is_on_display && !is_shown_now) return;
+    if (!is_shown_now) forget_updates(window);
+    if (!is_top_level(window)) {
+        auto& parent = *window.parent;
+        auto uncovered = before.visible;
+        if (!changes_order) uncovered.subtract(visible_part(window, false));
+        const auto corner = corner_on_surface(parent);
+        uncovered.offset(-corner.x, -corner.y);
+        invalidate(parent, uncovered, true, false, Children::all);
+    }
+    if (!is_shown_now) return;
+    const auto& rect = window.rect;
+    const auto old_area =
+        RECT{0, 0, before.rect.right - before.rect.left, before.rect.bottom - before.rect.top};
+    const bool has_moved =
+        !is_top_level(window) && (rect.left != before.rect.left || rect.top != before.rect.top);
+    const bool is_wider = area_of(window).right != old_area.right;
+    const bool is_higher = area_of(window).bottom != old_area.bottom;
+    const auto style = window.window_class->description.style;
+    const bool redraws =
+        (is_wider && (style & kRedrawWidth) != 0) || (is_higher && (style & kRedrawHeight) != 0);
+    const bool client_has_moved =
+        window.client.left != before.client.left || window.client.top != before.client.top;
+    if (!before.is_on_display || has_moved || redraws || client_has_moved || changes_frame ||
+        (changes_order && !is_top_level(window))) {
+        invalidate_all(window);
+        return;
+    }
+    if (!is_wider && !is_higher) return;
+    // What was there stays; only what has come to it is painted.
+    Region fresh(area_of(window));
+    fresh.subtract(before.client);
+    invalidate(window, fresh, true, true, Children::all);
+}
+
+namespace {
+
+Window* find_out_of_date(Window& window, const ThreadQueue& queue) {
+    if (!is_drawn(window)) return nullptr;
+    if (window.is_counted && window.queue == &queue) return &window;
+    for (auto* child = window.first_child; child != nullptr; child = child->next) {
+        if (auto* const found = find_out_of_date(*child, queue)) return found;
+    }
+    return nullptr;
+}
+
+}  // namespace
+
+Window* next_out_of_date(WindowTable& table, const ThreadQueue& queue) {
+    for (auto* each = table.root().first_child; each != nullptr; each = each->next) {
+        if (each->top == nullptr) continue;
+        if (auto* const found = find_out_of_date(*each, queue)) return found;
+    }
+    return nullptr;
+}
+
+}  // namespace tvutil2
