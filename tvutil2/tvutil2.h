@@ -37,6 +37,7 @@
 #include "tvutil2/framework/file.h"
 #include "tvutil2/framework/inet.h"
 #include "tvutil2/framework/map.h"
+#include "tvutil2/framework/menus.h"
 #include "tvutil2/framework/object.h"
 #include "tvutil2/framework/strings.h"
 #include "tvutil2/framework/sync.h"

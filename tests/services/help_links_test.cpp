@@ -1,6 +1,7 @@
 #include "tvutil2/services/help_links.h"
 
 #include "tvutil2/diag/app_log.h"
+#include "tvutil2/framework/menus.h"
 #include "tvutil2/platform/base/utf.h"
 #include "tvutil2/settings/registry.h"
 
@@ -89,6 +90,37 @@ TEST(HelpLinks, SupportEntryComesFromTheProgramsKeyAndOpens) {
     const Opener opener;
     TVUTIL_OnUserSupportMenu(0, 0);
     EXPECT_EQ(opener.opened(), "1:https://a/$(id)?b");
+}
+
+TEST(HelpLinks, SupportEntryGoesIntoTheHelpMenuAlone) {
+    EXPECT_EQ(support_entry(u"Pelrin", 1, u"Ask us", u"https://a"), 1);
+    CMFCPopupMenu help;
+    TVUTIL_AddUserSupportMenu(nullptr);
+    help.InsertItem(CMFCToolBarMenuButton(100, nullptr, -1, u"&Contents"));
+    TVUTIL_AddUserSupportMenu(&help);
+    EXPECT_EQ(help.GetMenuBar()->GetCount(), 1) << "not the Help menu yet";
+    help.InsertItem(CMFCToolBarMenuButton(ID_APP_ABOUT, nullptr, 3, u"&About"), 0);
+    TVUTIL_AddUserSupportMenu(&help);
+    std::string entries;
+    for (int i = 0; const auto* button = help.GetMenuBar()->GetButton(i); ++i) {
+        entries += std::to_string(button->m_nID) + ' ' +
+                   tvutil2::to_utf8_lossy(button->m_strText.View()) + '\n';
+    }
+    EXPECT_EQ(entries, "57664 &About\n100 &Contents\n0 \n2999 Ask us\n");
+    EXPECT_EQ(help.InsertSeparator(5), -1);
+}
+
+TEST(HelpLinks, ProgramForTheManualIsTheStoredOneWithoutADisplay) {
+    EXPECT_EQ(TvGetHelpProgram(FALSE), -1) << "no key";
+    EXPECT_TRUE(tvutil2::set_help_program(2));
+    EXPECT_EQ(TvGetHelpProgram(FALSE), 2);
+    EXPECT_EQ(TvGetHelpProgram(TRUE), 2) << "nobody can be asked";
+    EXPECT_TRUE(tvutil2::set_help_program(-1));
+    CRegistry key;
+    key.Open(HKEY_CURRENT_USER, u"Software\\Tolvarine\\Common\\8\\Settings", 0, KEY_ALL_ACCESS);
+    EXPECT_EQ(key.GetValue(u"HelpProgram", DWORD{7}), 0xFFFFFFFF);
+    key.SetValue(u"HelpProgram", u"2");
+    EXPECT_EQ(TvGetHelpProgram(TRUE), -1) << "no number";
 }
 
 TEST(HelpLinks, SupportEntryLogsWhatFails) {

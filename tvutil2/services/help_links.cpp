@@ -1,12 +1,15 @@
 #include "tvutil2/services/help_links.h"
 
+#include "tvutil2/data/files.h"
 #include "tvutil2/diag/app_log.h"
 #include "tvutil2/frame/product.h"
+#include "tvutil2/framework/menus.h"
 #include "tvutil2/lang/resource_language.h"
+#include "tvutil2/platform/base/locale.h"
 #include "tvutil2/platform/base/wide_text.h"
-#include "tvutil2/platform/files/find.h"
 #include "tvutil2/platform/process/launch.h"
 #include "tvutil2/platform/process/modules.h"
+#include "tvutil2/platform/resource/resource.h"
 #include "tvutil2/services/http.h"
 #include "tvutil2/settings/registry.h"
 
@@ -18,51 +21,31 @@ namespace {
 
 CString g_manual;
 
-struct SupportEntry {
-    CString title;
-    CString link;
-    int is_good = 0;
-};
-SupportEntry g_entry;
+tvutil2::SupportEntry g_entry;
 
-CString manual_of(const char16_t* product) {
-    constexpr WORD kPrimaryLanguage = 0x3FF;
-    constexpr WORD kKorean = 18;
-    const bool is_korean = (MLS_TvGetUserLanguage(product) & kPrimaryLanguage) == kKorean;
-    char16_t own[MAX_PATH] = {};
-    GetModuleFileNameW(nullptr, own, MAX_PATH);
-    const CString path(own);
-    CString name;
-    name.Format(u"%s7_%s.pdf", product, is_korean ? u"ko" : u"en");
-    return path.Left(path.ReverseFind(u'\\') + 1) + name;
-}
+constexpr const char16_t* kHelpProgram = u"HelpProgram";
 
-bool is_there(const CString& path) {
-    WIN32_FIND_DATAW data;
-    auto* const search = FindFirstFileW(path, &data);
-    if (search == INVALID_HANDLE_VALUE) return false;
-    FindClose(search);
-    return true;
-}
-
-const char16_t* product_of(unsigned int program) {
-    switch (program) {
-        case tvutil2::kOmbrelia:
-            return u"Ombrelia";
-        case tvutil2::kPelrin:
-            return u"Pelrin";
-        case tvutil2::kZemt:
-            return u"Zemt";
-        case tvutil2::kDovr:
-            return u"Dovr";
-        default:
-            return nullptr;
-    }
-}
-
-void read_entry(const char16_t* product) {
+bool open_settings(CRegistry& key, int create) {
     CString path;
-    path.Format(u"Software\\Tolvarine\\%s\\%d", product, tvutil2::kMajorVersion);
+    path.Format(u"Software\\Tolvarine\\Common\\%d\\Settings", tvutil2::kMajorVersion);
+    return key.Open(HKEY_CURRENT_USER, path, create, KEY_ALL_ACCESS) != 0;
+}
+
+HRSRC help_program_dialog(HINSTANCE module) {
+    const auto* const name = MAKEINTRESOURCEW(14029);
+    auto* const found =
+        FindResourceExW(module, RT_DIALOG, name, TvMapResourceLanguage(GetThreadLocale()));
+    return found != nullptr ? found : FindResourceW(module, name, RT_DIALOG);
+}
+
+bool has_entry(unsigned int program) {
+    return program == tvutil2::kOmbrelia || program == tvutil2::kPelrin ||
+           program == tvutil2::kZemt || program == tvutil2::kDovr;
+}
+
+void read_entry(unsigned int program) {
+    CString path;
+    path.Format(u"Software\\Tolvarine\\%s\\%d", TvGetProductName(program), tvutil2::kMajorVersion);
     CRegistry key;
     if (key.Open(HKEY_LOCAL_MACHINE, path, 0, KEY_READ) == 0) return;
     g_entry.title = key.GetValue(u"UserMenuTitle", CString());
@@ -73,13 +56,24 @@ void read_entry(const char16_t* product) {
 
 BOOL TvOpenHelpPdfFile(const char16_t* product) {
     if (g_manual.IsEmpty()) {
-        auto manual = manual_of(product);
+        auto manual = tvutil2::manual_path(product);
         if (manual.View().size() >= MAX_PATH) return 0;
         g_manual = std::move(manual);
-        if (!is_there(g_manual)) return 0;
+        if (DoesFileExist(g_manual) == 0) return 0;
     }
     ShellExecuteW(nullptr, u"open", g_manual, nullptr, nullptr, SW_SHOWNORMAL);
     return 1;
+}
+
+int TvGetHelpProgram(BOOL show_dialog) {
+    CRegistry key;
+    open_settings(key, 0);
+    const auto program = static_cast<int>(key.GetValue(kHelpProgram, DWORD{0xFFFFFFFF}));
+    if (show_dialog == FALSE) return program;
+    auto* const module = tvutil2::library_instance();
+    auto* const dialog = help_program_dialog(module);
+    if (dialog != nullptr && LoadResource(module, dialog) == nullptr) return 0;
+    return program;
 }
 
 CString TvGetHTTPToken(unsigned int program, unsigned int version, HTTP_LINK_TYPE type,
@@ -128,15 +122,21 @@ const char16_t* TvGetHomePageLink(unsigned int program, unsigned int version, HT
 }
 
 int TVUTIL_IsUserSupportMenu(unsigned int program, unsigned int /*unused*/) {
-    const auto* const product = product_of(program);
-    if (product == nullptr) return 0;
-    read_entry(product);
+    if (!has_entry(program)) return 0;
+    read_entry(program);
     if (g_entry.title.IsEmpty() || g_entry.link.IsEmpty()) return 0;
     g_entry.link = tvutil2::cleaned_link(g_entry.link);
     if (tvutil2::is_web_link(g_entry.link.View())) return g_entry.is_good = 1;
     __WriteInfoAppLog(1, u"User support menu link invalid: %s", g_entry.link);
     g_entry.link.Empty();
     return 0;
+}
+
+void TVUTIL_AddUserSupportMenu(CMFCPopupMenu* menu) {
+    constexpr UINT kSupportCommand = 2999;
+    if (menu == nullptr || menu->GetMenuBar()->CommandToIndex(ID_APP_ABOUT) < 0) return;
+    menu->InsertSeparator();
+    menu->InsertItem(CMFCToolBarMenuButton(kSupportCommand, nullptr, -1, g_entry.title));
 }
 
 void TVUTIL_OnUserSupportMenu(unsigned int /*unused*/, unsigned int /*unused_too*/) {
@@ -148,6 +148,27 @@ void TVUTIL_OnUserSupportMenu(unsigned int /*unused*/, unsigned int /*unused_too
 }
 
 namespace tvutil2 {
+
+CString manual_path(const char16_t* product) {
+    constexpr WORD kPrimaryLanguage = 0x3FF;
+    constexpr WORD kKorean = 18;
+    const bool is_korean = (MLS_TvGetUserLanguage(product) & kPrimaryLanguage) == kKorean;
+    char16_t own[MAX_PATH] = {};
+    GetModuleFileNameW(nullptr, own, MAX_PATH);
+    const CString path(own);
+    CString name;
+    name.Format(u"%s7_%s.pdf", product, is_korean ? u"ko" : u"en");
+    return path.Left(path.ReverseFind(u'\\') + 1) + name;
+}
+
+bool set_help_program(int program) {
+    CRegistry key;
+    return open_settings(key, 1) && key.SetValue(kHelpProgram, static_cast<DWORD>(program)) != 0;
+}
+
+const SupportEntry& support_entry() {
+    return g_entry;
+}
 
 CString cleaned_link(CString link) {
     link.Trim();
