@@ -19,7 +19,7 @@ using tests::platform_path;
 
 struct Entry {
     std::u16string identity, program, ext;
-    std::u16string label = u"";
+    std::u16string label = {};
 };
 
 // A list with a count that needn't be theirs.
