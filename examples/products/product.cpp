@@ -1,14 +1,20 @@
 // A stand-in for a product: tells which one it is and what session it was handed.
 //
 // Started as Pelrin.exe or Dovr.exe with "-url TEXT", or as Ombrelia.exe with ":[0] -query HOST".
+// With "-crash FOLDER" it begins its log there, and crashes.
 // It writes to standard output, or to the file that TVUTIL_EXAMPLE_REPORT names: a named pipe there
 // lets a script wait for what a program that nobody waits for has to say.
 #include "tvutil2/frame/product.h"
 
+#include "tvutil2/diag/app_log.h"
+#include "tvutil2/diag/crash_report.h"
 #include "tvutil2/frame/startup.h"
 #include "tvutil2/platform/base/utf.h"
 #include "tvutil2/url/url_info.h"
 
+#include <unistd.h>
+
+#include <cstdint>
 #include <cstdlib>
 #include <fstream>
 #include <iostream>
@@ -16,6 +22,7 @@
 #include <map>
 #include <string>
 #include <string_view>
+#include <thread>
 
 namespace {
 
@@ -58,6 +65,20 @@ bool show_session(std::ostream& out, const char* url) {
     return true;
 }
 
+[[gnu::noinline]] int count_sessions(const volatile int* count) {
+    return *count;
+}
+
+// As products do it: the log first, so that reports have it.
+int crash(const char* folder) {
+    _InitApplicationLog(tvutil2::to_utf16_lossy(folder).c_str(), u"Pelrin", 1, 0);
+    if (TvCrashReportInstall(nullptr) != 0) return 1;
+    __WriteInfoAppLog(0, u"counting sessions");
+    const std::thread other([] { pause(); });
+    const volatile std::uintptr_t nowhere = 8;
+    return count_sessions(reinterpret_cast<const int*>(nowhere));
+}
+
 int report(std::ostream& out, int argc, char** argv) {
     const auto code = static_cast<unsigned int>(TvGetProgramCodeFromInstalled());
     show(out, "product", narrow(TvGetProductName(code)));
@@ -80,6 +101,7 @@ int report(std::ostream& out, int argc, char** argv) {
 
 int main(int argc, char** argv) {
     TvCommonInitialize(0);
+    if (argc > 2 && argv[1] == std::string_view("-crash")) return crash(argv[2]);
     const char* const file = std::getenv("TVUTIL_EXAMPLE_REPORT");
     if (file == nullptr) return report(std::cout, argc, argv);
     std::ofstream out(file);

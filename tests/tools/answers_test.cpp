@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "tests/support/http_server.h"
 #include "tests/support/profile.h"
 #include "tests/tools/tvutil.h"
 
@@ -99,18 +100,31 @@ TEST(Tvutil, ShowsCrashReports) {
         std::filesystem::create_directories(folder + name);
         tests::write_file(folder + name + "/report.json", text);
     }
+    tests::write_file(folder + "b_2.sent.zip", "");
+    tests::expect_answers(folder,
+                          {{{"crash", "list"},
+                            "",
+                            0,
+                            "a_1  signal  SIGSEGV  waiting\nb_2      sent\nc_3      waiting\n"},
+                           {{"crash", "list", "--json"}, "", 0, "*"},
+                           {{"crash", "show", "a_1"},
+                            "",
+                            0,
+                            "kind=signal\nsignal=SIGSEGV\nsent=no\nfolder=" + folder +
+                                "a_1\ncrashed thread:\n  0x1  f  \n"},
+                           {{"crash", "show", "b_2"}, "", 0, "*"},
+                           {{"crash", "show", "c_3"}, "", 4},
+                           {{"crash", "show", "../crash/a_1"}, "", 1},
+                           {{"crash", "show", ".draft"}, "", 1},
+                           {{"crash", "send", "a_2"}, "", 1},
+                           {{"crash", "send"}, "", 4},
+                           {{"crash", "send", "a_1", "--to", "ftp://127.0.0.1/"}, "", 4}});
+    const tests::HttpServer server("HTTP/1.1 200 OK\r\nContent-Length: 0\r\n\r\n");
     tests::expect_answers(
         folder,
-        {{{"crash", "list"}, "", 0, "a_1  signal  SIGSEGV\nb_2    \nc_3    \n"},
-         {{"crash", "list", "--json"}, "", 0, "*"},
-         {{"crash", "show", "a_1"},
-          "",
-          0,
-          "kind=signal\nsignal=SIGSEGV\nfolder=" + folder + "a_1\ncrashed thread:\n  0x1  f  \n"},
-         {{"crash", "show", "b_2"}, "", 0, "*"},
-         {{"crash", "show", "c_3"}, "", 4},
-         {{"crash", "show", "../crash/a_1"}, "", 1},
-         {{"crash", "show", ".draft"}, "", 1}});
+        {{{"crash", "send", "--to", server.address()}, "", 0, "a_1  sent\nc_3  sent\n"},
+         {{"crash", "send"}, "", 0},
+         {{"crash", "list"}, "", 0, "a_1  signal  SIGSEGV  sent\nb_2      sent\nc_3      sent\n"}});
 }
 
 TEST(Tvutil, JsonIsValidForAnyText) {

@@ -22,6 +22,7 @@ const std::map<std::string_view, const char*>& examples() {
         {"completion", "eval \"$(tvutil completion bash)\""},
         {"crash", "tvutil crash list"},
         {"crash list", "tvutil crash list --json"},
+        {"crash send", "tvutil crash send --json"},
         {"crash show", "tvutil crash show TVC8_2026-01-31_23-59-59_4711"},
         {"data", "tvutil data --host"},
         {"data check", "tvutil data check && echo wanted as it is"},

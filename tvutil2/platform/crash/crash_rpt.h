@@ -1,8 +1,10 @@
 // CrashRpt.dll: the crash reporter's five operations, which are found by their ordinals alone.
 //
 // A crash makes a folder "<application>_<time>_<process>" below crash_reports_folder(), with
-// report.json and copies of the files that were added; the ten newest are kept. Neither environment
-// nor command line nor memory goes into it.
+// report.json and copies of the files that were added, and an archive of it beside it. The archive
+// is sent to the address, now or, where that fails, at the next start of a program that installs
+// the reporter. The ten newest are kept. Neither environment nor command line nor memory goes into
+// a report.
 #pragma once
 
 #include "tvutil2/platform/base/export.h"
@@ -19,11 +21,12 @@ struct CrashInstallRecord {
     DWORD size = sizeof(CrashInstallRecord);
     const char16_t* application = nullptr;
     const char16_t* version = nullptr;
-    const char16_t* url = nullptr;  ///< goes into the report
+    const char16_t* url = nullptr;  ///< where reports are sent (http or https); null: nowhere
     CrashCallback callback = nullptr;
     UINT priorities[3] = {};
     DWORD flags = 0;
     DWORD dump_type = 0;
+    DWORD longest_report = 0;  ///< seconds that a crashed process waits for its report; 0: 30
 };
 
 namespace crash_ordinal {
@@ -35,20 +38,22 @@ inline constexpr WORD add_screenshot = 27;
 }  // namespace crash_ordinal
 
 /// 0 when the handlers are installed. Else their text is crash_last_error's: a record of another
-/// size or without a name, handlers that are there already, no helper program. Not safe from two
-/// threads at once, like all of these.
+/// size or without a fit name (up to 100 bytes, no "/", no "." in front), handlers that are there
+/// already, no helper program. Not safe from two threads at once, like all of these.
 int crash_install(const CrashInstallRecord* record);
 int crash_uninstall();
 /// The file is copied when a report is made, and may be missing then; 0 on success. The copy has
 /// the name of the file, `name` and `flags` aren't looked at.
 int crash_add_file(const char16_t* path, const char16_t* name, const char16_t* description,
                    DWORD flags);
-/// There is no display to take a picture of yet: a report says that none was taken.
+/// Windows aren't drawn here yet, so there is no picture to take: a report says so.
 int crash_add_screenshot(DWORD flags, int quality);
 /// The text of this module's last failure, cut to `size` units with the zero; its length.
 int crash_last_error(char16_t* text, UINT size);
 
 /// Host folder that reports are kept in; it needn't be there.
 [[nodiscard]] TVUTIL_API std::string crash_reports_folder();
+/// Host path of the helper program; it needn't be there.
+[[nodiscard]] TVUTIL_API std::string crash_helper_file();
 
 }  // namespace tvutil2

@@ -1,11 +1,12 @@
 #include "tvutil2/platform/crash/fatal_signals.h"
 
+#include "tvutil2/platform/base/signal_stack.h"
 #include "tvutil2/platform/crash/crash_note.h"
 
 #include <cxxabi.h>
 #include <fcntl.h>
+#include <linux/futex.h>
 #include <poll.h>
-#include <sys/mman.h>
 #include <sys/prctl.h>
 #include <sys/socket.h>
 #include <sys/syscall.h>
@@ -15,6 +16,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
+#include <climits>
 #include <csignal>
 #include <cstring>
 #include <ctime>
@@ -26,9 +28,7 @@ namespace tvutil2 {
 namespace {
 
 constexpr int kSignals[] = {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT, SIGSYS};
-constexpr std::size_t kStackSize = std::size_t{64} * 1024;
-constexpr time_t kLongestReport = 30;
-constexpr unsigned kLongestCallback = 10;
+constexpr unsigned kLongestCallback = 10;  // seconds
 
 // In the form that execve takes, so that a crash has nothing left to build.
 struct Prepared {
@@ -41,15 +41,31 @@ struct Prepared {
 };
 
 constinit std::atomic<Prepared*> g_prepared{nullptr};
+// The thread whose crash is handed over; kTold behind that.
 constinit std::atomic<pid_t> g_crashed{0};
+constexpr pid_t kTold = -1;
 constinit volatile std::sig_atomic_t g_signal = 0;
+// The thread that is on its way through std::terminate, until its report is made.
+constinit std::atomic<pid_t> g_terminating{0};
 constinit std::atomic<const std::type_info*> g_exception{nullptr};
-constinit std::atomic<bool> g_is_terminate{false};
 struct sigaction g_before[std::size(kSignals)];
 std::terminate_handler g_terminate_before = nullptr;
 
+void on_fatal_signal(int number, siginfo_t* info, void* context);
+
 pid_t this_thread() {
     return static_cast<pid_t>(syscall(SYS_gettid));
+}
+
+void open_mask(int number) {
+    sigset_t only{};
+    sigemptyset(&only);
+    sigaddset(&only, number);
+    sigprocmask(SIG_UNBLOCK, &only, nullptr);
+}
+
+void send_to_this_thread(int number) {
+    syscall(SYS_tgkill, getpid(), this_thread(), number);
 }
 
 // Ends the process by the signal, whoever else handles it.
@@ -57,15 +73,23 @@ void end_by(int number) {
     struct sigaction action {};
     action.sa_handler = SIG_DFL;
     sigaction(number, &action, nullptr);
-    sigset_t only{};
-    sigemptyset(&only);
-    sigaddset(&only, number);
-    syscall(SYS_tgkill, getpid(), this_thread(), number);
-    sigprocmask(SIG_UNBLOCK, &only, nullptr);
+    send_to_this_thread(number);
+    open_mask(number);
 }
 
 void on_late_callback(int /*number*/) {
     end_by(g_signal);
+}
+
+// But for what somebody has put in our place since.
+void give_signals_back() {
+    for (std::size_t i = 0; i < std::size(kSignals); ++i) {
+        struct sigaction present {};
+        sigaction(kSignals[i], nullptr, &present);
+        const bool is_ours =
+            (present.sa_flags & SA_SIGINFO) != 0 && present.sa_sigaction == on_fatal_signal;
+        if (is_ours) sigaction(kSignals[i], &g_before[i], nullptr);
+    }
 }
 
 void fill(CrashNote& note, int number, const siginfo_t& info, const void* context) {
@@ -80,22 +104,25 @@ void fill(CrashNote& note, int number, const siginfo_t& info, const void* contex
     std::transform(std::begin(registers), std::end(registers), note.registers,
                    [](auto value) { return static_cast<std::uint64_t>(value); });
 #endif
-    note.is_terminate = g_is_terminate;
-    if (const auto* const type = g_exception.load()) {
+    note.is_terminate = g_terminating == note.thread;
+    const auto* const type = g_exception.load();
+    if (note.is_terminate && type != nullptr) {
         std::strncpy(note.exception, type->name(), sizeof note.exception - 1);
     }
 }
 
-// Until the helper has closed its end, or has had time enough.
-void wait_for_end(int end) {
+// Until the helper has closed its end; false when it took too long.
+bool wait_for_end(int end, unsigned seconds) {
     timespec now{};
     clock_gettime(CLOCK_MONOTONIC, &now);
-    for (const time_t last = now.tv_sec + kLongestReport; now.tv_sec < last;) {
+    for (const time_t last = now.tv_sec + static_cast<time_t>(seconds); now.tv_sec < last;) {
         pollfd wanted{end, POLLIN, 0};
         const int ready = poll(&wanted, 1, static_cast<int>(last - now.tv_sec) * 1000);
-        if (ready > 0 || (ready < 0 && errno != EINTR)) return;
+        if (ready > 0) return true;
+        if (ready < 0 && errno != EINTR) return false;
         clock_gettime(CLOCK_MONOTONIC, &now);
     }
+    return false;
 }
 
 [[noreturn]] void become_helper(int end, char* const* words) {
@@ -108,6 +135,9 @@ void wait_for_end(int end) {
     }
     sigprocmask(SIG_SETMASK, &none, nullptr);
     execve(words[0], words, environ);
+    // The environment may be what is broken.
+    char* nothing[] = {nullptr};
+    execve(words[0], words, nothing);
     _exit(127);
 }
 
@@ -120,7 +150,10 @@ void hand_over(const Prepared& prepared, const CrashNote& note) {
     close(ends[1]);
     if (helper > 0) {
         prctl(PR_SET_PTRACER, static_cast<unsigned long>(helper), 0UL, 0UL, 0UL);
-        if (send(ends[0], &note, sizeof note, MSG_NOSIGNAL) == sizeof note) wait_for_end(ends[0]);
+        if (send(ends[0], &note, sizeof note, MSG_NOSIGNAL) == sizeof note &&
+            !wait_for_end(ends[0], prepared.hand_over.longest_report)) {
+            kill(helper, SIGKILL);
+        }
     }
     close(ends[0]);
 }
@@ -128,55 +161,84 @@ void hand_over(const Prepared& prepared, const CrashNote& note) {
 void call_back(int (*callback)(void*)) {
     if (callback == nullptr) return;
     struct sigaction action {};
+    struct sigaction before {};
     action.sa_handler = on_late_callback;
-    sigaction(SIGALRM, &action, nullptr);
-    sigset_t only{};
-    sigemptyset(&only);
-    sigaddset(&only, SIGALRM);
-    sigprocmask(SIG_UNBLOCK, &only, nullptr);
+    sigaction(SIGALRM, &action, &before);
+    open_mask(SIGALRM);
     alarm(kLongestCallback);
     callback(nullptr);
     alarm(0);
+    sigaction(SIGALRM, &before, nullptr);
+}
+
+// While the first crash is told. Whatever becomes of that, nobody waits for ever.
+void wait_for_report_of(pid_t thread, unsigned longest_report) {
+    const timespec longest{static_cast<time_t>(longest_report + 2 * kLongestCallback), 0};
+    while (g_crashed == thread) {
+        if (syscall(SYS_futex, &g_crashed, FUTEX_WAIT_PRIVATE, thread, &longest, nullptr, 0) != 0 &&
+            errno == ETIMEDOUT) {
+            return;
+        }
+    }
+}
+
+void tell_others() {
+    g_crashed = kTold;
+    syscall(SYS_futex, &g_crashed, FUTEX_WAKE_PRIVATE, INT_MAX, nullptr, nullptr, 0);
+}
+
+// An instruction that can't be carried out is met again when the handler returns; anything else
+// that was signalled is signalled again, with all that was told of it.
+void crash_again(int number, siginfo_t* info) {
+    const bool is_met_again = info->si_code > 0 && number != SIGSYS && number != SIGABRT &&
+                              !(number == SIGBUS && info->si_code == BUS_MCEERR_AO);
+    if (!is_met_again) {
+        syscall(SYS_rt_tgsigqueueinfo, getpid(), this_thread(), number, info);
+    }
+}
+
+void tell(const Prepared& prepared, int number, const siginfo_t& info, const void* context) {
+    g_signal = number;
+    CrashNote note;
+    fill(note, number, info, context);
+    hand_over(prepared, note);
+    call_back(prepared.hand_over.callback);
 }
 
 void on_fatal_signal(int number, siginfo_t* info, void* context) {
-    pid_t nobody = 0;
-    if (!g_crashed.compare_exchange_strong(nobody, this_thread())) {
-        if (nobody == this_thread()) return end_by(number);
-        // The process ends under this thread.
-        for (;;) pause();
+    const int error = errno;
+    const auto thread = this_thread();
+    const auto* const prepared = g_prepared.load();
+    pid_t first = 0;
+    const bool is_first = prepared != nullptr && g_crashed.compare_exchange_strong(first, thread);
+    if (is_first) {
+        tell(*prepared, number, *info, context);
+    } else if (first == thread) {
+        return end_by(g_signal);  // it met the callback
+    } else if (prepared == nullptr || first == kTold) {
+        return end_by(number);  // handed on by one who took the signals since
+    } else {
+        wait_for_report_of(first, prepared->hand_over.longest_report);
     }
-    g_signal = number;
-    if (const auto* const prepared = g_prepared.load()) {
-        CrashNote note;
-        fill(note, number, *info, context);
-        hand_over(*prepared, note);
-        call_back(prepared->hand_over.callback);
+    give_signals_back();
+    if (is_first) tell_others();
+    pid_t terminating = thread;
+    if (number != SIGABRT || !g_terminating.compare_exchange_strong(terminating, 0)) {
+        crash_again(number, info);
     }
-    end_by(number);
+    errno = error;
 }
 
+// The report comes first: whoever else has a say in this may end the process.
 void on_terminate() {
-    g_exception = abi::__cxa_current_exception_type();
-    g_is_terminate = true;
+    if (g_prepared != nullptr && g_crashed != kTold) {
+        g_exception = abi::__cxa_current_exception_type();
+        g_terminating = this_thread();
+        send_to_this_thread(SIGABRT);
+        open_mask(SIGABRT);
+    }
     if (g_terminate_before != nullptr) g_terminate_before();
     std::abort();
-}
-
-// A stack with a guard below it, for the life of the thread.
-void give_stack() {
-    stack_t present{};
-    sigaltstack(nullptr, &present);
-    if ((present.ss_flags & SS_DISABLE) == 0) return;
-    const auto page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
-    void* const memory = mmap(nullptr, kStackSize + page, PROT_READ | PROT_WRITE,
-                              MAP_PRIVATE | MAP_ANONYMOUS | MAP_STACK, -1, 0);
-    if (memory == MAP_FAILED) return;
-    mprotect(memory, page, PROT_NONE);
-    stack_t own{};
-    own.ss_sp = static_cast<char*>(memory) + page;
-    own.ss_size = kStackSize;
-    sigaltstack(&own, nullptr);
 }
 
 }  // namespace
@@ -190,7 +252,9 @@ void exchange_hand_over(CrashHandOver what) {
 
 void install_crash_handlers(CrashHandOver what) {
     exchange_hand_over(std::move(what));
-    give_stack();
+    g_crashed = 0;
+    want_signal_stacks();
+    give_signal_stack();
     struct sigaction action {};
     action.sa_sigaction = on_fatal_signal;
     action.sa_flags = SA_SIGINFO | SA_ONSTACK;
@@ -203,10 +267,8 @@ void install_crash_handlers(CrashHandOver what) {
 }
 
 void remove_crash_handlers() {
-    for (std::size_t i = 0; i < std::size(kSignals); ++i) {
-        sigaction(kSignals[i], &g_before[i], nullptr);
-    }
-    std::set_terminate(g_terminate_before);
+    give_signals_back();
+    if (std::get_terminate() == on_terminate) std::set_terminate(g_terminate_before);
     g_prepared = nullptr;
 }
 

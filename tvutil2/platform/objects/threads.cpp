@@ -1,5 +1,6 @@
 #include "tvutil2/platform/objects/threads.h"
 
+#include "tvutil2/platform/base/signal_stack.h"
 #include "tvutil2/platform/objects/apc.h"
 #include "tvutil2/platform/objects/waitable.h"
 
@@ -25,6 +26,7 @@ class Thread : public WaitableObject, public std::enable_shared_from_this<Thread
 
     // The body of the new thread.
     void run() {
+        give_signal_stack_if_wanted();
         auto& record = ThreadRecord::current();
         set_up(record);
         const Deadline never(INFINITE);
