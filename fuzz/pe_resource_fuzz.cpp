@@ -18,5 +18,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             fuzz::require(!found || found->size() <= std::min(most, size));
         }
     }
+    std::size_t total = 0;
+    const bool is_whole = tvutil2::visit_pe_resources(file, [&](const tvutil2::PeResource& each) {
+        fuzz::require(each.data.size() <= size && each.name.text.size() * 2 <= size);
+        total += each.data.size() + 32;
+        return total < 1000000;
+    });
+    fuzz::require(!is_whole || tvutil2::is_pe_file(file));
     return 0;
 }

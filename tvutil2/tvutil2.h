@@ -43,6 +43,7 @@
 #include "tvutil2/framework/sync.h"
 #include "tvutil2/framework/win_thread.h"
 #include "tvutil2/framework/wnd.h"
+#include "tvutil2/lang/language_selection.h"
 #include "tvutil2/lang/language_table.h"
 #include "tvutil2/lang/resource_language.h"
 #include "tvutil2/platform/base/last_error.h"

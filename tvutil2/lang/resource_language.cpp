@@ -1,15 +1,15 @@
 #include "tvutil2/lang/resource_language.h"
 
-#include "tvutil2/frame/product.h"
 #include "tvutil2/framework/app.h"
+#include "tvutil2/lang/language_key.h"
 #include "tvutil2/platform/base/clock.h"
 #include "tvutil2/platform/base/locale.h"
-#include "tvutil2/platform/registry/registry.h"
 #include "tvutil2/platform/resource/resource.h"
 #include "tvutil2/platform/resource/templates.h"
 
 #include <algorithm>
-#include <utility>
+
+using tvutil2::LanguageKey;
 
 namespace {
 
@@ -39,71 +39,6 @@ const Spoken* spoken(WORD language) {
         [&](const Spoken& candidate) { return candidate.primary == PRIMARYLANGID(language); });
     return found == std::end(kSpoken) ? nullptr : found;
 }
-
-// The key that holds a product's choice, for the length of a look.
-class LanguageKey {
-  public:
-    static LanguageKey open(HKEY root, const char16_t* product) {
-        LanguageKey key;
-        if (RegOpenKeyExW(root, path(product), 0, KEY_READ, &key.m_key) != ERROR_SUCCESS) {
-            key.m_key = nullptr;
-        }
-        return key;
-    }
-    static LanguageKey create(HKEY root, const char16_t* product) {
-        LanguageKey key;
-        if (RegCreateKeyExW(root, path(product), 0, nullptr, 0, KEY_WRITE, nullptr, &key.m_key,
-                            nullptr) != ERROR_SUCCESS) {
-            key.m_key = nullptr;
-        }
-        return key;
-    }
-    LanguageKey(LanguageKey&& other) noexcept : m_key(std::exchange(other.m_key, nullptr)) {}
-    LanguageKey(const LanguageKey&) = delete;
-    LanguageKey& operator=(const LanguageKey&) = delete;
-    LanguageKey& operator=(LanguageKey&&) = delete;
-    ~LanguageKey() {
-        if (m_key != nullptr) RegCloseKey(m_key);
-    }
-
-    [[nodiscard]] bool is_open() const { return m_key != nullptr; }
-
-    [[nodiscard]] WORD user_or(WORD otherwise) const {
-        DWORD type = 0, value = 0, size = sizeof value;
-        const auto result =
-            RegQueryValueExW(m_key, kUser, nullptr, &type, reinterpret_cast<BYTE*>(&value), &size);
-        const bool is_number = result == ERROR_SUCCESS && type == REG_DWORD && size == sizeof value;
-        return is_number ? LOWORD(value) : otherwise;
-    }
-
-    void set_user(WORD language) const {
-        const DWORD value = language;
-        RegSetValueExW(m_key, kUser, 0, REG_DWORD, reinterpret_cast<const BYTE*>(&value),
-                       sizeof value);
-    }
-
-    // Time 0 for a key that isn't there.
-    [[nodiscard]] FILETIME last_write() const {
-        FILETIME time{};
-        if (is_open()) {
-            RegQueryInfoKeyW(m_key, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
-                             nullptr, nullptr, nullptr, &time);
-        }
-        return time;
-    }
-
-  private:
-    static constexpr const char16_t* kUser = u"User";
-
-    LanguageKey() = default;
-    static CString path(const char16_t* product) {
-        CString path;
-        path.Format(u"Software\\Tolvarine\\%.19s\\%u\\Language", product, tvutil2::kMajorVersion);
-        return path;
-    }
-
-    HKEY m_key = nullptr;
-};
 
 WORD thread_language() {
     return LANGIDFROMLCID(GetThreadLocale());
@@ -171,7 +106,7 @@ WORD MLS_TvGetUserLanguage(const char16_t* product) {
     FILETIME user_time{};
     {
         const auto user = LanguageKey::open(HKEY_CURRENT_USER, product);
-        if (user.is_open()) language = user.user_or(language);
+        if (user.is_open()) language = LOWORD(user.number(LanguageKey::kUser).value_or(language));
         user_time = user.last_write();
     }
     {
@@ -179,11 +114,11 @@ WORD MLS_TvGetUserLanguage(const char16_t* product) {
         if (!machine.is_open()) return TvMapResourceLanguage(language);
         const auto machine_time = machine.last_write();
         if (CompareFileTime(&user_time, &machine_time) >= 0) return TvMapResourceLanguage(language);
-        language = machine.user_or(language);
+        language = LOWORD(machine.number(LanguageKey::kUser).value_or(language));
     }
     // What this writes makes the user's key the newer one, so that the user's next choice stands.
-    const auto user = LanguageKey::create(HKEY_CURRENT_USER, product);
-    if (user.is_open()) user.set_user(language);
+    const auto user = LanguageKey::create(HKEY_CURRENT_USER, product, KEY_WRITE);
+    if (user.is_open()) user.set_number(LanguageKey::kUser, language);
     return TvMapResourceLanguage(language);
 }
 

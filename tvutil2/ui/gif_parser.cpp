@@ -141,7 +141,8 @@ std::optional<GifFrame> GifParser::next_graphic() {
     const auto graphic = walk_graphic();
     if (!graphic) return std::nullopt;
     GifFrame frame;
-    const auto [start, picture] = *graphic;
+    const auto start = graphic->start;
+    const auto picture = graphic->picture;
     if (start != picture) {  // a control extension
         frame.delay = word(start + kControlDelay);
         frame.disposal = m_data[start + kControlPacked] >> 2U & 7U;

@@ -112,3 +112,8 @@ BOOL SetThreadLocale(LCID locale) {
     t_thread_locale = locale;
     return TRUE;
 }
+
+LANGID SetThreadUILanguage(LANGID language) {
+    t_thread_locale = language;
+    return LANGIDFROMLCID(GetThreadLocale());
+}

@@ -19,6 +19,9 @@ TVUTIL_API LCID GetThreadLocale();
 /// Non-zero, and the thread has the locale. 0 with ERROR_INVALID_PARAMETER for a locale whose low
 /// 16 bits are 0.
 TVUTIL_API BOOL SetThreadLocale(LCID locale);
+/// The language in which the thread is shown resources is that of its locale, so this sets one with
+/// that language. The language that it has then: 0 gives it back to the system's default.
+TVUTIL_API LANGID SetThreadUILanguage(LANGID language);
 
 /// Language part of a locale, and primary language (low 10 bits) of a language.
 [[nodiscard]] constexpr LANGID LANGIDFROMLCID(LCID locale) {

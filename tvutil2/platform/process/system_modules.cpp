@@ -1,6 +1,7 @@
 #include "tvutil2/platform/process/system_modules.h"
 
 #include "tvutil2/platform/base/last_error.h"
+#include "tvutil2/platform/base/locale.h"
 #include "tvutil2/platform/base/wide_text.h"
 #include "tvutil2/platform/crash/crash_rpt.h"
 #include "tvutil2/platform/process/module_object.h"
@@ -110,7 +111,8 @@ Entered enter(const char16_t* name, std::span<Export> exports) {
 }
 
 const Entered* find_module(const char16_t* name) {
-    static Export kernel32[] = {{"SetDefaultDllDirectories", as_export(SetDefaultDllDirectories)}};
+    static Export kernel32[] = {{"SetDefaultDllDirectories", as_export(SetDefaultDllDirectories)},
+                                {"SetThreadUILanguage", as_export(SetThreadUILanguage)}};
     static Export user32[] = {
         {"GetDpiForWindow", as_export(GetDpiForWindow)},
         {"SetProcessDpiAwarenessContext", as_export(SetProcessDpiAwarenessContext)},

@@ -12,6 +12,10 @@ namespace {
 
 constexpr std::uint32_t kResourceDirectory = 2;
 constexpr std::uint32_t kSubDirectory = 0x80000000;
+constexpr std::uint32_t kHasText = 0x80000000;
+
+// A module with more resources of a type, or of a name, is none of ours.
+constexpr std::uint32_t kMostEntries = 0x4000;
 
 struct DirectoryHeader {
     std::uint32_t flags, time;
@@ -37,6 +41,9 @@ class PeFile {
     // The entry of a directory at an offset from the first one: of a number, or the first of all.
     [[nodiscard]] std::optional<DirectoryEntry> find(std::uint32_t directory,
                                                      std::optional<WORD> number) const;
+    /// All entries of a directory, up to kMostEntries.
+    [[nodiscard]] std::optional<std::vector<DirectoryEntry>> entries(std::uint32_t directory) const;
+    [[nodiscard]] std::optional<PeResourceName> name_of(const DirectoryEntry& entry) const;
     [[nodiscard]] std::optional<std::vector<std::byte>> data(std::uint32_t entry,
                                                              std::size_t most) const;
 
@@ -103,6 +110,31 @@ std::optional<DirectoryEntry> PeFile::find(std::uint32_t directory,
     return std::nullopt;
 }
 
+std::optional<std::vector<DirectoryEntry>> PeFile::entries(std::uint32_t directory) const {
+    const auto start = *m_resources + directory;
+    const auto header = m_file.at<DirectoryHeader>(start);
+    if (!header) return std::nullopt;
+    const auto count = std::uint32_t{header->named_entries} + header->numbered_entries;
+    if (count > kMostEntries) return std::nullopt;
+    std::vector<DirectoryEntry> entries(count);
+    if (!m_file.read(start + sizeof(DirectoryHeader), std::as_writable_bytes(std::span(entries)))) {
+        return std::nullopt;
+    }
+    return entries;
+}
+
+// A name's text is its length in units, and the units.
+std::optional<PeResourceName> PeFile::name_of(const DirectoryEntry& entry) const {
+    if ((entry.name & kHasText) == 0) return PeResourceName{{}, static_cast<WORD>(entry.name)};
+    const auto place = *m_resources + (entry.name & ~kHasText);
+    const auto length = m_file.at<std::uint16_t>(place);
+    if (!length) return std::nullopt;
+    PeResourceName name{std::u16string(*length, u'\0'), 0};
+    const bool is_there =
+        m_file.read(place + sizeof *length, std::as_writable_bytes(std::span(name.text)));
+    return is_there ? std::optional(std::move(name)) : std::nullopt;
+}
+
 std::optional<std::vector<std::byte>> PeFile::data(std::uint32_t entry, std::size_t most) const {
     const auto header = m_file.at<DataEntry>(*m_resources + entry);
     if (!header) return std::nullopt;
@@ -112,6 +144,47 @@ std::optional<std::vector<std::byte>> PeFile::data(std::uint32_t entry, std::siz
     if (!m_file.read(place->offset, bytes)) return std::nullopt;
     return bytes;
 }
+
+// Three levels, and never more: nothing can lead in a circle.
+struct Visit {
+    const PeFile& pe;
+    const std::function<bool(const PeResource&)>& visit;
+
+    [[nodiscard]] bool types() const {
+        return each(kSubDirectory, [this](const DirectoryEntry& type) {
+            const auto name = pe.name_of(type);
+            return name && names(type.offset, {*name, {}, 0, {}});
+        });
+    }
+
+  private:
+    [[nodiscard]] bool names(std::uint32_t directory, PeResource resource) const {
+        return each(directory, [&](const DirectoryEntry& entry) {
+            auto name = pe.name_of(entry);
+            if (!name) return false;
+            resource.name = std::move(*name);
+            return languages(entry.offset, resource);
+        });
+    }
+
+    [[nodiscard]] bool languages(std::uint32_t directory, PeResource& resource) const {
+        return each(directory, [&](const DirectoryEntry& language) {
+            if (((language.offset | language.name) & kSubDirectory) != 0) return false;
+            auto data = pe.data(language.offset, SIZE_MAX);
+            if (!data) return false;
+            resource.language = static_cast<WORD>(language.name);
+            resource.data = std::move(*data);
+            return visit(resource);
+        });
+    }
+
+    template <class Use>
+    [[nodiscard]] bool each(std::uint32_t directory, Use use) const {
+        if ((directory & kSubDirectory) == 0) return false;
+        const auto entries = pe.entries(directory & ~kSubDirectory);
+        return entries && std::all_of(entries->begin(), entries->end(), use);
+    }
+};
 
 }  // namespace
 
@@ -136,6 +209,15 @@ std::optional<std::vector<std::byte>> pe_resource(const FileBytes& file, WORD ty
     auto data = pe.data(language->offset, most);
     if (!data) return fail(ERROR_BAD_EXE_FORMAT);
     return data;
+}
+
+bool visit_pe_resources(const FileBytes& file,
+                        const std::function<bool(const PeResource&)>& visit) {
+    PeFile pe(file);
+    if (!pe.read_headers()) return fail_with(ERROR_BAD_EXE_FORMAT);
+    if (!pe.has_resources()) return true;
+    const Visit visit_below{pe, visit};
+    return visit_below.types() || fail_with(ERROR_BAD_EXE_FORMAT);
 }
 
 }  // namespace tvutil2

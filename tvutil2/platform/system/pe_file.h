@@ -1,10 +1,12 @@
-// Single resources out of the platform's executables (the Portable Executable format).
+// Resources out of the platform's executables (the Portable Executable format).
 #pragma once
 
 #include "tvutil2/platform/base/export.h"
 #include "tvutil2/platform/base/types.h"
 #include "tvutil2/platform/system/pe_headers.h"
 
+#include <functional>
+#include <string>
 #include <vector>
 
 namespace tvutil2 {
@@ -17,5 +19,25 @@ namespace tvutil2 {
 [[nodiscard]] TVUTIL_API std::optional<std::vector<std::byte>> pe_resource(const FileBytes& file,
                                                                            WORD type, WORD name,
                                                                            std::size_t most);
+
+/// Type or name of a resource: text where there is some, else the number.
+struct PeResourceName {
+    std::u16string text;
+    WORD number = 0;
+};
+
+struct PeResource {
+    PeResourceName type;
+    PeResourceName name;
+    WORD language;
+    std::vector<std::byte> data;
+};
+
+/// Calls `visit` with each resource in turn; with none for a file that has none. False, with the
+/// last error ERROR_BAD_EXE_FORMAT, for a file that is damaged or of another format, and where
+/// `visit` wants no more: resources may share their bytes, so that all of them together may be much
+/// longer than the file.
+[[nodiscard]] TVUTIL_API bool visit_pe_resources(
+    const FileBytes& file, const std::function<bool(const PeResource&)>& visit);
 
 }  // namespace tvutil2

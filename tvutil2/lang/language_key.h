@@ -1,0 +1,38 @@
+// The registry key that holds a product's choice of language, for the length of a look.
+#pragma once
+
+#include "tvutil2/platform/base/export.h"
+#include "tvutil2/platform/registry/registry.h"
+
+#include <optional>
+
+namespace tvutil2 {
+
+class TVUTIL_API LanguageKey {
+  public:
+    static constexpr const char16_t* kUser = u"User";
+    static constexpr const char16_t* kTemporary = u"Temporary";
+
+    /// To read; of a product's name at most 19 units count, and null has none.
+    static LanguageKey open(HKEY root, const char16_t* product);
+    static LanguageKey create(HKEY root, const char16_t* product, DWORD access);
+    LanguageKey(LanguageKey&& other) noexcept;
+    LanguageKey(const LanguageKey&) = delete;
+    LanguageKey& operator=(const LanguageKey&) = delete;
+    LanguageKey& operator=(LanguageKey&&) = delete;
+    ~LanguageKey();
+
+    [[nodiscard]] bool is_open() const { return m_key != nullptr; }
+    /// A value of type REG_DWORD; nothing for one of another type, or none.
+    [[nodiscard]] std::optional<DWORD> number(const char16_t* value) const;
+    void set_number(const char16_t* value, DWORD number) const;
+    /// Time 0 for a key that isn't there.
+    [[nodiscard]] FILETIME last_write() const;
+
+  private:
+    LanguageKey() = default;
+
+    HKEY m_key = nullptr;
+};
+
+}  // namespace tvutil2
