@@ -19,7 +19,7 @@ Pixels pixels_of(const RECT& rect) {
     Pixels pixels;
     for (auto y = rect.top; y < rect.bottom; ++y) {
         for (auto x = rect.left; x < rect.right; ++x) {
-            pixels.set(static_cast<std::size_t>(y * kSide + x));
+            pixels.set(static_cast<std::size_t>(y) * kSide + static_cast<std::size_t>(x));
         }
     }
     return pixels;
