@@ -63,6 +63,7 @@
 #include "tvutil2/text/charset.h"
 #include "tvutil2/text/code_page.h"
 #include "tvutil2/text/text_file.h"
+#include "tvutil2/threads/agent.h"
 #include "tvutil2/threads/folder_monitor.h"
 #include "tvutil2/threads/folder_watcher.h"
 #include "tvutil2/threads/registry_watcher.h"

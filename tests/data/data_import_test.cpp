@@ -11,6 +11,7 @@
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -20,9 +21,12 @@
 #include <vector>
 
 #include "tests/support/child.h"
+#include "tests/support/fifo.h"
 #include "tests/support/host_files.h"
 #include "tests/support/killed.h"
 #include "tests/support/profile.h"
+#include "tests/support/program.h"
+#include "tests/support/signer.h"
 
 namespace {
 
@@ -287,7 +291,7 @@ TEST(DataImport, FullDiskAndThrowingListenerLoseNothing) {
                   const auto other = fork();
                   TvInitDataFolder(kNoOlder);
                   if (other == 0) _exit(0);
-                  return 0;
+                  return waitpid(other, nullptr, 0) == other ? 0 : 1;
               }),
               0);
     EXPECT_EQ(GetImportPrevStatus(u"Version7"), 1U);
@@ -347,6 +351,21 @@ TEST(DataImport, OlderDataIsTheMigrationToolsOnceForEachProduct) {
     TvInitDataFolder(2);
     EXPECT_EQ(GetImportPrevStatus(u"Pelrin"), 2U);
     EXPECT_EQ(read_file(notes), "-upgrade -pelrin\n");
+}
+
+TEST(DataImport, TheToolThatMovesIsCheckedAndNotWaitedFor) {
+    const auto folder = new_folder();
+    const auto product = tests::copy_program(TESTS_STARTED "/siblings.exe", folder, "Product.exe");
+    const auto tool = tests::copy_program(TESTS_STARTED "/launched.exe", folder, "birkenfold.exe");
+    const auto report = folder + "/report";
+    setenv("TVUTIL_TEST_REPORT", report.c_str(), 1);
+    tests::output_of(product, {"move", "pelrin"});
+    EXPECT_FALSE(fs::exists(report)) << "unsigned";
+    tests::sign_program(tool, tests::make_signer("Tolvarine Computer"));
+    const tests::Fifo pipe;
+    setenv("TVUTIL_TEST_REPORT", pipe.path().c_str(), 1);
+    tests::output_of(product, {"move", "pelrin"});
+    EXPECT_NE(pipe.read_all().find("argument=-move\nargument=-pelrin\n"), std::string::npos);
 }
 
 TEST(DataImport, FindsTheNewestVersionBeforeSix) {

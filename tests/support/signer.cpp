@@ -49,10 +49,14 @@ std::string signed_pe(const Signer& signer, const std::string& options) {
 std::string signed_elf(const Signer& signer) {
     const auto file = new_folder() + "/signed.exe";
     write_file(file, elf_image().all());
-    const auto wrong = tvutil2::sign_elf_file(
-        file, file, {read_file(signer.certificates), read_file(signer.key), ""});
-    EXPECT_EQ(wrong, "");
+    sign_program(file, signer);
     return file;
+}
+
+void sign_program(const std::string& file, const Signer& signer) {
+    EXPECT_EQ(tvutil2::sign_elf_file(file, file,
+                                     {read_file(signer.certificates), read_file(signer.key), ""}),
+              "");
 }
 
 void trust(const Signer& signer) {

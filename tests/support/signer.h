@@ -20,6 +20,9 @@ Signer make_signer(const std::string& name, int days = 30,
 std::string signed_pe(const Signer& signer, const std::string& options = "");
 std::string signed_elf(const Signer& signer);
 
+/// Signs a real one, in its place.
+void sign_program(const std::string& file, const Signer& signer);
+
 /// Puts the root of a signer into the machine's trust folder, in the place of another one's.
 void trust(const Signer& signer);
 

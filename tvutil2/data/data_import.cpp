@@ -10,7 +10,9 @@
 #include "tvutil2/platform/files/files.h"
 #include "tvutil2/platform/files/folder_copy.h"
 #include "tvutil2/platform/objects/objects.h"
+#include "tvutil2/platform/process/launch.h"
 #include "tvutil2/platform/process/processes.h"
+#include "tvutil2/services/signature.h"
 #include "tvutil2/settings/registry.h"
 
 #include <string_view>
@@ -134,6 +136,14 @@ unsigned int TvGetPrevVersion(char16_t* path, const char16_t* product) {
         name.find(u"Enterprise") != std::u16string_view::npos ? nullptr : product;
     if (has_data(TvGetUserDataPathV5(path, folder) != 0, 5, product)) return 5;
     return has_data(TvGetUserDataPathV4(path, folder) != 0, 4, product) ? 4 : 0;
+}
+
+void ExecuteBirkenfoldForMove(const char16_t* what) {
+    CString tool;
+    AfxGetModulePath(tool, u"Birkenfold.exe");
+    if (TvVerifyTolvarineExe(tool, TRUE) != 1) return;
+    const auto arguments = u"-move -" + CString(what);
+    ShellExecuteW(nullptr, nullptr, tool, arguments, nullptr, SW_SHOW);
 }
 
 unsigned int GetImportPrevStatus(const char16_t* name) {

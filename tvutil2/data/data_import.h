@@ -34,6 +34,11 @@ TVUTIL_API void TvInitDataFolder(unsigned int kind, tvutil2::CopyObserver* obser
 /// nothing.
 TVUTIL_API unsigned int TvGetPrevVersion(char16_t* path, const char16_t* product);
 
+/// Starts "Birkenfold.exe" beside the running executable, with "-move -<what>", for a product whose
+/// data is to be moved, and doesn't wait for it. Nothing happens, and nobody is asked, when that
+/// file hasn't the maker's signature.
+TVUTIL_API void ExecuteBirkenfoldForMove(const char16_t* what);
+
 /// A value of the import's key: of a product 0 (not looked at yet), 1 (imported) or 2 (nothing to
 /// import). 0 for what is missing or no REG_DWORD.
 TVUTIL_API unsigned int GetImportPrevStatus(const char16_t* name);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "tvutil2/platform/base/export.h"
+#include "tvutil2/platform/base/show_commands.h"
 #include "tvutil2/platform/base/types.h"
 
 #include <optional>
@@ -17,9 +18,6 @@ inline constexpr int SE_ERR_OOM = 8;          ///< no memory, or arguments beyon
 inline constexpr int SE_ERR_BAD_FORMAT = 11;  ///< no program of this machine
 inline constexpr int SE_ERR_SHARE = 26;       ///< the file is being written
 inline constexpr int SE_ERR_NOASSOC = 31;     ///< nothing opens such a document
-
-inline constexpr int SW_HIDE = 0;
-inline constexpr int SW_SHOWNORMAL = 1;
 
 /// Starts the executable `file` with a text of arguments, in `folder` or, when that is null, in the
 /// current one. The started program gets the text split by split_command_line(); no shell reads
