@@ -55,7 +55,8 @@ void our_bytes(benchmark::State& state) {
 }
 
 void c_loop(benchmark::State& state) {
-    const auto file = bench::profile_folder() + "/c.log";
+    start(0);  // a folder as deep, and a name as long
+    const auto file = bench::profile_folder() + "/applog/bench_26_05_12_14_03_27_418.log";
     const std::string bytes(152, 'x');
     for (auto _ : state) {
         const int log = open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);

@@ -8,6 +8,7 @@
 #include "tvutil2/frame/product.h"
 #include "tvutil2/platform/base/clock.h"
 #include "tvutil2/platform/base/handle_table.h"
+#include "tvutil2/platform/base/text_length.h"
 #include "tvutil2/platform/files/appended_file.h"
 #include "tvutil2/platform/files/files.h"
 #include "tvutil2/platform/process/modules.h"
@@ -65,7 +66,7 @@ std::string_view bytes_of(std::u16string_view text) {
 }
 
 std::u16string_view text_or_empty(const char16_t* text) {
-    return text != nullptr ? text : u"";
+    return text != nullptr ? std::u16string_view(text, text_length(text)) : std::u16string_view();
 }
 
 // The message of a call; `formatted` holds it where it has to be made.

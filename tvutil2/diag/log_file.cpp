@@ -6,6 +6,7 @@
 #include "tvutil2/platform/files/find.h"
 
 #include <algorithm>
+#include <array>
 #include <optional>
 #include <utility>
 
@@ -106,58 +107,59 @@ std::optional<LogWrite> append_line(const char16_t* path, std::u16string_view li
     return file.write(bytes_of(line)) ? LogWrite::done : LogWrite::failed;
 }
 
-void append_number(std::u16string& out, unsigned number, std::size_t digits) {
-    char16_t text[10];
-    auto* at = std::end(text);
-    do {
-        *--at = static_cast<char16_t>(u'0' + number % 10);
-        number /= 10;
-    } while (number != 0);
-    const auto length = static_cast<std::size_t>(std::end(text) - at);
-    if (length < digits) out.append(digits - length, u'0');
-    out.append(at, length);
-}
+// What stands in front of a line's text. Numbers take the place they need, as printf's do.
+class LineStart {
+  public:
+    void add(char16_t unit) { m_units[m_size++] = unit; }
+    void add_number(unsigned number, unsigned digits) {
+        unsigned power = 1;
+        for (unsigned i = 1; i < digits; ++i) power *= 10;
+        while (number / power >= 10) power *= 10;
+        for (; power != 0; power /= 10) add(static_cast<char16_t>(u'0' + number / power % 10));
+    }
+    void add_time(const SYSTEMTIME& time) {
+        add_number(time.wHour, 2);
+        add(u':');
+        add_number(time.wMinute, 2);
+        add(u':');
+        add_number(time.wSecond, 2);
+        add(u'.');
+        add_number(time.wMilliseconds, 3);
+        add(u']');
+        add(u' ');
+    }
+    // The line as a whole, in one block.
+    [[nodiscard]] std::u16string with(std::u16string_view tag, std::u16string_view text) const {
+        std::u16string line;
+        line.reserve(m_size + tag.size() + text.size() + kLineEnd.size());
+        return line.append(m_units.data(), m_size).append(tag).append(text).append(kLineEnd);
+    }
 
-void append_time(std::u16string& out, const SYSTEMTIME& time) {
-    append_number(out, time.wHour, 2);
-    out += u':';
-    append_number(out, time.wMinute, 2);
-    out += u':';
-    append_number(out, time.wSecond, 2);
-    out += u'.';
-    append_number(out, time.wMilliseconds, 3);
-    out += u"] ";
-}
-
-constexpr std::size_t kLongestFrame = 64;  // what a line has around its text
+  private:
+    std::array<char16_t, 64> m_units;  // seven words of up to five digits, and what is between them
+    std::size_t m_size = 0;
+};
 
 }  // namespace
 
 std::u16string log_line(const SYSTEMTIME& time, std::u16string_view text, bool is_debug) {
-    std::u16string line;
-    line.reserve(text.size() + kLongestFrame);
-    line += u'[';
-    append_time(line, time);
-    if (is_debug) line += kDebugTag;
-    line += text;
-    line += kLineEnd;
-    return line;
+    LineStart start;
+    start.add(u'[');
+    start.add_time(time);
+    return start.with(is_debug ? kDebugTag : std::u16string_view(), text);
 }
 
 std::u16string global_log_line(const SYSTEMTIME& time, std::u16string_view text) {
-    std::u16string line;
-    line.reserve(text.size() + kLongestFrame);
-    line += u'[';
-    append_number(line, time.wYear, 1);
-    line += u'-';
-    append_number(line, time.wMonth, 2);
-    line += u'-';
-    append_number(line, time.wDay, 2);
-    line += u' ';
-    append_time(line, time);
-    line += text;
-    line += kLineEnd;
-    return line;
+    LineStart start;
+    start.add(u'[');
+    start.add_number(time.wYear, 1);
+    start.add(u'-');
+    start.add_number(time.wMonth, 2);
+    start.add(u'-');
+    start.add_number(time.wDay, 2);
+    start.add(u' ');
+    start.add_time(time);
+    return start.with({}, text);
 }
 
 LogWrite append_to_global_log(const char16_t* path, std::u16string_view line) {
