@@ -2,8 +2,9 @@
 //
 // A benchmark's name is "work|who", with "ours" for this library. The ratio is the peer's time over
 // ours: above 1, ours is the faster one. A counter "amount" (of memory, say) stands in the time's
-// place where a benchmark sets it. Other arguments are Google Benchmark's. With BENCH_PROCESSOR_TIME
-// set, times are the thread's processor time: for work of one thread on a machine that others use.
+// place where a benchmark sets it. Other arguments are Google Benchmark's. With
+// BENCH_PROCESSOR_TIME set, times are the thread's processor time: for work of one thread on a
+// machine that others use.
 #include <benchmark/benchmark.h>
 
 #include <cstdio>
@@ -54,8 +55,7 @@ class TableReporter : public benchmark::BenchmarkReporter {
         if (m_results.count(work) == 0) m_order.push_back(work);
         // Seconds for one iteration, whatever unit the run reports in.
         static const bool counts_own_time = std::getenv("BENCH_PROCESSOR_TIME") != nullptr;
-        const auto time =
-            counts_own_time ? run.GetAdjustedCPUTime() : run.GetAdjustedRealTime();
+        const auto time = counts_own_time ? run.GetAdjustedCPUTime() : run.GetAdjustedRealTime();
         const auto seconds = time / benchmark::GetTimeUnitMultiplier(run.time_unit);
         const auto amount = run.counters.find("amount");
         const bool is_amount = amount != run.counters.end();

@@ -7,6 +7,8 @@
 #include <atomic>
 #include <chrono>
 #include <functional>
+#include <map>
+#include <random>
 #include <thread>
 #include <vector>
 
@@ -116,6 +118,73 @@ TEST(ThreadTimer, OtherThreadsMayChangeTheTableWhileItIsWalked) {
     // Nothing fires once the last entry is gone and the call under way is over.
     for (unsigned id = 0; id < 200; ++id) timer.Remove(id);
     timer.End();
+}
+
+// A table as it should behave, with ticks of its own.
+struct Model {
+    struct Entry {
+        unsigned short period, count;
+    };
+    std::map<unsigned, Entry> table;
+    void Record(unsigned id, NThread::CTimerListener* /*listener*/, unsigned short period) {
+        table[id] = {period, 0};
+    }
+    void Remove(unsigned id) { table.erase(id); }
+    template <class Fire>
+    void tick(Fire fire) {
+        for (auto each = table.begin(); each != table.end();) {
+            const auto id = each->first;
+            if (++each->second.count == each->second.period) {
+                each->second.count = 0;
+                fire(id);
+            }
+            each = table.upper_bound(id);
+        }
+    }
+};
+
+// What a listener does when it is called: up to three changes, wherever the walk stands.
+template <class Table>
+void change(Table& table, NThread::CTimerListener* listener, std::mt19937& random) {
+    constexpr unsigned kKept = 20;  // always there
+    for (auto count = random() % 4; count != 0; --count) {
+        const auto id = static_cast<unsigned>(random() % 40);
+        const auto period = static_cast<unsigned short>(random() % 6);
+        if (id == kKept || period == 0) {
+            table.Record(kKept, listener, 1);
+        } else if (random() % 3 == 0) {
+            table.Remove(id);
+        } else {
+            table.Record(id, listener, period);
+        }
+    }
+}
+
+TEST(ThreadTimer, FiresAsAModelDoesWhileListenersChangeTheTable) {
+    constexpr std::size_t kCalls = 5000;
+    for (const unsigned seed : {41U, 42U, 43U}) {
+        Model model;
+        Calls expected;
+        std::mt19937 random(seed);
+        model.Record(20, nullptr, 1);
+        while (expected.size() < kCalls) {
+            model.tick([&](unsigned id) {
+                expected.push_back(id);
+                change(model, nullptr, random);
+            });
+        }
+        Listener listener(count_of(kCalls));
+        CTimer timer;
+        random.seed(seed);
+        listener.also = [&](CTimer& its, unsigned /*id*/) { change(its, &listener, random); };
+        timer.Record(20, &listener, 1);
+        timer.Initialize(0);
+        listener.wait();
+        timer.End();
+        expected.resize(kCalls);
+        listener.calls.resize(kCalls);
+        ASSERT_EQ(listener.calls, expected) << "seed " << seed;
+    }
 }
 
 TEST(ThreadTimer, DestructionDoesNotWaitForTheTick) {

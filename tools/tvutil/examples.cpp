@@ -66,6 +66,10 @@ const std::map<std::string_view, const char*>& examples() {
         {"log sweep", "tvutil log sweep 'C:\\home\\a' --dry-run"},
         {"log write", "tvutil log write 'C:\\home\\a\\run.log' 'connected'"},
         {"manual", "tvutil manual > tvutil.1 && man ./tvutil.1"},
+        {"object", "tvutil object wait event ready --timeout 5000"},
+        {"object hold", "tvutil object hold install < /dev/tty"},
+        {"object set", "tvutil object set ready || echo nobody waits"},
+        {"object wait", "tvutil object wait event ready --timeout 5000"},
         {"option", "tvutil option list --company Tolvarine --product Pelrin"},
         {"option get", "tvutil option get --file setup.ini --section View Theme"},
         {"option list", "tvutil option list --company Tolvarine --registry --json"},
@@ -123,6 +127,10 @@ const std::map<std::string_view, const char*>& examples() {
         {"url parse", "tvutil url parse ssh://alice@192.0.2.10:22 --json"},
         {"verify", "tvutil verify Pelrin.exe --maker && echo the maker\'s, and as it was signed"},
         {"watch", "tvutil watch 'C:\\home\\a\\sessions'"},
+        {"window", "tvutil window list"},
+        {"window find", "tvutil window find --class TVUTIL2::TIMERWND"},
+        {"window list", "tvutil window list --json"},
+        {"window post", "tvutil window post \"$(tvutil window find --title Pelrin)\" 0x10"},
     };
     return list;
 }

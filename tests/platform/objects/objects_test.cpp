@@ -472,4 +472,54 @@ TEST(Objects, EachSignalIsTakenExactlyOnce) {
     EXPECT_EQ(taken, kRounds);
 }
 
+// Each object lets so many in at a time, however threads ask for it: alone, for one of several, for
+// all of several, for a moment or for as long as it takes. Nobody holds anything while it waits.
+TEST(Objects, LetInNoMoreThanTheyMayWhateverIsAskedFor) {
+    struct Door {
+        HANDLE object;
+        int room;
+        BOOL (*give_back)(HANDLE);
+        std::atomic<int> inside = 0;
+    };
+    const auto release = [](HANDLE object) { return ReleaseMutex(object); };
+    const auto post = [](HANDLE object) { return ReleaseSemaphore(object, 1, nullptr); };
+    std::array<Door, 5> doors{{
+        {mutex(), 1, release},
+        {CreateSemaphoreW(nullptr, 2, 2, nullptr), 2, post},
+        {auto_event(true), 1, SetEvent},
+        {CreateMutexW(nullptr, FALSE, u"door"), 1, release},
+        {CreateSemaphoreW(nullptr, 2, 2, u"doors"), 2, post},
+    }};
+    on_threads(4, [&doors](int thread) {
+        const auto seed = 20U + static_cast<unsigned>(thread);
+        std::mt19937 random(seed);
+        for (int step = 0; step < 2000; ++step) {
+            std::array<std::size_t, doors.size()> order{0, 1, 2, 3, 4};
+            std::shuffle(order.begin(), order.end(), random);
+            const auto count = 1 + random() % doors.size();
+            const bool all = random() % 2 == 0;
+            constexpr std::array<DWORD, 3> kTimes{0, 1, 60000};
+            const auto time = kTimes.at(random() % kTimes.size());
+            std::array<HANDLE, doors.size()> objects{};
+            for (std::size_t i = 0; i < count; ++i) objects.at(i) = doors.at(order.at(i)).object;
+            const auto got =
+                WaitForMultipleObjects(static_cast<DWORD>(count), objects.data(), all, time);
+            if (got == WAIT_TIMEOUT && time < 60000) continue;
+            ASSERT_LT(got, count) << "seed " << seed << " step " << step;
+            for (std::size_t i = all ? 0 : got; i < (all ? count : got + 1); ++i) {
+                auto& door = doors.at(order.at(i));
+                EXPECT_LE(++door.inside, door.room) << "seed " << seed << " step " << step;
+                --door.inside;
+                EXPECT_TRUE(door.give_back(door.object)) << "seed " << seed << " step " << step;
+            }
+        }
+    });
+    for (const auto& door : doors) {
+        // From the thread of its own that a mutex asks for; nothing was lost and nothing added.
+        for (int i = 0; i < door.room; ++i) EXPECT_EQ(wait(door.object, 0), WAIT_OBJECT_0);
+        on_other_thread([&door] { EXPECT_EQ(wait(door.object, 0), WAIT_TIMEOUT); });
+        CloseHandle(door.object);
+    }
+}
+
 }  // namespace

@@ -5,6 +5,7 @@
 
 #include <array>
 #include <atomic>
+#include <random>
 #include <thread>
 #include <vector>
 
@@ -206,6 +207,63 @@ TEST(Apcs, EndEveryKindOfWaitAndNoneIsLost) {
     QueueUserAPC(finish, thread, reinterpret_cast<std::uintptr_t>(&shared));
     EXPECT_EQ(join(thread), kCalls);
     for (auto* handle : shared.never) CloseHandle(handle);
+}
+
+// One thread that queues calls to itself, some of which queue another one, and waits in every way.
+TEST(Apcs, RunWhenAModelSaysAfterRandomCalls) {
+    static HANDLE self;
+    constexpr std::uintptr_t kAgain = 1U << 20;  // a call that queues another one
+    static const PAPCFUNC call = [](std::uintptr_t data) {
+        note(data);
+        if ((data & kAgain) != 0) QueueUserAPC(note, self, data - kAgain);
+    };
+    const auto body = [](void* seed) -> DWORD {
+        std::mt19937 random(static_cast<unsigned>(reinterpret_cast<std::uintptr_t>(seed)));
+        const std::array<HANDLE, 2> both{event(true), event(true)};
+        std::vector<std::uintptr_t> queued, ran;
+        std::array<bool, 2> is_set{};
+        t_calls.clear();
+        for (std::uintptr_t step = 0; step < 3000; ++step) {
+            if (random() % 2 == 0) {
+                const auto data = step | (random() % 4 == 0 ? kAgain : 0);
+                EXPECT_NE(QueueUserAPC(call, self, data), 0U);
+                queued.push_back(data);
+                continue;
+            }
+            if (const auto at = random() % 4; at < 2) {
+                is_set.at(at) = !is_set.at(at);
+                EXPECT_TRUE(is_set.at(at) ? SetEvent(both.at(at)) : ResetEvent(both.at(at)));
+            }
+            const bool alertable = random() % 2 == 0;
+            const auto kind = random() % 4;
+            const DWORD got =
+                kind == 0   ? SleepEx(0, alertable)
+                : kind == 1 ? WaitForSingleObjectEx(both[0], 0, alertable)
+                            : WaitForMultipleObjectsEx(2, both.data(), kind == 2, 0, alertable);
+            DWORD expected = kind == 0 ? 0 : WAIT_TIMEOUT;
+            const bool is_ready = (kind == 1 && is_set[0]) ||
+                                  (kind == 2 && is_set[0] && is_set[1]) ||
+                                  (kind == 3 && (is_set[0] || is_set[1]));
+            if (is_ready) {
+                expected = WAIT_OBJECT_0 + (kind == 3 && !is_set[0] ? 1U : 0U);
+            } else if (alertable && !queued.empty()) {
+                expected = WAIT_IO_COMPLETION;
+                ran.insert(ran.end(), queued.begin(), queued.end());
+                for (const auto data : queued) {
+                    if ((data & kAgain) != 0) ran.push_back(data - kAgain);
+                }
+                queued.clear();
+            }
+            if (got != expected || t_calls != ran) return static_cast<DWORD>(step) + 1;
+        }
+        for (auto* handle : both) CloseHandle(handle);
+        return 0;
+    };
+    for (const std::uintptr_t seed : {31U, 32U, 33U}) {
+        self = start(body, reinterpret_cast<void*>(seed), CREATE_SUSPENDED);
+        ResumeThread(self);
+        EXPECT_EQ(join(self), 0U) << "the step after it, with seed " << seed;
+    }
 }
 
 TEST(Apcs, AThreadThatHasEndedTakesNone) {

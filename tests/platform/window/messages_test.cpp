@@ -8,7 +8,9 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
+#include <chrono>
 #include <future>
+#include <map>
 #include <random>
 #include <stdexcept>
 #include <thread>
@@ -382,6 +384,43 @@ TEST(Timers, CallTheirProcedureAndNobodyElses) {
         EXPECT_EQ(SetTimer(window, 1, 10, nullptr), 0U);
         EXPECT_EQ(GetLastError(), ERROR_WINDOW_OF_OTHER_THREAD);
     }).join();
+    DestroyWindow(window);
+}
+
+// Timers that come and go: a tick is of one that runs, and isn't early.
+TEST(Timers, TickWhileTheyRunAndNotBeforeTheirTime) {
+    using Clock = std::chrono::steady_clock;
+    constexpr unsigned kSeed = 51;
+    std::mt19937 random(kSeed);
+    auto* const window = traced_window();
+    struct Timer {
+        std::chrono::milliseconds period;
+        Clock::time_point since;
+    };
+    std::map<UINT_PTR, Timer> running;
+    for (int step = 0; step < 60; ++step) {
+        SCOPED_TRACE("seed " + std::to_string(kSeed) + " step " + std::to_string(step));
+        const UINT_PTR id = 1 + random() % 5;
+        if (random() % 4 == 0) {
+            ASSERT_EQ(KillTimer(window, id) != 0, running.erase(id) == 1);
+        } else {
+            const auto period = static_cast<UINT>(10 + random() % 20);
+            const auto now = Clock::now();
+            ASSERT_EQ(SetTimer(window, id, period, nullptr), id);
+            running[id] = {std::chrono::milliseconds(period), now};
+        }
+        MSG message{};
+        if (running.empty() || !GetMessageW(&message, nullptr, 0, 0)) continue;
+        ASSERT_EQ(message.message, WM_TIMER);
+        const auto timer = running.find(message.wParam);
+        ASSERT_NE(timer, running.end());
+        // The clock of ticks has steps of a millisecond.
+        ASSERT_GE(Clock::now() - timer->second.since + std::chrono::milliseconds(1),
+                  timer->second.period);
+        timer->second.since += timer->second.period;
+    }
+    for (const auto& [id, timer] : running) KillTimer(window, id);
+    EXPECT_EQ(peek(), -1);
     DestroyWindow(window);
 }
 
