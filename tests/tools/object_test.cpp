@@ -42,9 +42,9 @@ TEST(ObjectCommands, AnswerByExitCode) {
 }
 
 TEST(ObjectCommands, ShareAnEventAndSeeWhoDiedWithAMutex) {
-    EXPECT_EQ(script(R"(
-        "$tvutil" object wait event ready & waiter=$!
-        until "$tvutil" object set 'Global\ready'; do :; done
+    EXPECT_EQ(script(R"sh(
+        "$tvutil" object wait event ready --timeout 60000 & waiter=$!
+        until "$tvutil" object set 'Local\ready'; do kill -0 "$waiter"; done
         wait "$waiter"
         mkfifo in out
         "$tvutil" object hold door <in >out & owner=$!
@@ -52,19 +52,19 @@ TEST(ObjectCommands, ShareAnEventAndSeeWhoDiedWithAMutex) {
         read -r said <&4; echo "owner: $said"
         "$tvutil" object wait mutex door --timeout 0 || echo "code $?"
         # Without anybody else who has it the name would go with its owner.
-        "$tvutil" object wait mutex door & next=$!
-        until [ -n "$(find "/proc/$next/fd" -lname '*tvutil2-object*' 2>/dev/null)" ]; do :; done
+        "$tvutil" object wait mutex door --timeout 60000 & next=$!
+        until [ -n "$(find "/proc/$next/fd" -lname '*tvutil2-object*')" ]; do kill -0 "$next"; done
         kill -9 "$owner"
         wait "$next"
         "$tvutil" object wait mutex door
-    )"),
+    )sh"),
               "signalled\nowner: taken\ntimeout\ncode 1\nabandoned\ntaken\n");
 }
 
 TEST(WindowCommands, FindAndCloseAWindowOfAnotherProgram) {
-    const auto told = script(R"(
+    const auto told = script(R"sh(
         mkfifo out
-        )" TESTS_STARTED R"(/with_window.exe 'a title' >out & program=$!
+        )sh" TESTS_STARTED R"sh(/with_window.exe 'a title' >out & program=$!
         read -r handle <out
         "$tvutil" window list --json
         window=$("$tvutil" window find --class tests::withwindow --title 'a title')
@@ -73,7 +73,7 @@ TEST(WindowCommands, FindAndCloseAWindowOfAnotherProgram) {
         "$tvutil" window post "$window" 0x402
         wait "$program" || [ $? -eq 3 ]
         "$tvutil" window post "$window" 0x402 || [ $? -eq 1 ]
-    )");
+    )sh");
     const auto list = nlohmann::json::parse(told);
     ASSERT_EQ(list.size(), 1U);
     EXPECT_EQ(list[0]["class"], "Tests::WithWindow");
