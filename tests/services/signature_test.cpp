@@ -149,11 +149,11 @@ std::string version_block(const std::u16string& key, const std::u16string& value
 TEST(SignatureCheck, WarnsOfOneVersionOfTheFrameworksLibrary) {
     const auto library = fs::read_symlink("/proc/self/exe").parent_path() / "mfc140u.dll";
     const auto shown = [&](const std::u16string& version) {
-        const auto text = version_block(
-            u"StringFileInfo", u"",
-            version_block(u"040904b0", u"",
-                          version_block(u"Other", std::u16string(u"14.0.24210.0") + u'\0') +
-                              version_block(u"productversion", version + u'\0')));
+        const auto text =
+            version_block(u"StringFileInfo", u"",
+                          version_block(u"040904b0", u"",
+                                        version_block(u"Other", u"14.0.24210.0") +
+                                            version_block(u"productversion", version + u'\0')));
         const std::u16string translation{0x0409, 0x04B0};
         const auto root =
             version_block(u"VS_VERSION_INFO", u"",

@@ -5,13 +5,16 @@
 #include "tvutil2/platform/trust/wincrypt.h"
 #include "tvutil2/platform/trust/wintrust.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstdlib>
 #include <filesystem>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -108,8 +111,11 @@ TEST(Signature, NoByteCanBeAnotherOne) {
         for (auto& byte : bytes) {
             const auto at = static_cast<std::size_t>(&byte - bytes.data());
             const char before = byte;
-            for (const int flip : {0x01, 0x20, 0xFF}) {
-                byte = static_cast<char>(before ^ flip);
+            // Of the two PE files one of them, in turns: each check costs half a millisecond.
+            const int flips[] = {0x01, 0x20, 0xFF};
+            for (std::size_t i = 0; i < std::size(flips); ++i) {
+                if (kind == "MZ" && i != at % std::size(flips)) continue;
+                byte = static_cast<char>(before ^ flips[i]);
                 EXPECT_TRUE(!is_accepted(bytes) || is_in(names, at)) << kind << " at " << at;
             }
             byte = before;
@@ -162,6 +168,24 @@ TEST(Signature, HasReasonsForNone) {
     EXPECT_EQ(verify(platform_path(signed_file), WTD_STATEACTION_CLOSE), 0);
     const GUID other{};
     EXPECT_EQ(WinVerifyTrust(nullptr, &other, nullptr), TRUST_E_PROVIDER_UNKNOWN);
+}
+
+// Somebody touches the file all the time, which is how one that is written to shows.
+TEST(Signature, AFileThatChangesMeanwhileIsNotIntact) {
+    const auto signer = tests::make_signer("x");
+    const auto file = tests::signed_elf(signer);
+    fs::resize_file(file, std::uintmax_t{64} << 20U);
+    ASSERT_EQ(tvutil2::sign_elf_file(file, file,
+                                     {read_file(signer.certificates), read_file(signer.key), ""}),
+              "");
+    ASSERT_EQ(check(file).verdict, CERT_E_UNTRUSTEDROOT);
+    std::atomic<bool> is_over = false;
+    std::thread other([&] {
+        while (!is_over) utimensat(AT_FDCWD, file.c_str(), nullptr, 0);
+    });
+    EXPECT_EQ(check(file).verdict, TRUST_E_BAD_DIGEST);
+    is_over = true;
+    other.join();
 }
 
 TEST(Signature, OthersUnderstandOursAndReplaceTheirs) {
