@@ -37,8 +37,9 @@ std::string value_cases(const CLI::App& program, const std::string& indent,
             const auto choices = choices_of(*option);
             if (choices.empty()) continue;
             for (const auto& word : option_words(*option)) {
-                text += indent + "' " + path_of(command) + ' ' + word + "') " + before +
-                        joined(choices, " ") + after + " ;;\n";
+                text.append(indent).append("' ").append(path_of(command)).append(" ");
+                text.append(word).append("') ").append(before).append(joined(choices, " "));
+                text.append(after).append(" ;;\n");
             }
         }
     });
@@ -176,11 +177,12 @@ std::string fish_script(const CLI::App& program) {
             const auto choices = joined(choices_of(*option), " ");
             const auto values = choices.empty() ? "" : " -x -a " + quoted(choices, "\\'");
             const auto what = described(option->get_description());
-            if (option->get_positional() && !choices.empty()) text += start + "-f" + values + what;
-            for (const auto& name : option->get_lnames())
-                text += start + "-l " + name + values + what;
-            for (const auto& name : option->get_snames())
-                text += start + "-s " + name + values + what;
+            const auto offer = [&](const char* kind, const std::string& name) {
+                text.append(start).append(kind).append(name).append(values).append(what);
+            };
+            if (option->get_positional() && !choices.empty()) offer("-f", "");
+            for (const auto& name : option->get_lnames()) offer("-l ", name);
+            for (const auto& name : option->get_snames()) offer("-s ", name);
         }
     });
     return text;

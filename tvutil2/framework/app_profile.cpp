@@ -71,9 +71,8 @@ BOOL told(LONG error) {
 
 // A bare name would lie in whatever folder is the current one.
 CString profile_file(const CWinApp& app) {
-    const CString name(app.m_pszProfileName != nullptr
-                           ? app.m_pszProfileName
-                           : (tvutil2::executable_name() + u".INI").c_str());
+    CString name(app.m_pszProfileName != nullptr ? app.m_pszProfileName
+                                                 : (tvutil2::executable_name() + u".INI").c_str());
     if (name.FindOneOf(u"\\/:") >= 0) return name;
     char16_t folder[MAX_PATH] = {};
     if (SHGetFolderPathW(nullptr, CSIDL_APPDATA | CSIDL_FLAG_CREATE, nullptr, SHGFP_TYPE_CURRENT,

@@ -1,14 +1,13 @@
 // The registry key that holds a product's choice of language, for the length of a look.
 #pragma once
 
-#include "tvutil2/platform/base/export.h"
 #include "tvutil2/platform/registry/registry.h"
 
 #include <optional>
 
 namespace tvutil2 {
 
-class TVUTIL_API LanguageKey {
+class LanguageKey {
   public:
     static constexpr const char16_t* kUser = u"User";
     static constexpr const char16_t* kTemporary = u"Temporary";
