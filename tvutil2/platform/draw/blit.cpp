@@ -104,7 +104,7 @@ void copy_rect(const Copy& copy, const RECT& rect, POINT by, unsigned code, std:
 }
 
 std::shared_ptr<Surface> snapshot(const Surface& of) {
-    const auto copy = Surface::create(of.width(), of.height());
+    auto copy = Surface::create(of.width(), of.height());
     if (!copy) return nullptr;
     std::copy_n(of.row(0),
                 static_cast<std::size_t>(of.width()) * static_cast<std::size_t>(of.height()),

@@ -24,11 +24,12 @@ class Locked {
     explicit Locked(HDC context) : m_context(tvutil2::object_of<ContextObject>(context)) {
         if (m_context) m_lock = std::unique_lock(m_context->lock);
     }
-    explicit operator bool() const { return m_context != nullptr; }
-    ContextObject* operator->() const { return m_context.get(); }
+    explicit operator bool() const { return m_object != nullptr; }
+    ContextObject* operator->() const { return m_object; }
 
   private:
     std::shared_ptr<ContextObject> m_context;
+    ContextObject* m_object = m_context.get();
     std::unique_lock<std::mutex> m_lock;
 };
 
