@@ -155,7 +155,11 @@ class Wait {
             }
             unlock_all(in_order);
             // One more look after the deadline: what became ready just then isn't missed.
-            while (is_waiting() && !is_over) is_over = !sleep(deadline);
+            // Nobody settles a wait for what is shared: any wake-up is the word to look again.
+            while (is_waiting() && !is_over) {
+                is_over = !sleep(deadline);
+                if (m_has_shared) break;
+            }
         }
     }
 
