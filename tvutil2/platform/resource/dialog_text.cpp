@@ -83,8 +83,8 @@ DialogText read_dialog_text(const void* dialog_template, std::size_t size) {
         units.text(&kind);
         auto label = units.text();
         units.skip(units.word() / 2);  // data of its own
-        if (kind == kStaticClass) dialog.texts.push_back(std::move(label));
         if (kind == kButtonClass) dialog.buttons.push_back({id, without_key_mark(label)});
+        if (kind == kStaticClass) dialog.texts.push_back(std::move(label));
     }
     return dialog;
 }
