@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <clocale>
 #include <string>
+#include <string_view>
+#include <vector>
 
 namespace tvutil2 {
 namespace {
@@ -28,6 +30,11 @@ std::string host_name(const char16_t* name) {
     return host;
 }
 
+std::vector<char16_t>& told_to_thread() {
+    thread_local std::vector<char16_t> text;
+    return text;
+}
+
 const char* set(int category, const std::string& host) {
     if (host.find('.') == std::string::npos && host.find('_') != std::string::npos) {
         if (const auto* const taken = setlocale(category, (host + ".UTF-8").c_str())) return taken;
@@ -42,7 +49,9 @@ const char16_t* _wsetlocale(int category, const char16_t* name) {
     const auto* const taken = name == nullptr ? setlocale(category, nullptr)
                                               : tvutil2::set(category, tvutil2::host_name(name));
     if (taken == nullptr) return nullptr;
-    thread_local std::u16string text;
-    text.assign(taken, taken + std::char_traits<char>::length(taken));
-    return text.c_str();
+    const std::string_view told(taken);
+    auto& text = tvutil2::told_to_thread();
+    text.assign(told.begin(), told.end());
+    text.push_back(0);
+    return text.data();
 }
