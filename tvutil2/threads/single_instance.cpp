@@ -94,8 +94,10 @@ void CSingleInstance::share_memory(const CString& name) {
     m_mapping = CreateFileMappingW(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, kDataSize,
                                    block.GetString());
     if (GetLastError() == ERROR_ALREADY_EXISTS) {
+        // Opened before the first handle is closed: with that the name can't go, whoever else ends.
+        auto* const existing = OpenFileMappingW(FILE_MAP_WRITE, FALSE, block.GetString());
         close(m_mapping);
-        m_mapping = OpenFileMappingW(FILE_MAP_WRITE, FALSE, block.GetString());
+        m_mapping = existing;
     }
     if (m_mapping == nullptr) return;
     m_view = static_cast<char*>(MapViewOfFile(m_mapping, FILE_MAP_WRITE, 0, 0, kDataSize));
