@@ -1,8 +1,10 @@
 #include "tvutil2/platform/window/geometry.h"
 
 #include "tvutil2/platform/base/last_error.h"
+#include "tvutil2/platform/draw/theme.h"
 #include "tvutil2/platform/window/hit_test.h"
 #include "tvutil2/platform/window/show.h"
+#include "tvutil2/platform/window/system_metrics.h"
 
 #include <gtest/gtest.h>
 
@@ -207,6 +209,10 @@ TEST(Monitors, TheNearestOneIsFound) {
     EXPECT_EQ(text(info.rcWork), "0 0 1000 960");
     EXPECT_EQ(info.dwFlags, MONITORINFOF_PRIMARY);
     tvutil2::set_monitors({});
+    // Without a display there is one at the system's scale.
+    tvutil2::set_system_dpi(144);
+    EXPECT_EQ(GetSystemMetrics(SM_CYCAPTION), GetSystemMetricsForDpi(SM_CYCAPTION, 144));
+    EXPECT_EQ(tvutil2::monitors().front().dpi, 144U);
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include "tvutil2/platform/display/monitors.h"
 
 #include "tvutil2/platform/base/last_error.h"
+#include "tvutil2/platform/draw/theme.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -11,9 +12,8 @@ namespace {
 
 struct Known {
     std::mutex lock;
-    std::vector<Monitor> all{default_monitor()};
+    std::vector<Monitor> all;  // none: there is no display
 
-    static Monitor default_monitor() { return {{0, 0, 1920, 1080}, {0, 0, 1920, 1080}, 96}; }
     static Known& instance() {
         static auto* const known = new Known;  // never destroyed: threads end behind static objects
         return *known;
@@ -60,11 +60,11 @@ std::pair<std::size_t, bool> find(const std::vector<Monitor>& all, const RECT& r
 std::vector<Monitor> monitors() {
     auto& known = Known::instance();
     const std::lock_guard guard(known.lock);
-    return known.all;
+    if (!known.all.empty()) return known.all;
+    return {{{0, 0, 1920, 1080}, {0, 0, 1920, 1080}, system_dpi()}};
 }
 
 void set_monitors(std::vector<Monitor> monitors) {
-    if (monitors.empty()) monitors.push_back(Known::default_monitor());
     auto& known = Known::instance();
     const std::lock_guard guard(known.lock);
     known.all = std::move(monitors);

@@ -1,6 +1,6 @@
 // Monitors: where they are on the desktop and how fine they are.
 //
-// Without a display there is one of 1920 by 1080 pixels at 96 dots per inch.
+// Without a display there is one of 1920 by 1080 pixels at the system's scale (system_dpi).
 #pragma once
 
 #include "tvutil2/platform/base/export.h"
