@@ -9,8 +9,6 @@
 
 namespace {
 
-using tests::tvutil;
-
 // Runs a script in a folder of its own, with the program as $tvutil.
 std::string script(const std::string& text) {
     const auto folder = tests::new_folder();

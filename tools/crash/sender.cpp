@@ -39,7 +39,7 @@ class Sender {
     // One that is missing was lost to a full disk or a killed helper.
     fs::path archive_of(const std::string& name) {
         std::error_code error;
-        const auto waiting = m_reports.waiting_archive(name);
+        auto waiting = m_reports.waiting_archive(name);
         if (fs::exists(waiting, error)) return waiting;
         if (m_reports.is_sent(name)) return m_reports.sent_archive(name);
         return pack(m_reports.folder(name), name, waiting) ? waiting : fs::path();

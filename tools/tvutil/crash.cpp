@@ -88,6 +88,7 @@ std::string output_of_helper(std::vector<std::string> words) {
     const auto helper = tvutil2::crash_helper_file();
     words.insert(words.begin(), helper);
     std::vector<char*> arguments;
+    arguments.reserve(words.size() + 1);
     for (auto& word : words) arguments.push_back(word.data());
     arguments.push_back(nullptr);
     int ends[2];
@@ -131,7 +132,7 @@ void send(const Options& options) {
         } else if (error.empty()) {
             tool::print(name + "  sent");
         }
-        if (!error.empty()) tool::warn(name + ": " + error);
+        if (!error.empty()) tool::warn(std::string(name).append(": ").append(error));
     }
     if (options.json) tool::print(all);
     if (!is_all_sent) tool::exit_with(Exit::failed);
