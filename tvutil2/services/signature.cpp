@@ -82,7 +82,7 @@ class SignerCertificate {
             return CertGetNameStringW(m_context, CERT_NAME_SIMPLE_DISPLAY_TYPE, 0, nullptr, text,
                                       size);
         };
-        std::vector<char16_t> name(get(nullptr, 0) * 2);
+        std::vector<char16_t> name(std::size_t{get(nullptr, 0)} * 2);
         if (name.empty()) return {};
         if (get(name.data(), static_cast<DWORD>(name.size())) == 0) {
             std::fputs("CertGetNameString failed.\n", stdout);
