@@ -279,12 +279,14 @@ HMODULE load_bare(const std::u16string& name) {
     return fail_with(ERROR_MOD_NOT_FOUND), nullptr;
 }
 
-// The first look at the program makes its entry, which a fork must not come upon half made.
+// The first look at a module of the process makes its entry, and the first one at a system module
+// the entries of all, which a fork must not come upon half made.
 const ForkMember g_is_fork_safe(
     ForkRank::loader, &loader_lock(),
     [](void* lock) {
         static_cast<void>(executable_instance());
         static_cast<void>(library_instance());
+        static_cast<void>(system_module(u"KERNEL32.DLL"));
         static_cast<std::recursive_mutex*>(lock)->lock();
     },
     [](void* lock) { static_cast<std::recursive_mutex*>(lock)->unlock(); },
