@@ -232,8 +232,8 @@ TEST_F(ProductResources, HoldMenusAndDialogsThatTemplatesAreTakenFrom) {
         DWORD error;
     } cases[] = {
         {u"MainMenu", false, 0, ERROR_CALL_NOT_IMPLEMENTED},
-        {MAKEINTRESOURCEW(200), true, -1, ERROR_CALL_NOT_IMPLEMENTED},
-        {u"OnlyFrench", true, -1, ERROR_CALL_NOT_IMPLEMENTED},
+        {MAKEINTRESOURCEW(200), true, -1, ERROR_REQUIRES_INTERACTIVE_WINDOWSTATION},
+        {u"OnlyFrench", true, -1, ERROR_REQUIRES_INTERACTIVE_WINDOWSTATION},
         {u"Missing", false, 0, ERROR_RESOURCE_NAME_NOT_FOUND},
         {MAKEINTRESOURCEW(201), true, 0, ERROR_RESOURCE_NAME_NOT_FOUND},
     };

@@ -44,6 +44,16 @@ class ModuleResources {
         });
     }
 
+    // Bytes to the end of the resource that an address lies in.
+    [[nodiscard]] std::size_t bytes_from(const void* address) const {
+        const auto place = reinterpret_cast<std::uintptr_t>(address);
+        for (const auto* resource : m_index) {
+            const auto offset = place - reinterpret_cast<std::uintptr_t>(resource->data.data());
+            if (offset < resource->data.size()) return resource->data.size() - offset;
+        }
+        return 0;
+    }
+
     using Range = std::span<const Resource* const>;
 
     [[nodiscard]] Range of_type(const ResourceName& type) const {
@@ -186,6 +196,15 @@ const Resource* checked(HMODULE module, HRSRC handle) {
 }
 
 }  // namespace
+
+std::size_t bytes_in_resource(const void* address) {
+    auto& all = all_resources();
+    const std::shared_lock lock(all.mutex);
+    for (const auto& [module, resources] : all.modules) {
+        if (const auto bytes = resources.bytes_from(address)) return bytes;
+    }
+    return 0;
+}
 
 std::u16string_view string_in_block(std::span<const std::byte> block, unsigned int index) {
     for (;; --index) {

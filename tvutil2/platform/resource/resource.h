@@ -71,6 +71,9 @@ TVUTIL_API bool add_module_resources(HMODULE module, const void* image, std::siz
 /// other thread may be using it. The library's own resources stay.
 TVUTIL_API void remove_module_resources(HMODULE module);
 
+/// Bytes from an address to the end of the resource that it lies in; 0 when it lies in none.
+[[nodiscard]] std::size_t bytes_in_resource(const void* address);
+
 /// The text at an index of a block of 16 strings (RT_STRING, where the string `id` is at the index
 /// `id` % 16 of the block named `id` / 16 + 1): each is its length in units (16 bits) and the
 /// units. Empty where the block ends too early.

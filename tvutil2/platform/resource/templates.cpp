@@ -23,12 +23,6 @@ bool is_menu(Front front) {
     return front.first <= 1;
 }
 
-// DIALOGEX begins with its version, 1, and a word that no style of a DIALOG ends in.
-bool is_dialog(Front front) {
-    constexpr WORD kExtended = 0xFFFF;
-    return front.second != kExtended || front.first == 1;
-}
-
 }  // namespace
 
 HMENU LoadMenuIndirectW(const void* menu_template) {
@@ -39,15 +33,4 @@ HMENU LoadMenuIndirectW(const void* menu_template) {
                                                       : ERROR_INVALID_DATA);
     }
     return nullptr;
-}
-
-INT_PTR DialogBoxIndirectParamW(HINSTANCE, const void* dialog_template, HWND, DLGPROC procedure,
-                                LPARAM) {
-    if (dialog_template == nullptr || procedure == nullptr) {
-        SetLastError(ERROR_INVALID_PARAMETER);
-    } else {
-        SetLastError(is_dialog(front_of(dialog_template)) ? ERROR_CALL_NOT_IMPLEMENTED
-                                                          : ERROR_INVALID_DATA);
-    }
-    return -1;
 }

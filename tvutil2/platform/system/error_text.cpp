@@ -89,6 +89,7 @@ constexpr ErrorText kTexts[] = {
     {ERROR_INVALID_SID, u"The security identifier is not valid."},
     {ERROR_INVALID_MSGBOX_STYLE, u"There is no such set of buttons."},
     {ERROR_TIMEOUT, u"The operation took longer than it may."},
+    {ERROR_REQUIRES_INTERACTIVE_WINDOWSTATION, u"This needs a display, and there is none."},
     {ERROR_RESOURCE_DATA_NOT_FOUND, u"The file has no resources."},
     {ERROR_RESOURCE_TYPE_NOT_FOUND, u"The file has no resource of this type."},
     {ERROR_RESOURCE_NAME_NOT_FOUND, u"The file has no resource of this name."},

@@ -4,6 +4,9 @@
 #include "tvutil2/platform/base/wide_text.h"
 #include "tvutil2/platform/process/modules.h"
 #include "tvutil2/platform/window/class_table.h"
+#include "tvutil2/platform/window/controls/control.h"
+#include "tvutil2/platform/window/dialogs/dialogs.h"
+#include "tvutil2/platform/window/mouse.h"
 #include "tvutil2/platform/window/window.h"
 #include "tvutil2/platform/window/window_table.h"
 
@@ -26,13 +29,24 @@ struct Classes {
     std::vector<std::u16string> names;  // a name has its number for good
 
     Classes() {
-        auto fixed = std::make_shared<WindowClass>();
-        fixed->name = u"Static";
-        fixed->folded = u"static";
-        fixed->is_system = true;
-        fixed->description.lpfnWndProc = DefWindowProcW;
-        fixed->atom = atom_of(fixed->folded);
-        all.push_back(std::move(fixed));
+        constexpr UINT kControl = CS_DBLCLKS | CS_HREDRAW | CS_VREDRAW;
+        add_system(u"Static", static_procedure, kControl);
+        add_system(u"Button", button_procedure, kControl);
+        add_system(u"#32770", DefDlgProcW, CS_DBLCLKS);
+        all.back()->atom = LOWORD(reinterpret_cast<std::uintptr_t>(WC_DIALOG));
+        all.back()->description.cbWndExtra = DLGWINDOWEXTRA;
+    }
+
+    void add_system(const char16_t* name, WNDPROC procedure, UINT style) {
+        auto made = std::make_shared<WindowClass>();
+        made->name = name;
+        made->folded = folded_name(name);
+        made->is_system = true;
+        made->description.style = style;
+        made->description.lpfnWndProc = procedure;
+        made->description.hCursor = LoadCursorW(nullptr, IDC_ARROW);
+        made->atom = atom_of(made->folded);
+        all.push_back(std::move(made));
     }
 
     // 0 when there are no more.

@@ -49,11 +49,14 @@ void leave_relatives(Window& window, WindowTable& table) {
 // Ends the window as such. The queue is the calling thread's.
 void release(Window& window, ThreadQueue& queue) {
     bool was_for_others = false;
+    // Ends behind the lock: what a window keeps has handles of its own.
+    std::shared_ptr<WindowState> state;
     leave_display(window.hwnd());
     forget_window(queue, window.hwnd());
     {
         const TreeLock tree;
         was_for_others = is_for_others(window);
+        state.swap(window.state);
         const auto before = placement_of(window);
         window.style &= ~WS_VISIBLE;
         update_after(window, before, false, false);

@@ -10,6 +10,24 @@ namespace tvutil2 {
 /// WM_SIZE and WM_MOVE, to a window that hasn't had them yet, or `anew`.
 void tell_size(HWND window, bool anew);
 
+/// What a window of a class of the system keeps, made by the first call. Null when the window has
+/// gone or keeps something else.
+template <class T>
+[[nodiscard]] std::shared_ptr<T> state_of(HWND window) {
+    const TreeLock tree;
+    auto* const record = tree.table.find(window);
+    if (record == nullptr) return nullptr;
+    if (!record->state) record->state = std::make_shared<T>();
+    return std::dynamic_pointer_cast<T>(record->state);
+}
+/// Without making it.
+template <class T>
+[[nodiscard]] bool has_state(HWND window) {
+    const TreeLock tree;
+    const auto* const record = tree.table.find(window);
+    return record != nullptr && dynamic_cast<const T*>(record->state.get()) != nullptr;
+}
+
 // With the lock of the tree:
 
 [[nodiscard]] bool is_child(const Window& window);

@@ -86,6 +86,7 @@ void WindowTable::give_back(Window& record) {
     record.dpi = 0;
     record.least = {};
     record.top.reset();
+    record.state.reset();
     record.update = {};
     record.background_is_old = record.frame_is_old = false;
     record.is_counted = record.is_frozen = false;

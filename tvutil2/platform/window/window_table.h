@@ -26,6 +26,14 @@ class ThreadQueue;
 struct TopLevel;
 struct WindowClass;
 
+/// What a window of a class of the system keeps besides; belongs to the window's thread.
+struct WindowState {
+    WindowState() = default;
+    virtual ~WindowState() = default;
+    WindowState(const WindowState&) = delete;
+    WindowState& operator=(const WindowState&) = delete;
+};
+
 struct Window {
     std::atomic<std::uintptr_t> handle{0};  ///< 0 while it is no window
     std::atomic<ThreadQueue*> queue{nullptr};
@@ -51,6 +59,7 @@ struct Window {
     bool background_is_old = false, frame_is_old = false;
     bool is_counted = false;  ///< among those of its queue
     bool is_frozen = false;   ///< isn't drawn (WM_SETREDRAW)
+    std::shared_ptr<WindowState> state;
     std::map<std::u16string, HANDLE> properties;
     std::uint64_t age = 0;  ///< the number of its creation
     std::uint32_t index = 0, generation = 0;
