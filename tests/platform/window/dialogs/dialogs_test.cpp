@@ -13,6 +13,8 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <functional>
+#include <string>
 
 #include "tests/platform/window/dialogs/template_bytes.h"
 #include "tests/platform/window/trace.h"

@@ -11,6 +11,8 @@
 #include "tvutil2/platform/window/window.h"
 
 #include <algorithm>
+#include <utility>
+#include <vector>
 
 namespace tvutil2 {
 namespace {
@@ -243,11 +245,11 @@ HWND GetNextDlgTabItem(HWND dialog, HWND control, BOOL previous) {
     if (count == 0) return nullptr;
     auto at = tvutil2::index_of(stops, control);
     if (at == count && previous != 0) at = 0;
-    for (std::size_t i = 1; i <= count + 1; ++i) {
-        const auto step = previous != 0 ? count + 1 - i % (count + 1) : i;
-        // From behind the last one the first one is next.
-        const auto index = (at + step) % (count + (at == count ? 1 : 0));
-        if (index >= count) continue;
+    // From behind the last one the first one is next.
+    const auto places = count + (at == count ? 1 : 0);
+    for (std::size_t i = 1; i <= places; ++i) {
+        const auto index = (at + (previous != 0 ? places - i : i)) % places;
+        if (index == count) continue;
         if (is_usable(stops[index]) && (stops[index].style & WS_TABSTOP) != 0) {
             return stops[index].window;
         }
