@@ -54,6 +54,7 @@
 #include "tvutil2/services/help_links.h"
 #include "tvutil2/services/http.h"
 #include "tvutil2/services/live_update.h"
+#include "tvutil2/services/notifications.h"
 #include "tvutil2/services/signature.h"
 #include "tvutil2/settings/information_file.h"
 #include "tvutil2/settings/ini_file.h"

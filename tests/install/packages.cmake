@@ -12,6 +12,7 @@ endif()
 set(packages
   "libtvutil2-8|libsqlite3-0 |/libtvutil2[.]so[.]8"
   "libtvutil2-8|libssl[0-9]|/libtvutil2[.]so[.]8[.]"
+  "libtvutil2-8|libglib2[.]0.*libxml2|/tvutil2/tvutil2-notify[.]so"
   "libtvutil2-8|libicu[0-9]|/libtvutil2[.]so[.]8[.]"
   "libtvutil2-dev|libtvutil2-8 [(]= |/tvutil2/tvutil2[.]h"
   "libtvutil2-dev|libtvutil2-8 [(]= |/libtvutil2[.]so"

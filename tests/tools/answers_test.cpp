@@ -3,12 +3,14 @@
 #include <nlohmann/json.hpp>
 
 #include <filesystem>
+#include <future>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "tests/support/http_server.h"
 #include "tests/support/profile.h"
+#include "tests/support/session_bus.h"
 #include "tests/tools/tvutil.h"
 
 namespace {
@@ -125,6 +127,39 @@ TEST(Tvutil, ShowsCrashReports) {
         {{{"crash", "send", "--to", server.address()}, "", 0, "a_1  sent\nc_3  sent\n"},
          {{"crash", "send"}, "", 0},
          {{"crash", "list"}, "", 0, "a_1  signal  SIGSEGV  sent\nb_2      sent\nc_3      sent\n"}});
+}
+
+TEST(Tvutil, ShowsNotificationsAndWaitsForTheAnswer) {
+    EXPECT_EQ(tvutil({"notify", "send", "Done"}).code, 4);
+    const tests::SessionBus bus;
+    tests::NotificationServer server(TESTS_STARTED "/notification_server.exe");
+    const auto picture = tests::new_folder() + "/a&b.png";
+    tests::write_file(picture, "x");
+    auto waiting = std::async(std::launch::async, [&picture] {
+        return tvutil({"notify", "send", "Done", "3 files", "--button", "<a & \"b\">", "--picture",
+                       picture, "--icon", picture, "--name", "Dovr", "--wait", "--json"});
+    });
+    const auto address = "file://" + picture.substr(0, picture.rfind('/')) + "/a%26b.png";
+    EXPECT_EQ(server.asked(), (std::vector<std::string>{
+                                  "notify", "1", "Dovr", address, "Done", "3 files", address,
+                                  "tvutil2.toast.c546f6c766172696e652e74767574696c", "default", "",
+                                  "1:action=update&conversationId=9813", "<a & \\\"b\\\">"}));
+    server.order("invoke 1 1:answer");
+    EXPECT_EQ(waiting.get().out, "{\n  \"argument\": \"answer\"\n}\n");
+    const std::string id = "Tolvarine.tvutil";
+    tests::expect_answers(
+        "", {{{"notify", "list"},
+              "",
+              0,
+              id + "\tDovr\t{546f6c76-6172-696e-652e-74767574696c}\t"
+                   "1 shown\t0 scheduled\n"},
+             {{"notify", "clear"}, "", 0, ""},
+             {{"notify", "forget"}, "", 0, ""},
+             {{"notify", "forget"}, "", 1, ""},
+             {{"notify", "list", "--json"}, "", 0, "[]\n"},
+             {{"notify", "clear", "--id", ""}, "", 4, ""},
+             {{"notify", "class-id", "Dovr"}, "", 0, "446f7672-0000-0000-0000-000000000000\n"}});
+    EXPECT_EQ(server.asked(), (std::vector<std::string>{"close", "1"}));
 }
 
 TEST(Tvutil, JsonIsValidForAnyText) {

@@ -17,7 +17,10 @@ using CLSID = GUID;
 inline constexpr HRESULT REGDB_E_CLASSNOTREG = static_cast<HRESULT>(0x80040154);
 inline constexpr HRESULT CLASS_E_NOAGGREGATION = static_cast<HRESULT>(0x80040110);
 inline constexpr HRESULT RPC_E_CHANGED_MODE = static_cast<HRESULT>(0x80010106);
+inline constexpr HRESULT CO_E_CLASSSTRING = static_cast<HRESULT>(0x800401F3);
+inline constexpr HRESULT CO_E_OBJNOTREG = static_cast<HRESULT>(0x800401FB);
 inline constexpr DWORD CLSCTX_INPROC_SERVER = 1;
+inline constexpr DWORD CLSCTX_LOCAL_SERVER = 4;
 
 inline constexpr DWORD COINIT_MULTITHREADED = 0;
 inline constexpr DWORD COINIT_APARTMENTTHREADED = 2;
@@ -28,6 +31,7 @@ inline constexpr DWORD COINIT_DISABLE_OLE1DDE = 4;
 }
 
 inline constexpr IID IID_IUnknown{0, 0, 0, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}};
+inline constexpr IID IID_IClassFactory{1, 0, 0, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}};
 
 /// An object belongs to its references: it is gone with the last Release. AddRef and Release are
 /// safe from any thread.
@@ -42,6 +46,21 @@ class IUnknown {
   protected:
     ~IUnknown() = default;
 };
+
+/// Makes objects of one class.
+class IClassFactory : public IUnknown {
+  public:
+    /// `outer` must be null: CLASS_E_NOAGGREGATION.
+    virtual HRESULT CreateInstance(IUnknown* outer, const IID& id, void** object) = 0;
+    virtual HRESULT LockServer(BOOL lock) = 0;
+
+  protected:
+    ~IClassFactory() = default;
+};
+
+/// The id in "{01234567-89AB-CDEF-0123-456789ABCDEF}", in any case; all zeros for null.
+/// CO_E_CLASSSTRING, and all zeros, for any other text: names of classes aren't looked up.
+TVUTIL_API HRESULT CLSIDFromString(const char16_t* text, CLSID* id);
 
 /// A new object of a class and one of its interfaces. REGDB_E_CLASSNOTREG for a class that isn't
 /// there; `outer` must be null. A thread needn't be initialised.

@@ -195,6 +195,26 @@ LONG RegDeleteValueW(HKEY key, const char16_t* name) {
     return error != kSuccess ? error : base.hive->delete_value(base.id, view_of(name));
 }
 
+LONG RegSetKeyValueW(HKEY key, const char16_t* sub_key, const char16_t* name, DWORD type,
+                     const void* data, DWORD size) {
+    HKEY opened = nullptr;
+    auto error =
+        RegCreateKeyExW(key, sub_key, 0, nullptr, 0, KEY_SET_VALUE, nullptr, &opened, nullptr);
+    if (error != kSuccess) return error;
+    error = RegSetValueExW(opened, name, 0, type, static_cast<const BYTE*>(data), size);
+    RegCloseKey(opened);
+    return error;
+}
+
+LONG RegDeleteKeyValueW(HKEY key, const char16_t* sub_key, const char16_t* name) {
+    HKEY opened = nullptr;
+    auto error = RegOpenKeyExW(key, sub_key, 0, KEY_SET_VALUE, &opened);
+    if (error != kSuccess) return error;
+    error = RegDeleteValueW(opened, name);
+    RegCloseKey(opened);
+    return error;
+}
+
 LONG RegEnumKeyW(HKEY key, DWORD index, char16_t* name, DWORD count) {
     return RegEnumKeyExW(key, index, name, &count, nullptr, nullptr, nullptr, nullptr);
 }

@@ -101,6 +101,13 @@ TVUTIL_API LONG RegSetValueExW(HKEY key, const char16_t* name, DWORD reserved, D
 
 TVUTIL_API LONG RegDeleteValueW(HKEY key, const char16_t* name);
 
+/// Makes or replaces a value of a sub key, which is made if it is missing; null or empty names
+/// `key` itself. Errors as with RegCreateKeyExW and RegSetValueExW.
+TVUTIL_API LONG RegSetKeyValueW(HKEY key, const char16_t* sub_key, const char16_t* name, DWORD type,
+                                const void* data, DWORD size);
+/// Deletes a value of a sub key.
+TVUTIL_API LONG RegDeleteKeyValueW(HKEY key, const char16_t* sub_key, const char16_t* name);
+
 /// The name of the sub key at `index`; `count` is the room in units, the zero included.
 /// ERROR_NO_MORE_ITEMS past the last, ERROR_MORE_DATA when the name doesn't fit.
 TVUTIL_API LONG RegEnumKeyW(HKEY key, DWORD index, char16_t* name, DWORD count);
