@@ -1,7 +1,6 @@
 #include "tvutil2/platform/notify/toast_view.h"
 
 #include "tvutil2/platform/base/host_path.h"
-#include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/base/utf.h"
 
 #include <sys/stat.h>
@@ -110,7 +109,7 @@ std::string file_address(const std::u16string& path) {
 bool read_toast(const XmlDocument& document, const ToastRegistration& registration,
                 const std::u16string& model_id, ToastContent& content) {
     const auto root = document.SelectSingleNode(u"/toast");
-    if (!root) return fail_with(static_cast<DWORD>(E_INVALIDARG));
+    if (!root) return false;
     auto& view = content.view;
     view.program = shown_text(
         registration.display_name.empty() ? model_id : registration.display_name, kLongestLabel);

@@ -18,8 +18,8 @@ struct ToastContent {
 /// Texts: the first is the title, the others are lines of the body. 4,096 characters of each are
 /// shown, and 200 of a button; controls become U+FFFD. Pictures: the one that is placed as the
 /// logo, else the first that can be had; what isn't the path of a plain file is passed over, and so
-/// is a button without a text. The key of a button carries its arguments. False with E_INVALIDARG
-/// as the last error when the document's element is no "toast".
+/// is a button without a text. The key of a button carries its arguments. False when the document's
+/// element is no "toast".
 TVUTIL_API bool read_toast(const Windows::Data::Xml::Dom::XmlDocument& document,
                            const ToastRegistration& registration, const std::u16string& model_id,
                            ToastContent& content);

@@ -42,6 +42,21 @@ struct ParserEnd {
 };
 
 void say_nothing(void* /*context*/, xmlErrorPtr /*error*/) {}
+void print_nothing(void* /*context*/, const char* /*format*/, ...) {}
+
+// Some mistakes in expressions are printed, past the context's own way for errors. Holds for the
+// calling thread.
+class NothingPrinted {
+  public:
+    NothingPrinted() { xmlSetGenericErrorFunc(nullptr, print_nothing); }
+    ~NothingPrinted() { xmlSetGenericErrorFunc(m_context, m_function); }
+    NothingPrinted(const NothingPrinted&) = delete;
+    NothingPrinted& operator=(const NothingPrinted&) = delete;
+
+  private:
+    xmlGenericErrorFunc m_function = xmlGenericError;
+    void* m_context = xmlGenericErrorContext;
+};
 
 class Tree final : public XmlTree {
   public:
@@ -62,6 +77,7 @@ class Tree final : public XmlTree {
         if (!context) throw std::bad_alloc();
         context->error = say_nothing;
         context->node = from != nullptr ? node_of(from) : reinterpret_cast<xmlNode*>(m_document);
+        const NothingPrinted quiet;
         const std::unique_ptr<xmlXPathObject, ObjectEnd> result(
             xmlXPathEvalExpression(xml(path), context.get()));
         if (!result || result->type != XPATH_NODESET) return false;
