@@ -2,6 +2,7 @@
 
 #include "tvutil2/framework/app.h"
 #include "tvutil2/framework/app_thread.h"
+#include "tvutil2/framework/graphics.h"
 #include "tvutil2/framework/wnd.h"
 #include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/objects/threads.h"
@@ -16,6 +17,13 @@ namespace {
 // Neither needs a record of the thread, so that a program's start makes none.
 thread_local CWinThread* t_thread = nullptr;
 thread_local bool t_has_application = false;
+
+// What FromHandle made for the while.
+void delete_temporary_objects() {
+    CWnd::DeleteTempMap();
+    CDC::DeleteTempMap();
+    CGdiObject::DeleteTempMap();
+}
 
 }  // namespace
 
@@ -52,7 +60,7 @@ DWORD CWinThread::ResumeThread() {
 DWORD CWinThread::begin(void* object) {
     auto* const thread = static_cast<CWinThread*>(object);
     const auto code = thread->live();
-    CWnd::DeleteTempMap();
+    delete_temporary_objects();
     const std::unique_ptr<CWinThread> owner(thread->m_bAutoDelete ? thread : nullptr);
     return static_cast<DWORD>(code);
 }
@@ -113,7 +121,7 @@ BOOL CWinThread::PreTranslateMessage(MSG* message) {
 }
 
 BOOL CWinThread::OnIdle(LONG count) {
-    if (count == 1) CWnd::DeleteTempMap();
+    if (count == 1) delete_temporary_objects();
     return count < 1 ? TRUE : FALSE;
 }
 

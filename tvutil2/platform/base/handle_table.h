@@ -32,7 +32,8 @@ enum class HandleKind : std::uint8_t {
     icon,
     image_list,
     certificates,
-    message
+    message,
+    memory
 };
 
 namespace handle_table {

@@ -272,3 +272,25 @@ BOOL StretchBlt(HDC target, int x, int y, int width, int height, HDC source, int
     stretch_by_pixels(copy, clip, across, down, code, pixels);
     return TRUE;
 }
+
+namespace tvutil2 {
+
+bool draw_surface(HDC context, const RECT& to, const Surface& pixels, const RECT& part) {
+    const Drawing drawing(context);
+    if (!drawing) return false;
+    auto* const engine = drawing_engine();
+    if (engine == nullptr) return false;
+    const auto from = common_part(part, pixels.area());
+    const auto at = drawing.to_device(to);
+    constexpr LONG kFar = 1 << 24;
+    const auto is_far = [](LONG value) { return value < -kFar || value > kFar; };
+    if (is_empty(from) || is_far(at.left) || is_far(at.top) || is_far(at.right) ||
+        is_far(at.bottom)) {
+        return true;
+    }
+    engine->draw_image(drawing.canvas(), at, {pixels.row(0), pixels.width(), pixels.height()}, from,
+                       1);
+    return true;
+}
+
+}  // namespace tvutil2

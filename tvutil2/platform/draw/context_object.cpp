@@ -21,15 +21,16 @@ Selected<BitmapObject, HBITMAP> one_pixel() {
     return {graphics_object<BitmapObject>(handle), handle};
 }
 
-ContextState first_state() {
-    static const ContextState state = [] {
-        ContextState made;
-        made.brush = stock<BrushObject, HBRUSH>(WHITE_BRUSH);
-        made.pen = stock<PenObject, HPEN>(BLACK_PEN);
-        made.font = stock<FontObject, HFONT>(SYSTEM_FONT);
+// Never destroyed: other threads may be drawing when the process ends.
+const ContextState& first_state() {
+    static const auto* const state = [] {
+        auto* const made = new ContextState;
+        made->brush = stock<BrushObject, HBRUSH>(WHITE_BRUSH);
+        made->pen = stock<PenObject, HPEN>(BLACK_PEN);
+        made->font = stock<FontObject, HFONT>(SYSTEM_FONT);
         return made;
     }();
-    return state;
+    return *state;
 }
 
 }  // namespace

@@ -68,7 +68,7 @@ class FontObject : public GraphicsObject {
     [[nodiscard]] const LOGFONTW& record() const { return m_record; }
     /// Opened when it is first asked for. Null with the last error where there is no drawing
     /// module.
-    [[nodiscard]] const std::shared_ptr<const Font>& font();
+    [[nodiscard]] std::shared_ptr<const Font> font();
 
   private:
     LOGFONTW m_record;

@@ -98,7 +98,7 @@ COLORREF BrushObject::color() const {
     return m_system_color < 0 ? m_brush.lbColor : GetSysColor(m_system_color);
 }
 
-const std::shared_ptr<const Font>& FontObject::font() {
+std::shared_ptr<const Font> FontObject::font() {
     const std::lock_guard guard(m_lock);
     if (!m_font) {
         if (auto* const engine = drawing_engine(); engine != nullptr) {
