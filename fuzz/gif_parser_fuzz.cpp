@@ -13,7 +13,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     while (parser.skip_next_graphic()) ++count;
     parser.rewind();
     for (; const auto frame = parser.next_graphic(); --count) {
-        tvutil2::GifParser alone(frame->file);
+        const auto file = std::make_unique<std::uint8_t[]>(frame->file_size());
+        frame->write_file(file.get());
+        tvutil2::GifParser alone({file.get(), frame->file_size()});
         fuzz::require(alone.is_gif() && alone.skip_next_graphic() && !alone.skip_next_graphic());
         fuzz::require(alone.next_block() == BLOCK_TRAILER);
     }

@@ -32,7 +32,8 @@ std::string frames_of(const std::string& data) {
     parser.rewind();
     std::string told;
     for (; const auto frame = parser.next_graphic(); --count) {
-        const std::string file(frame->file.begin(), frame->file.end());
+        std::string file(frame->file_size(), '\0');
+        frame->write_file(reinterpret_cast<BYTE*>(file.data()));
         const auto front = kFront.size();
         EXPECT_EQ(file.substr(0, front), kFront);
         EXPECT_EQ(file.back(), '\x3B');

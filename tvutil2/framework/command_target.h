@@ -112,5 +112,6 @@ struct MessageCall<handler, void (Class::*)(UINT, int, int)> {
 #define ON_WM_CREATE() TVUTIL_ENTRY(WM_CREATE, 0, 0, 0, &ThisClass::OnCreate)
 #define ON_WM_DESTROY() TVUTIL_ENTRY(WM_DESTROY, 0, 0, 0, &ThisClass::OnDestroy)
 #define ON_WM_CLOSE() TVUTIL_ENTRY(WM_CLOSE, 0, 0, 0, &ThisClass::OnClose)
+#define ON_WM_PAINT() TVUTIL_ENTRY(WM_PAINT, 0, 0, 0, &ThisClass::OnPaint)
 #define ON_WM_SIZE() TVUTIL_ENTRY(WM_SIZE, 0, 0, 0, &ThisClass::OnSize)
 #define ON_WM_TIMER() TVUTIL_ENTRY(WM_TIMER, 0, 0, 0, &ThisClass::OnTimer)

@@ -286,6 +286,10 @@ void CWnd::OnClose() {
     Default();
 }
 
+void CWnd::OnPaint() {
+    Default();
+}
+
 void CWnd::OnSize(UINT /*type*/, int /*width*/, int /*height*/) {
     Default();
 }

@@ -92,6 +92,7 @@ class TVUTIL_API CWnd : public CCmdTarget {
     int OnCreate(CREATESTRUCTW* given);
     void OnDestroy();
     void OnClose();
+    void OnPaint();
     void OnSize(UINT type, int width, int height);
     void OnTimer(UINT_PTR id);
 

@@ -34,6 +34,12 @@ bool is_of_graphic(GIFBlockTypes block) {
 
 }  // namespace
 
+void GifFrame::write_file(BYTE* to) const {
+    to = std::ranges::copy(front, to).out;
+    to = std::ranges::copy(run, to).out;
+    *to = 0x3B;
+}
+
 GifParser::GifParser(std::span<const BYTE> data) : m_data(data) {
     if (data.size() < kHeader) return;
     const std::string_view start(reinterpret_cast<const char*>(data.data()), kScreenPlace);
@@ -153,12 +159,8 @@ std::optional<GifFrame> GifParser::next_graphic() {
         };
         frame.place = {.size = {number(5), number(7)}, .offset = {number(1), number(3)}};
     }
-    const auto front = m_data.first(kHeader + m_colours);
-    const auto run = m_data.subspan(start, m_offset - start);
-    frame.file.reserve(front.size() + run.size() + 1);
-    frame.file.assign(front.begin(), front.end());
-    frame.file.insert(frame.file.end(), run.begin(), run.end());
-    frame.file.push_back(0x3B);
+    frame.front = m_data.first(kHeader + m_colours);
+    frame.run = m_data.subspan(start, m_offset - start);
     return frame;
 }
 

@@ -13,7 +13,6 @@
 #include <cstddef>
 #include <optional>
 #include <span>
-#include <vector>
 
 /// What a block is, by its first bytes.
 enum GIFBlockTypes : std::uint8_t {
@@ -35,10 +34,15 @@ struct GifFrame {
         SIZE offset;  ///< left and top on the logical screen
     };
 
-    std::vector<BYTE> file;      ///< a GIF of this frame alone, with the whole one's logical screen
-    UINT delay = kNoDelay;       ///< hundredths of a second; kNoDelay without a control extension
-    UINT disposal = 0;           ///< 0 to 7
-    std::optional<Place> place;  ///< nothing for a plain text
+    std::span<const BYTE> front;  ///< of the whole file, up to the global colour table
+    std::span<const BYTE> run;    ///< from the control extension to the end of the picture or text
+    UINT delay = kNoDelay;        ///< hundredths of a second; kNoDelay without a control extension
+    UINT disposal = 0;            ///< 0 to 7
+    std::optional<Place> place;   ///< nothing for a plain text
+
+    /// A GIF of this frame alone, with the whole one's logical screen: front, run, and a trailer.
+    [[nodiscard]] std::size_t file_size() const { return front.size() + run.size() + 1; }
+    TVUTIL_API void write_file(BYTE* to) const;
 };
 
 /// Reads nothing outside the data, whatever they are; they must outlive it. A block that would
@@ -69,8 +73,7 @@ class TVUTIL_API GifParser {
     bool skip_next_block();
     /// Goes behind the next graphic; false when there is none before the end.
     bool skip_next_graphic();
-    /// The same, and gives it: the front of the file up to the global colour table, the bytes from
-    /// the control extension to the end of the picture or text, and a trailer.
+    /// The same, and gives it.
     [[nodiscard]] std::optional<GifFrame> next_graphic();
 
   private:

@@ -4,20 +4,30 @@
 #include "tvutil2/platform/draw/theme.h"
 #include "tvutil2/platform/process/own_module.h"
 
-#include <algorithm>
+#include <utility>
 
 namespace tvutil2 {
+namespace {
 
-std::shared_ptr<Surface> decode_picture(std::span<const std::byte> bytes) {
+class SurfaceRoom final : public PictureRoom {
+  public:
+    std::uint32_t* make(int width, int height) override {
+        surface = Surface::create(width, height, system_dpi(), 0);
+        return surface ? surface->row(0) : nullptr;
+    }
+    std::shared_ptr<Surface> surface;
+};
+
+}  // namespace
+
+std::shared_ptr<Surface> decode_picture(std::span<const std::byte> bytes, std::int64_t most) {
     auto* const decode =
         reinterpret_cast<DecodePicture*>(own_module_function("picture", kDecodePicture));
     if (decode == nullptr) return nullptr;
-    DecodedPicture picture;
-    const auto error = decode(bytes, picture);
+    SurfaceRoom room;
+    const auto error = decode(bytes, most, room);
     if (error != 0) return fail_with(error), nullptr;
-    auto surface = Surface::create(picture.width, picture.height, system_dpi(), 0);
-    if (surface) std::ranges::copy(picture.pixels, surface->row(0));
-    return surface;
+    return std::move(room.surface);
 }
 
 }  // namespace tvutil2

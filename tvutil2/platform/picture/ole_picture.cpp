@@ -118,6 +118,7 @@ namespace {
 // The layout of GIF87a and GIF89a (CompuServe, 1987 and 1990).
 constexpr std::size_t kScreen = 6;
 constexpr std::size_t kHeader = 13;
+constexpr std::size_t kDescriptor = 11;  // with the size of codes
 
 // The bytes of a GIF, as numbers; beyond its end they are 0.
 class GifBytes {
@@ -126,6 +127,9 @@ class GifBytes {
     [[nodiscard]] std::size_t size() const { return m_bytes.size(); }
     [[nodiscard]] unsigned at(std::size_t place) const {
         return place < m_bytes.size() ? std::to_integer<unsigned>(m_bytes[place]) : 0;
+    }
+    [[nodiscard]] static std::size_t table(unsigned packed) {
+        return (packed & 0x80U) != 0 ? std::size_t{3} << ((packed & 7U) + 1) : 0;
     }
     // Where the chain of sub-blocks that begins there has ended.
     [[nodiscard]] std::size_t behind_chain(std::size_t place) const {
@@ -144,8 +148,7 @@ bool is_gif(const GifBytes& bytes) {
 
 // The place of the first image's descriptor; 0 when there is none.
 std::size_t first_image(const GifBytes& bytes) {
-    const auto packed = bytes.at(10);
-    auto place = kHeader + ((packed & 0x80U) != 0 ? std::size_t{3} << ((packed & 7U) + 1) : 0);
+    auto place = kHeader + GifBytes::table(bytes.at(10));
     while (bytes.at(place) == 0x21) place = bytes.behind_chain(place + 2);
     return bytes.at(place) == 0x2C && place + 10 <= bytes.size() ? place : 0;
 }
@@ -159,6 +162,10 @@ void crop_gif_to_image(std::vector<std::byte>& bytes) {
     if (image == 0) return;
     std::copy_n(bytes.begin() + static_cast<std::ptrdiff_t>(image) + 5, 4, bytes.begin() + kScreen);
     std::fill_n(bytes.begin() + static_cast<std::ptrdiff_t>(image) + 1, 4, std::byte{0});
+    const auto end = gif.behind_chain(image + kDescriptor + GifBytes::table(gif.at(image + 9)));
+    if (end > bytes.size()) return;  // the image is cut off
+    bytes.resize(end);
+    bytes.push_back(std::byte{0x3B});
 }
 
 }  // namespace tvutil2

@@ -38,8 +38,8 @@ TVUTIL_API HRESULT OleLoadPicture(IStream* stream, LONG size, BOOL run_mode, con
 
 namespace tvutil2 {
 
-/// Makes the logical screen of a GIF as large as its first image. Leaves alone what isn't a GIF and
-/// one that has no image.
+/// Makes the logical screen of a GIF as large as its first image, and leaves out what stands behind
+/// that, damaged or not. Leaves alone what isn't a GIF and one that has no image.
 TVUTIL_API void crop_gif_to_image(std::vector<std::byte>& bytes);
 
 }  // namespace tvutil2
