@@ -1,6 +1,7 @@
 // The inner loops against plain ones: what a kernel takes becomes the same as without it, whatever
 // stands before and behind, and wherever something is wrong.
 #include "tvutil2/platform/codepage/codepage.h"
+#include "tvutil2/platform/codepage/four_byte_text.h"
 #include "tvutil2/platform/codepage/pair_bytes.h"
 #include "tvutil2/platform/codepage/single_units.h"
 #include "tvutil2/platform/codepage/utf8_kernels.h"
@@ -8,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <cstring>
 #include <random>
 #include <string>
 #include <vector>
@@ -245,6 +247,73 @@ TEST(CodePageKernels, PairsAreFoundAtEveryPlace) {
                                           static_cast<int>(text.size())),
                       static_cast<int>(expected.size()));
             ASSERT_EQ(text, expected) << page;
+        }
+    }
+}
+
+// Sequences of one, two and four bytes, and broken ones, at every place of a block, against the
+// same sequences one by one; and back.
+TEST(CodePageKernels, FourBytesAreFoundAtEveryPlace) {
+    std::mt19937 random(2);
+    const auto any = [&random](unsigned int first, unsigned int last) {
+        return static_cast<char>(first + random() % (last - first + 1));
+    };
+    const auto widened = [](const std::string& bytes) {
+        std::u16string units(bytes.size() + 1, u'\0');
+        units.resize(static_cast<std::size_t>(
+            MultiByteToWideChar(54936, 0, bytes.data(), static_cast<int>(bytes.size()),
+                                units.data(), static_cast<int>(units.size()))));
+        return units;
+    };
+    std::vector<std::uint32_t> table(0x10000);
+    for (char16_t unit = 1; unit != 0; ++unit) {
+        if (unit >= 0xD800 && unit < 0xE000) continue;
+        char sequence[4] = {};
+        WideCharToMultiByte(54936, 0, &unit, 1, sequence, 4, nullptr, nullptr);
+        std::memcpy(&table[unit], sequence, sizeof sequence);
+    }
+    for (int round = 0; round < 2000; ++round) {
+        const auto longs = 1 + random() % 8;
+        std::string bytes(static_cast<std::size_t>(round % 67), 'a');
+        std::u16string expected(bytes.begin(), bytes.end());
+        while (bytes.size() < 300) {
+            std::string sequence(1, any('A', 'z'));
+            if (random() % 8 < longs) {
+                // Mostly of the 16-bit area, and some that lead nowhere.
+                sequence = {any(0x81, random() % 8 != 0 ? 0x84 : 0xFE), any('0', '9'),
+                            any(0x81, 0xFE), any('0', '9')};
+            } else if (random() % 2 != 0) {
+                sequence = {any(0x81, 0xFE), any(0x40, 0x7E)};
+            }
+            if (random() % 64 == 0) sequence = {any(0x81, 0xFE), any('0', '9'), 'x'};
+            bytes += sequence;
+            expected += widened(sequence);
+        }
+        const auto units = widened(bytes);
+        ASSERT_EQ(units, expected) << round;
+        ASSERT_EQ(
+            MultiByteToWideChar(54936, 0, bytes.data(), static_cast<int>(bytes.size()), nullptr, 0),
+            static_cast<int>(units.size()));
+
+        std::string one_by_one;
+        char room[4];
+        for (std::size_t i = 0; i < units.size(); ++i) {
+            const bool is_pair = i + 1 < units.size() && units[i] >= 0xD800 && units[i] < 0xDC00;
+            one_by_one.append(
+                room, static_cast<std::size_t>(WideCharToMultiByte(
+                          54936, 0, &units[i], is_pair ? 2 : 1, room, 4, nullptr, nullptr)));
+            i += is_pair ? 1 : 0;
+        }
+        for (const auto& kernel : four_bytes_kernels()) {
+            std::string narrowed(units.size() * 4 + 64, '\0');
+            for (std::size_t taken = 0, made = 0; taken + 16 < units.size();) {
+                const auto part = kernel.put(table.data(), std::u16string_view(units).substr(taken),
+                                             narrowed.data() + made, narrowed.size() - made);
+                ASSERT_GT(part.taken, 0U) << kernel.name;
+                taken += part.taken;
+                made += part.made;
+                ASSERT_EQ(one_by_one.compare(0, made, narrowed, 0, made), 0) << kernel.name;
+            }
         }
     }
 }

@@ -49,6 +49,12 @@ class FourByteArea {
         return above < 0x100000 ? 0x10000 + above : kNoCharacter;
     }
 
+    /// character_of for the numbers below unit_count(), as a table for inner loops.
+    [[nodiscard]] const char16_t* units() const { return m_units.data(); }
+    [[nodiscard]] std::uint32_t unit_count() const {
+        return static_cast<std::uint32_t>(m_units.size());
+    }
+
     /// One, two or four bytes as they stand in memory, for each of the 65,536 units; 0 for a
     /// surrogate, and for U+0000, whose byte is 0.
     [[nodiscard]] const std::uint32_t* bytes_of_all() const { return m_bytes.data(); }

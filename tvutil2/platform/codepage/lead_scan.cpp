@@ -49,6 +49,16 @@ LeadScan scan_block(const PageTable& page, const char* bytes) {
     return scan;
 }
 
+std::uint64_t digits_in(const char* block) {
+    const Range digits(LeadRange{'0', '9'});
+    std::uint64_t found = 0;
+    for (std::size_t i = 0; i < kScanned; i += 16) {
+        found |=
+            bits(digits.holds(_mm_loadu_si128(reinterpret_cast<const __m128i*>(block + i))), i);
+    }
+    return found;
+}
+
 #else
 
 LeadScan scan_block(const PageTable& page, const char* bytes) {
@@ -61,6 +71,14 @@ LeadScan scan_block(const PageTable& page, const char* bytes) {
         if (byte >= 0x80) scan.above_ascii |= bit;
     }
     return scan;
+}
+
+std::uint64_t digits_in(const char* block) {
+    std::uint64_t found = 0;
+    for (std::size_t i = 0; i < kScanned; ++i) {
+        if (block[i] >= '0' && block[i] <= '9') found |= std::uint64_t{1} << i;
+    }
+    return found;
 }
 
 #endif
