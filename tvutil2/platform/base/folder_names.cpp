@@ -6,7 +6,6 @@
 #include "tvutil2/platform/base/wide_text.h"
 
 #include <dirent.h>
-#include <pthread.h>
 #include <sys/inotify.h>
 #include <sys/stat.h>
 #include <sys/vfs.h>
@@ -77,8 +76,9 @@ bool changes_are_local(const OpenFolder& folder) {
 
 // How many forks this process is away from the one that loaded the library.
 std::atomic<unsigned> g_forks{0};
-[[maybe_unused]] const int g_counts_forks =
-    pthread_atfork(nullptr, nullptr, [] { g_forks.fetch_add(1, std::memory_order_relaxed); });
+const ForkMember g_counts_forks(
+    ForkRank::caller, nullptr, [](void* /*what*/) {}, [](void* /*what*/) {},
+    [](void* /*what*/) { g_forks.fetch_add(1, std::memory_order_relaxed); });
 
 bool is_better(std::string_view name, const std::optional<std::string>& best,
                std::string_view exact) {

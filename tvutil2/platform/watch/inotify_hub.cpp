@@ -5,7 +5,6 @@
 #include "tvutil2/platform/files/host_files.h"
 
 #include <poll.h>
-#include <pthread.h>
 #include <sys/inotify.h>
 #include <unistd.h>
 
@@ -94,18 +93,22 @@ InotifyHub& InotifyHub::instance() {
     return *hub;
 }
 
-InotifyHub::InotifyHub() : m_state(new State) {
-    // The queue is the parent's: a child that read it would take changes away. What it inherits of
-    // watches tells nothing any more.
-    pthread_atfork([] { instance().m_lock.lock(); }, [] { instance().m_lock.unlock(); },
-                   [] {
-                       auto& hub = instance();
-                       for (const auto& [watch, folders] : hub.m_state->subscribers) {
-                           for (auto* const folder : folders) folder->m_watch = -1;
-                       }
-                       *hub.m_state = State();
-                       hub.m_lock.unlock();
-                   });
+InotifyHub::InotifyHub()
+    : m_state(new State),
+      m_is_fork_safe(
+          ForkRank::store, this, [](void* hub) { static_cast<InotifyHub*>(hub)->m_lock.lock(); },
+          [](void* hub) { static_cast<InotifyHub*>(hub)->m_lock.unlock(); },
+          [](void* hub) { static_cast<InotifyHub*>(hub)->begin_child(); }) {}
+
+// The queue is the parent's: a child that read it would take changes away. What it inherits of
+// watches tells nothing any more.
+void InotifyHub::begin_child() {
+    for (const auto& [watch, folders] : m_state->subscribers) {
+        for (auto* const folder : folders) folder->m_watch = -1;
+    }
+    *m_state = State();
+    m_lock.unlock();
+    new (&m_lock) std::mutex;
 }
 
 bool InotifyHub::start() {

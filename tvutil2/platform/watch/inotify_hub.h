@@ -6,6 +6,7 @@
 // held, so that whoever takes a watch away under that lock hears nothing any more.
 #pragma once
 
+#include "tvutil2/platform/base/fork_lock.h"
 #include "tvutil2/platform/base/types.h"
 
 #include <cstdint>
@@ -77,6 +78,7 @@ class InotifyHub {
     ~InotifyHub() = delete;
 
     bool start();
+    void begin_child();
     void run();
     void tell_all();
     void tell_batch();
@@ -89,6 +91,7 @@ class InotifyHub {
 
     std::mutex m_lock;
     State* m_state;
+    ForkMember m_is_fork_safe;
 };
 
 }  // namespace tvutil2

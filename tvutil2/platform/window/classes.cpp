@@ -1,5 +1,6 @@
 #include "tvutil2/platform/window/classes.h"
 
+#include "tvutil2/platform/base/fork_lock.h"
 #include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/base/wide_text.h"
 #include "tvutil2/platform/process/modules.h"
@@ -9,8 +10,6 @@
 #include "tvutil2/platform/window/mouse.h"
 #include "tvutil2/platform/window/window.h"
 #include "tvutil2/platform/window/window_table.h"
-
-#include <pthread.h>
 
 #include <algorithm>
 #include <mutex>
@@ -27,6 +26,11 @@ struct Classes {
     std::mutex lock;
     std::vector<std::shared_ptr<WindowClass>> all;
     std::vector<std::u16string> names;  // a name has its number for good
+
+    ForkMember is_fork_safe{ForkRank::area, this,
+                            [](void* what) { static_cast<Classes*>(what)->lock.lock(); },
+                            [](void* what) { static_cast<Classes*>(what)->lock.unlock(); },
+                            [](void* what) { static_cast<Classes*>(what)->begin_child(); }};
 
     Classes() {
         constexpr UINT kControl = CS_DBLCLKS | CS_HREDRAW | CS_VREDRAW;
@@ -49,6 +53,13 @@ struct Classes {
         all.push_back(std::move(made));
     }
 
+    // The windows are the parent's.
+    void begin_child() {
+        for (const auto& each : all) each->windows = 0;
+        lock.unlock();
+        new (&lock) std::mutex;
+    }
+
     // 0 when there are no more.
     ATOM atom_of(const std::u16string& folded) {
         const auto found = std::find(names.begin(), names.end(), folded);
@@ -62,15 +73,7 @@ struct Classes {
 // Never destroyed, as the windows. Classes outlive a fork: a program that has registered one
 // doesn't do so again in its child. Their windows don't.
 Classes& classes() {
-    static auto* const instance = [] {
-        static auto* const made = new Classes;
-        pthread_atfork([] { made->lock.lock(); }, [] { made->lock.unlock(); },
-                       [] {
-                           for (const auto& each : made->all) each->windows = 0;
-                           new (&made->lock) std::mutex;
-                       });
-        return made;
-    }();
+    static auto* const instance = new Classes;
     return *instance;
 }
 
@@ -141,9 +144,10 @@ HINSTANCE or_executable(HINSTANCE instance) {
 std::shared_ptr<WindowClass> find_class(const char16_t* name, HINSTANCE instance) {
     if (name != nullptr) {
         const ClassKey key(name);
+        const auto module = or_executable(instance);
         auto& all = classes();
         const std::lock_guard guard(all.lock);
-        if (auto found = look_up(all, key, or_executable(instance))) return found;
+        if (auto found = look_up(all, key, module)) return found;
     }
     SetLastError(ERROR_CANNOT_FIND_WND_CLASS);
     return nullptr;
@@ -183,11 +187,10 @@ ATOM RegisterClassW(const WNDCLASSW* description) {
 
 BOOL UnregisterClassW(const char16_t* name, HINSTANCE instance) {
     auto& all = tvutil2::classes();
+    const auto module = tvutil2::or_executable(instance);
     const std::lock_guard guard(all.lock);
     std::shared_ptr<tvutil2::WindowClass> found;
-    if (name != nullptr) {
-        found = look_up(all, tvutil2::ClassKey(name), tvutil2::or_executable(instance));
-    }
+    if (name != nullptr) found = look_up(all, tvutil2::ClassKey(name), module);
     if (!found || found->is_system) return fail_with(ERROR_CLASS_DOES_NOT_EXIST);
     if (found->windows != 0) return fail_with(ERROR_CLASS_HAS_WINDOWS);
     all.all.erase(std::find(all.all.begin(), all.all.end(), found));

@@ -1,6 +1,7 @@
 #include "tvutil2/platform/window/endpoint.h"
 
 #include "tvutil2/platform/base/clock.h"
+#include "tvutil2/platform/base/fork_lock.h"
 #include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/base/service_thread.h"
 #include "tvutil2/platform/window/class_table.h"
@@ -10,7 +11,6 @@
 #include "tvutil2/platform/window/thread_queue.h"
 #include "tvutil2/platform/window/window_table.h"
 
-#include <pthread.h>
 #include <sys/epoll.h>
 #include <sys/eventfd.h>
 #include <sys/socket.h>
@@ -303,19 +303,26 @@ struct State {
     Endpoint* endpoint = nullptr;  // never destroyed: its thread runs to the end of the process
     bool has_failed = false;
     std::vector<ListedWindow> listed;
+
+    ForkMember is_fork_safe{ForkRank::caller, this,
+                            [](void* all) { static_cast<State*>(all)->lock.lock(); },
+                            [](void* all) { static_cast<State*>(all)->lock.unlock(); },
+                            [](void* all) { static_cast<State*>(all)->begin_child(); }};
+
+    // The windows, and the thread that tells of them, are the parent's.
+    void begin_child() {
+        if (endpoint != nullptr) endpoint->abandon();
+        endpoint = nullptr;
+        has_failed = false;
+        listed.clear();
+        lock.unlock();
+        new (&lock) std::mutex;
+    }
 };
 
 State& state() {
     static auto* const instance = [] {
         static auto* const made = new State;
-        pthread_atfork([] { made->lock.lock(); }, [] { made->lock.unlock(); },
-                       [] {
-                           if (made->endpoint != nullptr) made->endpoint->abandon();
-                           made->endpoint = nullptr;
-                           made->has_failed = false;
-                           made->listed.clear();
-                           new (&made->lock) std::mutex;
-                       });
         std::atexit([] {
             const std::lock_guard guard(made->lock);
             if (made->endpoint != nullptr) made->endpoint->place().remove();

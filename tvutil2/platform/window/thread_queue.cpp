@@ -1,6 +1,7 @@
 #include "tvutil2/platform/window/thread_queue.h"
 
 #include "tvutil2/platform/base/clock.h"
+#include "tvutil2/platform/base/fork_lock.h"
 #include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/objects/objects.h"
 #include "tvutil2/platform/window/input.h"
@@ -38,12 +39,7 @@ DWORD thread_number() {
 class QueuePool {
   public:
     static QueuePool& instance() {
-        static auto* const pool = [] {
-            static auto* const made = new QueuePool;
-            pthread_atfork([] { made->m_lock.lock(); }, [] { made->m_lock.unlock(); },
-                           [] { made->forget(); });
-            return made;
-        }();
+        static auto* const pool = new QueuePool;
         return *pool;
     }
 
@@ -91,6 +87,7 @@ class QueuePool {
         m_free.clear();
         t_queue = nullptr;
         pthread_setspecific(m_end, nullptr);
+        m_lock.unlock();
         new (&m_lock) std::mutex;
     }
 
@@ -98,6 +95,10 @@ class QueuePool {
     std::vector<std::unique_ptr<ThreadQueue>> m_all, m_forgotten;
     std::vector<ThreadQueue*> m_free;
     pthread_key_t m_end{};
+    ForkMember m_is_fork_safe{ForkRank::area, this,
+                              [](void* pool) { static_cast<QueuePool*>(pool)->m_lock.lock(); },
+                              [](void* pool) { static_cast<QueuePool*>(pool)->m_lock.unlock(); },
+                              [](void* pool) { static_cast<QueuePool*>(pool)->forget(); }};
 };
 
 bool MessageFilter::takes_window(HWND target) const {

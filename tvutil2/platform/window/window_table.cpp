@@ -1,8 +1,8 @@
 #include "tvutil2/platform/window/window_table.h"
 
+#include "tvutil2/platform/base/fork_lock.h"
 #include "tvutil2/platform/window/top_level.h"
 
-#include <pthread.h>
 #include <sys/random.h>
 #include <unistd.h>
 
@@ -31,8 +31,10 @@ std::uint32_t first_generation() {
 WindowTable& WindowTable::instance() {
     auto* table = g_table.load(std::memory_order_acquire);
     if (table != nullptr) return *table;
-    [[maybe_unused]] static const int is_fork_safe =
-        pthread_atfork(nullptr, nullptr, [] { g_table.store(nullptr, std::memory_order_relaxed); });
+    constexpr auto kNothing = [](void* /*what*/) {};
+    static const ForkMember is_fork_safe(
+        ForkRank::area, nullptr, kNothing, kNothing,
+        [](void* /*what*/) { g_table.store(nullptr, std::memory_order_relaxed); });
     auto fresh = std::make_unique<WindowTable>();
     if (g_table.compare_exchange_strong(table, fresh.get())) table = fresh.release();
     return *table;
