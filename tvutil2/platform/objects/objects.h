@@ -52,15 +52,15 @@ TVUTIL_API HANDLE CreateSemaphoreW(SECURITY_ATTRIBUTES* attributes, LONG initial
 TVUTIL_API BOOL ReleaseSemaphore(HANDLE semaphore, LONG count, LONG* previous);
 
 // Names. Objects of one name are one object, in all processes of the user; below TVUTIL_PROFILE, of
-// the same profile. No other user reaches them. A name has up to 260 characters and may begin with
-// "Global\\" or with "Local\\", which is as good as nothing; no other backslash is in it. The case
-// counts. Creating what is there already opens it, as it is, with the last error
-// ERROR_ALREADY_EXISTS; a name of another kind of object is ERROR_INVALID_HANDLE. Further errors:
-// ERROR_PATH_NOT_FOUND (a backslash), ERROR_INVALID_NAME (a prefix alone),
-// ERROR_FILENAME_EXCED_RANGE, ERROR_ACCESS_DENIED (the run-time folder isn't the user's alone), and
-// what the host refuses. The name goes with the last handle in any process, or with that process. A
-// process that is killed abandons its mutexes at once. Signals between processes are taken by who
-// comes first, not in the order of waiting.
+// the same profile. No other user reaches them. A name has up to 260 characters, of which the case
+// counts, and no backslash but that of a prefix: "Local\\" changes nothing, "Global\\" makes it
+// another name, which reaches the same processes. Creating what is there already opens it, as it
+// is, with the last error ERROR_ALREADY_EXISTS; a name of another kind of object is
+// ERROR_INVALID_HANDLE. Further errors: ERROR_PATH_NOT_FOUND (a backslash), ERROR_INVALID_NAME (a
+// prefix alone), ERROR_FILENAME_EXCED_RANGE, ERROR_ACCESS_DENIED (the run-time folder isn't the
+// user's alone), and what the host refuses. The name goes with the last handle in any process, or
+// with that process. A process that is killed abandons its mutexes at once. Signals between
+// processes are taken by who comes first, not in the order of waiting.
 
 /// The object that has the name; null with ERROR_FILE_NOT_FOUND when there is none, with
 /// ERROR_INVALID_PARAMETER without a name, and as above. Access and inheritance are passed over.
