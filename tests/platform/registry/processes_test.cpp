@@ -112,6 +112,7 @@ TEST(RegistryProcesses, AWriteThatReturnedIsSeenElsewhereAtOnce) {
         }
         return true;
     });
+    written.close_write();  // so that the end of the child, however it comes, is noticed
     for (DWORD round = 1; round <= 300; ++round) {
         // Read twice, so that the second answer comes from what this process remembers.
         EXPECT_EQ(get(key, u"v"), round - 1);
