@@ -29,6 +29,9 @@ report() {
 }
 reported() { grep -qE -- "$1" "$work/report"; }
 
+# Checks are due by periods that are counted from 1970 on. No period of 20,000 days ends soon.
+"$family/tvutil" reg add "$updates" LiveUpdateInterval 20000 --type dword
+
 title 'A first check starts the clock, and nothing else'
 "$family/tvutil" reg add 'HKLM\Software\Tolvarine\Pelrin\8' Version 8.0.0.61
 show update status 1
@@ -38,9 +41,9 @@ check 'the clock runs' said 'first check'
 show update check 1
 check 'the next one is not due' eval 'ended 1 && said "no check is due"'
 
-title 'A week later'
-# A SYSTEMTIME: Friday, 2 January 2026, 08:30.
-show reg add "$updates" LastUpdateCheck 'ea0701000500020008001e0000000000' --type binary
+title 'A period later'
+# A SYSTEMTIME: Tuesday, 2 January 2024, 08:30.
+show reg add "$updates" LastUpdateCheck 'e80701000200020008001e0000000000' --type binary
 show update status 1
 check 'a check is due' said 'due: yes'
 show update check 1 --checked
@@ -50,7 +53,7 @@ check 'and the product'"'"'s record' reported '^record: kind=1&product=1&.*versi
 id=$("$family/tvutil" update id)
 check 'and the id of this user' reported "^id: $id\$"
 show update due 1
-check 'the week began anew' ended 1
+check 'the period began anew' ended 1
 
 title 'By hand'
 show update force 1

@@ -24,11 +24,7 @@ bool is_there(const char16_t* path) {
 }  // namespace
 
 int DoesFileExist(const char16_t* path) {
-    WIN32_FIND_DATAW data;
-    const HANDLE search = FindFirstFileW(path, &data);
-    if (search == INVALID_HANDLE_VALUE) return 0;
-    FindClose(search);
-    return 1;
+    return tvutil2::is_found(path) ? 1 : 0;
 }
 
 int DoesFolderExist(const char16_t* path) {

@@ -49,14 +49,6 @@ CString versioned(const char16_t* format) {
     return text;
 }
 
-bool is_file(const CString& path) {
-    WIN32_FIND_DATAW data;
-    auto* const search = FindFirstFileW(path, &data);
-    if (search == INVALID_HANDLE_VALUE) return false;
-    FindClose(search);
-    return true;
-}
-
 CString installation_fact(unsigned int code, unsigned int major, const char16_t* value) {
     CString path;
     path.Format(u"Software\\Tolvarine\\%s\\%d", kProductNames[code], major);
@@ -122,7 +114,7 @@ int TvGetProgramCodeFromInstalled() {
         if (lstrcmpiW(name, executable) == 0) return static_cast<int>(code);
     }
     for (const auto& [sibling, code] : kSiblings) {
-        if (is_file(CString(drive) + folder + sibling)) return static_cast<int>(code);
+        if (tvutil2::is_found(CString(drive) + folder + sibling)) return static_cast<int>(code);
     }
     return 0;
 }

@@ -148,3 +148,9 @@ BOOL FindNextFileW(HANDLE handle, WIN32_FIND_DATAW* data) {
 BOOL FindClose(HANDLE handle) {
     return tvutil2::close_handle_of<tvutil2::SearchObject>(handle);
 }
+
+bool tvutil2::is_found(const char16_t* path) {
+    WIN32_FIND_DATAW data;
+    const HANDLE search = FindFirstFileW(path, &data);
+    return search != INVALID_HANDLE_VALUE && FindClose(search) != FALSE;
+}

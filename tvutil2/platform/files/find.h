@@ -38,3 +38,10 @@ TVUTIL_API HANDLE FindFirstFileW(const char16_t* path, WIN32_FIND_DATAW* data);
 TVUTIL_API BOOL FindNextFileW(HANDLE search, WIN32_FIND_DATAW* data);
 
 TVUTIL_API BOOL FindClose(HANDLE search);
+
+namespace tvutil2 {
+
+/// Whether a search for the path finds anything.
+[[nodiscard]] bool is_found(const char16_t* path);
+
+}  // namespace tvutil2

@@ -47,14 +47,15 @@ class ImageWriter {
     void put(T value) {
         m_image.append(reinterpret_cast<const char*>(&value), sizeof value);
     }
-    void put_name(const PeResourceName& name) {
+    void put_name(const ResourceName& name) {
         if (name.text.empty()) {
             put(WORD{0xFFFF});
-            put(name.number);
+            put(name.id);
             return;
         }
-        m_image.append(reinterpret_cast<const char*>(name.text.c_str()),
-                       (name.text.size() + 1) * sizeof(char16_t));
+        m_image.append(reinterpret_cast<const char*>(name.text.data()),
+                       name.text.size() * sizeof(char16_t));
+        put(char16_t{0});
     }
     void pad() { m_image.resize((m_image.size() + 3) & ~std::size_t{3}); }
 

@@ -8,20 +8,14 @@
 #pragma once
 
 #include "tvutil2/platform/base/types.h"
+#include "tvutil2/platform/system/resource_name.h"
 
 #include <cstddef>
 #include <optional>
 #include <span>
-#include <string_view>
 #include <vector>
 
 namespace tvutil2 {
-
-/// Type or name of a resource: text where there is some, else the number.
-struct ResourceName {
-    std::u16string_view text;
-    WORD id = 0;
-};
 
 struct Resource {
     ResourceName type;

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <string>
 #include <utility>
 
 namespace tvutil2 {
@@ -43,7 +44,9 @@ class PeFile {
                                                      std::optional<WORD> number) const;
     /// All entries of a directory, up to kMostEntries.
     [[nodiscard]] std::optional<std::vector<DirectoryEntry>> entries(std::uint32_t directory) const;
-    [[nodiscard]] std::optional<PeResourceName> name_of(const DirectoryEntry& entry) const;
+    /// `text` holds the name's text, if it has one.
+    [[nodiscard]] std::optional<ResourceName> name_of(const DirectoryEntry& entry,
+                                                      std::u16string& text) const;
     [[nodiscard]] std::optional<std::vector<std::byte>> data(std::uint32_t entry,
                                                              std::size_t most) const;
 
@@ -124,15 +127,16 @@ std::optional<std::vector<DirectoryEntry>> PeFile::entries(std::uint32_t directo
 }
 
 // A name's text is its length in units, and the units.
-std::optional<PeResourceName> PeFile::name_of(const DirectoryEntry& entry) const {
-    if ((entry.name & kHasText) == 0) return PeResourceName{{}, static_cast<WORD>(entry.name)};
+std::optional<ResourceName> PeFile::name_of(const DirectoryEntry& entry,
+                                            std::u16string& text) const {
+    if ((entry.name & kHasText) == 0) return ResourceName{{}, static_cast<WORD>(entry.name)};
     const auto place = *m_resources + (entry.name & ~kHasText);
     const auto length = m_file.at<std::uint16_t>(place);
     if (!length) return std::nullopt;
-    PeResourceName name{std::u16string(*length, u'\0'), 0};
+    text.assign(*length, u'\0');
     const bool is_there =
-        m_file.read(place + sizeof *length, std::as_writable_bytes(std::span(name.text)));
-    return is_there ? std::optional(std::move(name)) : std::nullopt;
+        m_file.read(place + sizeof *length, std::as_writable_bytes(std::span(text)));
+    return is_there ? std::optional(ResourceName{text, 0}) : std::nullopt;
 }
 
 std::optional<std::vector<std::byte>> PeFile::data(std::uint32_t entry, std::size_t most) const {
@@ -152,7 +156,8 @@ struct Visit {
 
     [[nodiscard]] bool types() const {
         return each(kSubDirectory, [this](const DirectoryEntry& type) {
-            const auto name = pe.name_of(type);
+            std::u16string text;
+            const auto name = pe.name_of(type, text);
             return name && names(type.offset, {*name, {}, 0, {}});
         });
     }
@@ -160,9 +165,10 @@ struct Visit {
   private:
     [[nodiscard]] bool names(std::uint32_t directory, PeResource resource) const {
         return each(directory, [&](const DirectoryEntry& entry) {
-            auto name = pe.name_of(entry);
+            std::u16string text;
+            const auto name = pe.name_of(entry, text);
             if (!name) return false;
-            resource.name = std::move(*name);
+            resource.name = *name;
             return languages(entry.offset, resource);
         });
     }

@@ -4,9 +4,9 @@
 #include "tvutil2/platform/base/export.h"
 #include "tvutil2/platform/base/types.h"
 #include "tvutil2/platform/system/pe_headers.h"
+#include "tvutil2/platform/system/resource_name.h"
 
 #include <functional>
-#include <string>
 #include <vector>
 
 namespace tvutil2 {
@@ -20,15 +20,10 @@ namespace tvutil2 {
                                                                            WORD type, WORD name,
                                                                            std::size_t most);
 
-/// Type or name of a resource: text where there is some, else the number.
-struct PeResourceName {
-    std::u16string text;
-    WORD number = 0;
-};
-
+/// A resource, whose texts are good for the length of a visit.
 struct PeResource {
-    PeResourceName type;
-    PeResourceName name;
+    ResourceName type;
+    ResourceName name;
     WORD language;
     std::vector<std::byte> data;
 };
