@@ -79,6 +79,8 @@
 #include "tvutil2/threads/thread_timer.h"
 #include "tvutil2/threads/window_timer.h"
 #include "tvutil2/ui/gif_parser.h"
+#include "tvutil2/ui/image_lists.h"
+#include "tvutil2/ui/messages.h"
 #include "tvutil2/ui/picture.h"
 #include "tvutil2/ui/picture_scene.h"
 #include "tvutil2/url/string_protection.h"

@@ -59,7 +59,8 @@ std::span<const std::byte> icon_data(const IconEntry& entry, std::span<const std
 std::vector<std::byte> single_icon(const IconEntry& entry, std::span<const std::byte> data) {
     std::vector<std::byte> file;
     file.reserve(kDirectory + kFileEntry + data.size());
-    for (const unsigned value : {0, 0, 1, 0, 1, 0}) file.push_back(static_cast<std::byte>(value));
+    for (const unsigned value : {0U, 0U, 1U, 0U, 1U, 0U})
+        file.push_back(static_cast<std::byte>(value));
     for (const auto byte : entry.head.first(8)) file.push_back(byte);
     const auto add_number = [&file](std::size_t value) {
         for (unsigned i = 0; i < 4; ++i) file.push_back(static_cast<std::byte>(value >> 8 * i));
