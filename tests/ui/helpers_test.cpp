@@ -84,7 +84,7 @@ TEST(ImageListFiles, FilesGiveOnePicture) {
                   {"/named.ICO", true, true},  // not by that name an icon
                   {"/named.ico", false, true},
                   {"/none.png", false, false},
-                  {"", false, false}};
+                  {"", false, true}};  // the folder
     for (const auto& each : kCases) {
         CImageList list;
         const auto path = tests::platform_path(folder + each.name);
