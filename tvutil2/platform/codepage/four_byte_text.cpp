@@ -72,7 +72,8 @@ inline char32_t front_of(const Tables& tables, const char* from, std::uint32_t i
         (((first * 10 + second) * 126 + third) * 10 + fourth - kFirst) & mask;
     if (number >= tables.long_count) return tables.area.character_of(number);
     const std::uint32_t row = tables.row_of[first];
-    const std::uint32_t pair = row << 8U | (row != 0 ? second : first);
+    const std::uint32_t is_pair = (0 - row) >> 31U;
+    const std::uint32_t pair = row << 8U | (first ^ ((first ^ second) & (0 - is_pair)));
     const char16_t unit = tables.of[is_long][(pair & ~mask) | number];
     if (unit == PageTable::kNoUnit && is_long == 0) return FourByteArea::kNoCharacter;
     return unit;
