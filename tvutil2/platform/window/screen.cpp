@@ -1,5 +1,6 @@
 #include "tvutil2/platform/window/screen.h"
 
+#include "tvutil2/platform/base/fork_lock.h"
 #include "tvutil2/platform/base/wide_text.h"
 #include "tvutil2/platform/display/monitors.h"
 #include "tvutil2/platform/window/geometry.h"
@@ -9,8 +10,6 @@
 #include "tvutil2/platform/window/top_level.h"
 #include "tvutil2/platform/window/update.h"
 
-#include <pthread.h>
-
 #include <algorithm>
 #include <atomic>
 #include <mutex>
@@ -19,6 +18,12 @@ namespace tvutil2 {
 namespace {
 
 std::atomic<Driver*> g_driver{nullptr};
+
+// A child after a fork has no windows, and its parent's connection is none of its own. No lock: a
+// driver may start programs while it is made.
+const ForkMember g_fork_safe(
+    ForkRank::area, nullptr, [](void* /*what*/) {}, [](void* /*what*/) {},
+    [](void* /*what*/) { g_driver = nullptr; });
 
 // With the lock of the tree.
 Shown description_of(const Window& window) {
@@ -75,11 +80,7 @@ void follow_look(HWND window) {
 // Never destroyed: threads with windows end behind the static objects.
 Driver* display() {
     static std::once_flag once;
-    std::call_once(once, [] {
-        g_driver = make_driver(put_input).release();
-        // A child after a fork has no windows, and its parent's connection is none of its own.
-        pthread_atfork(nullptr, nullptr, [] { g_driver = nullptr; });
-    });
+    std::call_once(once, [] { g_driver = make_driver(put_input).release(); });
     return g_driver;
 }
 
