@@ -100,6 +100,19 @@ TEST(NamedObjects, ANameIsOneObjectAndGoesWithItsLastHandle) {
     EXPECT_EQ(OpenEventW(0, FALSE, u"Global\\one"), nullptr);
     EXPECT_EQ(GetLastError(), ERROR_FILE_NOT_FOUND);
     EXPECT_EQ(name_files(), 0U);
+
+    // Also that of a mutex which its owner closes; others who hold it are kept out until its end.
+    CloseHandle(mutex(u"owned", true));
+    auto* const again = mutex(u"owned", true);
+    EXPECT_EQ(GetLastError(), ERROR_SUCCESS);
+    auto* const other = mutex(u"owned");
+    std::thread waits([other] { EXPECT_EQ(wait(other), WAIT_OBJECT_0); });
+    CloseHandle(again);
+    EXPECT_EQ(tests::in_child([other] { return wait(other, 0) == WAIT_TIMEOUT ? 0 : 1; }), 0);
+    EXPECT_TRUE(ReleaseMutex(other));
+    waits.join();
+    CloseHandle(other);
+    EXPECT_EQ(name_files(), 0U);
 }
 
 TEST(NamedObjects, PrefixesAndNamesThatCannotBe) {

@@ -360,7 +360,8 @@ TEST(Timers, LoseATickThatIsDueWhenTheyEndOrStartAnew) {
 }
 
 TEST(Timers, CallTheirProcedureAndNobodyElses) {
-    static int calls = 0;
+    static int calls;
+    calls = 0;
     const auto procedure = [](HWND, UINT message, UINT_PTR, DWORD) {
         EXPECT_EQ(message, WM_TIMER);
         ++calls;

@@ -176,5 +176,7 @@ BOOL CloseHandle(HANDLE handle) {
     if (const tvutil2::handle_table::Pin pin(value); pin && !has_own_close(pin.object()->kind())) {
         closed = tvutil2::handle_table::remove(value, pin.object()->kind());
     }
-    return closed || tvutil2::fail_with(ERROR_INVALID_HANDLE) ? TRUE : FALSE;
+    if (!closed) return tvutil2::fail_with(ERROR_INVALID_HANDLE);
+    closed->on_closed();
+    return TRUE;
 }

@@ -54,6 +54,8 @@ class HandleObject {
     [[nodiscard]] virtual WaitableObject* waitable() { return nullptr; }
     /// The object is about to get a handle that stands in that row.
     virtual void on_inserted(handle_table::Slot& /*slot*/, std::uintptr_t /*handle*/) {}
+    /// CloseHandle has closed one of its handles; on that thread, with nothing locked.
+    virtual void on_closed() {}
 
   private:
     HandleKind m_kind;

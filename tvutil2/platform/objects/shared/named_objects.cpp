@@ -181,6 +181,17 @@ std::shared_ptr<SharedObject> make_unnamed(HandleKind kind, const Beginning& beg
     return beginning.make(std::move(made.block), {}, made.file);
 }
 
+bool is_only_holder(const SharedObject& object) {
+    const std::lock_guard guard(known().lock);
+    HolderFile file(object.name());
+    if (!file.is_open()) return false;
+    const auto own = record_of(object);
+    return std::none_of(file.holders().begin(), file.holders().end(), [&](const Holder& holder) {
+        return holder.name == own.name && holder.process != own.process &&
+               SharedBlock::is_there(holder.process, holder.descriptor, holder.inode);
+    });
+}
+
 void give_up(const SharedObject& object) {
     if (object.name().empty()) return;
     const std::lock_guard guard(known().lock);

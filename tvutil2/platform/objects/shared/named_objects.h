@@ -33,6 +33,9 @@ struct Beginning {
 [[nodiscard]] std::shared_ptr<SharedObject> make_unnamed(HandleKind kind,
                                                          const Beginning& beginning);
 
+/// No other process holds it.
+[[nodiscard]] bool is_only_holder(const SharedObject& object);
+
 /// The process doesn't hold it any more.
 void give_up(const SharedObject& object);
 

@@ -183,6 +183,19 @@ bool SharedMutex::release() {
     return true;
 }
 
+// What a thread owns lives on without a handle, to be abandoned by its end. Where nobody could
+// tell, it ends here instead, and the name is free.
+void SharedMutex::on_closed() {
+    auto& thread = ThreadRecord::current();
+    if (owner() != thread.host_id()) return;
+    // This function, its caller and the owner; further ones are handles, and waits.
+    const auto keep = shared_from_this();
+    if (keep.use_count() > 3 || !named_objects::is_only_holder(*this)) return;
+    m_depth = 0;
+    thread.remove_shared(this);
+    free_word(RobustWord::kLeft);
+}
+
 void SharedMutex::abandon() {
     free_word(RobustWord::kLeft);
 }

@@ -95,6 +95,7 @@ class SharedMutex : public SharedObject, public std::enable_shared_from_this<Sha
     [[nodiscard]] std::atomic<DWORD>& word() const override { return robust().word; }
     bool try_take(ThreadRecord& thread, const WaitEntry& entry, DWORD& outcome) override;
     void give_back(ThreadRecord& thread, DWORD outcome) override;
+    void on_closed() override;
 
   protected:
     [[nodiscard]] bool is_available(const ThreadRecord& thread) const override;
