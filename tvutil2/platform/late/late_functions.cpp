@@ -8,6 +8,8 @@
 // ones there are stands in cmake/late_libraries.cmake.
 #define OPENSSL_SUPPRESS_DEPRECATED  // MD5 and RC4 are what the format of protected strings is
 
+#include "tvutil2/platform/late/openssl_start.h"
+
 #include <dlfcn.h>
 #include <openssl/evp.h>
 #include <openssl/hmac.h>
@@ -43,9 +45,16 @@ namespace {
     std::_Exit(127);
 }
 
+void start_crypto(void* loaded) {
+    using Start = decltype(OPENSSL_init_crypto);
+    auto* const start = reinterpret_cast<Start*>(dlsym(loaded, "OPENSSL_init_crypto"));
+    if (start != nullptr) static_cast<void>(start(tvutil2::kOpensslStart, nullptr));
+}
+
 void* load(const LateLibrary& library) {
     void* const loaded = dlopen(library.file, RTLD_LAZY | RTLD_LOCAL);
     if (loaded == nullptr) give_up(library);
+    if (&library == &k_crypto) start_crypto(loaded);
     return loaded;
 }
 

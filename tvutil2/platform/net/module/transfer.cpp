@@ -3,6 +3,7 @@
 #include "tvutil2/platform/net/transfer.h"
 
 #include "tvutil2/platform/base/last_error.h"
+#include "tvutil2/platform/late/openssl_start.h"
 
 #include <curl/curl.h>
 #include <openssl/ssl.h>
@@ -78,8 +79,9 @@ struct ListEnd {
 class CurlTransfer final : public Transfer {
   public:
     explicit CurlTransfer(const TransferRequest& request) : m_request(request) {
-        static const CURLcode started = curl_global_init(CURL_GLOBAL_DEFAULT);
-        if (started != CURLE_OK) throw std::bad_alloc();
+        static const bool is_started = OPENSSL_init_crypto(kOpensslStart, nullptr) == 1 &&
+                                       curl_global_init(CURL_GLOBAL_DEFAULT) == CURLE_OK;
+        if (!is_started) throw std::bad_alloc();
         m_multi.reset(curl_multi_init());
         m_easy.reset(curl_easy_init());
         if (!m_multi || !m_easy) throw std::bad_alloc();

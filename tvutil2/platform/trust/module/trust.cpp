@@ -1,4 +1,5 @@
 // Signatures on OpenSSL's CMS.
+#include "tvutil2/platform/late/openssl_start.h"
 #include "tvutil2/platform/trust/module/certificate.h"
 #include "tvutil2/platform/trust/module/chain.h"
 #include "tvutil2/platform/trust/module/digest.h"
@@ -309,8 +310,9 @@ std::string OpensslTrust::sign(const FileBytes& file, std::uint64_t size,
 extern "C" TVUTIL_API const TrustModule* tvutil2_trust();
 
 const TrustModule* tvutil2_trust() {
+    static const int is_started = OPENSSL_init_crypto(tvutil2::kOpensslStart, nullptr);
     static const OpensslTrust trust;
-    return &trust;
+    return is_started == 1 ? &trust : nullptr;
 }
 
 }  // namespace tvutil2
