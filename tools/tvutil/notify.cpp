@@ -115,8 +115,10 @@ void list(const Options& options) {
                            {"shown", program.shown},
                            {"scheduled", program.scheduled}});
         } else {
-            tool::print(id + "\t" + name + "\t" + class_id + "\t" + std::to_string(program.shown) +
-                        " shown\t" + std::to_string(program.scheduled) + " scheduled");
+            auto line = id;
+            line.append("\t").append(name).append("\t").append(class_id);
+            line.append("\t").append(std::to_string(program.shown)).append(" shown\t");
+            tool::print(line.append(std::to_string(program.scheduled)).append(" scheduled"));
         }
     }
     if (options.json) tool::print(all);

@@ -233,8 +233,9 @@ void DesktopNotificationHistoryCompat::Clear() const {
     }
 }
 
-void DesktopNotificationManagerCompat::Register(std::u16string aumid, std::u16string displayName,
-                                                std::u16string iconPath) {
+void DesktopNotificationManagerCompat::Register(std::u16string aumid,
+                                                const std::u16string& displayName,
+                                                const std::u16string& iconPath) {
     if (has_identity()) return;
     state().model_id = std::move(aumid);
     const auto class_text = joined({u"{", tvutil2::class_id_of(state().model_id), u"}"});

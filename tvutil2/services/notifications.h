@@ -51,7 +51,8 @@ class TVUTIL_API DesktopNotificationManagerCompat {
     /// id, to the end of the process. Nothing with package identity. Failures of the registry are
     /// passed over. Throws CO_E_CLASSSTRING for an id that gives no class id: one of at most 16
     /// units with one above 255.
-    static void Register(std::u16string aumid, std::u16string displayName, std::u16string iconPath);
+    static void Register(std::u16string aumid, const std::u16string& displayName,
+                         const std::u16string& iconPath);
 
     /// Stores the handler in the place of the former one, and lets activations in. It is called on
     /// a thread of the platform's, one call at a time, and must not throw. Throws "Must call

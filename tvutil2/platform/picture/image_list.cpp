@@ -80,7 +80,7 @@ int add_tiles(ImageListObject& list, const Surface& strip, const IsHole& is_hole
 // An icon's picture at the list's size.
 Pixels fitted(HICON icon, SIZE size) {
     SIZE own{};
-    const auto pixels = tvutil2::icon_pixels(icon, own);
+    auto pixels = tvutil2::icon_pixels(icon, own);
     if (!pixels) return nullptr;
     if (pixels->width() == size.cx && pixels->height() == size.cy) return pixels;
     auto* const engine = tvutil2::drawing_engine();
