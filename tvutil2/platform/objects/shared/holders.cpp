@@ -24,6 +24,8 @@ struct Record {
 
 constexpr DWORD kMaxUnits = 1024;
 constexpr std::size_t kMaxFile = std::size_t{1} << 20;
+// A page: the host writes that much, or nothing, before it looks whether the process is to die.
+constexpr std::size_t kOneWrite = 4096;
 
 // FNV-1a. Names that meet share a file.
 std::string hash_of(const std::u16string& name) {
@@ -107,7 +109,10 @@ HolderFile::HolderFile(const std::u16string& name)
         return;
     }
     m_lock = open_locked(m_folder);
-    if (m_lock >= 0) m_holders = parse_holders(read_whole(m_folder, m_name));
+    if (m_lock < 0) return;
+    const auto bytes = read_whole(m_folder, m_name);
+    m_size = bytes.size();
+    m_holders = parse_holders(bytes);
 }
 
 HolderFile::~HolderFile() {
@@ -120,6 +125,23 @@ bool HolderFile::save() {
         return unlinkat(m_folder, m_name.c_str(), 0) == 0 || errno == ENOENT || fail_with_errno();
     }
     const auto bytes = format_holders(m_holders);
+    const bool fits = m_size > 0 && m_size <= kOneWrite && bytes.size() <= kOneWrite;
+    return (fits && overwrite(bytes)) || replace(bytes);
+}
+
+// A new file for each change is most of what a second start of a program waits for, on a disk.
+bool HolderFile::overwrite(const std::string& bytes) const {
+    const int file = openat(m_folder, m_name.c_str(), O_WRONLY | O_CLOEXEC | O_NOFOLLOW);
+    if (file < 0) return false;
+    // Between the two, records behind the new end are read once more. They are hints like all.
+    const bool is_written =
+        pwrite(file, bytes.data(), bytes.size(), 0) == static_cast<ssize_t>(bytes.size()) &&
+        (bytes.size() >= m_size || ftruncate(file, static_cast<off_t>(bytes.size())) == 0);
+    close(file);
+    return is_written;
+}
+
+bool HolderFile::replace(const std::string& bytes) const {
     const auto fresh = m_name + ".new";
     const int file = openat(m_folder, fresh.c_str(),
                             O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, 0600);

@@ -39,14 +39,18 @@ class HolderFile {
     /// False with the last error when the folder isn't to be had, or isn't the user's alone.
     [[nodiscard]] bool is_open() const { return m_lock >= 0; }
     [[nodiscard]] std::vector<Holder>& holders() { return m_holders; }
-    /// Replaces the file in one step; removes it when nobody holds any of its names. False with the
-    /// last error.
+    /// Writes the file, which is whole before and behind that however this process ends, or removes
+    /// it when nobody holds any of its names. False with the last error.
     bool save();
 
   private:
+    [[nodiscard]] bool overwrite(const std::string& bytes) const;
+    [[nodiscard]] bool replace(const std::string& bytes) const;
+
     int m_folder;
     std::string m_name;
     int m_lock = -1;
+    std::size_t m_size = 0;  ///< bytes of the file; 0 without one
     std::vector<Holder> m_holders;
 };
 
