@@ -2,10 +2,12 @@
 #include "tvutil2/platform/base/clock.h"
 #include "tvutil2/platform/base/com.h"
 #include "tvutil2/platform/base/last_error.h"
+#include "tvutil2/platform/notify/notify_errors.h"
 #include "tvutil2/platform/process/account.h"
 #include "tvutil2/platform/system/date_format.h"
 #include "tvutil2/platform/system/error_text.h"
 #include "tvutil2/platform/system/os_version.h"
+#include "tvutil2/platform/trust/trust_errors.h"
 
 #include <gtest/gtest.h>
 
@@ -28,7 +30,12 @@ TEST(ErrorText, IsThereForEveryErrorOfTheHost) {
         EXPECT_TRUE(text.ends_with(u".\r\n")) << error;
     }
     EXPECT_EQ(text_of(0x80070005), text_of(ERROR_ACCESS_DENIED));
-    EXPECT_NE(text_of(static_cast<DWORD>(E_FAIL)), u"");
+    for (const auto error :
+         {DWORD{ERROR_NOT_FOUND}, static_cast<DWORD>(E_FAIL),
+          static_cast<DWORD>(TRUST_E_BAD_DIGEST), DWORD{CRYPT_E_NO_MATCH},
+          static_cast<DWORD>(CERT_E_EXPIRED), static_cast<DWORD>(WPN_E_PLATFORM_UNAVAILABLE)}) {
+        EXPECT_TRUE(text_of(error).ends_with(u".\r\n")) << std::hex << error;
+    }
     EXPECT_EQ(text_of(0x2BADBEEF), u"");
 }
 

@@ -83,6 +83,7 @@ inline constexpr DWORD ERROR_MESSAGE_SYNC_ONLY = 1159;
 inline constexpr DWORD ERROR_BAD_USERNAME = 2202;
 inline constexpr DWORD ERROR_NONE_MAPPED = 1332;
 inline constexpr DWORD ERROR_INVALID_SID = 1337;
+inline constexpr DWORD ERROR_NOT_FOUND = 1168;
 inline constexpr DWORD ERROR_INVALID_WINDOW_HANDLE = 1400;
 inline constexpr DWORD ERROR_INVALID_HOOK_HANDLE = 1404;
 inline constexpr DWORD ERROR_TLW_WITH_WSCHILD = 1406;

@@ -4,13 +4,11 @@
 
 #include "tvutil2/platform/base/export.h"
 #include "tvutil2/platform/base/types.h"
+#include "tvutil2/platform/notify/notify_errors.h"
 
 #include <string>
 #include <utility>
 #include <vector>
-
-/// No session bus, no notification server, or one that died.
-inline constexpr HRESULT WPN_E_PLATFORM_UNAVAILABLE = static_cast<HRESULT>(0x803E0105);
 
 namespace tvutil2 {
 

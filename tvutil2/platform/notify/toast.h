@@ -20,8 +20,6 @@
 #include <string>
 #include <vector>
 
-inline constexpr HRESULT ELEMENT_NOT_FOUND = static_cast<HRESULT>(0x80070490);
-
 namespace Windows::UI::Notifications {
 
 class TVUTIL_API ToastNotification {

@@ -11,15 +11,13 @@
 #pragma once
 
 #include "tvutil2/platform/base/export.h"
+#include "tvutil2/platform/notify/notify_errors.h"
 #include "tvutil2/platform/notify/xml_tree.h"
 
 #include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
-
-/// What isn't XML.
-inline constexpr HRESULT WEB_E_INVALID_XML = static_cast<HRESULT>(0x83750002);
 
 namespace Windows::Data::Xml::Dom {
 
