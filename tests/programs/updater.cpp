@@ -1,5 +1,7 @@
 // A product that checks for updates: "id", or CODE FORCE CHECKED with a FORCE of "-" for a forced
-// start. Prints what became of it, once the module is tested and started.
+// start. Prints what became of it, once the module is tested and started. With TESTS_LOG (a mode)
+// it keeps a log in the current folder.
+#include "tvutil2/diag/app_log.h"
 #include "tvutil2/platform/base/utf.h"
 #include "tvutil2/platform/objects/objects.h"
 #include "tvutil2/services/live_update.h"
@@ -19,6 +21,8 @@ int main(int argc, char** argv) {
         std::printf("%d", TvForceLiveUpdate(code, 8));
         return 0;
     }
+    const char* const mode = std::getenv("TESTS_LOG");
+    if (mode != nullptr) _InitApplicationLog(u".", u"Pelrin", std::atoi(mode), 0);
     HANDLE thread = nullptr;
     const auto outcome =
         tvutil2::check_live_update(code, 8, std::atoi(argv[2]), std::atoi(argv[3]), thread);

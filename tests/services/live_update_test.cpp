@@ -8,8 +8,11 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <filesystem>
+#include <functional>
 #include <mutex>
 #include <set>
+#include <sstream>
 #include <string>
 
 #include "tests/support/fifo.h"
@@ -135,6 +138,53 @@ TEST(LiveUpdate, FirstCheckStartsTheClockAndALaterOneTheModule) {
     EXPECT_EQ(product.check("-", "0"), "1");
     EXPECT_EQ(product.started(), " /force");
     EXPECT_EQ(tvutil2::last_update_check(1, 8)->wMonth, 13) << "a forced start is no check";
+}
+
+// The lines of the one log below a folder, without their times.
+std::string logged(const std::string& folder) {
+    std::string text;
+    std::error_code none;
+    for (const auto& entry : std::filesystem::directory_iterator(folder + "/applog", none)) {
+        const auto bytes = tests::read_file(entry.path().string());
+        for (std::size_t at = 2; at < bytes.size(); at += 2) text.push_back(bytes[at]);
+    }
+    std::string lines;
+    std::istringstream stream(text);
+    for (std::string line; std::getline(stream, line, '\r'); stream.get()) {
+        constexpr std::size_t kTime = std::string_view("[14:03:27.418] ").size();
+        if (line.starts_with('[')) lines += line.substr(kTime) + "|";
+    }
+    const auto header = lines.find("Package Type: ");  // its last line
+    return header == lines.npos ? lines : lines.substr(lines.find('|', header) + 1);
+}
+
+TEST(LiveUpdate, AChecksLinesAreInTheLog) {
+    const Product product;
+    const auto add_module = [&] { product.add_module(); };
+    const auto nothing = [] {};
+    const auto turn_off = [] { TvSetLiveUpdate(1, 8, 0, 7); };
+    const struct {
+        std::function<void()> prepare;
+        const char *mode, *force;
+        std::string lines;
+    } cases[] = {
+        {nothing, "2", "1", "[DEB] Check Live Update : 1|[DEB] Live Update Module Not Found|"},
+        {add_module, "2", "0", "[DEB] Check Live Update : 0|Update check for new version|"},
+        {turn_off, "2", "0", "[DEB] Check Live Update : 0|"},
+        {nothing, "2", "5",
+         "[DEB] Check Live Update : 5|Update check for new version|"
+         "Run Update checker with thread|"},
+        {nothing, "1", "1", "Update check for new version|Run Update checker with thread|"},
+        {nothing, "0", "1", ""},
+    };
+    for (const auto& [prepare, mode, force, lines] : cases) {
+        prepare();
+        const auto folder = tests::new_folder();
+        std::filesystem::current_path(folder);
+        setenv("TESTS_LOG", mode, 1);
+        EXPECT_NE(product.check(force, "0"), "");
+        EXPECT_EQ(logged(folder), lines);
+    }
 }
 
 TEST(LiveUpdate, StoredTimesThatAreNoDateAreOfLongAgo) {
