@@ -3,9 +3,17 @@
 #include "tvutil2/diag/app_log.h"
 #include "tvutil2/platform/base/signal_stack.h"
 #include "tvutil2/platform/crash/crash_rpt.h"
+#include "tvutil2/platform/draw/device_context.h"
+#include "tvutil2/platform/draw/objects.h"
+#include "tvutil2/platform/draw/shapes.h"
 #include "tvutil2/platform/objects/threads.h"
 #include "tvutil2/platform/process/modules.h"
 #include "tvutil2/platform/process/system_modules.h"
+#include "tvutil2/platform/window/classes.h"
+#include "tvutil2/platform/window/geometry.h"
+#include "tvutil2/platform/window/messages.h"
+#include "tvutil2/platform/window/paint.h"
+#include "tvutil2/platform/window/window.h"
 
 #include <gtest/gtest.h>
 #include <linux/filter.h>
@@ -19,6 +27,7 @@
 #include <sys/syscall.h>
 #include <sys/time.h>
 #include <sys/wait.h>
+#include <turbojpeg.h>
 #include <unistd.h>
 #include <zip.h>
 
@@ -260,8 +269,61 @@ TEST_F(CrashReport, AllThreadsAndTheLogAreInIt) {
     ASSERT_EQ(report.json.at("files").size(), 1U);
     EXPECT_EQ(report.json.at("files")[0].at("description"), "Application Log");
     EXPECT_EQ(report.files.size(), 2U);
+    EXPECT_EQ(report.json.at("picture"), "none: no window is shown");
     EXPECT_NE(report.archive.find(report.json.at("files")[0].at("name").get<std::string>()),
               std::string::npos);
+}
+
+// Shown windows with one colour each: a large one, one that is owned and larger, one that is gone.
+void show_windows() {
+    WNDCLASSEXW window_class{};
+    window_class.cbSize = sizeof window_class;
+    window_class.lpszClassName = u"Painted";
+    window_class.lpfnWndProc = [](HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
+        if (message != WM_ERASEBKGND) return DefWindowProcW(window, message, wparam, lparam);
+        RECT area{};
+        GetClientRect(window, &area);
+        auto* const owner = GetWindow(window, GW_OWNER);
+        auto* const brush = CreateSolidBrush(owner != nullptr ? RGB(0, 0, 255) : RGB(200, 40, 20));
+        FillRect(reinterpret_cast<HDC>(wparam), &area, brush);
+        return LRESULT{1};
+    };
+    RegisterClassExW(&window_class);
+    const auto show = [](int width, HWND owner) {
+        auto* const window = CreateWindowExW(0, u"Painted", u"t", WS_POPUP | WS_VISIBLE, 0, 0,
+                                             width, 200, owner, nullptr, nullptr, nullptr);
+        UpdateWindow(window);
+        return window;
+    };
+    auto* const gone = show(700, nullptr);
+    auto* const largest = show(320, nullptr);
+    show(640, largest);
+    show(100, nullptr);
+    DestroyWindow(gone);
+}
+
+TEST_F(CrashReport, ShowsTheMainWindow) {
+    setenv("TVUTIL_DISPLAY", "offscreen", 1);
+    EXPECT_EQ(signal_of([] {
+                  show_windows();
+                  read_nothing();
+              }),
+              SIGSEGV);
+    const auto folder = reports();
+    ASSERT_EQ(folder.size(), 1U);
+    const auto jpeg = tests::read_file((folder[0] / "picture.jpg").string());
+    const auto report = take_report();
+    EXPECT_EQ(report.json.value("picture", ""), "picture.jpg");
+    EXPECT_NE(report.archive.find("/picture.jpg\n" + jpeg), std::string::npos);
+    const std::unique_ptr<void, decltype(&tjDestroy)> reader(tjInitDecompress(), &tjDestroy);
+    std::vector<unsigned char> pixels(320 * 200 * 3);
+    ASSERT_EQ(tjDecompress2(reader.get(), reinterpret_cast<const unsigned char*>(jpeg.data()),
+                            jpeg.size(), pixels.data(), 320, 0, 200, TJPF_RGB, 0),
+              0);
+    const unsigned char middle[] = {200, 40, 20};
+    for (std::size_t i = 0; i < 3; ++i) {
+        EXPECT_NEAR(pixels[(100 * 320 + 160) * 3 + i], middle[i], 3);
+    }
 }
 
 TEST_F(CrashReport, NamesTheProgramAndKeepsItsSecrets) {

@@ -42,7 +42,7 @@ std::string Report::text(const char* key) const {
 std::vector<std::string> Report::facts() const {
     std::vector<std::string> lines;
     for (const char* const key : {"application", "version", "program", "program_version", "time",
-                                  "kind", "signal", "exception", "no_stacks"}) {
+                                  "kind", "signal", "exception", "no_stacks", "picture"}) {
         if (const auto value = text(key); !value.empty()) {
             lines.push_back(std::string(key) + "=" + value);
         }

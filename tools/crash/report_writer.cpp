@@ -13,9 +13,11 @@
 #include <ctime>
 #include <filesystem>
 #include <fstream>
+#include <optional>
 #include <utility>
 
 #include "tools/crash/archive.h"
+#include "tools/crash/picture.h"
 #include "tools/crash/stacks.h"
 
 namespace crash {
@@ -24,6 +26,7 @@ namespace {
 using Json = nlohmann::ordered_json;
 namespace fs = std::filesystem;
 
+constexpr const char* kPictureFile = "picture.jpg";
 constexpr std::uintmax_t kLargestFile = 64U << 20U;
 
 constexpr const char* kRegisterNames[tvutil2::CrashNote::kRegisters] = {
@@ -123,6 +126,15 @@ Json copy_files(std::span<char*> files, const fs::path& folder) {
     return list;
 }
 
+// Its name, or why there is none.
+std::string write_picture(const tvutil2::CrashNote& note, const std::optional<Picture>& picture,
+                          const fs::path& file) {
+    if (note.picture_quality <= 0) return "none: it isn't wanted";
+    if (!picture) return "none: no window is shown";
+    if (write_jpeg(*picture, note.picture_quality, file)) return file.filename();
+    return "none: it can't be written";
+}
+
 bool write(const fs::path& file, const Json& report) {
     std::ofstream stream(file);
     stream << report.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
@@ -162,7 +174,8 @@ std::string version_of(const tvutil2::CrashNote& note, const Product& product) {
     return "";
 }
 
-Json report_of(const tvutil2::CrashNote& note, const Product& product) {
+Json report_of(const tvutil2::CrashNote& note, const Product& product,
+               const StoppedThreads& stopped) {
     Json report{{"application", product.application},
                 {"version", product.version},
                 {"program", product.program},
@@ -170,7 +183,7 @@ Json report_of(const tvutil2::CrashNote& note, const Product& product) {
                 {"url", product.url}};
     report["kind"] = note.is_terminate ? "terminate" : "signal";
     report.update(facts(note));
-    add_stacks(report, note, stacks_of(note.process));
+    add_stacks(report, note, stacks_of(note.process, stopped));
     return report;
 }
 
@@ -184,10 +197,21 @@ bool write_report(const ReportsFolder& reports, const tvutil2::CrashNote& note,
     std::error_code error;
     fs::create_directories(reports.root(), error);
     if (!fs::create_directory(draft, error)) return false;
-    auto report = report_of(note, product);
+    Json report;
+    std::optional<Picture> picture;
+    {
+        const StoppedThreads stopped(note.process);
+        report = report_of(note, product, stopped);
+        if (stopped.failure().empty()) picture = picture_of(note);
+    }
     report["files"] = copy_files(files, draft);
-    report["picture"] = "none: there is no display";
-    if (write(draft / "report.json", report)) {
+    report["picture"] = write_picture(note, picture, draft / kPictureFile);
+    bool is_written = write(draft / "report.json", report);
+    if (!is_written && picture && fs::remove(draft / kPictureFile, error)) {
+        report["picture"] = "none: there is no room";
+        is_written = write(draft / "report.json", report);
+    }
+    if (is_written) {
         // In front of the report, so that nobody who finds that packs it a second time. One that is
         // missing is made up for when it is sent.
         static_cast<void>(pack(draft, name, reports.waiting_archive(name)));

@@ -11,35 +11,11 @@
 #include <cstring>
 #include <filesystem>
 #include <memory>
-#include <set>
 
 namespace crash {
 namespace {
 
 constexpr std::size_t kMostFrames = 256;
-
-// Seized threads run on by themselves when this process ends, however it ends.
-std::set<pid_t> stop_threads(pid_t process) {
-    std::set<pid_t> stopped;
-    const auto folder = "/proc/" + std::to_string(process) + "/task";
-    // Threads that others start meanwhile are met by a further look, until one finds nothing new.
-    for (bool is_new = true; is_new;) {
-        is_new = false;
-        std::error_code error;
-        for (const auto& entry : std::filesystem::directory_iterator(folder, error)) {
-            const auto thread =
-                static_cast<pid_t>(std::strtol(entry.path().filename().c_str(), nullptr, 10));
-            if (stopped.contains(thread)) continue;
-            if (ptrace(PTRACE_SEIZE, thread, nullptr, nullptr) != 0) continue;
-            ptrace(PTRACE_INTERRUPT, thread, nullptr, nullptr);
-            int status = 0;
-            if (waitpid(thread, &status, __WALL) != thread || !WIFSTOPPED(status)) continue;
-            stopped.insert(thread);
-            is_new = true;
-        }
-    }
-    return stopped;
-}
 
 std::string hexadecimal(const unsigned char* bytes, int count) {
     constexpr const char* kDigits = "0123456789abcdef";
@@ -103,6 +79,34 @@ std::string last_failure() {
 
 }  // namespace
 
+// Seized rather than attached to: that is what lets them go on by themselves.
+StoppedThreads::StoppedThreads(pid_t process) {
+    const auto folder = "/proc/" + std::to_string(process) + "/task";
+    // Threads that others start meanwhile are met by a further look, until one finds nothing new.
+    for (bool is_new = true; is_new;) {
+        is_new = false;
+        std::error_code error;
+        for (const auto& entry : std::filesystem::directory_iterator(folder, error)) {
+            const auto thread =
+                static_cast<pid_t>(std::strtol(entry.path().filename().c_str(), nullptr, 10));
+            if (m_all.contains(thread)) continue;
+            if (ptrace(PTRACE_SEIZE, thread, nullptr, nullptr) != 0) continue;
+            ptrace(PTRACE_INTERRUPT, thread, nullptr, nullptr);
+            int status = 0;
+            if (waitpid(thread, &status, __WALL) != thread || !WIFSTOPPED(status)) continue;
+            m_all.insert(thread);
+            is_new = true;
+        }
+    }
+    if (m_all.empty()) {
+        m_failure = std::string("the process can't be looked at: ") + std::strerror(errno);
+    }
+}
+
+StoppedThreads::~StoppedThreads() {
+    for (const auto thread : m_all) ptrace(PTRACE_DETACH, thread, nullptr, nullptr);
+}
+
 std::string readable(const char* name) {
     int status = 0;
     const std::unique_ptr<char, decltype(&std::free)> text(
@@ -110,28 +114,24 @@ std::string readable(const char* name) {
     return text ? text.get() : name;
 }
 
-Stacks stacks_of(pid_t process) {
+Stacks stacks_of(pid_t process, const StoppedThreads& stopped) {
     Stacks stacks;
+    stacks.failure = stopped.failure();
+    if (!stacks.failure.empty()) return stacks;
     static char* no_folders = nullptr;
     // Symbols of the files themselves and of the host's folder of them; nothing is asked of a
     // network.
     static const Dwfl_Callbacks callbacks{dwfl_linux_proc_find_elf, dwfl_standard_find_debuginfo,
                                           nullptr, &no_folders};
     const std::unique_ptr<Dwfl, decltype(&dwfl_end)> dwfl(dwfl_begin(&callbacks), &dwfl_end);
-    const auto stopped = stop_threads(process);
-    if (stopped.empty()) {
-        stacks.failure = std::string("the process can't be looked at: ") + std::strerror(errno);
-        return stacks;
-    }
     if (!dwfl || dwfl_linux_proc_report(dwfl.get(), process) != 0 ||
         dwfl_report_end(dwfl.get(), nullptr, nullptr) != 0 ||
         dwfl_linux_proc_attach(dwfl.get(), process, true) != 0) {
         stacks.failure = last_failure();
     } else {
         Reader reader(dwfl.get(), stacks);
-        for (const auto thread : stopped) reader.read(thread);
+        for (const auto thread : stopped.all()) reader.read(thread);
     }
-    for (const auto thread : stopped) ptrace(PTRACE_DETACH, thread, nullptr, nullptr);
     return stacks;
 }
 

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -22,8 +23,26 @@ struct Stacks {
     std::string failure;                           ///< why there are none; else empty
 };
 
-/// Stops all threads of the process while it reads them. At most 256 frames of a thread.
-[[nodiscard]] Stacks stacks_of(pid_t process);
+/// Stops all threads of a process that may be looked at, for as long as it lives. They go on by
+/// themselves when this process ends, however it ends.
+class StoppedThreads {
+  public:
+    explicit StoppedThreads(pid_t process);
+    ~StoppedThreads();
+    StoppedThreads(const StoppedThreads&) = delete;
+    StoppedThreads& operator=(const StoppedThreads&) = delete;
+
+    [[nodiscard]] const std::set<pid_t>& all() const { return m_all; }
+    /// Why there are none; else empty.
+    [[nodiscard]] const std::string& failure() const { return m_failure; }
+
+  private:
+    std::set<pid_t> m_all;
+    std::string m_failure;
+};
+
+/// At most 256 frames of a thread.
+[[nodiscard]] Stacks stacks_of(pid_t process, const StoppedThreads& stopped);
 
 /// The language's readable form of a mangled name, or the name itself.
 [[nodiscard]] std::string readable(const char* name);

@@ -9,7 +9,7 @@
 namespace tvutil2 {
 
 struct CrashNote {
-    static constexpr std::uint32_t kVersion = 1;
+    static constexpr std::uint32_t kVersion = 2;
     static constexpr std::size_t kRegisters = 23;  ///< as many as the host's signal frame has
 
     std::uint32_t version = kVersion;
@@ -19,8 +19,10 @@ struct CrashNote {
     std::int32_t code = 0;      ///< why the host sent the signal (si_code)
     std::uint64_t address = 0;  ///< what a fault was about
     std::uint64_t registers[kRegisters] = {};
-    bool is_terminate = false;  ///< the language's run-time gave up
-    char exception[256] = {};   ///< mangled type of the exception in flight; cut
+    std::uint64_t pictures = 0;        ///< address of the windows' pictures (crash_picture.h)
+    std::int32_t picture_quality = 0;  ///< of the one to take, 1 to 100; 0 for none
+    bool is_terminate = false;         ///< the language's run-time gave up
+    char exception[256] = {};          ///< mangled type of the exception in flight; cut
 };
 
 }  // namespace tvutil2

@@ -9,6 +9,7 @@
 #include <dlfcn.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <string_view>
 
@@ -105,6 +106,7 @@ int crash_install(const CrashInstallRecord* record) {
                              narrow(record->url),
                              this_program()};
     own.hand_over.callback = record->callback;
+    own.hand_over.picture_quality = 0;
     if (record->longest_report != 0) own.hand_over.longest_report = record->longest_report;
     install_crash_handlers(own.hand_over);
     own.is_installed = true;
@@ -131,8 +133,12 @@ int crash_add_file(const char16_t* path, const char16_t* /*name*/, const char16_
     return 0;
 }
 
-int crash_add_screenshot(DWORD /*flags*/, int /*quality*/) {
-    return state().is_installed ? 0 : fail(u"The crash reporter isn't installed.");
+int crash_add_screenshot(DWORD /*flags*/, int quality) {
+    auto& own = state();
+    if (!own.is_installed) return fail(u"The crash reporter isn't installed.");
+    own.hand_over.picture_quality = std::clamp(quality, 1, 100);
+    exchange_hand_over(own.hand_over);
+    return 0;
 }
 
 int crash_last_error(char16_t* text, UINT size) {

@@ -1,10 +1,10 @@
 // CrashRpt.dll: the crash reporter's five operations, which are found by their ordinals alone.
 //
 // A crash makes a folder "<application>_<time>_<process>" below crash_reports_folder(), with
-// report.json and copies of the files that were added, and an archive of it beside it. The archive
-// is sent to the address, now or, where that fails, at the next start of a program that installs
-// the reporter. The ten newest are kept. Neither environment nor command line nor memory goes into
-// a report.
+// report.json, a picture of the main window and copies of the files that were added, and an archive
+// of it beside it. The archive is sent to the address, now or, where that fails, at the next start
+// of a program that installs the reporter. The ten newest are kept. Neither environment nor command
+// line goes into a report, and of the memory only the picture.
 #pragma once
 
 #include "tvutil2/platform/base/export.h"
@@ -46,7 +46,9 @@ int crash_uninstall();
 /// the name of the file, `name` and `flags` aren't looked at.
 int crash_add_file(const char16_t* path, const char16_t* name, const char16_t* description,
                    DWORD flags);
-/// Windows aren't drawn here yet, so there is no picture to take: a report says so.
+/// A picture of the main window goes into reports, as JPEG of that quality (1 to 100): of the
+/// windows without an owner the largest, as far as it is painted. Where none is shown a report says
+/// so. 0 on success; `flags` aren't looked at.
 int crash_add_screenshot(DWORD flags, int quality);
 /// The text of this module's last failure, cut to `size` units with the zero; its length.
 int crash_last_error(char16_t* text, UINT size);

@@ -2,6 +2,7 @@
 
 #include "tvutil2/platform/base/signal_stack.h"
 #include "tvutil2/platform/crash/crash_note.h"
+#include "tvutil2/platform/crash/reported_picture.h"
 
 #include <cxxabi.h>
 #include <fcntl.h>
@@ -201,6 +202,8 @@ void tell(const Prepared& prepared, int number, const siginfo_t& info, const voi
     g_signal = number;
     CrashNote note;
     fill(note, number, info, context);
+    note.pictures = reinterpret_cast<std::uintptr_t>(&reported_pictures());
+    note.picture_quality = prepared.hand_over.picture_quality;
     hand_over(prepared, note);
     call_back(prepared.hand_over.callback);
 }

@@ -18,6 +18,7 @@ struct CrashHandOver {
     /// What takes longer than ten seconds is given up.
     int (*callback)(void*) = nullptr;
     unsigned longest_report = 30;  ///< seconds; then the helper is killed
+    int picture_quality = 0;       ///< of the main window's picture, 1 to 100; 0: none is taken
 };
 
 /// Installs the handlers and gives the calling thread, and from now on each that the library

@@ -67,6 +67,12 @@ const std::shared_ptr<Surface>& surface_of(Window& top) {
     }
     auto fresh = Surface::create(static_cast<int>(width), static_cast<int>(height), top.dpi);
     if (fresh && surface) copy_pixels(*surface, {}, *fresh);
+    // Before the pixels go that were named so far.
+    if (fresh && top.owner == nullptr) {
+        top.top->reported.name(fresh->row(0), fresh->width(), fresh->height());
+    } else {
+        top.top->reported.forget();
+    }
     surface = std::move(fresh);
     return surface;
 }

@@ -1,6 +1,7 @@
 // What a top-level window has while a display shows it.
 #pragma once
 
+#include "tvutil2/platform/crash/reported_picture.h"
 #include "tvutil2/platform/draw/surface.h"
 
 #include <memory>
@@ -11,6 +12,7 @@ namespace tvutil2 {
 struct TopLevel {
     std::shared_ptr<Surface> surface;  ///< of the window's size; null until something is painted
     Region damage;                     ///< painted and not presented yet
+    ReportedPicture reported;          ///< of a window without an owner
 };
 
 }  // namespace tvutil2
