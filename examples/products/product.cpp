@@ -1,7 +1,8 @@
 // A stand-in for a product: tells which one it is and what session it was handed.
 //
 // Started as Pelrin.exe or Dovr.exe with "-url TEXT", or as Ombrelia.exe with ":[0] -query HOST".
-// With "-crash FOLDER" it begins its log there, and crashes.
+// With "-crash FOLDER" it begins its log there, and crashes. With "-notify TITLE TEXT" it shows a
+// notification and ends; the desktop starts it with "-ToastActivated" when that is answered.
 // It writes to standard output, or to the file that TVUTIL_EXAMPLE_REPORT names: a named pipe there
 // lets a script wait for what a program that nobody waits for has to say.
 #include "tvutil2/frame/product.h"
@@ -10,13 +11,16 @@
 #include "tvutil2/diag/crash_report.h"
 #include "tvutil2/frame/startup.h"
 #include "tvutil2/platform/base/utf.h"
+#include "tvutil2/services/notifications.h"
 #include "tvutil2/url/url_info.h"
 
 #include <unistd.h>
 
 #include <cstdint>
 #include <cstdlib>
+#include <exception>
 #include <fstream>
+#include <future>
 #include <iostream>
 #include <iterator>
 #include <map>
@@ -79,6 +83,30 @@ int crash(const char* folder) {
     return count_sessions(reinterpret_cast<const int*>(nowhere));
 }
 
+void register_toasts() {
+    DesktopNotificationManagerCompat::Register(u"Tolvarine.Dovr.Notifications", u"Dovr 8", u"");
+}
+
+int notify(const char* title, const char* text) try {
+    register_toasts();
+    TVSendToast(tvutil2::to_utf16_lossy(title).c_str(), tvutil2::to_utf16_lossy(text).c_str(),
+                u"Show", u"");
+    return 0;
+} catch (const std::exception& error) {
+    std::cerr << "no notification: " << error.what() << '\n';
+    return 4;
+}
+
+void show_answer(std::ostream& out) {
+    std::promise<std::u16string> argument;
+    register_toasts();
+    DesktopNotificationManagerCompat::OnActivated(
+        [&argument](const DesktopNotificationActivatedEventArgsCompat& activated) {
+            argument.set_value(activated.Argument());
+        });
+    show(out, "answered", tvutil2::to_utf8_lossy(argument.get_future().get()));
+}
+
 int report(std::ostream& out, int argc, char** argv) {
     const auto code = static_cast<unsigned int>(TvGetProgramCodeFromInstalled());
     show(out, "product", narrow(TvGetProductName(code)));
@@ -87,6 +115,10 @@ int report(std::ostream& out, int argc, char** argv) {
         if (show_session(out, argv[2])) return 0;
         std::cerr << argv[0] << ": that is no session URL\n";
         return 3;
+    }
+    if (argc == 2 && argv[1] == std::string_view("-ToastActivated")) {
+        show_answer(out);
+        return 0;
     }
     if (argc == 4 && argv[2] == std::string_view("-query")) {
         show(out, "display", argv[1]);
@@ -102,6 +134,7 @@ int report(std::ostream& out, int argc, char** argv) {
 int main(int argc, char** argv) {
     TvCommonInitialize(0);
     if (argc > 2 && argv[1] == std::string_view("-crash")) return crash(argv[2]);
+    if (argc > 3 && argv[1] == std::string_view("-notify")) return notify(argv[2], argv[3]);
     const char* const file = std::getenv("TVUTIL_EXAMPLE_REPORT");
     if (file == nullptr) return report(std::cout, argc, argv);
     std::ofstream out(file);
