@@ -345,6 +345,9 @@ class BusDesktop final : public Desktop {
         } else {
             return false;
         }
+        if ((g_dbus_message_get_flags(message) & G_DBUS_MESSAGE_FLAGS_NO_REPLY_EXPECTED) != 0) {
+            return true;
+        }
         const Message answer(g_dbus_message_new_method_reply(message));
         g_dbus_connection_send_message(bus, answer.get(), G_DBUS_SEND_MESSAGE_FLAGS_NONE, nullptr,
                                        nullptr);
