@@ -15,6 +15,7 @@
 #include <openssl/hmac.h>
 #include <openssl/md5.h>
 #include <openssl/rc4.h>
+#include <unicode/ubrk.h>
 #include <unicode/uchar.h>
 #include <unicode/ucnv.h>
 #include <unicode/ucol.h>
@@ -221,6 +222,32 @@ const UNormalizer2* unorm2_getNFCInstance(UErrorCode* error) {
 UChar32 unorm2_composePair(const UNormalizer2* normalizer, UChar32 a, UChar32 b) {
     LATE(icu_common, unorm2_composePair);
     return real(normalizer, a, b);
+}
+
+UBreakIterator* ubrk_open(UBreakIteratorType type, const char* locale, const UChar* text,
+                          std::int32_t size, UErrorCode* error) {
+    LATE(icu_common, ubrk_open);
+    return real(type, locale, text, size, error);
+}
+
+void ubrk_close(UBreakIterator* breaks) {
+    LATE(icu_common, ubrk_close);
+    real(breaks);
+}
+
+void ubrk_setText(UBreakIterator* breaks, const UChar* text, std::int32_t size, UErrorCode* error) {
+    LATE(icu_common, ubrk_setText);
+    real(breaks, text, size, error);
+}
+
+std::int32_t ubrk_following(UBreakIterator* breaks, std::int32_t at) {
+    LATE(icu_common, ubrk_following);
+    return real(breaks, at);
+}
+
+std::int32_t ubrk_preceding(UBreakIterator* breaks, std::int32_t at) {
+    LATE(icu_common, ubrk_preceding);
+    return real(breaks, at);
 }
 
 UCollator* ucol_open(const char* locale, UErrorCode* error) {

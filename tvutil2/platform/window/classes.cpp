@@ -36,6 +36,9 @@ struct Classes {
         constexpr UINT kControl = CS_DBLCLKS | CS_HREDRAW | CS_VREDRAW;
         add_system(u"Static", static_procedure, kControl);
         add_system(u"Button", button_procedure, kControl);
+        add_system(u"ScrollBar", scroll_bar_procedure, kControl);
+        add_system(u"Edit", edit_procedure, kControl);
+        all.back()->description.hCursor = LoadCursorW(nullptr, IDC_IBEAM);
         add_system(u"#32770", DefDlgProcW, CS_DBLCLKS);
         all.back()->atom = LOWORD(reinterpret_cast<std::uintptr_t>(WC_DIALOG));
         all.back()->description.cbWndExtra = DLGWINDOWEXTRA;

@@ -1,8 +1,8 @@
 // Window classes: what a kind of windows has in common. Names count without regard to case.
 //
 // A class belongs to the module that registered it, and its windows are made by that module; one of
-// CS_GLOBALCLASS serves all. The system's own classes, "Static", "Button" and the one of dialogs,
-// are always there.
+// CS_GLOBALCLASS serves all. The system's own classes, "Static", "Button", "Edit", "ListBox",
+// "ComboBox", "ScrollBar", "msctls_progress32" and those of menus and dialogs, are always there.
 #pragma once
 
 #include "tvutil2/platform/base/export.h"

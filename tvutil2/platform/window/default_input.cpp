@@ -6,6 +6,7 @@
 #include "tvutil2/platform/window/keys.h"
 #include "tvutil2/platform/window/messages.h"
 #include "tvutil2/platform/window/mouse.h"
+#include "tvutil2/platform/window/scrolling.h"
 #include "tvutil2/platform/window/show.h"
 #include "tvutil2/platform/window/system_commands.h"
 #include "tvutil2/platform/window/window.h"
@@ -89,6 +90,7 @@ void zoom(HWND window) {
 bool handle_input_message(HWND window, UINT message, WPARAM wparam, LPARAM lparam,
                           LRESULT& result) {
     result = 0;
+    if (handle_scroll_message(window, message, wparam, lparam)) return true;
     switch (message) {
         case WM_ACTIVATE:
             if (LOWORD(wparam) != WA_INACTIVE && !has_style(window, WS_MINIMIZE)) SetFocus(window);

@@ -12,6 +12,7 @@
 #include "tvutil2/platform/window/hit_test.h"
 #include "tvutil2/platform/window/messages.h"
 #include "tvutil2/platform/window/paint.h"
+#include "tvutil2/platform/window/scrolling.h"
 #include "tvutil2/platform/window/update.h"
 #include "tvutil2/platform/window/window.h"
 
@@ -95,6 +96,7 @@ void paint_frame(HWND window) {
         look.is_disabled = (frame.style & WS_DISABLED) != 0;
         draw_field(context, frame.area, look,
                    GetSysColor(look.is_disabled ? COLOR_3DFACE : COLOR_WINDOW));
+        paint_scroll_bars(window, context);
         return;
     }
     FillRect(context, &frame.area, system_brush(COLOR_3DFACE));
@@ -102,6 +104,7 @@ void paint_frame(HWND window) {
     FrameRect(context, &frame.area, line);
     DeleteObject(line);
     if ((frame.style & WS_CAPTION) == WS_CAPTION) paint_caption(context, window, frame);
+    paint_scroll_bars(window, context);
 }
 
 bool erase_background(HWND window, HDC context) {

@@ -69,6 +69,17 @@ LRESULT hit_test(HWND window, POINT point) {
         if (const auto edge = hit_edge(facts, point); edge != HTNOWHERE) return edge;
     }
     if (holds(facts.client, point)) return HTCLIENT;
+    const bool is_beside = point.y >= facts.client.top && point.y < facts.client.bottom;
+    const bool is_below = point.x >= facts.client.left && point.x < facts.client.right;
+    const auto bar = GetSystemMetricsForDpi(SM_CXVSCROLL, facts.dpi);
+    if ((facts.style & WS_VSCROLL) != 0 && is_beside && point.x >= facts.client.right &&
+        point.x < facts.client.right + bar) {
+        return HTVSCROLL;
+    }
+    if ((facts.style & WS_HSCROLL) != 0 && is_below && point.y >= facts.client.bottom &&
+        point.y < facts.client.bottom + bar) {
+        return HTHSCROLL;
+    }
     if ((facts.style & WS_CAPTION) != WS_CAPTION || point.y >= facts.client.top) return HTBORDER;
     const auto button = close_button_of(window);
     return holds(button, point) ? HTCLOSE : HTCAPTION;
@@ -80,8 +91,13 @@ void calculate_client(HWND window, RECT& rect) {
     const auto frame = frame_thickness(facts.style, facts.ex_style, facts.dpi);
     rect.left += frame.left;
     rect.top += frame.top;
-    rect.right = std::max(rect.left, rect.right - frame.right);
-    rect.bottom = std::max(rect.top, rect.bottom - frame.bottom);
+    rect.right -= frame.right;
+    rect.bottom -= frame.bottom;
+    const auto bar = GetSystemMetricsForDpi(SM_CXVSCROLL, facts.dpi);
+    if ((facts.style & WS_VSCROLL) != 0) rect.right -= bar;
+    if ((facts.style & WS_HSCROLL) != 0) rect.bottom -= bar;
+    rect.right = std::max(rect.left, rect.right);
+    rect.bottom = std::max(rect.top, rect.bottom);
 }
 
 void limit_position(HWND window, WINDOWPOS& wanted) {

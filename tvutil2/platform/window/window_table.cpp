@@ -89,6 +89,7 @@ void WindowTable::give_back(Window& record) {
     record.least = {};
     record.top.reset();
     record.state.reset();
+    record.scroll_bars.reset();
     record.update = {};
     record.background_is_old = record.frame_is_old = false;
     record.is_counted = record.is_frozen = false;

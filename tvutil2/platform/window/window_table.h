@@ -23,6 +23,7 @@
 namespace tvutil2 {
 
 class ThreadQueue;
+struct ScrollBars;
 struct TopLevel;
 struct WindowClass;
 
@@ -60,6 +61,7 @@ struct Window {
     bool is_counted = false;  ///< among those of its queue
     bool is_frozen = false;   ///< isn't drawn (WM_SETREDRAW)
     std::shared_ptr<WindowState> state;
+    std::shared_ptr<ScrollBars> scroll_bars;  ///< null until something is asked of them
     std::map<std::u16string, HANDLE> properties;
     std::uint64_t age = 0;  ///< the number of its creation
     std::uint32_t index = 0, generation = 0;

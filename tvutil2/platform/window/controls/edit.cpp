@@ -1,0 +1,431 @@
+#include "tvutil2/platform/window/controls/edit.h"
+
+#include "tvutil2/platform/base/clock.h"
+#include "tvutil2/platform/draw/rect.h"
+#include "tvutil2/platform/window/controls/edit_input.h"
+#include "tvutil2/platform/window/dialogs/dialogs.h"
+#include "tvutil2/platform/window/focus.h"
+#include "tvutil2/platform/window/geometry.h"
+#include "tvutil2/platform/window/keys.h"
+#include "tvutil2/platform/window/messages.h"
+#include "tvutil2/platform/window/mouse.h"
+#include "tvutil2/platform/window/window.h"
+
+#include <algorithm>
+
+namespace tvutil2 {
+namespace {
+
+constexpr char16_t kBullet = u'\u25CF';
+constexpr std::size_t kNoLimit = 0x7FFFFFFE;
+
+LRESULT as_result(std::size_t value) {
+    return static_cast<LRESULT>(value);
+}
+
+const char16_t* text_at(LPARAM lparam) {
+    return lparam != 0 ? reinterpret_cast<const char16_t*>(lparam) : u"";
+}
+
+// The index of a row or a place that -1 stands for the caret's in.
+std::size_t row_index(EditInput& edit, WPARAM wparam) {
+    const auto index = static_cast<int>(wparam);
+    auto& state = edit.state();
+    return index < 0 ? state.lines.row_of(state.text.caret()) : static_cast<std::size_t>(index);
+}
+
+void select(EditInput& edit, int start, int end) {
+    const auto& text = edit.state().text;
+    const auto size = text.size();
+    if (start < 0) return edit.select(text.selection().end, text.selection().end, false);
+    const auto from = std::min(static_cast<std::size_t>(start), size);
+    const auto to = end < 0 ? size : std::min(static_cast<std::size_t>(end), size);
+    edit.select(std::min(from, to), std::max(from, to), false);
+}
+
+LRESULT selection_of(const EditText& text, WPARAM start, LPARAM end) {
+    const auto range = text.selection();
+    if (start != 0) *reinterpret_cast<DWORD*>(start) = static_cast<DWORD>(range.start);
+    if (end != 0) *reinterpret_cast<DWORD*>(end) = static_cast<DWORD>(range.end);
+    if (range.end > 0xFFFF) return -1;
+    return MAKELPARAM(static_cast<WORD>(range.start), static_cast<WORD>(range.end));
+}
+
+LRESULT copy_text(std::u16string_view text, std::size_t room, char16_t* to) {
+    if (to == nullptr || room == 0) return 0;
+    const auto size = text.copy(to, room - 1);
+    to[size] = 0;
+    return as_result(size);
+}
+
+// The first unit of the buffer says how many there are; no zero is put behind them.
+LRESULT copy_row(EditInput& edit, WPARAM index, char16_t* to) {
+    edit.ready();
+    if (static_cast<std::size_t>(index) >= edit.state().lines.count()) return 0;
+    const auto row = edit.state().lines.row(index);
+    const auto room = static_cast<std::size_t>(*to);
+    return as_result(
+        edit.state().text.text().copy(to, std::min(room, row.end - row.start), row.start));
+}
+
+LRESULT row_length(EditInput& edit, WPARAM wparam) {
+    edit.ready();
+    const auto at = static_cast<int>(wparam);
+    const auto& text = edit.state().text;
+    auto& lines = edit.state().lines;
+    if (at < 0) {
+        const auto [start, end] = text.selection();
+        const auto first = lines.row(lines.row_of(start));
+        const auto last = lines.row(lines.row_of(end));
+        return as_result(start - first.start + (last.end > end ? last.end - end : 0));
+    }
+    if (static_cast<std::size_t>(at) > text.size()) return 0;
+    const auto row = lines.row(lines.row_of(static_cast<std::size_t>(at)));
+    return as_result(row.end - row.start);
+}
+
+LRESULT row_start(EditInput& edit, WPARAM wparam) {
+    edit.ready();
+    const auto index = row_index(edit, wparam);
+    if (index >= edit.state().lines.count()) return -1;
+    return as_result(edit.state().lines.row(index).start);
+}
+
+LRESULT row_of_place(EditInput& edit, WPARAM wparam) {
+    edit.ready();
+    const auto at = static_cast<int>(wparam);
+    const auto& text = edit.state().text;
+    const auto place = at < 0 ? text.selection().start : static_cast<std::size_t>(at);
+    return as_result(edit.state().lines.row_of(std::min(place, text.size())));
+}
+
+LRESULT position_of(EditInput& edit, WPARAM at) {
+    edit.ready();
+    if (static_cast<std::size_t>(at) >= edit.state().text.size()) return -1;
+    const auto point = edit.point_of(at);
+    return MAKELPARAM(static_cast<WORD>(point.x), static_cast<WORD>(point.y));
+}
+
+LRESULT place_of(EditInput& edit, LPARAM lparam) {
+    edit.ready();
+    const auto at = edit.place_at({GET_X_LPARAM(lparam), GET_Y_LPARAM(lparam)});
+    return MAKELPARAM(static_cast<WORD>(at), static_cast<WORD>(edit.state().lines.row_of(at)));
+}
+
+void set_format(EditInput& edit, HWND window, const RECT* rect, bool repaints) {
+    auto& state = edit.state();
+    if (rect == nullptr) {
+        edit.reset_format();
+    } else {
+        state.format = *rect;
+        state.format.right = std::max(rect->left, rect->right);
+        state.format.bottom = std::max(rect->top, rect->bottom);
+        state.has_own_format = true;
+    }
+    state.is_laid_out = false;
+    if (repaints) repaint(window);
+}
+
+void set_margins(EditInput& edit, HWND window, WPARAM which, LPARAM widths) {
+    auto& state = edit.state();
+    const auto value = static_cast<WPARAM>(widths);
+    // EC_USEFONTINFO: what the look has anyway.
+    const bool is_usual = which == 0xFFFF;
+    if ((which & EC_LEFTMARGIN) != 0) state.left_margin = is_usual ? 0 : LOWORD(value);
+    if ((which & EC_RIGHTMARGIN) != 0) state.right_margin = is_usual ? 0 : HIWORD(value);
+    edit.reset_format();
+    state.is_laid_out = false;
+    repaint(window);
+}
+
+void set_password(EditInput& edit, HWND window, char16_t password) {
+    edit.state().password = password;
+    edit.state().is_laid_out = false;
+    repaint(window);
+}
+
+void set_read_only(HWND window, bool is_read_only) {
+    const auto style = style_of(window);
+    const auto fresh = is_read_only ? style | ES_READONLY : style & ~ES_READONLY;
+    SetWindowLongW(window, GWL_STYLE, static_cast<LONG>(fresh));
+    repaint(window);
+}
+
+// Which keys a dialog leaves to it.
+LRESULT dialog_code(const EditInput& edit, const MSG* message) {
+    LRESULT code = DLGC_HASSETSEL | DLGC_WANTCHARS | DLGC_WANTARROWS;
+    if (!edit.is_multiline()) return code;
+    if (message == nullptr) return code | DLGC_WANTALLKEYS;
+    const bool wants_return = edit.has_style(ES_WANTRETURN) || GetKeyState(VK_CONTROL) < 0;
+    const bool is_return = message->message == WM_KEYDOWN && message->wParam == VK_RETURN;
+    if (is_return && wants_return) code |= DLGC_WANTMESSAGE;
+    return code;
+}
+
+// The messages that ask for and change the text. False for any other.
+bool handle_text(EditInput& edit, HWND window, UINT message, WPARAM wparam, LPARAM lparam,
+                 LRESULT& result) {
+    auto& state = edit.state();
+    switch (message) {
+        case WM_GETTEXT:
+            result = copy_text(state.text.text(), wparam, reinterpret_cast<char16_t*>(lparam));
+            return true;
+        case WM_GETTEXTLENGTH:
+            result = as_result(state.text.size());
+            return true;
+        case WM_SETTEXT:
+            edit.set_text(text_at(lparam), true);
+            result = TRUE;
+            return true;
+        case EM_REPLACESEL:
+            edit.put(text_at(lparam), EditText::Kind::other);
+            if (wparam == 0) state.text.forget_steps();
+            return true;
+        case EM_GETSEL:
+            result = selection_of(state.text, wparam, lparam);
+            return true;
+        case EM_SETSEL:
+            edit.ready();
+            select(edit, static_cast<int>(wparam), static_cast<int>(lparam));
+            result = 1;
+            return true;
+        case EM_LIMITTEXT:
+            state.limit = wparam == 0 ? kNoLimit : std::min<std::size_t>(wparam, kNoLimit);
+            return true;
+        case EM_GETLIMITTEXT:
+            result = as_result(state.limit);
+            return true;
+        case EM_GETMODIFY:
+            result = state.is_modified ? 1 : 0;
+            return true;
+        case EM_SETMODIFY:
+            state.is_modified = wparam != 0;
+            return true;
+        case EM_CANUNDO:
+            result = state.text.can_undo() ? 1 : 0;
+            return true;
+        case EM_UNDO:
+        case WM_UNDO:
+            edit.undo(false);
+            result = 1;
+            return true;
+        case EM_EMPTYUNDOBUFFER:
+            state.text.forget_steps();
+            return true;
+        case WM_COPY:
+            edit.copy();
+            return true;
+        case WM_CUT:
+            edit.cut();
+            return true;
+        case WM_PASTE:
+            edit.paste();
+            return true;
+        case WM_CLEAR:
+            edit.erase_selection();
+            return true;
+        case EM_SETREADONLY:
+            set_read_only(window, wparam != 0);
+            result = 1;
+            return true;
+        case EM_SETPASSWORDCHAR:
+            set_password(edit, window, static_cast<char16_t>(wparam));
+            return true;
+        case EM_GETPASSWORDCHAR:
+            result = state.password;
+            return true;
+        case EM_SETCUEBANNER:
+            state.cue = text_at(lparam);
+            state.cue_stays = wparam != 0;
+            repaint(window);
+            result = edit.is_multiline() ? FALSE : TRUE;
+            return true;
+        case EM_GETCUEBANNER:
+            copy_text(state.cue, static_cast<std::size_t>(std::max<LPARAM>(lparam, 0)),
+                      reinterpret_cast<char16_t*>(wparam));
+            result = TRUE;
+            return true;
+        default:
+            return false;
+    }
+}
+
+// Those about rows and places. False for any other.
+bool handle_rows(EditInput& edit, HWND window, UINT message, WPARAM wparam, LPARAM lparam,
+                 LRESULT& result) {
+    auto& state = edit.state();
+    switch (message) {
+        case EM_GETLINECOUNT:
+            edit.ready();
+            result = as_result(state.lines.count());
+            return true;
+        case EM_LINEINDEX:
+            result = row_start(edit, wparam);
+            return true;
+        case EM_LINELENGTH:
+            result = row_length(edit, wparam);
+            return true;
+        case EM_LINEFROMCHAR:
+            result = row_of_place(edit, wparam);
+            return true;
+        case EM_GETLINE:
+            result = copy_row(edit, wparam, reinterpret_cast<char16_t*>(lparam));
+            return true;
+        case EM_GETFIRSTVISIBLELINE:
+            result = as_result(state.first_row);
+            return true;
+        case EM_POSFROMCHAR:
+            result = position_of(edit, wparam);
+            return true;
+        case EM_CHARFROMPOS:
+            result = place_of(edit, lparam);
+            return true;
+        case EM_GETRECT:
+            *reinterpret_cast<RECT*>(lparam) = state.format;
+            return true;
+        case EM_SETRECT:
+        case EM_SETRECTNP:
+            set_format(edit, window, reinterpret_cast<const RECT*>(lparam), message == EM_SETRECT);
+            return true;
+        case EM_SETMARGINS:
+            set_margins(edit, window, wparam, lparam);
+            return true;
+        case EM_GETMARGINS:
+            result = MAKELPARAM(static_cast<WORD>(state.left_margin),
+                                static_cast<WORD>(state.right_margin));
+            return true;
+        case EM_SCROLLCARET:
+            edit.ready();
+            edit.scroll_to_caret();
+            result = 1;
+            return true;
+        case EM_LINESCROLL:
+            edit.ready();
+            edit.scroll_to_row(static_cast<std::ptrdiff_t>(state.first_row) + lparam);
+            result = edit.is_multiline() ? 1 : 0;
+            return true;
+        case EM_SCROLL: {
+            edit.ready();
+            const auto before = static_cast<int>(state.first_row);
+            edit.scroll(LOWORD(wparam), true);
+            const auto moved = static_cast<int>(state.first_row) - before;
+            result = MAKELPARAM(static_cast<WORD>(moved), 1);
+            return true;
+        }
+        default:
+            return false;
+    }
+}
+
+void create(EditInput& edit, const CREATESTRUCTW& given) {
+    auto& state = edit.state();
+    state.field.color_message = WM_CTLCOLOREDIT;
+    if (edit.has_style(ES_PASSWORD) && !edit.is_multiline()) state.password = kBullet;
+    edit.reset_format();
+    edit.set_text(given.lpszName, false);
+}
+
+void change_focus(EditInput& edit, HWND window, bool has_focus) {
+    auto& state = edit.state();
+    edit.ready();
+    state.text.end_step();
+    edit.show_caret(has_focus);
+    if (!has_focus) edit.end_drag();
+    repaint(window);
+    notify_parent(window, has_focus ? EN_SETFOCUS : EN_KILLFOCUS);
+}
+
+void resize(EditInput& edit, HWND window) {
+    edit.reset_format();
+    auto& state = edit.state();
+    if (edit.wraps()) state.is_laid_out = false;
+    if (state.is_laid_out) {
+        edit.scroll_to_row(static_cast<std::ptrdiff_t>(state.first_row));
+        edit.tell_scroll_bars();
+    }
+    repaint(window);
+}
+
+// The person's doings and the window's. False for any other.
+bool handle_window(EditInput& edit, HWND window, UINT message, WPARAM wparam, LPARAM lparam,
+                   LRESULT& result) {
+    const POINT point{GET_X_LPARAM(lparam), GET_Y_LPARAM(lparam)};
+    switch (message) {
+        case WM_CREATE:
+            create(edit, *reinterpret_cast<const CREATESTRUCTW*>(lparam));
+            return true;
+        case WM_PAINT:
+            edit.ready();
+            edit.paint();
+            return true;
+        case WM_ERASEBKGND:
+            result = TRUE;
+            return true;
+        case WM_SIZE:
+            resize(edit, window);
+            return true;
+        case WM_SETFOCUS:
+        case WM_KILLFOCUS:
+            change_focus(edit, window, message == WM_SETFOCUS);
+            return true;
+        case WM_GETDLGCODE:
+            result = dialog_code(edit, reinterpret_cast<const MSG*>(lparam));
+            return true;
+        case WM_KEYDOWN:
+            edit.ready();
+            return edit.press(wparam);
+        case WM_CHAR:
+            edit.ready();
+            edit.type(static_cast<char16_t>(wparam));
+            return true;
+        case WM_LBUTTONDOWN:
+        case WM_LBUTTONDBLCLK:
+            edit.ready();
+            edit.press_button(point, message == WM_LBUTTONDBLCLK, (wparam & MK_SHIFT) != 0);
+            return true;
+        case WM_MOUSEMOVE:
+            edit.drag(point);
+            return true;
+        case WM_LBUTTONUP:
+        case WM_CAPTURECHANGED:
+            edit.end_drag();
+            return true;
+        case WM_TIMER:
+            return edit.tick(wparam);
+        case WM_VSCROLL:
+        case WM_HSCROLL:
+            edit.ready();
+            edit.scroll(LOWORD(wparam), message == WM_VSCROLL);
+            return true;
+        case WM_MOUSEWHEEL:
+            edit.ready();
+            return edit.turn_wheel(GET_WHEEL_DELTA_WPARAM(wparam));
+        default:
+            return false;
+    }
+}
+
+}  // namespace
+
+LRESULT edit_procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
+    const auto state = state_of<EditState>(window);
+    if (!state || message == WM_NCCREATE) return DefWindowProcW(window, message, wparam, lparam);
+    LRESULT result = 0;
+    EditInput edit(window, *state);
+    const bool is_plain = edit.is_read_only() || edit.has_style(WS_DISABLED);
+    state->field.color_message = is_plain ? WM_CTLCOLORSTATIC : WM_CTLCOLOREDIT;
+    if (handle_field_message(window, state->field, message, wparam, lparam, result) ||
+        handle_text(edit, window, message, wparam, lparam, result) ||
+        handle_rows(edit, window, message, wparam, lparam, result) ||
+        handle_window(edit, window, message, wparam, lparam, result)) {
+        return result;
+    }
+    if (message == WM_SETFONT) {
+        state->is_laid_out = false;
+        edit.reset_format();
+    }
+    if (handle_control_message(window, *state, message, wparam, lparam, result)) return result;
+    return DefWindowProcW(window, message, wparam, lparam);
+}
+
+}  // namespace tvutil2
