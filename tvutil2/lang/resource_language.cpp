@@ -5,7 +5,7 @@
 #include "tvutil2/platform/base/clock.h"
 #include "tvutil2/platform/base/locale.h"
 #include "tvutil2/platform/resource/resource.h"
-#include "tvutil2/platform/resource/templates.h"
+#include "tvutil2/platform/window/menus/menu.h"
 #include "tvutil2/platform/window/dialogs/dialogs.h"
 
 #include <algorithm>

@@ -39,6 +39,7 @@ struct Classes {
         add_system(u"ScrollBar", scroll_bar_procedure, kControl);
         add_system(u"Edit", edit_procedure, kControl);
         all.back()->description.hCursor = LoadCursorW(nullptr, IDC_IBEAM);
+        add_system(u"#32768", menu_procedure, CS_DBLCLKS);
         add_system(u"#32770", DefDlgProcW, CS_DBLCLKS);
         all.back()->atom = LOWORD(reinterpret_cast<std::uintptr_t>(WC_DIALOG));
         all.back()->description.cbWndExtra = DLGWINDOWEXTRA;

@@ -3,6 +3,7 @@
 #include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/window/geometry.h"
 #include "tvutil2/platform/window/input.h"
+#include "tvutil2/platform/window/menus/menu_loop.h"
 #include "tvutil2/platform/window/messages.h"
 #include "tvutil2/platform/window/screen.h"
 #include "tvutil2/platform/window/window.h"
@@ -128,6 +129,7 @@ void follow_activation(const RawInput& input) {
         return;
     }
     if (state.active != input.window) return;
+    leave_menus();
     auto expected = reinterpret_cast<std::uintptr_t>(input.window);
     const bool leaves_process = g_front.compare_exchange_strong(expected, 0);
     state.active = nullptr;

@@ -49,6 +49,7 @@ class ControlPaint {
 
 LRESULT static_procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
 LRESULT scroll_bar_procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
+LRESULT menu_procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
 LRESULT edit_procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
 LRESULT button_procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
 

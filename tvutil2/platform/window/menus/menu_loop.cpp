@@ -1,0 +1,355 @@
+// How a person moves in pop-up menus: a loop of its own until something is chosen.
+#include "tvutil2/platform/window/menus/menu_loop.h"
+
+#include "tvutil2/platform/base/last_error.h"
+#include "tvutil2/platform/base/wide_text.h"
+#include "tvutil2/platform/draw/rect.h"
+#include "tvutil2/platform/draw/theme.h"
+#include "tvutil2/platform/window/focus.h"
+#include "tvutil2/platform/window/geometry.h"
+#include "tvutil2/platform/window/keys.h"
+#include "tvutil2/platform/window/menus/menu_window.h"
+#include "tvutil2/platform/window/messages.h"
+#include "tvutil2/platform/window/mouse.h"
+#include "tvutil2/platform/window/screen.h"
+#include "tvutil2/platform/window/timers.h"
+#include "tvutil2/platform/window/window.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <utility>
+
+namespace tvutil2 {
+namespace {
+
+constexpr UINT_PTR kOpenTimer = 1;
+constexpr UINT kOpenTime = 250;
+
+// The character behind the "&" of an item; 0 for none.
+char16_t mnemonic_of(const MenuItem& item) {
+    char16_t found = 0;
+    for (std::size_t i = 0; i + 1 < item.text.size(); ++i) {
+        if (item.text[i] != u'&') continue;
+        ++i;
+        if (item.text[i] != u'&') found = to_lower(item.text[i]);
+    }
+    return found;
+}
+
+class MenuLoop {
+  public:
+    MenuLoop(HWND owner, UINT flags) : m_owner(owner), m_flags(flags) {}
+
+    /// What was chosen; 0 for nothing.
+    UINT run(HMENU menu, POINT point);
+    void cancel() {
+        m_is_done = true;
+        PostMessageW(m_owner, WM_NULL, 0, 0);
+    }
+
+    static thread_local MenuLoop* t_running;
+
+  private:
+    struct Hit {
+        std::size_t level = ~std::size_t{0};
+        int item = -1;
+    };
+
+    [[nodiscard]] std::shared_ptr<MenuWindowState> state_at(std::size_t level) const {
+        return state_of<MenuWindowState>(m_open[level]);
+    }
+    [[nodiscard]] std::shared_ptr<MenuWindowState> top() const {
+        return state_at(m_open.size() - 1);
+    }
+    [[nodiscard]] bool is_running() const {
+        return !m_is_done && IsWindow(m_owner) && !m_open.empty() && IsWindow(m_open.front()) &&
+               GetCapture() == m_open.front();
+    }
+
+    void tell(UINT message, WPARAM wparam, LPARAM lparam) const {
+        if ((m_flags & TPM_NONOTIFY) == 0) SendMessageW(m_owner, message, wparam, lparam);
+    }
+    bool open(HMENU menu, const MenuAnchor& anchor);
+    void close_down_to(std::size_t levels);
+    void select(std::size_t level, int item);
+    void open_submenu(bool selects_first);
+    void choose(bool by_key);
+    [[nodiscard]] Hit hit(POINT point) const;
+    void point_at(POINT point);
+    void press(WPARAM key);
+    void type(char16_t character);
+    void follow(const MSG& message);
+    void follow_timer();
+
+    HWND m_owner;
+    UINT m_flags;
+    std::vector<HWND> m_open;
+    bool m_is_done = false;
+    bool m_was_pressed = false;  // since the menu opened
+    POINT m_start{};
+    UINT m_chosen = 0;
+};
+
+thread_local MenuLoop* MenuLoop::t_running = nullptr;
+
+bool MenuLoop::open(HMENU menu, const MenuAnchor& anchor) {
+    tell(WM_INITMENUPOPUP, reinterpret_cast<WPARAM>(menu), 0);
+    if (!IsWindow(m_owner)) return false;
+    auto* const window = open_menu_window(menu, m_owner, anchor);
+    if (window != nullptr) m_open.push_back(window);
+    return window != nullptr;
+}
+
+void MenuLoop::close_down_to(std::size_t levels) {
+    while (m_open.size() > levels) {
+        auto* const window = m_open.back();
+        m_open.pop_back();
+        const auto state = state_of<MenuWindowState>(window);
+        DestroyWindow(window);
+        if (state) tell(WM_UNINITMENUPOPUP, reinterpret_cast<WPARAM>(state->menu), 0);
+    }
+}
+
+void MenuLoop::select(std::size_t level, int item) {
+    const auto state = state_at(level);
+    if (!state || state->selected == item) return;
+    select_menu_item(m_open[level], item);
+    if (item < 0) return;
+    const auto& chosen = state->items[static_cast<std::size_t>(item)];
+    const bool is_popup = chosen.submenu != nullptr;
+    const auto flags = (chosen.type | chosen.state | MF_HILITE | (is_popup ? MF_POPUP : 0));
+    tell(WM_MENUSELECT,
+         MAKEWPARAM(static_cast<WORD>(is_popup ? static_cast<UINT>(item) : chosen.id),
+                    static_cast<WORD>(flags)),
+         reinterpret_cast<LPARAM>(state->menu));
+}
+
+void MenuLoop::open_submenu(bool selects_first) {
+    const auto state = top();
+    if (!state || !state->can_select(state->selected) || m_open.size() >= kMenuNesting) return;
+    const auto& item = state->items[static_cast<std::size_t>(state->selected)];
+    if (item.submenu == nullptr || item.is_disabled()) return;
+    MenuAnchor anchor;
+    anchor.is_submenu = true;
+    anchor.beside = menu_item_rect(m_open.back(), state->selected);
+    anchor.point = {anchor.beside.right, anchor.beside.top - scaled(4, state->dpi)};
+    if (!open(item.submenu, anchor) || !selects_first) return;
+    const auto opened = top();
+    if (opened) select(m_open.size() - 1, opened->next(-1, 1));
+}
+
+// What is selected in the innermost menu.
+void MenuLoop::choose(bool by_key) {
+    const auto state = top();
+    if (!state || !state->can_select(state->selected)) return;
+    const auto& item = state->items[static_cast<std::size_t>(state->selected)];
+    if (item.is_disabled()) return;
+    if (item.submenu != nullptr) return open_submenu(by_key);
+    m_chosen = item.id;
+    m_is_done = true;
+}
+
+MenuLoop::Hit MenuLoop::hit(POINT point) const {
+    for (auto level = m_open.size(); level-- > 0;) {
+        RECT place{};
+        GetWindowRect(m_open[level], &place);
+        const auto state = state_at(level);
+        if (!state || !PtInRect(&place, point)) continue;
+        return {level, state->item_at(static_cast<int>(point.y - place.top))};
+    }
+    return {};
+}
+
+void MenuLoop::point_at(POINT point) {
+    const auto [level, item] = hit(point);
+    if (level >= m_open.size()) {
+        // An open submenu keeps its item.
+        const auto state = top();
+        if (state) select(m_open.size() - 1, -1);
+        return;
+    }
+    const auto state = state_at(level);
+    if (!state) return;
+    if (state->selected != item) {
+        // What was open below stays until another item has been under the pointer for a while.
+        select(level, item);
+        SetTimer(m_open.front(), kOpenTimer, kOpenTime, nullptr);
+    }
+}
+
+void MenuLoop::follow_timer() {
+    KillTimer(m_open.front(), kOpenTimer);
+    POINT point{};
+    GetCursorPos(&point);
+    const auto [level, item] = hit(point);
+    if (level >= m_open.size() || item < 0) return;
+    close_down_to(level + 1);
+    select(level, item);
+    open_submenu(false);
+}
+
+void MenuLoop::press(WPARAM key) {
+    const auto level = m_open.size() - 1;
+    const auto state = top();
+    if (!state) return;
+    switch (key) {
+        case VK_UP:
+            return select(level, state->next(state->selected, -1));
+        case VK_DOWN:
+            return select(level, state->next(state->selected, 1));
+        case VK_HOME:
+            return select(level, state->next(-1, 1));
+        case VK_END:
+            return select(level, state->next(-1, -1));
+        case VK_RIGHT:
+            return open_submenu(true);
+        case VK_LEFT:
+            if (level > 0) close_down_to(level);
+            return;
+        case VK_ESCAPE:
+            if (level > 0) {
+                close_down_to(level);
+            } else {
+                m_is_done = true;
+            }
+            return;
+        case VK_RETURN:
+        case VK_SPACE:
+            return choose(true);
+        case VK_MENU:
+        case VK_F10:
+            m_is_done = true;
+            return;
+        default:
+            return;
+    }
+}
+
+// The item of that mnemonic; of several the next one is only selected.
+void MenuLoop::type(char16_t character) {
+    const auto wanted = to_lower(character);
+    const auto state = top();
+    if (!state || wanted <= u' ') return;
+    const auto count = static_cast<int>(state->items.size());
+    int first = -1;
+    int matches = 0;
+    for (int i = 1; i <= count; ++i) {
+        const auto at = (std::max(state->selected, -1) + i + count) % count;
+        if (!state->can_select(at)) continue;
+        if (mnemonic_of(state->items[static_cast<std::size_t>(at)]) != wanted) continue;
+        if (first < 0) first = at;
+        ++matches;
+    }
+    if (first < 0) return;
+    select(m_open.size() - 1, first);
+    if (matches == 1) choose(true);
+}
+
+void MenuLoop::follow(const MSG& message) {
+    const auto& point = message.pt;
+    switch (message.message) {
+        case WM_MOUSEMOVE:
+            return point_at(point);
+        case WM_LBUTTONDOWN:
+        case WM_LBUTTONDBLCLK:
+        case WM_RBUTTONDOWN:
+        case WM_RBUTTONDBLCLK: {
+            m_was_pressed = true;
+            const auto at = hit(point);
+            if (at.level >= m_open.size()) {
+                m_is_done = true;
+                return;
+            }
+            close_down_to(at.level + 1);
+            select(at.level, at.item);
+            open_submenu(false);
+            return;
+        }
+        case WM_RBUTTONUP:
+        case WM_LBUTTONUP: {
+            const bool counts = message.message == WM_LBUTTONUP || (m_flags & TPM_RIGHTBUTTON) != 0;
+            // The end of the press that opened the menu.
+            const bool has_moved =
+                std::abs(point.x - m_start.x) > 3 || std::abs(point.y - m_start.y) > 3;
+            const auto at = hit(point);
+            if (!counts || at.item < 0 || (!m_was_pressed && !has_moved)) return;
+            close_down_to(std::max(at.level + 1, std::size_t{1}));
+            select(at.level, at.item);
+            const auto state = state_at(at.level);
+            const bool is_leaf =
+                state && state->items[static_cast<std::size_t>(at.item)].submenu == nullptr;
+            if (is_leaf) choose(false);
+            return;
+        }
+        case WM_MOUSEWHEEL:
+            scroll_menu(m_open.back(), -GET_WHEEL_DELTA_WPARAM(message.wParam) / 3);
+            return;
+        case WM_KEYDOWN:
+        case WM_SYSKEYDOWN:
+            TranslateMessage(&message);
+            return press(message.wParam);
+        case WM_CHAR:
+        case WM_SYSCHAR:
+            return type(static_cast<char16_t>(message.wParam));
+        case WM_KEYUP:
+        case WM_SYSKEYUP:
+            return;
+        default:
+            DispatchMessageW(&message);
+            return;
+    }
+}
+
+UINT MenuLoop::run(HMENU menu, POINT point) {
+    t_running = this;
+    m_start = point;
+    tell(WM_ENTERMENULOOP, TRUE, 0);
+    tell(WM_INITMENU, reinterpret_cast<WPARAM>(menu), 0);
+    MenuAnchor anchor;
+    anchor.point = point;
+    anchor.flags = m_flags;
+    if (IsWindow(m_owner) && open(menu, anchor)) SetCapture(m_open.front());
+    MSG message{};
+    while (is_running()) {
+        if (GetMessageW(&message, nullptr, 0, 0) <= 0) {
+            PostQuitMessage(static_cast<int>(message.wParam));
+            break;
+        }
+        if (message.message == WM_TIMER && !m_open.empty() && message.hwnd == m_open.front()) {
+            follow_timer();
+        } else if (is_running()) {
+            follow(message);
+        }
+    }
+    if (!m_open.empty() && GetCapture() == m_open.front()) ReleaseCapture();
+    close_down_to(0);
+    tell(WM_MENUSELECT, MAKEWPARAM(0, 0xFFFF), 0);
+    tell(WM_EXITMENULOOP, TRUE, 0);
+    t_running = nullptr;
+    return m_chosen;
+}
+
+}  // namespace
+
+void leave_menus() {
+    if (MenuLoop::t_running != nullptr) MenuLoop::t_running->cancel();
+}
+
+}  // namespace tvutil2
+
+BOOL TrackPopupMenu(HMENU menu, UINT flags, int x, int y, int /*reserved*/, HWND owner,
+                    const RECT* /*rect*/) {
+    using tvutil2::MenuLoop;
+    if (!IsMenu(menu)) return tvutil2::fail_with(ERROR_INVALID_MENU_HANDLE);
+    if (!IsWindow(owner)) return tvutil2::fail_with(ERROR_INVALID_WINDOW_HANDLE);
+    if (MenuLoop::t_running != nullptr) return tvutil2::fail_with(ERROR_POPUP_ALREADY_ACTIVE);
+    if (tvutil2::display() == nullptr) {
+        return tvutil2::fail_with(ERROR_REQUIRES_INTERACTIVE_WINDOWSTATION);
+    }
+    const auto chosen = MenuLoop(owner, flags).run(menu, {x, y});
+    if ((flags & TPM_RETURNCMD) != 0) return static_cast<BOOL>(chosen);
+    if (chosen != 0 && (flags & TPM_NONOTIFY) == 0) {
+        PostMessageW(owner, WM_COMMAND, MAKEWPARAM(static_cast<WORD>(chosen), 0), 0);
+    }
+    return TRUE;
+}
