@@ -39,6 +39,10 @@ struct Classes {
         add_system(u"ScrollBar", scroll_bar_procedure, kControl);
         add_system(u"Edit", edit_procedure, kControl);
         all.back()->description.hCursor = LoadCursorW(nullptr, IDC_IBEAM);
+        add_system(u"ListBox", list_box_procedure, kControl);
+        add_system(u"ComboLBox", list_box_procedure, kControl);
+        add_system(u"ComboBox", combo_box_procedure, kControl);
+        add_system(u"msctls_progress32", progress_procedure, kControl);
         add_system(u"#32768", menu_procedure, CS_DBLCLKS);
         add_system(u"#32770", DefDlgProcW, CS_DBLCLKS);
         all.back()->atom = LOWORD(reinterpret_cast<std::uintptr_t>(WC_DIALOG));

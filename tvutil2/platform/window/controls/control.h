@@ -49,6 +49,9 @@ class ControlPaint {
 
 LRESULT static_procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
 LRESULT scroll_bar_procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
+LRESULT list_box_procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
+LRESULT combo_box_procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
+LRESULT progress_procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
 LRESULT menu_procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
 LRESULT edit_procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
 LRESULT button_procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam);

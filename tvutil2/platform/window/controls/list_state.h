@@ -1,0 +1,36 @@
+// A list box as it is, for it and for the combo box that it is the list of.
+#pragma once
+
+#include "tvutil2/platform/window/controls/control.h"
+#include "tvutil2/platform/window/controls/field.h"
+#include "tvutil2/platform/window/controls/list_items.h"
+#include "tvutil2/platform/window/controls/list_rows.h"
+
+namespace tvutil2 {
+
+struct ListState : ControlState {
+    ListItems items;
+    ListRows rows;
+    FieldLook field;
+    int current = -1;  ///< the one, or the one that the keys are at
+    int anchor = -1;   ///< where a range begins
+    int hot = -1;
+    bool is_pressed = false;
+    std::u16string typed;  ///< what the person looks for
+    DWORD typed_at = 0;
+    HWND combo = nullptr;  ///< whose list it is
+    bool is_scrolling = false;
+};
+
+/// What the person has typed in a second, with one more character; finds the item.
+[[nodiscard]] int find_typed(ListState& state, char16_t character, DWORD now);
+/// Makes an item the current one and shows it.
+void go_to_item(HWND window, ListState& state, int index);
+/// Another font, size or number of items.
+void arrange_list(HWND window, ListState& state);
+
+/// What a list tells its combo box.
+void list_chosen(HWND combo, int index);
+void list_left(HWND combo);
+
+}  // namespace tvutil2
