@@ -43,6 +43,8 @@ struct Classes {
         add_system(u"ComboLBox", list_box_procedure, kControl);
         add_system(u"ComboBox", combo_box_procedure, kControl);
         add_system(u"msctls_progress32", progress_procedure, kControl);
+        add_system(u"SysListView32", list_view_procedure, kControl);
+        add_system(u"SysTreeView32", tree_view_procedure, kControl);
         add_system(u"#32768", menu_procedure, CS_DBLCLKS);
         add_system(u"#32770", DefDlgProcW, CS_DBLCLKS);
         all.back()->atom = LOWORD(reinterpret_cast<std::uintptr_t>(WC_DIALOG));

@@ -52,6 +52,8 @@ LRESULT scroll_bar_procedure(HWND window, UINT message, WPARAM wparam, LPARAM lp
 LRESULT list_box_procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
 LRESULT combo_box_procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
 LRESULT progress_procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
+LRESULT list_view_procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
+LRESULT tree_view_procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
 LRESULT menu_procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
 LRESULT edit_procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
 LRESULT button_procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
