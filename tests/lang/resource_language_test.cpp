@@ -247,7 +247,9 @@ TEST_F(ProductResources, HoldMenusAndDialogsThatTemplatesAreTakenFrom) {
             EXPECT_EQ(menu != nullptr, c.result != 0);
             if (menu != nullptr) DestroyMenu(menu);
         }
-        if (c.error != 0) EXPECT_EQ(GetLastError(), c.error);
+        if (c.error != 0) {
+            EXPECT_EQ(GetLastError(), c.error);
+        }
     }
     tests::ResourceImage image;
     image.add(u"#4", u"Short", 0x409, "");

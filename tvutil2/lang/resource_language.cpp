@@ -5,8 +5,8 @@
 #include "tvutil2/platform/base/clock.h"
 #include "tvutil2/platform/base/locale.h"
 #include "tvutil2/platform/resource/resource.h"
-#include "tvutil2/platform/window/menus/menu.h"
 #include "tvutil2/platform/window/dialogs/dialogs.h"
+#include "tvutil2/platform/window/menus/menu.h"
 
 #include <algorithm>
 

@@ -6,6 +6,7 @@
 #include "tvutil2/platform/window/scrolling.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace tvutil2 {
 

@@ -226,9 +226,9 @@ bool set_cursor(HWND window, ListViewState& state) {
     GetCursorPos(&point);
     ScreenToClient(window, &point);
     bool is_edge = false;
-    ListViewView(window, state).column_at(point, is_edge);
-    if (is_edge) SetCursor(LoadCursorW(nullptr, IDC_SIZEWE));
-    return is_edge;
+    const auto column = ListViewView(window, state).column_at(point, is_edge);
+    if (column >= 0 && is_edge) SetCursor(LoadCursorW(nullptr, IDC_SIZEWE));
+    return column >= 0 && is_edge;
 }
 
 void take_over(ListViewItem& item, const LVITEMW& given) {

@@ -14,6 +14,7 @@
 #include "tvutil2/platform/window/window.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace tvutil2 {
 namespace {

@@ -1,0 +1,200 @@
+#include "tvutil2/platform/window/accessibility.h"
+
+#include "tvutil2/platform/base/wide_text.h"
+#include "tvutil2/platform/window/class_table.h"
+#include "tvutil2/platform/window/controls/button.h"
+#include "tvutil2/platform/window/controls/combo_box.h"
+#include "tvutil2/platform/window/controls/control.h"
+#include "tvutil2/platform/window/controls/edit.h"
+#include "tvutil2/platform/window/controls/list_box.h"
+#include "tvutil2/platform/window/controls/progress.h"
+#include "tvutil2/platform/window/controls/static.h"
+#include "tvutil2/platform/window/dialogs/dialogs.h"
+#include "tvutil2/platform/window/focus.h"
+#include "tvutil2/platform/window/geometry.h"
+#include "tvutil2/platform/window/messages.h"
+#include "tvutil2/platform/window/scrolling.h"
+#include "tvutil2/platform/window/show.h"
+#include "tvutil2/platform/window/window.h"
+
+namespace tvutil2 {
+namespace {
+
+using Role = AccessibleRole;
+
+Role role_of_button(DWORD style) {
+    switch (style & BS_TYPEMASK) {
+        case BS_CHECKBOX:
+        case BS_AUTOCHECKBOX:
+        case BS_3STATE:
+        case BS_AUTO3STATE:
+            return Role::check_box;
+        case BS_RADIOBUTTON:
+        case BS_AUTORADIOBUTTON:
+            return Role::radio_button;
+        case BS_GROUPBOX:
+            return Role::group;
+        default:
+            return Role::push_button;
+    }
+}
+
+Role role_of_static(DWORD style) {
+    const auto type = style & SS_TYPEMASK;
+    if (type == SS_BITMAP || type == SS_OWNERDRAW) return Role::picture;
+    const bool is_drawn = (type >= SS_BLACKRECT && type <= SS_WHITEFRAME) ||
+                          type == SS_ETCHEDHORZ || type == SS_ETCHEDVERT;
+    return is_drawn ? Role::separator : Role::label;
+}
+
+Role role_of(HWND window, DWORD style) {
+    char16_t name[64];
+    GetClassNameW(window, name, 64);
+    const auto folded = folded_name(name);
+    if (folded == u"button") return role_of_button(style);
+    if (folded == u"static") return role_of_static(style);
+    if (folded == u"edit") {
+        const bool is_password = SendMessageW(window, EM_GETPASSWORDCHAR, 0, 0) != 0;
+        return is_password ? Role::password : Role::edit;
+    }
+    if (folded == u"listbox" || folded == u"combolbox") return Role::list;
+    if (folded == u"combobox") return Role::combo_box;
+    if (folded == u"scrollbar") return Role::scroll_bar;
+    if (folded == u"msctls_progress32") return Role::progress;
+    if (folded == u"#32768") return Role::menu;
+    if (folded == u"#32770") return Role::dialog;
+    return (style & WS_CHILD) == 0 ? Role::window : Role::custom;
+}
+
+// A text without the mark of its mnemonic, and that.
+std::u16string without_mark(const std::u16string& text, char16_t& mnemonic) {
+    std::u16string plain;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] == u'&') {
+            if (++i == text.size()) break;
+            if (text[i] != u'&') mnemonic = to_lower(text[i]);
+        }
+        plain += text[i];
+    }
+    return plain;
+}
+
+// Whose name is what they say themselves, and not a label's.
+bool names_itself(Role role) {
+    switch (role) {
+        case Role::edit:
+        case Role::password:
+        case Role::list:
+        case Role::combo_box:
+        case Role::scroll_bar:
+        case Role::progress:
+        case Role::picture:
+        case Role::separator:
+            return false;
+        default:
+            return true;
+    }
+}
+
+std::u16string list_value(HWND window) {
+    const auto current = SendMessageW(window, LB_GETCURSEL, 0, 0);
+    const auto length = SendMessageW(window, LB_GETTEXTLEN, static_cast<WPARAM>(current), 0);
+    if (current < 0 || length < 0) return {};
+    std::u16string text(static_cast<std::size_t>(length) + 1, u'\0');
+    SendMessageW(window, LB_GETTEXT, static_cast<WPARAM>(current),
+                 reinterpret_cast<LPARAM>(text.data()));
+    text.pop_back();
+    return text;
+}
+
+std::u16string number_text(std::int64_t number) {
+    const auto digits = std::to_string(number);
+    return {digits.begin(), digits.end()};
+}
+
+std::u16string value_of(HWND window, Role role) {
+    switch (role) {
+        case Role::edit:
+        case Role::combo_box:
+            return text_of(window);
+        case Role::list:
+            return list_value(window);
+        case Role::progress:
+            return number_text(SendMessageW(window, PBM_GETPOS, 0, 0));
+        case Role::scroll_bar:
+            return number_text(SendMessageW(window, SBM_GETPOS, 0, 0));
+        default:
+            return {};
+    }
+}
+
+AccessibleState state_of_control(HWND window, Role role, DWORD style) {
+    AccessibleState state;
+    state.is_visible = IsWindowVisible(window) != 0;
+    state.is_enabled = IsWindowEnabled(window) != 0;
+    state.is_focusable = (style & WS_TABSTOP) != 0 && state.is_enabled;
+    auto* const focus = GetFocus();
+    state.has_focus =
+        focus == window || (role == Role::combo_box && focus != nullptr && IsChild(window, focus));
+    if (role == Role::check_box || role == Role::radio_button) {
+        const auto check = SendMessageW(window, BM_GETCHECK, 0, 0);
+        state.is_checked = check == BST_CHECKED;
+        state.is_mixed = check == BST_INDETERMINATE;
+    }
+    if (role == Role::push_button) {
+        state.is_default = (SendMessageW(window, WM_GETDLGCODE, 0, 0) & DLGC_DEFPUSHBUTTON) != 0;
+    }
+    if (role == Role::edit || role == Role::password) {
+        state.is_read_only = (style & ES_READONLY) != 0;
+        state.is_multiline = (style & ES_MULTILINE) != 0;
+    }
+    if (role == Role::combo_box) {
+        state.is_expanded = SendMessageW(window, CB_GETDROPPEDSTATE, 0, 0) != 0;
+    }
+    return state;
+}
+
+// Labels name what comes behind them. Boxes of lines keep the label for what is behind these.
+void name_by_labels(std::vector<Accessible>& controls) {
+    const Accessible* label = nullptr;
+    for (auto& each : controls) {
+        if (each.role == Role::label || each.role == Role::group) {
+            label = &each;
+        } else if (!names_itself(each.role) && each.role != Role::separator) {
+            if (label != nullptr && each.name.empty()) {
+                each.name = label->name;
+                each.mnemonic = label->mnemonic;
+            }
+            label = nullptr;
+        } else if (names_itself(each.role)) {
+            label = nullptr;
+        }
+    }
+}
+
+Accessible describe(HWND window, int depth) {
+    Accessible found;
+    const auto style = style_of(window);
+    found.window = window;
+    found.role = role_of(window, style);
+    if (names_itself(found.role)) found.name = without_mark(text_of(window), found.mnemonic);
+    found.value = value_of(window, found.role);
+    found.state = state_of_control(window, found.role, style);
+    GetWindowRect(window, &found.place);
+    // The edit in a combo box is the box's own.
+    if (found.role == Role::combo_box || depth > kMaxNesting) return found;
+    for (auto* each = GetWindow(window, GW_CHILD); each != nullptr;
+         each = GetWindow(each, GW_HWNDNEXT)) {
+        found.children.push_back(describe(each, depth + 1));
+    }
+    name_by_labels(found.children);
+    return found;
+}
+
+}  // namespace
+
+Accessible accessible_tree(HWND window) {
+    return IsWindow(window) ? describe(window, 0) : Accessible{};
+}
+
+}  // namespace tvutil2
