@@ -20,8 +20,13 @@ if(TARGET tvutil)
     endforeach()" COMPONENT program)
   install(FILES ${told}/completion_bash RENAME tvutil
           DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT program)
+  # Debian's zsh reads the administrator's functions in /usr/local, and those of packages elsewhere.
+  set(zsh_functions site-functions)
+  if(CMAKE_INSTALL_PREFIX STREQUAL "/usr")
+    set(zsh_functions vendor-completions)
+  endif()
   install(FILES ${told}/completion_zsh RENAME _tvutil
-          DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/site-functions COMPONENT program)
+          DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/${zsh_functions} COMPONENT program)
   install(FILES ${told}/completion_fish RENAME tvutil.fish
           DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d COMPONENT program)
   install(FILES ${told}/manual RENAME tvutil.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT program)
