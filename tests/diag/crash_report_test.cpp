@@ -316,13 +316,14 @@ TEST_F(CrashReport, ShowsTheMainWindow) {
     EXPECT_EQ(report.json.value("picture", ""), "picture.jpg");
     EXPECT_NE(report.archive.find("/picture.jpg\n" + jpeg), std::string::npos);
     const std::unique_ptr<void, decltype(&tjDestroy)> reader(tjInitDecompress(), &tjDestroy);
-    std::vector<unsigned char> pixels(320 * 200 * 3);
+    constexpr std::size_t kMiddle = (std::size_t{100} * 320 + 160) * 3;
+    std::vector<unsigned char> pixels(std::size_t{320} * 200 * 3);
     ASSERT_EQ(tjDecompress2(reader.get(), reinterpret_cast<const unsigned char*>(jpeg.data()),
                             jpeg.size(), pixels.data(), 320, 0, 200, TJPF_RGB, 0),
               0);
     const unsigned char middle[] = {200, 40, 20};
     for (std::size_t i = 0; i < 3; ++i) {
-        EXPECT_NEAR(pixels[(100 * 320 + 160) * 3 + i], middle[i], 3);
+        EXPECT_NEAR(pixels[kMiddle + i], middle[i], 3);
     }
 }
 
