@@ -171,8 +171,39 @@ void scroll_cairo(benchmark::State& state) {
     }
 }
 
+// A picture with soft edges, over what is there.
+std::shared_ptr<tvutil2::Surface> soft_picture(int side) {
+    auto picture = tvutil2::Surface::create(side, side, 96, 0xFF336699);
+    for (int i = 0; i < side; ++i) picture->row(i)[0] = picture->row(i)[side - 1] = 0x80193350;
+    return picture;
+}
+
+void picture_ours(benchmark::State& state, int side) {
+    const Ours paper;
+    const auto picture = soft_picture(side);
+    const RECT to{5, 5, 5 + side, 5 + side};
+    for (auto _ : state) tvutil2::draw_surface(paper.dc(), to, *picture, picture->area());
+}
+
+void picture_cairo(benchmark::State& state, int side) {
+    const Cairo paper;
+    const auto picture = soft_picture(side);
+    auto* const source =
+        cairo_image_surface_create_for_data(reinterpret_cast<unsigned char*>(picture->row(0)),
+                                            CAIRO_FORMAT_ARGB32, side, side, side * 4);
+    for (auto _ : state) {
+        cairo_set_source_surface(paper.get(), source, 5, 5);
+        cairo_paint(paper.get());
+    }
+    cairo_surface_destroy(source);
+}
+
 }  // namespace
 
+BENCHMARK_CAPTURE(picture_ours, small, 16)->Name("picture 16 by 16|ours");
+BENCHMARK_CAPTURE(picture_cairo, small, 16)->Name("picture 16 by 16|cairo");
+BENCHMARK_CAPTURE(picture_ours, large, 500)->Name("picture 500 by 500|ours");
+BENCHMARK_CAPTURE(picture_cairo, large, 500)->Name("picture 500 by 500|cairo");
 BENCHMARK_CAPTURE(fill_ours, small, 16, 16)->Name("fill 16 by 16|ours");
 BENCHMARK_CAPTURE(fill_cairo, small, 16, 16)->Name("fill 16 by 16|cairo");
 BENCHMARK_CAPTURE(fill_ours, large, 600, 400)->Name("fill 600 by 400|ours");

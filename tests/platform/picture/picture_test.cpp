@@ -118,6 +118,14 @@ TEST(Icons, AreLoadedFromFilesAndDrawnAtAnySize) {
     EXPECT_TRUE(DrawIconEx(dc, 2, 2, icon, 60, 60, 0, nullptr, DI_NORMAL));
     EXPECT_EQ(surface->row(61)[61], 0xFF00FF00);
     EXPECT_EQ(surface->row(62)[62], Surface::kBlack);
+    // Unscaled, and cut by the clip and by the edge.
+    IntersectClipRect(dc, 0, 8, 64, 64);
+    EXPECT_TRUE(
+        DrawIconEx(dc, -30, -20, icon, 32, 32, 0, GetSysColorBrush(COLOR_WINDOW), DI_NORMAL));
+    EXPECT_EQ(surface->row(8)[1], 0xFF00FF00);
+    EXPECT_EQ(surface->row(7)[1], Surface::kBlack);
+    EXPECT_EQ(surface->row(12)[1], Surface::kBlack);
+    SelectClipRgn(dc, nullptr);
     EXPECT_TRUE(DrawIconEx(dc, 0, 0, LoadIconW(nullptr, IDI_ERROR), 0, 0, 0,
                            GetSysColorBrush(COLOR_WINDOW), DI_NORMAL));
     EXPECT_EQ(GetPixel(dc, 0, 0), GetSysColor(COLOR_WINDOW));

@@ -274,12 +274,48 @@ BOOL StretchBlt(HDC target, int x, int y, int width, int height, HDC source, int
 }
 
 namespace tvutil2 {
+namespace {
+
+// What is drawn over what, with colours multiplied by alpha: each channel of what is below is
+// (value * rest + 127) / 255, two channels at a time.
+std::uint32_t over(std::uint32_t top, std::uint32_t below) {
+    constexpr std::uint32_t kPair = 0x00FF00FF;
+    const auto rest = 255 - (top >> 24U);
+    const auto dimmed = [rest](std::uint32_t pair) {
+        pair = pair * rest + 0x00800080;
+        return (pair + (pair >> 8U & kPair)) >> 8U & kPair;
+    };
+    return top + (dimmed(below & kPair) | dimmed(below >> 8U & kPair) << 8U);
+}
+
+void blend_row(std::uint32_t* to, const std::uint32_t* from, std::size_t width) {
+    auto common = Surface::kBlack;
+    for (std::size_t i = 0; i < width; ++i) common &= from[i];
+    if (common == Surface::kBlack) {
+        std::memcpy(to, from, width * sizeof *to);
+        return;
+    }
+    for (std::size_t i = 0; i < width; ++i) to[i] = over(from[i], to[i]);
+}
+
+// Pixel by pixel, `from` to the corner of `to`.
+void blend(const Drawing& drawing, const RECT& to, const Surface& pixels, const RECT& from) {
+    for (const auto& part : drawing.clip().rects()) {
+        const auto cut = common_part(part, to);
+        if (is_empty(cut)) continue;
+        for (auto y = cut.top; y < cut.bottom; ++y) {
+            blend_row(drawing.surface().row(y) + cut.left,
+                      pixels.row(from.top + y - to.top) + from.left + cut.left - to.left,
+                      static_cast<std::size_t>(cut.right - cut.left));
+        }
+    }
+}
+
+}  // namespace
 
 bool draw_surface(HDC context, const RECT& to, const Surface& pixels, const RECT& part) {
     const Drawing drawing(context);
     if (!drawing) return false;
-    auto* const engine = drawing_engine();
-    if (engine == nullptr) return false;
     const auto from = common_part(part, pixels.area());
     const auto at = drawing.to_device(to);
     constexpr LONG kFar = 1 << 24;
@@ -288,6 +324,13 @@ bool draw_surface(HDC context, const RECT& to, const Surface& pixels, const RECT
         is_far(at.bottom)) {
         return true;
     }
+    if (at.right - at.left == from.right - from.left &&
+        at.bottom - at.top == from.bottom - from.top) {
+        blend(drawing, at, pixels, from);
+        return true;
+    }
+    auto* const engine = drawing_engine();
+    if (engine == nullptr) return false;
     engine->draw_image(drawing.canvas(), at, {pixels.row(0), pixels.width(), pixels.height()}, from,
                        1);
     return true;
