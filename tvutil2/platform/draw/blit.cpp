@@ -288,14 +288,26 @@ std::uint32_t over(std::uint32_t top, std::uint32_t below) {
     return top + (dimmed(below & kPair) | dimmed(below >> 8U & kPair) << 8U);
 }
 
+// In pieces, most of which are opaque or let everything through.
 void blend_row(std::uint32_t* to, const std::uint32_t* from, std::size_t width) {
-    auto common = Surface::kBlack;
-    for (std::size_t i = 0; i < width; ++i) common &= from[i];
-    if (common == Surface::kBlack) {
-        std::memcpy(to, from, width * sizeof *to);
-        return;
+    constexpr std::size_t kPiece = 16;
+    while (width != 0) {
+        const auto count = std::min(width, kPiece);
+        std::uint32_t all = ~0U;
+        std::uint32_t any = 0;
+        for (std::size_t i = 0; i < count; ++i) {
+            all &= from[i];
+            any |= from[i];
+        }
+        if (all >= Surface::kBlack) {
+            std::memcpy(to, from, count * sizeof *to);
+        } else if (any != 0) {
+            for (std::size_t i = 0; i < count; ++i) to[i] = over(from[i], to[i]);
+        }
+        to += count;
+        from += count;
+        width -= count;
     }
-    for (std::size_t i = 0; i < width; ++i) to[i] = over(from[i], to[i]);
 }
 
 // Pixel by pixel, `from` to the corner of `to`.
