@@ -162,6 +162,10 @@ TEST_F(ComboBoxes, TellTheirParentInOrder) {
     }
     EXPECT_EQ(text_of(combo), u"charlie");
     EXPECT_EQ(GetCapture(), nullptr);
+    // The style of a scroll bar is the list's.
+    RECT client{};
+    GetClientRect(combo, &client);
+    EXPECT_EQ(client.right, 200);
     keep_picture("combo_list");
 }
 

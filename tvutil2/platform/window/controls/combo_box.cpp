@@ -529,6 +529,10 @@ LRESULT combo_box_procedure(HWND window, UINT message, WPARAM wparam, LPARAM lpa
             return 0;
         case WM_ERASEBKGND:
             return TRUE;
+        // A style of scroll bars is meant for the list.
+        case WM_NCCALCSIZE:
+        case WM_NCPAINT:
+            return 0;
         case WM_WINDOWPOSCHANGING: {
             auto& wanted = *reinterpret_cast<WINDOWPOS*>(lparam);
             if ((wanted.flags & SWP_NOSIZE) == 0 && state->list != nullptr) {
