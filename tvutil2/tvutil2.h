@@ -4,7 +4,7 @@
 // itself includes their area's header (tvutil2/platform/files/files.h, ...): they are many, and
 // their names are global. Exported for the tests and the tool alone, and no offer:
 // tvutil2/data/proxy_import.h, tvutil2/diag/log_file.h, tvutil2/frame/base64_kernels.h,
-// tvutil2/frame/base64_reader.h, tvutil2/framework/narrow_text.h,
+// tvutil2/frame/base64_reader.h, tvutil2/framework/narrow_text.h, tvutil2/lang/library_dialog.h,
 // tvutil2/services/update_schedule.h.
 #pragma once
 
@@ -35,6 +35,7 @@
 #include "tvutil2/framework/collections.h"
 #include "tvutil2/framework/command_target.h"
 #include "tvutil2/framework/controls.h"
+#include "tvutil2/framework/dialog.h"
 #include "tvutil2/framework/file.h"
 #include "tvutil2/framework/geometry.h"
 #include "tvutil2/framework/graphics.h"
@@ -42,6 +43,7 @@
 #include "tvutil2/framework/inet.h"
 #include "tvutil2/framework/map.h"
 #include "tvutil2/framework/menus.h"
+#include "tvutil2/framework/message_forms.h"
 #include "tvutil2/framework/object.h"
 #include "tvutil2/framework/strings.h"
 #include "tvutil2/framework/sync.h"
@@ -61,6 +63,7 @@
 #include "tvutil2/services/live_update.h"
 #include "tvutil2/services/notifications.h"
 #include "tvutil2/services/signature.h"
+#include "tvutil2/services/verify_package_dialog.h"
 #include "tvutil2/settings/information_file.h"
 #include "tvutil2/settings/ini_file.h"
 #include "tvutil2/settings/option_file.h"
@@ -79,10 +82,13 @@
 #include "tvutil2/threads/thread_timer.h"
 #include "tvutil2/threads/window_timer.h"
 #include "tvutil2/ui/gif_parser.h"
+#include "tvutil2/ui/hyperlink.h"
 #include "tvutil2/ui/image_lists.h"
 #include "tvutil2/ui/messages.h"
 #include "tvutil2/ui/picture.h"
 #include "tvutil2/ui/picture_scene.h"
+#include "tvutil2/ui/resizing_dialog.h"
+#include "tvutil2/ui/select_command.h"
 #include "tvutil2/url/string_protection.h"
 #include "tvutil2/url/url_info.h"
 #include "tvutil2/url/url_launch.h"

@@ -38,8 +38,8 @@ class Window : public CWnd {
 };
 
 BEGIN_MESSAGE_MAP(Window, CWnd)
-ON_MESSAGE(kHeard, OnMessage)
-ON_MESSAGE(kEaten, OnMessage)
+ON_MESSAGE(kHeard, &Window::OnMessage)
+ON_MESSAGE(kEaten, &Window::OnMessage)
 END_MESSAGE_MAP()
 
 class Application : public CWinApp {

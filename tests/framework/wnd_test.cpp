@@ -29,8 +29,8 @@ class Base : public CWnd {
 
 IMPLEMENT_DYNCREATE(Base, CWnd)
 BEGIN_MESSAGE_MAP(Base, CWnd)
-ON_MESSAGE(kAsk, OnAsk)
-ON_BN_CLICKED(7, OnButton)
+ON_MESSAGE(kAsk, &Base::OnAsk)
+ON_BN_CLICKED(7, &Base::OnButton)
 ON_WM_DESTROY()
 END_MESSAGE_MAP()
 
@@ -54,7 +54,7 @@ class Derived : public Base {
 
 BEGIN_MESSAGE_MAP(Derived, Base)
 ON_WM_CREATE()
-ON_MESSAGE(kAsk, OnAsk)
+ON_MESSAGE(kAsk, &Derived::OnAsk)
 ON_WM_TIMER()
 END_MESSAGE_MAP()
 

@@ -114,6 +114,31 @@ class TVUTIL_API CStringArray {
     std::vector<CString> m_elements;
 };
 
+/// Growable array of numbers of 32 bits. Indices outside 0 to GetSize() - 1 throw.
+class CDWordArray {
+  public:
+    [[nodiscard]] int GetSize() const { return static_cast<int>(m_elements.size()); }
+    [[nodiscard]] int GetCount() const { return GetSize(); }
+    [[nodiscard]] bool IsEmpty() const { return m_elements.empty(); }
+    [[nodiscard]] DWORD GetAt(int index) const { return m_elements[checked(index)]; }
+    DWORD operator[](int index) const { return GetAt(index); }
+    DWORD& operator[](int index) { return m_elements[checked(index)]; }
+    /// Gives the new element's index.
+    int Add(DWORD element) {
+        m_elements.push_back(element);
+        return GetSize() - 1;
+    }
+    void RemoveAll() { m_elements.clear(); }
+
+  private:
+    [[nodiscard]] std::size_t checked(int index) const {
+        if (index < 0 || index >= GetSize()) tvutil2::throw_invalid_argument();
+        return static_cast<std::size_t>(index);
+    }
+
+    std::vector<DWORD> m_elements;
+};
+
 /// Map from text, compared exactly, to pointers that stay the caller's.
 class CMapStringToPtr : public tvutil2::StringMap<void*> {
   public:

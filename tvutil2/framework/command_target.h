@@ -105,13 +105,15 @@ struct MessageCall<handler, void (Class::*)(UINT, int, int)> {
 #define TVUTIL_ENTRY(message, code, first, last, handler) \
     {message, static_cast<UINT>(code), first, last, &tvutil2::MessageCall<handler>::call},
 
-#define ON_MESSAGE(message, handler) TVUTIL_ENTRY(message, 0, 0, 0, &ThisClass::handler)
-#define ON_COMMAND(id, handler) TVUTIL_ENTRY(WM_COMMAND, 0, id, id, &ThisClass::handler)
-#define ON_CONTROL(code, id, handler) TVUTIL_ENTRY(WM_COMMAND, code, id, id, &ThisClass::handler)
+// A handler is named with its class: ON_COMMAND(IDOK, &CSomeDialog::OnOK). Those of windows'
+// messages are in message_forms.h.
+#define ON_MESSAGE(message, handler) TVUTIL_ENTRY(message, 0, 0, 0, handler)
+#define ON_COMMAND(id, handler) TVUTIL_ENTRY(WM_COMMAND, 0, id, id, handler)
+#define ON_COMMAND_RANGE(first, last, handler) TVUTIL_ENTRY(WM_COMMAND, 0, first, last, handler)
+#define ON_CONTROL(code, id, handler) TVUTIL_ENTRY(WM_COMMAND, code, id, id, handler)
+#define ON_CONTROL_RANGE(code, first, last, handler) \
+    TVUTIL_ENTRY(WM_COMMAND, code, first, last, handler)
 #define ON_BN_CLICKED(id, handler) ON_CONTROL(0, id, handler)
-#define ON_WM_CREATE() TVUTIL_ENTRY(WM_CREATE, 0, 0, 0, &ThisClass::OnCreate)
-#define ON_WM_DESTROY() TVUTIL_ENTRY(WM_DESTROY, 0, 0, 0, &ThisClass::OnDestroy)
-#define ON_WM_CLOSE() TVUTIL_ENTRY(WM_CLOSE, 0, 0, 0, &ThisClass::OnClose)
-#define ON_WM_PAINT() TVUTIL_ENTRY(WM_PAINT, 0, 0, 0, &ThisClass::OnPaint)
-#define ON_WM_SIZE() TVUTIL_ENTRY(WM_SIZE, 0, 0, 0, &ThisClass::OnSize)
-#define ON_WM_TIMER() TVUTIL_ENTRY(WM_TIMER, 0, 0, 0, &ThisClass::OnTimer)
+
+/// Stands in front of handlers in the declarations of some programs, and means nothing.
+#define afx_msg

@@ -12,6 +12,10 @@ const char* CResourceException::what() const noexcept {
     return "the system refused a resource";
 }
 
+const char* CUserException::what() const noexcept {
+    return "the person has given what can't be taken";
+}
+
 void tvutil2::throw_invalid_argument() {
     throw CInvalidArgException();
 }

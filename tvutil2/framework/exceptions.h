@@ -27,6 +27,12 @@ class TVUTIL_API CResourceException : public CException {
     DWORD m_lOsError;
 };
 
+/// What the person has given can't be taken; it has been said.
+class TVUTIL_API CUserException : public CException {
+  public:
+    [[nodiscard]] const char* what() const noexcept override;
+};
+
 namespace tvutil2 {
 
 /// Out of line, so that the checks of small inline functions stay small.

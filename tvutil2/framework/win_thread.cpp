@@ -108,6 +108,20 @@ BOOL CWinThread::PumpMessage() {
     return TRUE;
 }
 
+bool CWinThread::pump() {
+    auto* const thread = AfxGetThread();
+    MSG message{};
+    if (thread == nullptr && GetMessageW(&message, nullptr, 0, 0) > 0) {
+        if (CWnd::WalkPreTranslateTree(nullptr, &message)) return true;
+        TranslateMessage(&message);
+        DispatchMessageW(&message);
+        return true;
+    }
+    if (thread != nullptr && thread->PumpMessage()) return true;
+    PostQuitMessage(static_cast<int>((thread != nullptr ? thread->m_msgCur : message).wParam));
+    return false;
+}
+
 BOOL CWinThread::PreTranslateMessage(MSG* message) {
     if (message->hwnd == nullptr) return FALSE;
     auto* const main = GetMainWnd();

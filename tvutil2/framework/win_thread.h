@@ -54,6 +54,10 @@ class TVUTIL_API CWinThread : public CCmdTarget {
     /// the pointer stays where it was.
     virtual BOOL IsIdleMessage(MSG* message);
 
+    /// For a loop inside of the thread's own: takes and dispatches one message as the thread's
+    /// object does, if there is one. False for WM_QUIT, which is posted again then.
+    static bool pump();
+
     virtual CWnd* GetMainWnd() { return m_pMainWnd; }
 
     /// The window whose end ends the loop, with 0, when it is one of this thread; not owned, null

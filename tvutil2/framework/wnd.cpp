@@ -1,10 +1,10 @@
 #include "tvutil2/framework/wnd.h"
 
 #include "tvutil2/framework/app.h"
+#include "tvutil2/framework/dialog.h"
+#include "tvutil2/framework/exceptions.h"
+#include "tvutil2/framework/wnd_creation.h"
 #include "tvutil2/platform/objects/threads.h"
-#include "tvutil2/platform/window/hooks.h"
-#include "tvutil2/platform/window/show.h"
-#include "tvutil2/platform/window/timers.h"
 #include "tvutil2/platform/window/window.h"
 
 #include <memory>
@@ -12,13 +12,13 @@
 #include <set>
 #include <string>
 #include <unordered_map>
+#include <utility>
 
 // The thread's windows that have objects, and what it is in the middle of.
 struct WindowObjects {
     std::unordered_map<HWND, CWnd*> permanent;
     std::unordered_map<HWND, std::unique_ptr<CWnd>> temporary;
     CWnd* creating = nullptr;
-    HHOOK hook = nullptr;
     MSG handled{};
 
     static WindowObjects& current() {
@@ -64,14 +64,27 @@ void CWnd::hear(HWND window) {
 }
 
 LRESULT CWnd::hook(int code, WPARAM wparam, LPARAM lparam) {
-    auto& objects = WindowObjects::current();
-    auto* const object = objects.creating;
-    if (code == HCBT_CREATEWND && object != nullptr) {
+    auto*& creating = WindowObjects::current().creating;
+    if (code == HCBT_CREATEWND && creating != nullptr) {
         // The first window of this call, and none that its procedure makes.
-        objects.creating = nullptr;
-        object->hear(reinterpret_cast<HWND>(wparam));
+        std::exchange(creating, nullptr)->hear(reinterpret_cast<HWND>(wparam));
     }
-    return CallNextHookEx(objects.hook, code, wparam, lparam);
+    return CallNextHookEx(nullptr, code, wparam, lparam);
+}
+
+CWnd::Creation::Creation(CWnd& object)
+    : m_object(object),
+      m_before(std::exchange(WindowObjects::current().creating, &object)),
+      m_hook(SetWindowsHookExW(WH_CBT, &CWnd::hook, nullptr, GetCurrentThreadId())) {}
+
+void CWnd::Creation::end() {
+    if (m_hook == nullptr) return;
+    UnhookWindowsHookEx(std::exchange(m_hook, nullptr));
+    WindowObjects::current().creating = m_before;
+}
+
+bool CWnd::Creation::is_waiting() const {
+    return WindowObjects::current().creating == &m_object;
 }
 
 BOOL CWnd::CreateEx(DWORD ex_style, const char16_t* class_name, const char16_t* title, DWORD style,
@@ -85,23 +98,13 @@ BOOL CWnd::CreateEx(DWORD ex_style, const char16_t* class_name, const char16_t* 
         PostNcDestroy();
         return FALSE;
     }
-    auto& objects = WindowObjects::current();
-    struct Hook {
-        WindowObjects& objects;
-        HHOOK handle;
-        ~Hook() {
-            UnhookWindowsHookEx(handle);
-            objects.creating = nullptr;
-        }
-    } hooked{objects, SetWindowsHookExW(WH_CBT, &CWnd::hook, nullptr, GetCurrentThreadId())};
-    objects.hook = hooked.handle;
-    objects.creating = this;
     const auto* const name = given.lpszClass != nullptr ? given.lpszClass : AfxRegisterWndClass(0);
+    const Creation creation(*this);
     auto* const window = CreateWindowExW(
         given.dwExStyle, name, given.lpszName, static_cast<DWORD>(given.style), given.x, given.y,
         given.cx, given.cy, given.hwndParent, given.hMenu, given.hInstance, given.lpCreateParams);
     // One that never became this object's has had no last message.
-    if (window == nullptr && objects.creating == this) PostNcDestroy();
+    if (window == nullptr && creation.is_waiting()) PostNcDestroy();
     return window != nullptr ? TRUE : FALSE;
 }
 
@@ -148,6 +151,10 @@ BOOL CWnd::SubclassWindow(HWND window) {
     return TRUE;
 }
 
+BOOL CWnd::SubclassDlgItem(UINT id, CWnd* parent) {
+    return SubclassWindow(::GetDlgItem(parent->m_hWnd, static_cast<int>(id)));
+}
+
 HWND CWnd::UnsubclassWindow() {
     auto* const window = m_hWnd;
     if (window != nullptr) forget_window();
@@ -178,39 +185,21 @@ void CWnd::DeleteTempMap() {
     temporary.clear();
 }
 
-void CWnd::SetWindowText(const char16_t* text) {
-    SetWindowTextW(m_hWnd, text);
-}
+void CWnd::DoDataExchange(CDataExchange* /*exchange*/) {}
 
-void CWnd::GetWindowText(CString& text) const {
-    std::u16string buffer(static_cast<std::size_t>(GetWindowTextLengthW(m_hWnd)) + 1, u'\0');
-    GetWindowTextW(m_hWnd, buffer.data(), static_cast<int>(buffer.size()));
-    text = buffer.c_str();
-}
-
-UINT_PTR CWnd::SetTimer(UINT_PTR id, UINT milliseconds,
-                        void (*callback)(HWND, UINT, UINT_PTR, DWORD)) {
-    return ::SetTimer(m_hWnd, id, milliseconds, callback);
-}
-
-BOOL CWnd::KillTimer(UINT_PTR id) {
-    return ::KillTimer(m_hWnd, id);
-}
-
-BOOL CWnd::ShowWindow(int command) {
-    return ::ShowWindow(m_hWnd, command);
-}
-
-BOOL CWnd::EnableWindow(BOOL enable) {
-    return ::EnableWindow(m_hWnd, enable);
-}
-
-CWnd* CWnd::GetParent() const {
-    return FromHandle(::GetParent(m_hWnd));
-}
-
-CWnd* CWnd::GetDlgItem(int id) const {
-    return FromHandle(::GetDlgItem(m_hWnd, id));
+BOOL CWnd::UpdateData(BOOL save) {
+    struct Exchanging {
+        bool& place;
+        bool before;
+        ~Exchanging() { place = before; }
+    } exchanging{m_is_exchanging, std::exchange(m_is_exchanging, true)};
+    CDataExchange exchange(this, save);
+    try {
+        DoDataExchange(&exchange);
+        return TRUE;
+    } catch (const CException&) {
+        return FALSE;
+    }
 }
 
 BOOL CWnd::PreTranslateMessage(MSG* /*message*/) {
@@ -261,6 +250,7 @@ BOOL CWnd::OnWndMsg(UINT message, WPARAM wparam, LPARAM lparam, LRESULT* result)
 }
 
 BOOL CWnd::OnCommand(WPARAM wparam, LPARAM /*lparam*/) {
+    if (m_is_exchanging) return TRUE;
     return OnCmdMsg(LOWORD(wparam), HIWORD(wparam), nullptr, nullptr);
 }
 
@@ -272,30 +262,6 @@ LRESULT CWnd::DefWindowProc(UINT message, WPARAM wparam, LPARAM lparam) {
 LRESULT CWnd::Default() {
     const auto handled = WindowObjects::current().handled;
     return DefWindowProc(handled.message, handled.wParam, handled.lParam);
-}
-
-int CWnd::OnCreate(CREATESTRUCTW* /*given*/) {
-    return static_cast<int>(Default());
-}
-
-void CWnd::OnDestroy() {
-    Default();
-}
-
-void CWnd::OnClose() {
-    Default();
-}
-
-void CWnd::OnPaint() {
-    Default();
-}
-
-void CWnd::OnSize(UINT /*type*/, int /*width*/, int /*height*/) {
-    Default();
-}
-
-void CWnd::OnTimer(UINT_PTR /*id*/) {
-    Default();
 }
 
 const char16_t* AfxRegisterWndClass(UINT style, HCURSOR cursor, HBRUSH background, HICON icon) {

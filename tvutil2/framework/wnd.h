@@ -4,12 +4,17 @@
 // last message or Detach. The object hears the window's messages through WindowProc and its message
 // map; what no map wants goes to the procedure that the window's class has. An object belongs to
 // the thread of its window, whose map from windows to objects has it.
+//
+// Members that are named as functions of the platform do with the window what those do.
 #pragma once
 
-#include "tvutil2/framework/command_target.h"
+#include "tvutil2/framework/message_forms.h"
 #include "tvutil2/framework/strings.h"
 #include "tvutil2/platform/window/classes.h"
 #include "tvutil2/platform/window/messages.h"
+
+class CDataExchange;
+class CFont;
 
 class TVUTIL_API CWnd : public CCmdTarget {
     DECLARE_DYNCREATE(CWnd)
@@ -40,6 +45,7 @@ class TVUTIL_API CWnd : public CCmdTarget {
     HWND Detach();
     /// Takes a window over and hears its messages from now on, before its former procedure does.
     BOOL SubclassWindow(HWND window);
+    BOOL SubclassDlgItem(UINT id, CWnd* parent);
     HWND UnsubclassWindow();
 
     /// The object of a window; one made for the while where it has none, null for null. Such an
@@ -50,7 +56,7 @@ class TVUTIL_API CWnd : public CCmdTarget {
     static CWnd* FromHandlePermanent(HWND window);
     static void DeleteTempMap();
 
-    LRESULT SendMessage(UINT message, WPARAM wparam = 0, LPARAM lparam = 0) {
+    LRESULT SendMessage(UINT message, WPARAM wparam = 0, LPARAM lparam = 0) const {
         return SendMessageW(m_hWnd, message, wparam, lparam);
     }
     BOOL PostMessage(UINT message, WPARAM wparam = 0, LPARAM lparam = 0) {
@@ -58,13 +64,84 @@ class TVUTIL_API CWnd : public CCmdTarget {
     }
     void SetWindowText(const char16_t* text);
     void GetWindowText(CString& text) const;
+    int GetWindowText(char16_t* text, int size) const;
+    [[nodiscard]] int GetWindowTextLength() const;
     UINT_PTR SetTimer(UINT_PTR id, UINT milliseconds,
                       void (*callback)(HWND, UINT, UINT_PTR, DWORD) = nullptr);
     BOOL KillTimer(UINT_PTR id);
+    /// In the font's place null stands for the system's.
+    void SetFont(CFont* font, BOOL redraw = TRUE);
+    [[nodiscard]] CFont* GetFont() const;
+
+    [[nodiscard]] DWORD GetStyle() const;
+    [[nodiscard]] DWORD GetExStyle() const;
+    /// FALSE when nothing changes. With flags (SWP_...) the window is told by SetWindowPos.
+    BOOL ModifyStyle(DWORD remove, DWORD add, UINT flags = 0);
+
+    // State.
     BOOL ShowWindow(int command);
+    [[nodiscard]] BOOL IsWindowVisible() const;
     BOOL EnableWindow(BOOL enable = TRUE);
+    [[nodiscard]] BOOL IsWindowEnabled() const;
+    [[nodiscard]] BOOL IsIconic() const;
+    [[nodiscard]] BOOL IsZoomed() const;
+    CWnd* SetFocus();
+    static CWnd* GetFocus();
+    CWnd* SetActiveWindow();
+    CWnd* SetCapture();
+    static CWnd* GetCapture();
+
+    // Place.
+    void GetWindowRect(RECT* rect) const;
+    void GetClientRect(RECT* rect) const;
+    void MoveWindow(int x, int y, int width, int height, BOOL repaint = TRUE);
+    void MoveWindow(const RECT* rect, BOOL repaint = TRUE);
+    BOOL SetWindowPos(const CWnd* after, int x, int y, int width, int height, UINT flags);
+    void BringWindowToTop();
+    /// In the middle of another window, or of its owner or parent, on its monitor's work area.
+    void CenterWindow(CWnd* around = nullptr);
+    void ClientToScreen(POINT* point) const;
+    void ClientToScreen(RECT* rect) const;
+    void ScreenToClient(POINT* point) const;
+    void ScreenToClient(RECT* rect) const;
+    void MapWindowPoints(const CWnd* to, POINT* points, UINT count) const;
+    void MapWindowPoints(const CWnd* to, RECT* rect) const;
+
+    // Painting.
+    void Invalidate(BOOL erase = TRUE);
+    void InvalidateRect(const RECT* rect, BOOL erase = TRUE);
+    void UpdateWindow();
+    void SetRedraw(BOOL redraw = TRUE);
+    /// Given back by ReleaseDC.
+    CDC* GetDC();
+    CDC* GetWindowDC();
+    int ReleaseDC(CDC* context);
+
+    // Family.
     [[nodiscard]] CWnd* GetParent() const;
+    [[nodiscard]] CWnd* GetTopLevelParent() const;
+    [[nodiscard]] CWnd* GetWindow(UINT relation) const;
+    [[nodiscard]] BOOL IsChild(const CWnd* window) const;
     [[nodiscard]] CWnd* GetDlgItem(int id) const;
+    void GetDlgItem(int id, HWND* window) const;
+    [[nodiscard]] int GetDlgCtrlID() const;
+    [[nodiscard]] CWnd* GetNextDlgTabItem(CWnd* control, BOOL previous = FALSE) const;
+    void SetDlgItemText(int id, const char16_t* text);
+    int GetDlgItemText(int id, CString& text) const;
+    LRESULT SendDlgItemMessage(int id, UINT message, WPARAM wparam = 0, LPARAM lparam = 0) const;
+    void CheckDlgButton(int id, UINT check);
+    [[nodiscard]] UINT IsDlgButtonChecked(int id) const;
+    void CheckRadioButton(int first, int last, int checked);
+    /// 0 for none.
+    [[nodiscard]] int GetCheckedRadioButton(int first, int last) const;
+
+    /// A message box of this window, under the application's name with a null caption.
+    int MessageBox(const char16_t* text, const char16_t* caption = nullptr, UINT type = 0);
+
+    /// Moves data between members and controls by DoDataExchange: from the controls, or with FALSE
+    /// to them. FALSE when the exchange failed (CDataExchange::Fail). What controls tell meanwhile
+    /// isn't heard.
+    BOOL UpdateData(BOOL save = TRUE);
 
     /// A message that the thread's loop has got, before its translation; non-zero uses it up.
     virtual BOOL PreTranslateMessage(MSG* message);
@@ -80,6 +157,8 @@ class TVUTIL_API CWnd : public CCmdTarget {
     virtual void PreSubclassWindow() {}
     /// Behind the window's last message; may delete the object.
     virtual void PostNcDestroy() {}
+    /// Which members belong to which controls, by DDX_ functions.
+    virtual void DoDataExchange(CDataExchange* exchange);
     /// Every message: the map's handler, or DefWindowProc.
     virtual LRESULT WindowProc(UINT message, WPARAM wparam, LPARAM lparam);
     virtual BOOL OnWndMsg(UINT message, WPARAM wparam, LPARAM lparam, LRESULT* result);
@@ -91,21 +170,54 @@ class TVUTIL_API CWnd : public CCmdTarget {
     // What maps of derived classes name; each does the default.
     int OnCreate(CREATESTRUCTW* given);
     void OnDestroy();
+    void OnNcDestroy();
     void OnClose();
-    void OnPaint();
     void OnSize(UINT type, int width, int height);
+    void OnMove(int x, int y);
+    void OnGetMinMaxInfo(MINMAXINFO* limits);
+    void OnWindowPosChanging(WINDOWPOS* place);
+    void OnWindowPosChanged(WINDOWPOS* place);
+    void OnShowWindow(BOOL show, UINT why);
+    void OnEnable(BOOL enable);
+    void OnActivate(UINT state, CWnd* other, BOOL minimized);
+    void OnPaint();
+    BOOL OnEraseBkgnd(CDC* context);
+    void OnDrawItem(int id, DRAWITEMSTRUCT* item);
+    HBRUSH OnCtlColor(CDC* context, CWnd* control, UINT kind);
+    LRESULT OnNcHitTest(CPoint point);
+    BOOL OnSetCursor(CWnd* window, UINT hit, UINT message);
+    void OnSetFocus(CWnd* before);
+    void OnKillFocus(CWnd* next);
+    UINT OnGetDlgCode();
+    void OnKeyDown(UINT key, UINT count, UINT flags);
+    void OnKeyUp(UINT key, UINT count, UINT flags);
+    void OnChar(UINT character, UINT count, UINT flags);
+    void OnMouseMove(UINT keys, CPoint point);
+    void OnLButtonDown(UINT keys, CPoint point);
+    void OnLButtonUp(UINT keys, CPoint point);
+    void OnLButtonDblClk(UINT keys, CPoint point);
+    void OnRButtonDown(UINT keys, CPoint point);
+    void OnRButtonUp(UINT keys, CPoint point);
+    BOOL OnMouseWheel(UINT keys, short delta, CPoint point);
+    void OnContextMenu(CWnd* window, CPoint point);
+    void OnSysCommand(UINT command, LPARAM parameter);
+    void OnHScroll(UINT code, UINT position, CScrollBar* bar);
+    void OnVScroll(UINT code, UINT position, CScrollBar* bar);
     void OnTimer(UINT_PTR id);
 
     DECLARE_MESSAGE_MAP()
 
   private:
     friend struct WindowObjects;
+    friend class CDialog;
+    class Creation;
     static LRESULT procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
     static LRESULT hook(int code, WPARAM wparam, LPARAM lparam);
     void hear(HWND window);
     void forget_window();
 
     WNDPROC m_former = nullptr;
+    bool m_is_exchanging = false;
 };
 
 /// A class of windows that only differ in these; its name. The same name for the same values.

@@ -6,6 +6,7 @@
 #include "tvutil2/frame/startup.h"
 #include "tvutil2/framework/app.h"
 #include "tvutil2/framework/strings.h"
+#include "tvutil2/lang/library_dialog.h"
 #include "tvutil2/lang/resource_language.h"
 #include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/base/locale.h"
@@ -20,6 +21,7 @@
 #include "tvutil2/platform/trust/signature_check.h"
 #include "tvutil2/platform/trust/wincrypt.h"
 #include "tvutil2/platform/trust/wintrust.h"
+#include "tvutil2/services/verify_package_dialog.h"
 
 #include <cstdio>
 #include <string_view>
@@ -206,14 +208,15 @@ int TvVerifyTolvarineExe(const char16_t* path, BOOL is_silent) {
 int TvVerifyPackageSigned(const char16_t* path) {
     if (DoesFileExist(path) == 0) return 1;
     if (TvCheckFileIsTolvarineSigned(path) != 0) return 1;
-    const auto module = tvutil2::resource_instance();
-    const auto* const name = MAKEINTRESOURCEW(kPackageDialog);
-    auto found = FindResourceExW(module, RT_DIALOG, name, TvMapResourceLanguage(GetThreadLocale()));
-    if (found == nullptr) found = FindResourceW(module, name, RT_DIALOG);
-    if (found == nullptr) return 1;
-    const auto loaded = LoadResource(module, found);
-    if (loaded == nullptr) return 0;
-    return asks_for_install(LockResource(loaded), SizeofResource(module, found)) ? 1 : 0;
+    const auto found = tvutil2::find_library_dialog(kPackageDialog);
+    if (found.resource == nullptr) return 1;
+    if (found.loaded == nullptr) return 0;
+    CVerifyPackageDlg dialog;
+    dialog.InitModalIndirect(found.loaded);
+    const auto answer = tvutil2::run_where_shown(dialog);
+    if (answer) return *answer == IDOK ? 1 : 0;
+    const auto size = SizeofResource(tvutil2::resource_instance(), found.resource);
+    return asks_for_install(LockResource(found.loaded), size) ? 1 : 0;
 }
 
 void TvCheckVCRedistVersion() {

@@ -153,8 +153,8 @@ void CSingleInstance::release_memory() {
 namespace NSingleInstance {
 
 BEGIN_MESSAGE_MAP(CSingleInstance, CWnd)
-ON_MESSAGE(kSingleInstance, OnSingleInstance)
-ON_MESSAGE(kSingleInstanceWithData, OnSingleInstanceExMsg)
+ON_MESSAGE(kSingleInstance, &CSingleInstance::OnSingleInstance)
+ON_MESSAGE(kSingleInstanceWithData, &CSingleInstance::OnSingleInstanceExMsg)
 END_MESSAGE_MAP()
 
 namespace {

@@ -2,6 +2,7 @@
 
 #include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/base/utf.h"
+#include "tvutil2/platform/window/dialogs/message_window.h"
 
 #include <fcntl.h>
 #include <strings.h>
@@ -181,11 +182,28 @@ std::optional<int> ask(const ButtonSet& set, const std::string& text, std::size_
 
 }  // namespace
 
-int MessageBoxW(HWND /*owner*/, const char16_t* text, const char16_t* caption, UINT type) {
+// Where there is a display.
+static std::optional<int> ask_by_window(tvutil2::WindowMessage message, const ButtonSet& set,
+                                        std::size_t wanted) {
+    int ids[std::size(kSets[0].buttons)] = {};
+    for (std::size_t i = 0; i < set.count; ++i) ids[i] = set.buttons[i].id;
+    message.buttons = {ids, set.count};
+    message.default_button = wanted < set.count ? wanted : 0;
+    message.refusing = set.buttons[set.refusing].id;
+    return ask_in_window(message);
+}
+
+int MessageBoxW(HWND owner, const char16_t* text, const char16_t* caption, UINT type) {
     const auto kind = type & MB_TYPEMASK;
     if (kind >= std::size(kSets)) return tvutil2::fail_with(ERROR_INVALID_MSGBOX_STYLE);
     const auto& set = kSets[kind];
     const std::size_t wanted = (type & MB_DEFMASK) / MB_DEFBUTTON2;
+    tvutil2::WindowMessage in_window;
+    in_window.owner = owner;
+    in_window.text = text != nullptr ? text : u"";
+    in_window.caption = caption;
+    in_window.icon = type & MB_ICONMASK;
+    if (const auto id = ask_by_window(in_window, set, wanted)) return *id;
     const auto shown = message(text, caption, type);
     const std::lock_guard guard(g_one_at_a_time);
     if (const auto id = ask(set, shown, wanted < set.count ? wanted : 0)) return *id;

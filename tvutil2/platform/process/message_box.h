@@ -1,4 +1,4 @@
-// A question or message to the person, in its form for a terminal.
+// A question or message to the person: in a window, or on a terminal.
 #pragma once
 
 #include "tvutil2/platform/base/export.h"
@@ -35,10 +35,16 @@ inline constexpr int IDCONTINUE = 11;
 
 /// Shows a text and asks for one of the buttons of `type`; the ID of the one chosen.
 ///
-/// Asked on the controlling terminal, when the process is in its foreground; an empty line there
-/// chooses the default button. Without such a terminal, or when it goes away, the answer is the
-/// button that refuses (Cancel, No, Abort, or OK where that is all), whatever the default button
-/// is, and text and answer are printed on standard error: nothing is approved in silence. Control
-/// characters of the texts are shown as their codes. Boxes of several threads are asked one after
-/// the other. 0 with ERROR_INVALID_MSGBOX_STYLE for an unknown set of buttons.
+/// With a display it is a window, before which `owner` can't be used; 0 with
+/// ERROR_INVALID_WINDOW_HANDLE for an owner that is none. Its buttons speak the calling thread's
+/// language. Esc and closing answer Cancel, or OK where that is all. When the display goes away, or
+/// the thread's loop is to end, the answer is the button that refuses.
+///
+/// Without a display it is asked on the controlling terminal, when the process is in its
+/// foreground; an empty line there chooses the default button. Without such a terminal, or when it
+/// goes away, the answer is the button that refuses (Cancel, No, Abort, or OK where that is all),
+/// whatever the default button is, and text and answer are printed on standard error: nothing is
+/// approved in silence. Control characters of the texts are shown as their codes. Boxes of several
+/// threads are asked one after the other. 0 with ERROR_INVALID_MSGBOX_STYLE for an unknown set of
+/// buttons.
 TVUTIL_API int MessageBoxW(HWND owner, const char16_t* text, const char16_t* caption, UINT type);

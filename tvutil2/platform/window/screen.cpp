@@ -121,6 +121,12 @@ void tell_display(HWND window, bool activates) {
     }
 }
 
+bool is_on_display(HWND window) {
+    const TreeLock tree;
+    const auto* const record = tree.table.find(window);
+    return record != nullptr && is_on_display(*record);
+}
+
 void leave_display(HWND window) {
     {
         const TreeLock tree;

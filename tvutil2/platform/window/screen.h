@@ -13,6 +13,8 @@ namespace tvutil2 {
 /// Brings a visible top-level window onto the display, or takes a hidden one off it, or tells the
 /// display how it is now. Nothing for any other window.
 void tell_display(HWND window, bool activates);
+/// Whether a display shows it, or would if nothing were in front of it.
+[[nodiscard]] bool is_on_display(HWND window);
 /// The window is about to end without having been hidden.
 void leave_display(HWND window);
 

@@ -101,4 +101,11 @@ void turn_wheel(POINT point, int delta) {
     put_pointer(RawInput::Kind::wheel, point, 0, delta);
 }
 
+void lose_display(HWND window) {
+    RawInput input;
+    input.kind = RawInput::Kind::lost;
+    input.window = window;
+    put_input(input);
+}
+
 }  // namespace tvutil2

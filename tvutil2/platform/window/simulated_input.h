@@ -24,5 +24,7 @@ TVUTIL_API void press_button(POINT point, int button = 0);
 TVUTIL_API void release_button(POINT point, int button = 0);
 TVUTIL_API void click(POINT point, int button = 0);
 TVUTIL_API void turn_wheel(POINT point, int delta);
+/// The display that shows a top-level window goes away.
+TVUTIL_API void lose_display(HWND window);
 
 }  // namespace tvutil2

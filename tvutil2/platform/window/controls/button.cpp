@@ -84,7 +84,7 @@ void paint_push(HWND window, const ControlPaint& paint, const ButtonState& state
     draw_push_button(paint, paint.client(), look);
     SetTextColor(paint, button_text_color(look));
     auto area = paint.client();
-    InflateRect(&area, -scaled(6, paint.dpi()), -scaled(1, paint.dpi()));
+    InflateRect(&area, -scaled(3, paint.dpi()), -scaled(1, paint.dpi()));
     const auto text = text_of(window);
     const auto style = style_of(window);
     if ((style & BS_MULTILINE) != 0) {

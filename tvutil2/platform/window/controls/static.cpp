@@ -7,6 +7,7 @@
 #include "tvutil2/platform/draw/shapes.h"
 #include "tvutil2/platform/draw/text.h"
 #include "tvutil2/platform/draw/theme.h"
+#include "tvutil2/platform/picture/icons.h"
 #include "tvutil2/platform/window/controls/control.h"
 #include "tvutil2/platform/window/controls/owner_draw.h"
 #include "tvutil2/platform/window/dialogs/dialogs.h"
@@ -20,7 +21,7 @@ namespace tvutil2 {
 namespace {
 
 struct StaticState : ControlState {
-    HBITMAP bitmap = nullptr;
+    LRESULT image = 0;  // an icon's or a bitmap's handle
 };
 
 UINT text_format(DWORD style) {
@@ -42,6 +43,7 @@ UINT text_format(DWORD style) {
             break;
     }
     if ((style & SS_NOPREFIX) != 0) format |= DT_NOPREFIX;
+    if ((style & SS_EDITCONTROL) != 0) format |= DT_EDITCONTROL;
     if ((style & SS_CENTERIMAGE) != 0) format |= DT_VCENTER | DT_SINGLELINE;
     const auto ellipsis = style & SS_WORDELLIPSIS;
     if (ellipsis != 0) format = (format & ~DT_WORDBREAK) | DT_SINGLELINE;
@@ -72,6 +74,16 @@ void paint_bitmap(const ControlPaint& paint, HBITMAP bitmap, DWORD style) {
     DeleteDC(memory);
 }
 
+void paint_icon(const ControlPaint& paint, HICON icon, DWORD style) {
+    SIZE size{};
+    if (icon == nullptr || icon_pixels(icon, size) == nullptr) return;
+    const auto& client = paint.client();
+    const bool is_centred = (style & SS_CENTERIMAGE) != 0;
+    DrawIconEx(paint, is_centred ? (client.right - size.cx) / 2 : 0,
+               is_centred ? (client.bottom - size.cy) / 2 : 0, icon, size.cx, size.cy, 0, nullptr,
+               DI_NORMAL);
+}
+
 // The colours of areas and frames by name: the darkest, a middle one, and that of fields.
 int color_index(DWORD type) {
     constexpr int kIndices[] = {COLOR_3DDKSHADOW, COLOR_3DSHADOW, COLOR_WINDOW};
@@ -96,7 +108,9 @@ void paint(HWND window, const StaticState& state) {
     } else if (type == SS_ETCHEDHORZ || type == SS_ETCHEDVERT) {
         DrawEdge(paint, &area, EDGE_ETCHED, type == SS_ETCHEDHORZ ? BF_TOP : BF_LEFT);
     } else if (type == SS_BITMAP) {
-        paint_bitmap(paint, state.bitmap, style);
+        paint_bitmap(paint, reinterpret_cast<HBITMAP>(state.image), style);
+    } else if (type == SS_ICON) {
+        paint_icon(paint, reinterpret_cast<HICON>(state.image), style);
     } else {
         paint_text(window, paint, style);
     }
@@ -128,13 +142,15 @@ LRESULT static_procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam
             repaint(window);
             if (notifies) notify_parent(window, wparam != 0 ? STN_ENABLE : STN_DISABLE);
             return 0;
-        case STM_SETIMAGE: {
-            auto* const before = std::exchange(state->bitmap, reinterpret_cast<HBITMAP>(lparam));
+        case STM_SETIMAGE:
+        case STM_SETICON: {
+            const auto given = message == STM_SETIMAGE ? lparam : static_cast<LPARAM>(wparam);
             repaint(window);
-            return reinterpret_cast<LRESULT>(before);
+            return std::exchange(state->image, given);
         }
         case STM_GETIMAGE:
-            return reinterpret_cast<LRESULT>(state->bitmap);
+        case STM_GETICON:
+            return state->image;
         default:
             break;
     }

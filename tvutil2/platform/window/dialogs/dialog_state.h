@@ -30,6 +30,8 @@ struct DialogState : WindowState {
 void focus_control(HWND control);
 /// Lets the button with the focus, or else the default one, look like the default.
 void show_default_button(HWND dialog);
+/// In the middle of its owner, or of the monitor.
+void centre_dialog(HWND dialog);
 /// The dialog that a window is, or is in.
 [[nodiscard]] bool is_dialog(HWND window);
 

@@ -11,6 +11,7 @@
 #include "tvutil2/platform/resource/resource.h"
 #include "tvutil2/platform/window/dialogs/dialog_state.h"
 #include "tvutil2/platform/window/dialogs/dialog_template.h"
+#include "tvutil2/platform/window/dialogs/run_dialog.h"
 #include "tvutil2/platform/window/focus.h"
 #include "tvutil2/platform/window/geometry.h"
 #include "tvutil2/platform/window/messages.h"
@@ -303,23 +304,69 @@ void release_owner(HWND dialog, DialogState& state) {
 }
 
 // Runs it until it has ended, or its window has gone.
-INT_PTR run(HWND dialog, const std::shared_ptr<DialogState>& state) {
-    if (!state->has_ended) ShowWindow(dialog, SW_SHOWNORMAL);
-    MSG message;
-    while (!state->has_ended && IsWindow(dialog)) {
-        if (GetMessageW(&message, nullptr, 0, 0) <= 0) {
-            PostQuitMessage(static_cast<int>(message.wParam));
-            break;
-        }
-        if (!IsDialogMessageW(dialog, &message)) {
-            TranslateMessage(&message);
-            DispatchMessageW(&message);
-        }
+INT_PTR run(HWND dialog, const DialogState& state, const std::function<bool()>& pump) {
+    if (!state.has_ended) ShowWindow(dialog, SW_SHOWNORMAL);
+    while (!state.has_ended && IsWindow(dialog)) {
+        if (!pump()) break;
     }
-    return state->result;
+    return state.has_ended ? state.result : -1;
 }
 
+bool pump_alone(HWND dialog) {
+    MSG message;
+    if (GetMessageW(&message, nullptr, 0, 0) <= 0) {
+        PostQuitMessage(static_cast<int>(message.wParam));
+        return false;
+    }
+    if (!IsDialogMessageW(dialog, &message)) {
+        TranslateMessage(&message);
+        DispatchMessageW(&message);
+    }
+    return true;
+}
+
+// A window that can't be used for a while, and can whatever becomes of that.
+struct Disabled {
+    HWND window;
+    explicit Disabled(HWND owner) : window(owner) {
+        if (window != nullptr && EnableWindow(window, FALSE)) window = nullptr;
+    }
+    ~Disabled() {
+        if (window != nullptr) EnableWindow(window, TRUE);
+    }
+    Disabled(const Disabled&) = delete;
+    Disabled& operator=(const Disabled&) = delete;
+};
+
 }  // namespace
+
+INT_PTR run_dialog(const DialogRun& given, const std::function<bool(HWND)>& pump) {
+    auto dialog = read_at(given.procedure != nullptr ? given.dialog_template : nullptr);
+    if (!dialog) return -1;
+    dialog->style &= ~(WS_VISIBLE | WS_CHILD);
+    dialog->style |= WS_POPUP;
+    auto* const owner = given.parent != nullptr ? GetAncestor(given.parent, GA_ROOT) : nullptr;
+    if (given.parent != nullptr && owner == nullptr) return -1;
+    Disabled disabled(owner);
+    auto* const window =
+        make_dialog(given.instance, *dialog, owner, given.procedure, given.parameter);
+    if (window == nullptr) return -1;
+    EndUnlessMade end(window);
+    const auto state = state_of<DialogState>(window);
+    state->disabled_owner = std::exchange(disabled.window, nullptr);
+    const auto result = run(window, *state, [&] { return pump(window); });
+    release_owner(window, *state);
+    if (owner != nullptr && IsWindow(owner) && GetActiveWindow() == window) SetActiveWindow(owner);
+    return result;
+}
+
+void centre_dialog(HWND dialog) {
+    RECT place{};
+    if (!GetWindowRect(dialog, &place)) return;
+    const auto corner = place_on_screen(place, DS_CENTER, GetParent(dialog), {});
+    SetWindowPos(dialog, nullptr, corner.left, corner.top, 0, 0,
+                 SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
+}
 
 bool is_dialog(HWND window) {
     return has_state<DialogState>(window);
@@ -339,33 +386,8 @@ HWND CreateDialogIndirectParamW(HINSTANCE instance, const void* dialog_template,
 
 INT_PTR DialogBoxIndirectParamW(HINSTANCE instance, const void* dialog_template, HWND parent,
                                 DLGPROC procedure, LPARAM parameter) {
-    auto dialog = tvutil2::read_at(procedure != nullptr ? dialog_template : nullptr);
-    if (!dialog) return -1;
-    dialog->style &= ~(WS_VISIBLE | WS_CHILD);
-    dialog->style |= WS_POPUP;
-    auto* const owner = parent != nullptr ? GetAncestor(parent, GA_ROOT) : nullptr;
-    if (parent != nullptr && owner == nullptr) return -1;
-    // Disabled before there is a dialog, and enabled again whatever becomes of that.
-    struct Disabled {
-        HWND window;
-        explicit Disabled(HWND owner) : window(owner) {
-            if (window != nullptr && EnableWindow(window, FALSE)) window = nullptr;
-        }
-        ~Disabled() {
-            if (window != nullptr) EnableWindow(window, TRUE);
-        }
-        Disabled(const Disabled&) = delete;
-        Disabled& operator=(const Disabled&) = delete;
-    } disabled(owner);
-    auto* const window = tvutil2::make_dialog(instance, *dialog, owner, procedure, parameter);
-    if (window == nullptr) return -1;
-    tvutil2::EndUnlessMade end(window);
-    const auto state = state_of<DialogState>(window);
-    state->disabled_owner = std::exchange(disabled.window, nullptr);
-    const auto result = tvutil2::run(window, state);
-    tvutil2::release_owner(window, *state);
-    if (owner != nullptr && IsWindow(owner) && GetActiveWindow() == window) SetActiveWindow(owner);
-    return result;
+    return tvutil2::run_dialog({instance, dialog_template, parent, procedure, parameter},
+                               tvutil2::pump_alone);
 }
 
 BOOL EndDialog(HWND dialog, INT_PTR result) {

@@ -9,6 +9,7 @@
 #pragma once
 
 #include "tvutil2/platform/base/export.h"
+#include "tvutil2/platform/process/message_box.h"
 #include "tvutil2/platform/window/window_types.h"
 
 inline constexpr DWORD DS_ABSALIGN = 0x1;
@@ -44,9 +45,6 @@ inline constexpr LRESULT DLGC_WANTCHARS = 0x80;
 inline constexpr LRESULT DLGC_STATIC = 0x100;
 inline constexpr LRESULT DLGC_BUTTON = 0x2000;
 
-inline constexpr int IDOK = 1;
-inline constexpr int IDCANCEL = 2;
-
 /// A dialog that lives beside the others. The window, or null: ERROR_INVALID_PARAMETER for a null
 /// template, ERROR_INVALID_DATA for one that is malformed, and as CreateWindowExW. The template is
 /// read within 64 KB from its beginning, or, where it lies in a module's resources, within those.
@@ -54,7 +52,7 @@ TVUTIL_API HWND CreateDialogIndirectParamW(HINSTANCE instance, const void* dialo
                                            HWND parent, DLGPROC procedure, LPARAM parameter);
 /// Runs a dialog until EndDialog, with its owner disabled: what that was given, or -1 with the last
 /// error; ERROR_INVALID_PARAMETER also for a null procedure. A WM_QUIT that arrives meanwhile ends
-/// it and is posted again.
+/// it with -1 and is posted again, and so does the end of its window.
 TVUTIL_API INT_PTR DialogBoxIndirectParamW(HINSTANCE instance, const void* dialog_template,
                                            HWND parent, DLGPROC procedure, LPARAM parameter);
 /// Hides a dialog and lets the function that runs it return, once its procedure has returned.

@@ -1,0 +1,143 @@
+#include "examples/gallery/dialogs.h"
+
+#include "tvutil2/lang/library_dialog.h"
+#include "tvutil2/platform/base/locale.h"
+#include "tvutil2/platform/draw/theme.h"
+#include "tvutil2/platform/process/message_box.h"
+#include "tvutil2/platform/window/paint.h"
+#include "tvutil2/platform/window/show.h"
+
+namespace gallery {
+namespace {
+
+class Buttons : public CDialog {
+  public:
+    BOOL OnInitDialog() override {
+        CDialog::OnInitDialog();
+        CheckDlgButton(21, BST_CHECKED);
+        CheckDlgButton(22, BST_INDETERMINATE);
+        CheckRadioButton(30, 32, 31);
+        SendDlgItemMessage(40, BCM_SETNOTE, 0,
+                           reinterpret_cast<LPARAM>(u"What happens when it is chosen"));
+        return TRUE;
+    }
+};
+
+class Texts : public CDialog {
+  public:
+    BOOL OnInitDialog() override {
+        CDialog::OnInitDialog();
+        const struct {
+            int id;
+            const char16_t* icon;
+        } icons[] = {{71, IDI_ERROR}, {72, IDI_WARNING}, {73, IDI_QUESTION}, {74, IDI_INFORMATION}};
+        for (const auto& each : icons) {
+            SendDlgItemMessage(each.id, STM_SETIMAGE, IMAGE_ICON,
+                               reinterpret_cast<LPARAM>(LoadIconW(nullptr, each.icon)));
+        }
+        return TRUE;
+    }
+};
+
+class Resizing : public CResizingDialog {
+  public:
+    Resizing() : CResizingDialog(103) {
+        SetRememberSize(FALSE);
+        SetControlInfo(10, CTRL_SIZE_X | CTRL_SIZE_Y);
+        SetControlInfo(11, CTRL_SIZE_X);
+        SetControlInfo(12, CTRL_MOVE_Y);
+        SetControlInfo(IDOK, CTRL_MOVE_X | CTRL_MOVE_Y);
+        SetControlInfo(IDCANCEL, CTRL_MOVE_X | CTRL_MOVE_Y);
+    }
+};
+
+// The question of TvSelectCommandFolder.
+class SelectFolder : public CSelectCommandDlg {
+  public:
+    SelectFolder() : CSelectCommandDlg(&m_param) {
+        m_param.m_strTitle = tvutil2::library_string(14056);
+        m_param.m_strDescription.Format(tvutil2::library_string(14057), u"C:\\folder");
+        m_param.m_strCheck = u"Always ask";
+        m_param.m_strCommand1 = tvutil2::library_string(14058);
+        m_param.m_strCommand2 = tvutil2::library_string(14059);
+        m_param.m_strCommand3 = tvutil2::library_string(14060);
+        m_param.m_strCommand4 = tvutil2::library_string(14061);
+    }
+
+  private:
+    TvSelectCommandParam m_param;
+};
+
+template <class Dialog>
+std::unique_ptr<CDialog> make() {
+    return std::make_unique<Dialog>();
+}
+
+class MainWindow : public CDialog {
+  public:
+    BOOL OnInitDialog() override {
+        CDialog::OnInitDialog();
+        CheckDlgButton(60, tvutil2::theme().mode == tvutil2::ThemeMode::dark ? 1 : 0);
+        return TRUE;
+    }
+
+  protected:
+    void open(UINT id) {
+        for (const auto& entry : entries()) {
+            if (entry.id != id && entry.id != 14000 + id) continue;
+            const auto dialog = entry.make();
+            dialog->InitModalIndirect(template_of(entry), this);
+            dialog->DoModal();
+        }
+    }
+    void ask() {
+        MessageBox(u"Is this what a question looks like?", u"Gallery",
+                   MB_YESNOCANCEL | MB_ICONQUESTION);
+    }
+    void change_look() {
+        tvutil2::set_theme_mode(IsDlgButtonChecked(60) != 0 ? tvutil2::ThemeMode::dark
+                                                            : tvutil2::ThemeMode::light);
+        RedrawWindow(m_hWnd, nullptr, nullptr,
+                     RDW_INVALIDATE | RDW_ERASE | RDW_FRAME | RDW_ALLCHILDREN);
+    }
+    DECLARE_MESSAGE_MAP()
+};
+
+BEGIN_MESSAGE_MAP(MainWindow, CDialog)
+ON_COMMAND_RANGE(101, 109, &MainWindow::open)
+ON_COMMAND_RANGE(10, 40, &MainWindow::open)
+ON_BN_CLICKED(50, &MainWindow::ask)
+ON_BN_CLICKED(60, &MainWindow::change_look)
+END_MESSAGE_MAP()
+
+const void* own_template(UINT id) {
+    const auto* const name = MAKEINTRESOURCEW(static_cast<WORD>(id));
+    return LockResource(LoadResource(nullptr, FindResourceW(nullptr, name, RT_DIALOG)));
+}
+
+}  // namespace
+
+const std::vector<Entry>& entries() {
+    static const std::vector<Entry> all{
+        {"buttons", 101, false, make<Buttons>},
+        {"texts", 102, false, make<Texts>},
+        {"resizing", 103, false, make<Resizing>},
+        {"select", 14023, true, make<SelectFolder>},
+        {"package", 14034, true, make<CVerifyPackageDlg>},
+    };
+    return all;
+}
+
+const void* template_of(const Entry& entry) {
+    return entry.is_library
+               ? LockResource(tvutil2::find_library_dialog(static_cast<WORD>(entry.id)).loaded)
+               : own_template(entry.id);
+}
+
+int run_main_window() {
+    MainWindow window;
+    window.InitModalIndirect(own_template(100));
+    return static_cast<int>(window.DoModal());
+}
+
+}  // namespace gallery

@@ -1,0 +1,180 @@
+#include "examples/gallery/pictures.h"
+
+#include "tvutil2/lang/language_table.h"
+#include "tvutil2/platform/base/locale.h"
+#include "tvutil2/platform/display/monitors.h"
+#include "tvutil2/platform/draw/surface.h"
+#include "tvutil2/platform/draw/theme.h"
+#include "tvutil2/platform/process/message_box.h"
+#include "tvutil2/platform/window/dialogs/dialogs.h"
+#include "tvutil2/platform/window/find_windows.h"
+#include "tvutil2/platform/window/geometry.h"
+#include "tvutil2/platform/window/keys.h"
+#include "tvutil2/platform/window/messages.h"
+#include "tvutil2/platform/window/paint.h"
+#include "tvutil2/platform/window/show.h"
+#include "tvutil2/platform/window/simulated_input.h"
+#include "tvutil2/platform/window/timers.h"
+
+#include <cstdio>
+
+#include "examples/gallery/dialogs.h"
+
+namespace gallery {
+namespace {
+
+using tvutil2::ThemeMode;
+
+struct Look {
+    const char* name;
+    ThemeMode mode;
+    UINT dpi;
+};
+constexpr Look kLooks[] = {
+    {"light-100", ThemeMode::light, 96},
+    {"light-125", ThemeMode::light, 120},
+    {"light-150", ThemeMode::light, 144},
+    {"light-200", ThemeMode::light, 192},
+    {"dark-100", ThemeMode::dark, 96},
+    {"dark-200", ThemeMode::dark, 192},
+    {"contrast-100", ThemeMode::high_contrast, 96},
+};
+constexpr const char* kLanguages[] = {"en", "zh-cn", "zh-tw", "fr", "de", "ja",
+                                      "ko", "pt-br", "ru",    "sk", "es"};
+
+class Pictures {
+  public:
+    explicit Pictures(std::string folder) : m_folder(std::move(folder)) {}
+
+    [[nodiscard]] int count() const { return m_has_failed ? -1 : m_count; }
+
+    static void put_on(const Look& look) {
+        tvutil2::set_theme_mode(look.mode);
+        tvutil2::set_system_dpi(look.dpi);
+        const LONG width = 1920 * static_cast<LONG>(look.dpi) / 96;
+        const LONG height = 1080 * static_cast<LONG>(look.dpi) / 96;
+        tvutil2::set_monitors({{{0, 0, width, height}, {0, 0, width, height}, look.dpi}});
+    }
+
+    void take(HWND window, const std::string& name) {
+        settle();
+        const auto picture = tvutil2::picture_of(window);
+        const auto path = m_folder + "/" + name + ".png";
+        if (picture != nullptr && picture->write_png(path)) {
+            ++m_count;
+        } else {
+            std::fprintf(stderr, "Gallery: no picture of %s\n", name.c_str());
+            m_has_failed = true;
+        }
+    }
+
+    void take(const Entry& entry, const std::string& name) {
+        const auto dialog = entry.make();
+        if (!dialog->CreateIndirect(template_of(entry))) {
+            std::fprintf(stderr, "Gallery: %s can't be made\n", name.c_str());
+            m_has_failed = true;
+            return;
+        }
+        dialog->ShowWindow(SW_SHOW);
+        take(dialog->m_hWnd, name);
+        if (entry.name == "resizing") {
+            dialog->SetWindowPos(nullptr, 0, 0, 500, 300, SWP_NOMOVE | SWP_NOZORDER);
+            take(dialog->m_hWnd, name + "-larger");
+        }
+        dialog->DestroyWindow();
+    }
+
+    void take_message(UINT type, const char16_t* text, const std::string& name);
+
+  private:
+    // What waits is painted, and what belongs to the focus is there.
+    static void settle() {
+        MSG message;
+        while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE) != 0) {
+            TranslateMessage(&message);
+            DispatchMessageW(&message);
+        }
+    }
+
+    std::string m_folder;
+    int m_count = 0;
+    bool m_has_failed = false;
+};
+
+// A message runs in a loop of its own, in which this is called.
+struct Waiting {
+    Pictures* pictures;
+    std::string name;
+} g_waiting;
+
+void look_at_message(HWND, UINT, UINT_PTR id, DWORD) {
+    KillTimer(nullptr, id);
+    auto* const box = FindWindowW(u"#32770", u"Gallery");
+    if (box == nullptr) return;
+    g_waiting.pictures->take(box, g_waiting.name);
+    tvutil2::type_key(VK_RETURN);
+}
+
+void Pictures::take_message(UINT type, const char16_t* text, const std::string& name) {
+    g_waiting = {this, name};
+    SetTimer(nullptr, 0, 1, look_at_message);
+    MessageBoxW(nullptr, text, u"Gallery", type);
+}
+
+void take_own(Pictures& pictures) {
+    for (const auto& look : kLooks) {
+        Pictures::put_on(look);
+        for (const auto& entry : entries()) {
+            if (!entry.is_library) pictures.take(entry, entry.name + "-" + look.name);
+        }
+        pictures.take_message(MB_YESNOCANCEL | MB_ICONQUESTION,
+                              u"Do you want to keep the changes to the session?\n\nWhat isn't "
+                              u"kept is lost.",
+                              std::string("message-question-") + look.name);
+    }
+}
+
+void take_messages(Pictures& pictures) {
+    const struct {
+        const char* name;
+        UINT type;
+        const char16_t* text;
+    } messages[] = {
+        {"error", MB_OK | MB_ICONERROR,
+         u"C:\\Users\\somebody\\Documents\\a\\long\\path\\without"
+         u"\\any\\spaces\\that\\has\\to\\be\\broken\\somewhere.txt"},
+        {"warning", MB_ABORTRETRYIGNORE | MB_ICONWARNING, u"The file is in use."},
+        {"information", MB_OKCANCEL | MB_DEFBUTTON2 | MB_ICONINFORMATION, u"All is well."},
+        {"plain", MB_CANCELTRYCONTINUE,
+         u"A message without a sign, with some more text than the "
+         u"others, which goes on for a second line and a third "
+         u"one, so that it can be seen how lines are broken."},
+    };
+    for (const auto& message : messages) {
+        pictures.take_message(message.type, message.text, std::string("message-") + message.name);
+    }
+}
+
+void take_library(Pictures& pictures) {
+    for (std::size_t i = 0; i < tvutil2::kLanguages.size(); ++i) {
+        SetThreadLocale(tvutil2::kLanguages[i].id);
+        for (const auto& entry : entries()) {
+            if (entry.is_library) pictures.take(entry, entry.name + "-" + kLanguages[i]);
+        }
+        pictures.take_message(MB_YESNOCANCEL | MB_ICONWARNING, u"?",
+                              std::string("message-") + kLanguages[i]);
+    }
+}
+
+}  // namespace
+
+int write_pictures(const std::string& folder) {
+    Pictures pictures(folder);
+    take_own(pictures);
+    Pictures::put_on(kLooks[0]);
+    take_messages(pictures);
+    take_library(pictures);
+    return pictures.count();
+}
+
+}  // namespace gallery
