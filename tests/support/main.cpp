@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <iostream>
 #include <sstream>
 #include <string>
@@ -68,6 +69,9 @@ bool passes(const std::string& test, std::vector<char*> arguments) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    // Nothing is shown to who runs the tests.
+    unsetenv("DISPLAY");
+    unsetenv("WAYLAND_DISPLAY");
     const std::vector<char*> arguments(argv, argv + argc);
     testing::InitGoogleTest(&argc, argv);
     const std::string filter = testing::GTEST_FLAG(filter);

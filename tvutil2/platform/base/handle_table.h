@@ -27,6 +27,7 @@ enum class HandleKind : std::uint8_t {
     mapping,
     change,
     internet,
+    console,
     context,   ///< a device context
     graphics,  ///< brush, pen, font, bitmap, region
     icon,

@@ -1,5 +1,6 @@
 #include "tvutil2/platform/display/driver.h"
 
+#include "tvutil2/platform/base/service_thread.h"
 #include "tvutil2/platform/display/offscreen.h"
 #include "tvutil2/platform/process/own_module.h"
 
@@ -14,10 +15,21 @@ bool names_something(const char* variable) {
     return value != nullptr && *value != 0;
 }
 
+void take_monitors(std::vector<Monitor> monitors) {
+    if (!monitors.empty()) set_system_dpi(monitors.front().dpi);
+    set_monitors(std::move(monitors));
+}
+
+void take_look(ThemeMode mode, const char16_t* font_family) {
+    set_theme_mode(mode);
+    set_interface_font(font_family);
+}
+
 std::unique_ptr<Driver> make_desktop_driver(InputSink sink) {
     const auto make =
         reinterpret_cast<MakeDriver>(own_module_function("desktop", "tvutil2_make_driver"));
-    return std::unique_ptr<Driver>(make != nullptr ? make(sink) : nullptr);
+    if (make == nullptr) return nullptr;
+    return std::unique_ptr<Driver>(make({sink, take_monitors, take_look, start_service_thread}));
 }
 
 }  // namespace
@@ -27,7 +39,8 @@ std::unique_ptr<Driver> make_driver(InputSink sink) {
     if (wish != nullptr && std::strcmp(wish, "none") == 0) return nullptr;
     if (wish != nullptr && std::strcmp(wish, "offscreen") == 0)
         return std::make_unique<OffscreenDriver>();
-    const bool has_desktop = names_something("WAYLAND_DISPLAY") || names_something("DISPLAY");
+    const bool has_desktop = (wish != nullptr && std::strcmp(wish, "desktop") == 0) ||
+                             names_something("WAYLAND_DISPLAY") || names_something("DISPLAY");
     return has_desktop ? make_desktop_driver(sink) : nullptr;
 }
 

@@ -7,10 +7,14 @@
 #pragma once
 
 #include "tvutil2/platform/base/export.h"
+#include "tvutil2/platform/display/monitors.h"
 #include "tvutil2/platform/draw/surface.h"
+#include "tvutil2/platform/draw/theme.h"
 
+#include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace tvutil2 {
 
@@ -46,6 +50,7 @@ struct RawInput {
         deactivate,
         close,
         place,  ///< the desktop has moved or sized the window
+        form,   ///< or minimised, maximised or restored it
         scale,  ///< the window is on a monitor of another scale now
         look,   ///< colours or fonts of the desktop have changed
         lost    ///< the display has gone: nothing is shown any more
@@ -61,7 +66,8 @@ struct RawInput {
     int button = 0;       ///< 0 left, 1 right, 2 middle
     int delta = 0;        ///< of the wheel: 120 a notch, away from the person or to the right
     bool is_horizontal = false;
-    RECT place{};  ///< of the window with its frame
+    RECT place{};    ///< of the window with its frame
+    DWORD form = 0;  ///< WS_MINIMIZE, WS_MAXIMIZE or neither
     UINT dpi = 0;
     DWORD time = 0;  ///< milliseconds of GetTickCount
 };
@@ -101,10 +107,35 @@ class Driver {
     /// as its lock is held.
     virtual void present(HWND window, std::shared_ptr<Surface> surface, const Region& damage) = 0;
     virtual void set_cursor(CursorShape shape) = 0;
+    /// The pointer's doings are for a window now, or no longer for one: where pop-ups are shown,
+    /// the person's next press outside of the program's windows is to be heard of.
+    virtual void set_capture(bool has_it) = 0;
+    /// Where text is typed next, on the screen: an input method shows what it offers there.
+    virtual void set_caret(HWND window, const RECT& place) = 0;
+
+    // The clipboard, as far as it is shared with other programs: text with lines that end in "\n".
+    /// Whether what is there is this process's, or nobody's but its own can be there.
+    [[nodiscard]] virtual bool owns_clipboard() = 0;
+    virtual void offer_text(std::u16string text) = 0;
+    /// Whether another program has put text there.
+    [[nodiscard]] virtual bool offers_text() = 0;
+    /// Waits for that program, two seconds at most; false when there is none.
+    virtual bool read_text(std::u16string& text) = 0;
 };
 
-/// The C function "tvutil2_make_driver" of the desktop's module; null when there is no desktop.
-using MakeDriver = Driver* (*)(InputSink sink);
+/// What the desktop's module asks of the library; everything may be called from any thread.
+struct DriverHost {
+    InputSink put_input = nullptr;
+    void (*set_monitors)(std::vector<Monitor> monitors) = nullptr;
+    /// The family is UTF-16, and empty for the host's own choice.
+    void (*set_look)(ThemeMode mode, const char16_t* font_family) = nullptr;
+    /// As start_service_thread.
+    void (*start_thread)(std::function<void()> body) = nullptr;
+};
+
+/// The C function "tvutil2_make_driver" of the desktop's module; null when there is no desktop. The
+/// monitors and the look are known when it returns.
+using MakeDriver = Driver* (*)(const DriverHost& host);
 
 /// The driver that the environment asks for; null where nothing shows windows.
 [[nodiscard]] std::unique_ptr<Driver> make_driver(InputSink sink);

@@ -15,6 +15,12 @@ class OffscreenDriver : public Driver {
     void present(HWND /*window*/, std::shared_ptr<Surface> /*surface*/,
                  const Region& /*damage*/) override {}
     void set_cursor(CursorShape /*shape*/) override {}
+    void set_capture(bool /*has_it*/) override {}
+    void set_caret(HWND /*window*/, const RECT& /*place*/) override {}
+    [[nodiscard]] bool owns_clipboard() override { return true; }
+    void offer_text(std::u16string /*text*/) override {}
+    [[nodiscard]] bool offers_text() override { return false; }
+    bool read_text(std::u16string& /*text*/) override { return false; }
 };
 
 }  // namespace tvutil2

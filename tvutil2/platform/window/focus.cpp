@@ -161,6 +161,10 @@ void leave_focus(HWND window) {
 void set_capture(HWND window) {
     auto& state = input_state();
     auto* const before = std::exchange(state.capture, window);
+    auto* const driver = loaded_display();
+    if (driver != nullptr && (before != nullptr) != (window != nullptr)) {
+        driver->set_capture(window != nullptr);
+    }
     if (before != nullptr && before != window) {
         SendMessageW(before, WM_CAPTURECHANGED, 0, as_lparam(window));
     }

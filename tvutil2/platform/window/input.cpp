@@ -10,6 +10,8 @@
 #include "tvutil2/platform/window/messages.h"
 #include "tvutil2/platform/window/mouse.h"
 #include "tvutil2/platform/window/screen.h"
+#include "tvutil2/platform/window/show.h"
+#include "tvutil2/platform/window/system_commands.h"
 #include "tvutil2/platform/window/update.h"
 #include "tvutil2/platform/window/window.h"
 
@@ -269,7 +271,11 @@ void follow(InputState& state, const RawInput& input) {
             follow_activation(input);
             break;
         case Kind::close:
-            PostMessageW(input.window, WM_SYSCOMMAND, 0xF060, 0);
+            if (IsWindowEnabled(input.window) != 0) {
+                PostMessageW(input.window, WM_SYSCOMMAND, SC_CLOSE, 0);
+            } else {
+                activate_enabled_popup(input.window);
+            }
             break;
         case Kind::pointer_leave:
             pointer_is_over(nullptr, input.point);

@@ -150,6 +150,16 @@ BOOL InSendMessage() {
     return queue != nullptr && queue->m_answering > 0 ? TRUE : FALSE;
 }
 
+namespace {
+
+void note_taken(ThreadQueue& queue, const MSG& message) {
+    // A tick comes when all is painted; a thread that has ticks all the time is never idle.
+    if (message.message == WM_TIMER) tvutil2::present_damage(queue);
+    queue.m_message_time = static_cast<LONG>(message.time);
+}
+
+}  // namespace
+
 BOOL GetMessageW(MSG* message, HWND window, UINT first, UINT last) {
     if (!is_window_filter(window)) {
         SetLastError(ERROR_INVALID_WINDOW_HANDLE);
@@ -163,7 +173,7 @@ BOOL GetMessageW(MSG* message, HWND window, UINT first, UINT last) {
         present_damage(queue);
         queue.wait_for(ThreadQueue::kForLoops, queue.time_to_tick());
     }
-    queue.m_message_time = static_cast<LONG>(message->time);
+    note_taken(queue, *message);
     return message->message != WM_QUIT ? TRUE : FALSE;
 }
 
@@ -175,7 +185,7 @@ BOOL PeekMessageW(MSG* message, HWND window, UINT first, UINT last, UINT remove)
         present_damage(queue);
         return FALSE;
     }
-    queue.m_message_time = static_cast<LONG>(message->time);
+    note_taken(queue, *message);
     return TRUE;
 }
 

@@ -7,8 +7,10 @@
 #include "tvutil2/platform/window/input.h"
 #include "tvutil2/platform/window/messages.h"
 #include "tvutil2/platform/window/paint.h"
+#include "tvutil2/platform/window/show.h"
 #include "tvutil2/platform/window/top_level.h"
 #include "tvutil2/platform/window/update.h"
+#include "tvutil2/platform/window/window.h"
 
 #include <algorithm>
 #include <atomic>
@@ -67,6 +69,16 @@ void follow_scale(const RawInput& input) {
     const auto dpi = static_cast<WORD>(input.dpi);
     SendMessageW(input.window, WM_DPICHANGED, MAKEWPARAM(dpi, dpi),
                  reinterpret_cast<LPARAM>(&wanted));
+}
+
+void follow_form(const RawInput& input) {
+    const bool is_restored = (input.form & (WS_MINIMIZE | WS_MAXIMIZE)) == 0;
+    if (is_restored) {
+        ShowWindow(input.window, SW_RESTORE);
+    } else {
+        ShowWindow(input.window,
+                   (input.form & WS_MINIMIZE) != 0 ? SW_SHOWMINNOACTIVE : SW_MAXIMIZE);
+    }
 }
 
 void follow_look(HWND window) {
@@ -137,12 +149,25 @@ void leave_display(HWND window) {
     if (auto* const driver = loaded_display()) driver->hide(window);
 }
 
+void tell_caret(HWND window, const RECT& place) {
+    auto* const driver = loaded_display();
+    if (driver == nullptr) return;
+    POINT corner{place.left, place.top};
+    ClientToScreen(window, &corner);
+    driver->set_caret(GetAncestor(window, GA_ROOT),
+                      {corner.x, corner.y, corner.x + (place.right - place.left),
+                       corner.y + (place.bottom - place.top)});
+}
+
 void follow_desktop(const RawInput& input) {
     const auto& place = input.place;
     switch (input.kind) {
         case RawInput::Kind::place:
             SetWindowPos(input.window, nullptr, place.left, place.top, place.right - place.left,
                          place.bottom - place.top, SWP_NOZORDER | SWP_NOACTIVATE);
+            break;
+        case RawInput::Kind::form:
+            follow_form(input);
             break;
         case RawInput::Kind::scale:
             follow_scale(input);

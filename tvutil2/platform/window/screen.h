@@ -18,6 +18,9 @@ void tell_display(HWND window, bool activates);
 /// The window is about to end without having been hidden.
 void leave_display(HWND window);
 
+/// Where text is typed next in a window, in its client area: for input methods.
+void tell_caret(HWND window, const RECT& place);
+
 /// Does what the desktop asks for: a place, a scale, a look. For the window's thread.
 void follow_desktop(const RawInput& input);
 

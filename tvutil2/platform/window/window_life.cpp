@@ -229,6 +229,12 @@ struct NewWindow {
     }
 
     [[nodiscard]] bool is_child() const { return is_child_style(static_cast<DWORD>(given.style)); }
+    /// Made to be seen by a person, now or later.
+    [[nodiscard]] bool is_for_the_screen() const {
+        const auto style = static_cast<DWORD>(given.style);
+        return !is_child() && given.hwndParent != HWND_MESSAGE &&
+               (style & (WS_VISIBLE | WS_SYSMENU)) != 0;
+    }
     [[nodiscard]] bool is_overlapped() const {
         return (static_cast<DWORD>(given.style) & (WS_CHILD | WS_POPUP)) == 0;
     }
@@ -358,6 +364,8 @@ HWND CreateWindowExW(DWORD ex_style, const char16_t* class_name, const char16_t*
     made.given = {
         parameter, tvutil2::or_executable(instance), menu_or_id, parent,     height,  width, y,
         x,         static_cast<LONG>(style),         title,      class_name, ex_style};
+    // The monitors, and their scale, are known from the first window on that a person may see.
+    if (made.is_for_the_screen()) static_cast<void>(tvutil2::display());
     tvutil2::choose_place(made.given);
     auto* const window = made.enter();
     if (window == nullptr) return nullptr;

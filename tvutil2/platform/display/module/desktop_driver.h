@@ -1,0 +1,74 @@
+// The desktop's driver, on GTK.
+#pragma once
+
+#include "tvutil2/platform/display/driver.h"
+#include "tvutil2/platform/display/module/desktop_clipboard.h"
+#include "tvutil2/platform/display/module/desktop_thread.h"
+#include "tvutil2/platform/display/module/desktop_window.h"
+
+#include <memory>
+#include <mutex>
+#include <unordered_map>
+
+namespace tvutil2 {
+
+/// Lives for ever: its thread ends behind everything else.
+class DesktopDriver : public Driver {
+  public:
+    explicit DesktopDriver(const DriverHost& host) : m_host(host) {}
+    bool connect();
+
+    [[nodiscard]] bool has_frames() const override { return true; }
+    void show(const Shown& window, bool activates) override;
+    void hide(HWND window) override;
+    void activate(HWND window) override;
+    void present(HWND window, std::shared_ptr<Surface> surface, const Region& damage) override;
+    void set_cursor(CursorShape shape) override;
+    void set_capture(bool has_it) override;
+    void set_caret(HWND window, const RECT& place) override;
+    [[nodiscard]] bool owns_clipboard() override { return m_clipboard.is_ours(); }
+    void offer_text(std::u16string text) override { m_clipboard.offer(std::move(text)); }
+    [[nodiscard]] bool offers_text() override { return m_clipboard.has_text(); }
+    bool read_text(std::u16string& text) override { return m_clipboard.read(text); }
+
+    // For the desktop's thread:
+    [[nodiscard]] DesktopWindow* find(HWND window);
+    void put(RawInput input) { m_host.put_input(std::move(input)); }
+    /// The desktop's focus has come to a window, or left it.
+    void focus_is(HWND window, bool is_in);
+    [[nodiscard]] bool has_capture() const { return m_has_capture; }
+    /// Gives a window the cursor in force.
+    void dress(GdkWindow* window) const;
+    /// The time of an event, which the desktop counts in its own way, in that of GetTickCount.
+    [[nodiscard]] DWORD ticks_of(guint32 time);
+    [[nodiscard]] guint32 last_event_time() const { return m_last_event_time; }
+
+  private:
+    void prepare();
+    void follow_settings();
+    void tell_look();
+    void follow_look();
+    void tell_all(RawInput::Kind kind);
+    void lose();
+    void settle_focus();
+    static void ungrab();
+    std::shared_ptr<FrameBuffer> buffer_of(HWND window, bool makes);
+
+    const DriverHost m_host;
+    DesktopThread m_thread;
+    DesktopClipboard m_clipboard{m_thread};
+
+    std::mutex m_lock;
+    std::unordered_map<HWND, std::shared_ptr<FrameBuffer>> m_buffers;  // with m_lock
+
+    // Of the desktop's thread:
+    std::unordered_map<HWND, std::unique_ptr<DesktopWindow>> m_windows;
+    GdkCursor* m_cursor = nullptr;
+    HWND m_focus = nullptr;  // where the desktop has it
+    HWND m_told = nullptr;   // and where the program knows it
+    bool m_has_capture = false;
+    guint m_settling_focus = 0;
+    guint32 m_last_event_time = 0;
+};
+
+}  // namespace tvutil2

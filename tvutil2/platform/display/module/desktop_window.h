@@ -1,0 +1,99 @@
+// A top-level window on the desktop. For the desktop's thread.
+#pragma once
+
+#include "tvutil2/platform/display/driver.h"
+#include "tvutil2/platform/display/module/frame_buffer.h"
+
+#include <gtk/gtk.h>
+
+#include <memory>
+#include <span>
+#include <string>
+
+namespace tvutil2 {
+
+class DesktopDriver;
+
+class DesktopWindow {
+  public:
+    DesktopWindow(DesktopDriver& driver, const Shown& shown, std::shared_ptr<FrameBuffer> buffer);
+    ~DesktopWindow();
+    DesktopWindow(const DesktopWindow&) = delete;
+    DesktopWindow& operator=(const DesktopWindow&) = delete;
+
+    void change(const Shown& shown, bool activates);
+    /// `damage` is in pixels of the window's surface.
+    void damaged(std::span<const RECT> damage);
+    void activate();
+    void set_cursor(GdkCursor* cursor);
+    void set_caret(const RECT& place);
+    /// Has the pointer's doings outside of all windows of the program told to this one, which is
+    /// shown then. False when the desktop doesn't.
+    bool grab();
+    /// The program's owner of this one is on the desktop now, or no longer.
+    void follow_owner();
+    /// The scale of its monitor, or of all, may be another.
+    void follow_scale();
+
+    [[nodiscard]] const Shown& shown() const { return m_shown; }
+    [[nodiscard]] GtkWindow* widget() const { return GTK_WINDOW(m_window); }
+    /// Whether it is a pop-up, which the desktop neither frames nor activates.
+    [[nodiscard]] bool is_popup() const { return m_is_popup; }
+
+  private:
+    template <auto Method>
+    void listen(GtkWidget* widget, const char* signal);
+
+    [[nodiscard]] int scale() const { return gtk_widget_get_scale_factor(m_window); }
+    /// The part of the window that is shown here: all but the frame, where the desktop has one.
+    [[nodiscard]] RECT view() const;
+    [[nodiscard]] POINT on_screen(double x, double y) const;
+    /// Pixels as the desktop's units, rounded up.
+    [[nodiscard]] int units(LONG pixels) const;
+    [[nodiscard]] GdkPoint place_of(const RECT& view) const;
+
+    void make_area();
+    void set_size();
+    void set_form(DWORD before);
+    void show_now();
+    void await_settling();
+    void settle();
+    [[nodiscard]] RECT actual_view() const;
+    RawInput input(RawInput::Kind kind, guint32 time) const;
+    RawInput pointer_input(RawInput::Kind kind, double x, double y, guint32 time) const;
+    void turn_wheel(const GdkEventScroll& event, double notches, bool is_horizontal);
+
+    gboolean draw(cairo_t* cairo);
+    gboolean on_motion(GdkEventMotion* event);
+    gboolean on_button(GdkEventButton* event);
+    gboolean on_scroll(GdkEventScroll* event);
+    gboolean on_crossing(GdkEventCrossing* event);
+    gboolean on_key(GdkEventKey* event);
+    gboolean on_focus(GdkEventFocus* event);
+    gboolean on_configure(GdkEventConfigure* event);
+    gboolean on_state(GdkEventWindowState* event);
+    gboolean on_delete(GdkEventAny* event);
+    void on_commit(const char* text);
+
+    DesktopDriver& m_driver;
+    Shown m_shown;
+    std::shared_ptr<FrameBuffer> m_buffer;
+    const bool m_has_frame;
+    const bool m_is_popup;
+    GtkWidget* m_window = nullptr;
+    GtkWidget* m_area = nullptr;
+    GtkIMContext* m_input_method = nullptr;
+    bool m_is_mapped = false;
+    bool m_activates = true;
+    gint64 m_asked_at = 0;  // when the program last gave the window a place; 0: it has it
+    guint m_settling = 0;   // source that looks where the window is
+    guint m_first_show = 0;
+    DWORD m_form = 0;
+    guint32 m_last_time = 0;
+    double m_wheel = 0, m_wheel_across = 0;
+    // While a key is with the input method:
+    bool m_is_filtering = false;
+    std::u16string m_written;
+};
+
+}  // namespace tvutil2
