@@ -122,6 +122,8 @@ const std::vector<Entry>& entries() {
         {"buttons", 101, false, make<Buttons>},
         {"texts", 102, false, make<Texts>},
         {"resizing", 103, false, make<Resizing>},
+        {"language", 14010, true, make<CChangeLangDlg>},
+        {"help", 14029, true, make<CHelpProgramDlg>},
         {"select", 14023, true, make<SelectFolder>},
         {"package", 14034, true, make<CVerifyPackageDlg>},
     };

@@ -4,7 +4,7 @@
 // user's key alone, holds one that isn't final yet. Translations of a product stand in satellite
 // modules, in the folder "Languages" beside the module that they belong to.
 //
-// Nothing here shows a message or holds a lock.
+// Nothing here holds a lock, and only MLS_TvChangeLanguage shows anything.
 #pragma once
 
 #include "tvutil2/platform/base/export.h"
@@ -14,6 +14,11 @@
 /// the choice, and none is temporary any more. Language 0 without `temporary` makes the temporary
 /// one final, if there is one. What the registry refuses is passed over.
 TVUTIL_API void MLS_TvSaveLanguage(const char16_t* product, WORD language, int temporary);
+
+/// Lets the person choose the language of a product, in a dialog: the one chosen, and in `restart`
+/// 1 when the program is to be started anew for it, else 0. 0, and `restart` as it was, when
+/// nothing is chosen or there is no display. It stores nothing.
+TVUTIL_API WORD MLS_TvChangeLanguage(const char16_t* product, int& restart);
 
 /// Loads the module's satellite for the product's language ("tool.exe" in French:
 /// "Languages\\toolFRA.dll") for its resources alone, and puts the calling thread into that

@@ -4,12 +4,12 @@
 #include "tvutil2/diag/app_log.h"
 #include "tvutil2/frame/product.h"
 #include "tvutil2/framework/menus.h"
+#include "tvutil2/lang/library_dialog.h"
 #include "tvutil2/lang/resource_language.h"
-#include "tvutil2/platform/base/locale.h"
 #include "tvutil2/platform/base/wide_text.h"
 #include "tvutil2/platform/process/launch.h"
 #include "tvutil2/platform/process/modules.h"
-#include "tvutil2/platform/resource/resource.h"
+#include "tvutil2/services/help_program_dialog.h"
 #include "tvutil2/services/http.h"
 #include "tvutil2/settings/registry.h"
 
@@ -24,18 +24,12 @@ CString g_manual;
 tvutil2::SupportEntry g_entry;
 
 constexpr const char16_t* kHelpProgram = u"HelpProgram";
+constexpr WORD kHelpDialog = 14029;
 
 bool open_settings(CRegistry& key, int create) {
     CString path;
     path.Format(u"Software\\Tolvarine\\Common\\%d\\Settings", tvutil2::kMajorVersion);
     return key.Open(HKEY_CURRENT_USER, path, create, KEY_ALL_ACCESS) != 0;
-}
-
-HRSRC help_program_dialog(HINSTANCE module) {
-    const auto* const name = MAKEINTRESOURCEW(14029);
-    auto* const found =
-        FindResourceExW(module, RT_DIALOG, name, TvMapResourceLanguage(GetThreadLocale()));
-    return found != nullptr ? found : FindResourceW(module, name, RT_DIALOG);
 }
 
 bool has_entry(unsigned int program) {
@@ -70,10 +64,14 @@ int TvGetHelpProgram(BOOL show_dialog) {
     open_settings(key, 0);
     const auto program = static_cast<int>(key.GetValue(kHelpProgram, DWORD{0xFFFFFFFF}));
     if (show_dialog == FALSE) return program;
-    auto* const module = tvutil2::library_instance();
-    auto* const dialog = help_program_dialog(module);
-    if (dialog != nullptr && LoadResource(module, dialog) == nullptr) return 0;
-    return program;
+    const auto found = tvutil2::find_library_dialog(kHelpDialog);
+    if (found.resource == nullptr) return program;
+    if (found.loaded == nullptr) return 0;
+    CHelpProgramDlg dialog(program);
+    dialog.InitModalIndirect(found.loaded);
+    if (dialog.DoModal() != IDOK) return program;
+    tvutil2::set_help_program(dialog.program());
+    return dialog.program();
 }
 
 CString TvGetHTTPToken(unsigned int program, unsigned int version, HTTP_LINK_TYPE type,

@@ -4,8 +4,7 @@
 // A link of the entry is trimmed and loses the characters that a shell would read something into;
 // what is left must be an http or https address without white space, quotes and angle brackets.
 //
-// Nothing here shows a message, and dialogs have no windows yet: TvGetHelpProgram answers as if the
-// one that it would ask with had been left by Cancel. The manual's path and the entry are kept for
+// Nothing here shows a message. The manual's path and the entry are kept for
 // the process without a lock: the functions belong to the thread of the user interface, but for
 // those of tokens and of links, which keep nothing.
 #pragma once
