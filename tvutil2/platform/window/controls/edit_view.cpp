@@ -9,6 +9,7 @@
 #include "tvutil2/platform/window/focus.h"
 #include "tvutil2/platform/window/geometry.h"
 #include "tvutil2/platform/window/paint.h"
+#include "tvutil2/platform/window/screen.h"
 #include "tvutil2/platform/window/scrolling.h"
 #include "tvutil2/platform/window/timers.h"
 #include "tvutil2/platform/window/window.h"
@@ -271,6 +272,7 @@ void EditView::show_caret(bool has_focus) {
     m_state.blinks = 0;
     if (has_focus) {
         SetTimer(m_window, kCaretTimer, kBlinkTime, nullptr);
+        tell_caret(m_window, caret_rect());
     } else {
         KillTimer(m_window, kCaretTimer);
     }
