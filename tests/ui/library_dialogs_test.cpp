@@ -1,0 +1,168 @@
+// Every dialog of the library in every language: nothing is cut off, nothing lies on something
+// else, and no key means two things.
+#include "tvutil2/lang/language_table.h"
+#include "tvutil2/lang/library_dialog.h"
+#include "tvutil2/platform/base/locale.h"
+#include "tvutil2/platform/base/utf.h"
+#include "tvutil2/platform/base/wide_text.h"
+#include "tvutil2/platform/display/monitors.h"
+#include "tvutil2/platform/draw/device_context.h"
+#include "tvutil2/platform/draw/look.h"
+#include "tvutil2/platform/draw/rect.h"
+#include "tvutil2/platform/draw/text.h"
+#include "tvutil2/platform/window/classes.h"
+#include "tvutil2/platform/window/controls/button.h"
+#include "tvutil2/platform/window/controls/static.h"
+#include "tvutil2/platform/window/dialogs/dialogs.h"
+#include "tvutil2/platform/window/geometry.h"
+#include "tvutil2/platform/window/messages.h"
+#include "tvutil2/platform/window/paint.h"
+#include "tvutil2/platform/window/window.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace {
+
+using tvutil2::scaled;
+
+struct Control {
+    HWND window;
+    DWORD style;
+    std::u16string class_name, text;
+    RECT place;  // in the dialog
+};
+
+std::u16string text_of(HWND window) {
+    char16_t text[512] = {};
+    GetWindowTextW(window, text, 512);
+    return text;
+}
+
+std::vector<Control> controls_of(HWND dialog) {
+    std::vector<Control> controls;
+    for (auto* each = GetWindow(dialog, GW_CHILD); each != nullptr;
+         each = GetWindow(each, GW_HWNDNEXT)) {
+        char16_t name[64] = {};
+        GetClassNameW(each, name, 64);
+        RECT place{};
+        GetWindowRect(each, &place);
+        MapWindowPoints(nullptr, dialog, reinterpret_cast<POINT*>(&place), 2);
+        controls.push_back({each, static_cast<DWORD>(GetWindowLongW(each, GWL_STYLE)), name,
+                            text_of(each), place});
+    }
+    return controls;
+}
+
+// What the text takes, in lines of the control's width or in one.
+SIZE extent(HWND dialog, const Control& control, LONG width, UINT format) {
+    auto* const context = GetDC(dialog);
+    auto* const before = SelectObject(
+        context, reinterpret_cast<HFONT>(SendMessageW(control.window, WM_GETFONT, 0, 0)));
+    RECT area{0, 0, width, 0};
+    DrawTextW(context, control.text.c_str(), -1, &area, format | DT_CALCRECT);
+    SelectObject(context, before);
+    ReleaseDC(dialog, context);
+    return {area.right, area.bottom};
+}
+
+bool is_group(const Control& control) {
+    return control.class_name == u"Button" && (control.style & BS_TYPEMASK) == BS_GROUPBOX;
+}
+
+// Whether the text can be read as a whole, from the way in which such a control is painted.
+bool shows_its_text(HWND dialog, const Control& control, UINT dpi) {
+    const SIZE size{control.place.right - control.place.left,
+                    control.place.bottom - control.place.top};
+    if (control.class_name == u"Static") {
+        const auto wanted = extent(dialog, control, size.cx, DT_WORDBREAK);
+        return wanted.cx <= size.cx && wanted.cy <= size.cy;
+    }
+    if (control.class_name != u"Button") return true;
+    const auto type = control.style & BS_TYPEMASK;
+    const bool is_push = type <= BS_DEFPUSHBUTTON;
+    const auto beside = is_push ? scaled(6, dpi) : tvutil2::check_size(dpi) + scaled(6, dpi);
+    const bool has_lines = (control.style & BS_MULTILINE) != 0;
+    const auto wanted =
+        extent(dialog, control, size.cx - beside, has_lines ? DT_WORDBREAK : DT_SINGLELINE);
+    return wanted.cx <= size.cx - beside && wanted.cy <= size.cy;
+}
+
+char16_t mnemonic_of(const Control& control) {
+    if (control.class_name != u"Button" && control.class_name != u"Static") return 0;
+    const auto& text = control.text;
+    for (std::size_t i = 0; i + 1 < text.size(); ++i) {
+        if (text[i] == u'&' && text[++i] != u'&') return tvutil2::to_lower(text[i]);
+    }
+    return 0;
+}
+
+void register_missing_classes() {
+    // The products bring the list of switches; whatever else isn't there yet isn't looked at.
+    for (const auto* name : {u"MfcPropertyGrid", u"Edit", u"ComboBox"}) {
+        WNDCLASSW description{};
+        if (GetClassInfoW(nullptr, name, &description) != 0) continue;
+        description.lpfnWndProc = DefWindowProcW;
+        description.style = CS_GLOBALCLASS;
+        description.lpszClassName = name;
+        RegisterClassW(&description);
+    }
+}
+
+void expect_good(HWND dialog, UINT dpi) {
+    RECT client{};
+    GetClientRect(dialog, &client);
+    std::map<char16_t, std::u16string> mnemonics;
+    const auto controls = controls_of(dialog);
+    for (std::size_t i = 0; i < controls.size(); ++i) {
+        const auto& control = controls[i];
+        SCOPED_TRACE(tvutil2::to_utf8_lossy(control.text));
+        EXPECT_TRUE(shows_its_text(dialog, control, dpi)) << "cut off";
+        EXPECT_GE(control.place.left, 0);
+        EXPECT_LE(control.place.right, client.right);
+        EXPECT_LE(control.place.bottom, client.bottom);
+        if (const auto mnemonic = mnemonic_of(control)) {
+            EXPECT_TRUE(mnemonics.emplace(mnemonic, control.text).second)
+                << "as of " << tvutil2::to_utf8_lossy(mnemonics[mnemonic]);
+        }
+        for (std::size_t k = 0; k < i; ++k) {
+            RECT common{};
+            EXPECT_TRUE(is_group(control) || is_group(controls[k]) ||
+                        !IntersectRect(&common, &control.place, &controls[k].place))
+                << "on " << tvutil2::to_utf8_lossy(controls[k].text);
+        }
+    }
+}
+
+TEST(LibraryDialogs, ShowAllTheirTextsInEveryLanguageAndScale) {
+    setenv("TVUTIL_DISPLAY", "offscreen", 1);
+    register_missing_classes();
+    for (const UINT dpi : {96U, 120U, 144U, 192U}) {
+        tvutil2::set_system_dpi(dpi);
+        tvutil2::set_monitors({{{0, 0, 4000, 3000}, {0, 0, 4000, 3000}, dpi}});
+        for (const auto& language : tvutil2::kLanguages) {
+            SetThreadLocale(language.id);
+            for (const int id : {14010, 14012, 14013, 14014, 14023, 14029, 14034}) {
+                SCOPED_TRACE(std::to_string(id) + " " + tvutil2::to_utf8_lossy(language.name) +
+                             " at " + std::to_string(dpi));
+                const auto found = tvutil2::find_library_dialog(static_cast<WORD>(id));
+                ASSERT_NE(found.loaded, nullptr);
+                auto* const dialog = CreateDialogIndirectParamW(
+                    nullptr, LockResource(found.loaded), nullptr,
+                    [](HWND, UINT message, WPARAM, LPARAM) -> INT_PTR {
+                        return message == WM_INITDIALOG;
+                    },
+                    0);
+                ASSERT_NE(dialog, nullptr);
+                expect_good(dialog, dpi);
+                DestroyWindow(dialog);
+            }
+        }
+    }
+}
+
+}  // namespace
