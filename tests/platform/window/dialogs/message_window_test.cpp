@@ -1,7 +1,9 @@
+#include "tvutil2/platform/base/global_memory.h"
 #include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/base/locale.h"
 #include "tvutil2/platform/display/monitors.h"
 #include "tvutil2/platform/process/message_box.h"
+#include "tvutil2/platform/window/clipboard.h"
 #include "tvutil2/platform/window/dialogs/dialogs.h"
 #include "tvutil2/platform/window/find_windows.h"
 #include "tvutil2/platform/window/geometry.h"
@@ -103,6 +105,24 @@ TEST_F(MessageWindows, SpeakTheThreadsLanguageAndHoldTheirOwner) {
     EXPECT_EQ(MessageBoxW(owner, u"", u"", MB_OK), 0);
     EXPECT_EQ(GetLastError(), ERROR_INVALID_WINDOW_HANDLE);
     trace = {};
+}
+
+TEST_F(MessageWindows, CopyWhatIsToBeRead) {
+    const auto copy = [](HWND) {
+        tvutil2::press_key(VK_CONTROL);
+        tvutil2::type_key('C');
+        tvutil2::release_key(VK_CONTROL);
+        tvutil2::type_key(VK_RETURN);
+    };
+    EXPECT_EQ(ask(MB_OKCANCEL, copy, u"a\r\nb"), IDOK);
+    const std::u16string line = u"---------------------------\r\n";
+    ASSERT_TRUE(OpenClipboard(nullptr));
+    const auto* const copied =
+        static_cast<const char16_t*>(GlobalLock(GetClipboardData(CF_UNICODETEXT)));
+    EXPECT_EQ(
+        std::u16string(copied != nullptr ? copied : u""),
+        line + kCaption + u"\r\n" + line + u"a\r\nb\r\n" + line + u"OK   Cancel   \r\n" + line);
+    CloseClipboard();
 }
 
 // Nothing is approved when nobody can answer any more.

@@ -39,7 +39,7 @@ void take_text(GtkClipboard* /*clipboard*/, const char* text, gpointer data) {
 
 }  // namespace
 
-void DesktopClipboard::offer(std::u16string text) {
+void DesktopClipboard::offer(const std::u16string& text) {
     m_is_ours = true;
     m_thread.post([this, text = utf8_of(text)] { offer_now(text); });
 }

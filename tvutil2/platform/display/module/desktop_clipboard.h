@@ -17,7 +17,7 @@ class DesktopClipboard {
     // For any thread:
     [[nodiscard]] bool is_ours() const { return m_is_ours; }
     [[nodiscard]] bool has_text() const { return m_has_text; }
-    void offer(std::u16string text);
+    void offer(const std::u16string& text);
     bool read(std::u16string& text);
 
     // For the desktop's thread:

@@ -27,7 +27,7 @@ class DesktopDriver : public Driver {
     void set_capture(bool has_it) override;
     void set_caret(HWND window, const RECT& place) override;
     [[nodiscard]] bool owns_clipboard() override { return m_clipboard.is_ours(); }
-    void offer_text(std::u16string text) override { m_clipboard.offer(std::move(text)); }
+    void offer_text(std::u16string text) override { m_clipboard.offer(text); }
     [[nodiscard]] bool offers_text() override { return m_clipboard.has_text(); }
     bool read_text(std::u16string& text) override { return m_clipboard.read(text); }
 

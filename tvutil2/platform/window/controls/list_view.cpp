@@ -455,7 +455,7 @@ bool handle_view(HWND window, ListViewState& state, UINT message, WPARAM wparam,
             result = view.shows_icons() ? 0 : state.rows.top;
             return true;
         case LVM_GETCOUNTPERPAGE:
-            result = state.rows.in_view(view.client()) * state.per_row;
+            result = LRESULT{state.rows.in_view(view.client())} * state.per_row;
             return true;
         case LVM_GETITEMRECT:
             result = state.has(index) ? TRUE : FALSE;

@@ -385,11 +385,11 @@ bool handle_items(HWND window, TreeState& state, UINT message, WPARAM wparam, LP
             return true;
         case TVM_GETITEMRECT: {
             auto& place = *reinterpret_cast<RECT*>(lparam);
-            HTREEITEM asked{};
+            std::uintptr_t asked = 0;
             // The handle stands where the rectangle goes.
             std::copy_n(reinterpret_cast<const std::byte*>(&place), sizeof asked,
                         reinterpret_cast<std::byte*>(&asked));
-            const auto row = state.row_of(asked);
+            const auto row = state.row_of(reinterpret_cast<HTREEITEM>(asked));
             result = row >= 0 ? TRUE : FALSE;
             if (row >= 0) place = state.rows.place(client_of(window), row);
             return true;

@@ -312,19 +312,6 @@ INT_PTR run(HWND dialog, const DialogState& state, const std::function<bool()>& 
     return state.has_ended ? state.result : -1;
 }
 
-bool pump_alone(HWND dialog) {
-    MSG message;
-    if (GetMessageW(&message, nullptr, 0, 0) <= 0) {
-        PostQuitMessage(static_cast<int>(message.wParam));
-        return false;
-    }
-    if (!IsDialogMessageW(dialog, &message)) {
-        TranslateMessage(&message);
-        DispatchMessageW(&message);
-    }
-    return true;
-}
-
 // A window that can't be used for a while, and can whatever becomes of that.
 struct Disabled {
     HWND window;
@@ -360,6 +347,20 @@ INT_PTR run_dialog(const DialogRun& given, const std::function<bool(HWND)>& pump
     return result;
 }
 
+bool pump_dialog(HWND dialog, const std::function<bool(const MSG&)>& takes) {
+    MSG message;
+    if (GetMessageW(&message, nullptr, 0, 0) <= 0) {
+        PostQuitMessage(static_cast<int>(message.wParam));
+        return false;
+    }
+    if (takes && takes(message)) return true;
+    if (!IsDialogMessageW(dialog, &message)) {
+        TranslateMessage(&message);
+        DispatchMessageW(&message);
+    }
+    return true;
+}
+
 void centre_dialog(HWND dialog) {
     RECT place{};
     if (!GetWindowRect(dialog, &place)) return;
@@ -387,7 +388,7 @@ HWND CreateDialogIndirectParamW(HINSTANCE instance, const void* dialog_template,
 INT_PTR DialogBoxIndirectParamW(HINSTANCE instance, const void* dialog_template, HWND parent,
                                 DLGPROC procedure, LPARAM parameter) {
     return tvutil2::run_dialog({instance, dialog_template, parent, procedure, parameter},
-                               tvutil2::pump_alone);
+                               [](HWND window) { return tvutil2::pump_dialog(window); });
 }
 
 BOOL EndDialog(HWND dialog, INT_PTR result) {

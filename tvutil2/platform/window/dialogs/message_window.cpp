@@ -12,12 +12,15 @@
 #include "tvutil2/platform/picture/icons.h"
 #include "tvutil2/platform/process/message_box.h"
 #include "tvutil2/platform/window/controls/button.h"
+#include "tvutil2/platform/window/controls/clipboard_text.h"
 #include "tvutil2/platform/window/controls/static.h"
 #include "tvutil2/platform/window/dialogs/dialog_state.h"
 #include "tvutil2/platform/window/dialogs/dialogs.h"
 #include "tvutil2/platform/window/dialogs/message_words.h"
+#include "tvutil2/platform/window/dialogs/run_dialog.h"
 #include "tvutil2/platform/window/focus.h"
 #include "tvutil2/platform/window/geometry.h"
+#include "tvutil2/platform/window/keys.h"
 #include "tvutil2/platform/window/messages.h"
 #include "tvutil2/platform/window/paint.h"
 #include "tvutil2/platform/window/screen.h"
@@ -261,6 +264,24 @@ void end(HWND dialog, Box& box, int answer) {
     EndDialog(dialog, answer);
 }
 
+// What is to be read, as it has always been pasted into mails to those who help.
+std::u16string to_be_copied(const WindowMessage& message) {
+    const std::u16string line = std::u16string(27, u'-') + u"\r\n";
+    const std::u16string caption = message.caption != nullptr ? message.caption : u"Error";
+    auto text = line + caption + u"\r\n" + line + message.text + u"\r\n" + line;
+    for (const int button : message.buttons) {
+        for (const char16_t* word = word_of(button); *word != 0; ++word) {
+            if (*word != u'&') text += *word;
+        }
+        text += u"   ";
+    }
+    return text + u"\r\n" + line;
+}
+
+bool asks_to_copy(const MSG& message) {
+    return message.message == WM_KEYDOWN && message.wParam == 'C' && GetKeyState(VK_CONTROL) < 0;
+}
+
 INT_PTR procedure(HWND dialog, UINT message, WPARAM wparam, LPARAM lparam) {
     if (message == WM_INITDIALOG) {
         SetWindowLongPtrW(dialog, DWLP_USER, lparam);
@@ -316,8 +337,13 @@ std::optional<int> ask_in_window(const WindowMessage& message) {
         0,
         0,
         0};
-    const auto result = DialogBoxIndirectParamW(nullptr, &dialog, message.owner, procedure,
-                                                reinterpret_cast<LPARAM>(&box));
+    const auto pump = [&](HWND window) {
+        return pump_dialog(window, [&](const MSG& typed) {
+            return asks_to_copy(typed) && put_clipboard_text(window, to_be_copied(shown));
+        });
+    };
+    const auto result = run_dialog(
+        {nullptr, &dialog, message.owner, procedure, reinterpret_cast<LPARAM>(&box)}, pump);
     if (result < 0 && !box.is_built) return std::nullopt;
     return box.answer != 0 ? box.answer : message.refusing;
 }

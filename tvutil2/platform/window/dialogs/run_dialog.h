@@ -19,4 +19,8 @@ struct DialogRun {
 /// dispatches each message. It gives false for WM_QUIT, and has posted it again then.
 [[nodiscard]] INT_PTR run_dialog(const DialogRun& dialog, const std::function<bool(HWND)>& pump);
 
+/// The pump of a dialog that nobody else has a say in. `takes` sees each message first, and gives
+/// true for those that it keeps.
+[[nodiscard]] bool pump_dialog(HWND dialog, const std::function<bool(const MSG&)>& takes = {});
+
 }  // namespace tvutil2
