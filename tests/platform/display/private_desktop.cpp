@@ -88,7 +88,7 @@ PrivateDesktop::~PrivateDesktop() {
 }
 
 PrivateDesktop& PrivateDesktop::start(const std::string& resources) {
-    auto* const desktop = new PrivateDesktop;
+    static auto* const desktop = new PrivateDesktop;
     auto& parts = *desktop->m_parts;
     XChangeProperty(parts.display, parts.root(), XA_RESOURCE_MANAGER, XA_STRING, 8, PropModeReplace,
                     reinterpret_cast<const unsigned char*>(resources.data()),

@@ -252,7 +252,7 @@ double luminance(COLORREF color) {
 }
 
 double contrast(COLORREF a, COLORREF b) {
-    const auto [low, high] = std::minmax(luminance(a), luminance(b));
+    const auto [low, high] = std::minmax({luminance(a), luminance(b)});
     return (high + 0.05) / (low + 0.05);
 }
 
