@@ -94,18 +94,10 @@ bool has_duplicates(std::span<const HANDLE> handles) {
     return std::adjacent_find(sorted.begin(), end) != end;
 }
 
-// A wait for one object that is decided by its quick word. Nobody is in a queue for it then, so
-// that who looks for a moment is before all others.
+// A wait for one object that is decided by its quick word.
 bool is_decided(HANDLE object, DWORD milliseconds, bool is_alertable, DWORD& result) {
-    const auto handle = value_of(object);
-    auto& thread = ThreadRecord::current();
     bool is_abandoned = false;
-    auto taken = tvutil2::quick::take(handle, thread, is_abandoned);
-    if (taken == Result::refused && milliseconds != 0 && !is_alertable &&
-        thread.patience().look([handle] { return tvutil2::quick::is_worth_taking(handle); })) {
-        taken = tvutil2::quick::take(handle, thread, is_abandoned);
-    }
-    switch (taken) {
+    switch (tvutil2::quick::take(value_of(object), ThreadRecord::current(), is_abandoned)) {
         case Result::done:
             result = is_abandoned ? WAIT_ABANDONED : WAIT_OBJECT_0;
             return true;

@@ -98,14 +98,6 @@ struct Row {
     }
 }
 
-/// Whether take() may get on: the object looks free, or somebody has to be asked.
-[[nodiscard]] inline bool is_worth_taking(std::uintptr_t handle) {
-    const Row row(handle);
-    const auto kind = row.kind();
-    if (kind == Kind::none || row.is_queued()) return true;
-    return (row.value() == 0) == (kind == Kind::mutex);
-}
-
 /// Sets or resets an event. Written even if it is set already: who takes it sees what was done
 /// before.
 [[nodiscard]] inline Result signal(std::uintptr_t handle, bool is_set) {
