@@ -4,6 +4,7 @@
 #include <gdk-pixbuf/gdk-pixbuf.h>
 
 #include <algorithm>
+#include <cstring>
 #include <new>
 
 namespace tvutil2 {
@@ -70,7 +71,23 @@ DWORD copy_pixels(const GdkPixbuf* from, PictureRoom& room) {
     return 0;
 }
 
+// A bitmap file whose header is longer than the file, or whose pixels begin behind its end. The
+// library would make room for the header first, up to 4 GB of it.
+bool is_bitmap_beyond_its_file(std::span<const std::byte> bytes) {
+    constexpr std::size_t kPixelsAt = 10, kHeaderSizeAt = 14, kSizes = 18;
+    if (bytes.size() < kSizes || bytes[0] != std::byte{'B'} || bytes[1] != std::byte{'M'}) {
+        return false;
+    }
+    const auto number_at = [&](std::size_t at) {
+        std::uint32_t number = 0;
+        std::memcpy(&number, &bytes[at], sizeof number);
+        return number;
+    };
+    return number_at(kPixelsAt) > bytes.size() || number_at(kHeaderSizeAt) > bytes.size();
+}
+
 DWORD decode(std::span<const std::byte> bytes, std::int64_t most, PictureRoom& room) {
+    if (is_bitmap_beyond_its_file(bytes)) return ERROR_INVALID_DATA;
     const Loader loader(gdk_pixbuf_loader_new());
     Limit limit{most};
     g_signal_connect(loader.get(), "size-prepared", G_CALLBACK(&refuse_if_too_large), &limit);
