@@ -2,7 +2,8 @@
 //
 // A class belongs to the module that registered it, and its windows are made by that module; one of
 // CS_GLOBALCLASS serves all. The system's own classes, "Static", "Button", "Edit", "ListBox",
-// "ComboBox", "ScrollBar", "msctls_progress32" and those of menus and dialogs, are always there.
+// "ComboBox", "ScrollBar", "msctls_progress32", "SysListView32", "SysTreeView32" and those of menus
+// and dialogs, are always there.
 #pragma once
 
 #include "tvutil2/platform/base/export.h"
