@@ -68,6 +68,7 @@ TEST(SimpleThread, DestructionStopsIt) {
     EXPECT_TRUE(has_ended);
     NThread::CSimpleThread returns_at_once;
     returns_at_once.Begin();
+    returns_at_once.End();
 }
 
 }  // namespace
