@@ -280,11 +280,6 @@ TEST_F(Screens, TheDesktopKnowsWindowsByTheirTitlesAndOwnersAndHasTheLastWordOnP
     EXPECT_TRUE(await([&] {
         return screen.pixel(window, {now.right - 3, now.bottom - 3}) == kRed;
     }));
-    desktop.set_state(clients[0], "_NET_WM_STATE_MAXIMIZED", true);
-    EXPECT_TRUE(await([&] { return m_form == SIZE_MAXIMIZED && m_size.cx > 1200; }));
-    EXPECT_TRUE(IsZoomed(window));
-    desktop.set_state(clients[0], "_NET_WM_STATE_MAXIMIZED", false);
-    EXPECT_TRUE(await([&] { return m_form == SIZE_RESTORED && m_size.cx == 500; }));
     // And the other way.
     MoveWindow(window, 50, 60, 300, 200, TRUE);
     EXPECT_TRUE(await([&] {
@@ -296,6 +291,12 @@ TEST_F(Screens, TheDesktopKnowsWindowsByTheirTitlesAndOwnersAndHasTheLastWordOnP
         const auto here = place_of(window);
         return here.left == 50 && here.right == 350;
     }));
+    const auto width = m_size.cx;
+    desktop.set_state(clients[0], "_NET_WM_STATE_MAXIMIZED", true);
+    EXPECT_TRUE(await([&] { return m_form == SIZE_MAXIMIZED && m_size.cx > 1200; }));
+    EXPECT_TRUE(IsZoomed(window));
+    desktop.set_state(clients[0], "_NET_WM_STATE_MAXIMIZED", false);
+    EXPECT_TRUE(await([&] { return m_form == SIZE_RESTORED && m_size.cx == width; }));
 
     // A dialog: its owner, disabled, is asked in vain to close.
     EnableWindow(window, FALSE);
