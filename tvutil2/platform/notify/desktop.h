@@ -63,7 +63,7 @@ class Desktop {
     /// Takes back those that the present server has; the others are gone already.
     virtual HRESULT close(const std::vector<ShownToast>& toasts) = 0;
     /// Answers to a name from now on, or as soon as the process that has it ends
-    /// (org.freedesktop.Application, Desktop Entry Specification, "D-Bus Activation").
+    /// (the interface org.freedesktop.Application of freedesktop.org).
     virtual HRESULT serve(const std::string& name) = 0;
     /// Activates whoever answers to a name; the bus starts a program for it if it knows one.
     virtual HRESULT activate(const std::string& name, const std::string& key) = 0;

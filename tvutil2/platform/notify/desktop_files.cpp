@@ -46,7 +46,7 @@ std::string value_text(std::string_view text) {
     return out;
 }
 
-// As both specifications have it: quotes, and a backslash before what means something in them. In
+// As both kinds of files have it: quotes, and a backslash before what means something in them. In
 // a desktop entry "%" begins a field code.
 std::string quoted(std::string_view argument, bool has_field_codes) {
     std::string out = "\"";

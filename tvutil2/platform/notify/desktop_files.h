@@ -1,6 +1,6 @@
 // What tells the desktop and the bus how to start a program that a notification belongs to: a
-// desktop entry and a bus service of one name, below the user's data folder (Desktop Entry
-// Specification, "D-Bus Activation"; D-Bus Specification, "Message Bus Starting Services").
+// desktop entry and a bus service of one name, below the user's data folder (formats of
+// freedesktop.org: desktop entries with D-Bus activation, and D-Bus service files).
 #pragma once
 
 #include "tvutil2/platform/base/com.h"

@@ -1,10 +1,10 @@
 // Toasts: notifications of the desktop, by the ids that programs registered for themselves
 // (toast_store.h).
 //
-// Shown by the desktop's notification server (Desktop Notifications Specification, freedesktop.org)
-// through the session bus, in the module of notifications. Show waits for the server's answer, 5
-// seconds at the longest. What the person answers reaches the class that the id is registered with
-// (activation.h), also when the program has ended meanwhile.
+// Shown by the desktop's notification server (freedesktop.org's notifications) through the session
+// bus, in the module of notifications. Show waits for the server's answer, 5 seconds at the
+// longest. What the person answers reaches the class that the id is registered with (activation.h),
+// also when the program has ended meanwhile.
 //
 // Objects are values; calls are safe from any thread on objects of their own. Failures are thrown
 // as tvutil2::ResultError: ELEMENT_NOT_FOUND for an empty id or, without an id, for a process
