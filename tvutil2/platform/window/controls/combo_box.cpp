@@ -51,21 +51,9 @@ bool has_edit(HWND window) {
     return (style_of(window) & 0x3) != CBS_DROPDOWNLIST;
 }
 
-int text_height(HWND window, const ComboState& state) {
-    auto* const context = GetDC(window);
-    auto* const font =
-        state.font != nullptr ? static_cast<HGDIOBJ>(state.font) : GetStockObject(DEFAULT_GUI_FONT);
-    auto* const before = SelectObject(context, font);
-    TEXTMETRICW metrics{};
-    GetTextMetricsW(context, &metrics);
-    SelectObject(context, before);
-    ReleaseDC(window, context);
-    return std::max<int>(metrics.tmHeight, 1);
-}
-
 // As high as the other fields of a dialog are, which have 14 units.
 int field_height(HWND window, const ComboState& state) {
-    return text_height(window, state) * 14 / 8;
+    return line_height(window, state) * 14 / 8;
 }
 
 RECT client_of(HWND window) {

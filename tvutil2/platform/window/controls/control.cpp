@@ -2,11 +2,14 @@
 
 #include "tvutil2/platform/draw/device_context.h"
 #include "tvutil2/platform/draw/objects.h"
+#include "tvutil2/platform/draw/text.h"
 #include "tvutil2/platform/window/controls/owner_draw.h"
 #include "tvutil2/platform/window/geometry.h"
 #include "tvutil2/platform/window/messages.h"
 #include "tvutil2/platform/window/paint.h"
 #include "tvutil2/platform/window/window.h"
+
+#include <algorithm>
 
 namespace tvutil2 {
 
@@ -40,6 +43,18 @@ DWORD style_of(HWND control) {
 
 void repaint(HWND control) {
     InvalidateRect(control, nullptr, TRUE);
+}
+
+int line_height(HWND control, const ControlState& state) {
+    auto* const context = GetDC(control);
+    auto* const font =
+        state.font != nullptr ? static_cast<HGDIOBJ>(state.font) : GetStockObject(DEFAULT_GUI_FONT);
+    auto* const before = SelectObject(context, font);
+    TEXTMETRICW metrics{};
+    GetTextMetricsW(context, &metrics);
+    SelectObject(context, before);
+    ReleaseDC(control, context);
+    return std::max<int>(metrics.tmHeight, 1);
 }
 
 bool handle_control_message(HWND control, ControlState& state, UINT message, WPARAM wparam,

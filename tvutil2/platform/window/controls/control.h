@@ -21,6 +21,8 @@ HBRUSH ask_colors(HWND control, HDC context, UINT message);
 [[nodiscard]] std::u16string text_of(HWND control);
 [[nodiscard]] DWORD style_of(HWND control);
 void repaint(HWND control);
+/// Of a line in the control's font, in pixels; at least 1.
+[[nodiscard]] int line_height(HWND control, const ControlState& state);
 
 /// WM_SETFONT, WM_GETFONT, and what changes a control's look: WM_SETTEXT and WM_ENABLE. False for
 /// any other message.

@@ -442,16 +442,8 @@ void go_to_item(HWND window, ListState& state, int index) {
 }
 
 void arrange_list(HWND window, ListState& state) {
-    auto* const context = GetDC(window);
-    auto* const font =
-        state.font != nullptr ? static_cast<HGDIOBJ>(state.font) : GetStockObject(DEFAULT_GUI_FONT);
-    auto* const before = SelectObject(context, font);
-    TEXTMETRICW metrics{};
-    GetTextMetricsW(context, &metrics);
-    SelectObject(context, before);
-    ReleaseDC(window, context);
     state.rows.height =
-        std::max<int>(metrics.tmHeight, 1) + 2 * scaled(kRowMargin, GetDpiForWindow(window));
+        line_height(window, state) + 2 * scaled(kRowMargin, GetDpiForWindow(window));
     show_rows_from(window, state.rows, state.items.count(), state.rows.top);
     repaint(window);
 }

@@ -29,18 +29,6 @@ constexpr int kWidestColumn = 2000;
 
 constexpr UINT kTextFormat = DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX | DT_END_ELLIPSIS;
 
-int text_height(HWND window, HFONT font) {
-    auto* const context = GetDC(window);
-    auto* const chosen =
-        font != nullptr ? static_cast<HGDIOBJ>(font) : GetStockObject(DEFAULT_GUI_FONT);
-    auto* const before = SelectObject(context, chosen);
-    TEXTMETRICW metrics{};
-    GetTextMetricsW(context, &metrics);
-    SelectObject(context, before);
-    ReleaseDC(window, context);
-    return std::max<int>(metrics.tmHeight, 1);
-}
-
 SIZE size_of_images(HIMAGELIST images) {
     int width = 0;
     int height = 0;
@@ -79,7 +67,7 @@ int ListViewView::row_count() const {
 }
 
 void ListViewView::arrange() {
-    const auto line = text_height(m_window, m_state.font);
+    const auto line = line_height(m_window, m_state);
     const auto margin = scaled(kRowMargin, m_dpi);
     m_state.rows.has_bar = true;
     if (shows_icons()) {

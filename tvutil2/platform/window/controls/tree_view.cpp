@@ -61,17 +61,9 @@ RECT client_of(HWND window) {
 }
 
 void arrange(HWND window, TreeState& state) {
-    auto* const context = GetDC(window);
-    auto* const font =
-        state.font != nullptr ? static_cast<HGDIOBJ>(state.font) : GetStockObject(DEFAULT_GUI_FONT);
-    auto* const before = SelectObject(context, font);
-    TEXTMETRICW metrics{};
-    GetTextMetricsW(context, &metrics);
-    SelectObject(context, before);
-    ReleaseDC(window, context);
     state.rows.has_bar = true;
     state.rows.height =
-        std::max<int>(metrics.tmHeight, 1) + 2 * scaled(kRowMargin, GetDpiForWindow(window));
+        line_height(window, state) + 2 * scaled(kRowMargin, GetDpiForWindow(window));
     show_rows_from(window, state.rows, state.count(), state.rows.top);
     repaint(window);
 }
