@@ -28,6 +28,13 @@ class FileBytes {
         if (!read(offset, std::as_writable_bytes(std::span(&value, 1)))) return std::nullopt;
         return value;
     }
+
+    /// Whether that many bytes stand from `offset` on. A size that a file claims is asked for
+    /// here before memory of that size is taken.
+    [[nodiscard]] bool holds(std::uint64_t offset, std::uint64_t size) const {
+        if (size == 0) return true;
+        return offset <= UINT64_MAX - size && at<std::byte>(offset + size - 1).has_value();
+    }
 };
 
 /// Bytes in memory, which must outlive it.

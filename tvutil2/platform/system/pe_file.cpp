@@ -118,11 +118,12 @@ std::optional<std::vector<DirectoryEntry>> PeFile::entries(std::uint32_t directo
     const auto header = m_file.at<DirectoryHeader>(start);
     if (!header) return std::nullopt;
     const auto count = std::uint32_t{header->named_entries} + header->numbered_entries;
-    if (count > kMostEntries) return std::nullopt;
-    std::vector<DirectoryEntry> entries(count);
-    if (!m_file.read(start + sizeof(DirectoryHeader), std::as_writable_bytes(std::span(entries)))) {
+    const auto first = start + sizeof(DirectoryHeader);
+    if (count > kMostEntries || !m_file.holds(first, count * sizeof(DirectoryEntry))) {
         return std::nullopt;
     }
+    std::vector<DirectoryEntry> entries(count);
+    if (!m_file.read(first, std::as_writable_bytes(std::span(entries)))) return std::nullopt;
     return entries;
 }
 
@@ -132,10 +133,10 @@ std::optional<ResourceName> PeFile::name_of(const DirectoryEntry& entry,
     if ((entry.name & kHasText) == 0) return ResourceName{{}, static_cast<WORD>(entry.name)};
     const auto place = *m_resources + (entry.name & ~kHasText);
     const auto length = m_file.at<std::uint16_t>(place);
-    if (!length) return std::nullopt;
+    const auto units = place + sizeof(std::uint16_t);
+    if (!length || !m_file.holds(units, *length * sizeof(char16_t))) return std::nullopt;
     text.assign(*length, u'\0');
-    const bool is_there =
-        m_file.read(place + sizeof *length, std::as_writable_bytes(std::span(text)));
+    const bool is_there = m_file.read(units, std::as_writable_bytes(std::span(text)));
     return is_there ? std::optional(ResourceName{text, 0}) : std::nullopt;
 }
 
@@ -144,7 +145,9 @@ std::optional<std::vector<std::byte>> PeFile::data(std::uint32_t entry, std::siz
     if (!header) return std::nullopt;
     const auto place = place_of(header->address);
     if (!place || header->size > place->size) return std::nullopt;
-    std::vector<std::byte> bytes(std::min<std::size_t>(header->size, most));
+    const auto size = std::min<std::size_t>(header->size, most);
+    if (!m_file.holds(place->offset, size)) return std::nullopt;
+    std::vector<std::byte> bytes(size);
     if (!m_file.read(place->offset, bytes)) return std::nullopt;
     return bytes;
 }
