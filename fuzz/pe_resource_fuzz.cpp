@@ -18,7 +18,7 @@ class CheckedBytes : public tvutil2::MemoryBytes {
 
     [[nodiscard]] bool read(std::uint64_t offset, std::span<std::byte> out) const override {
         // The parsers' own structures may be longer than a tiny file.
-        fuzz::require(out.size() <= std::max<std::size_t>(m_size, 512));
+        fuzz::require(out.size() <= std::max<std::size_t>(m_size, 4096));
         return MemoryBytes::read(offset, out);
     }
 
