@@ -1,7 +1,7 @@
 // tvutil data: where the data of the person and of the machine lies, and why there.
 #include "tvutil2/data/files.h"
 #include "tvutil2/data/user_data.h"
-#include "tvutil2/platform/registry/registry.h"
+#include "tvutil2/platform/registry/open_key.h"
 
 #include <array>
 #include <memory>
@@ -25,15 +25,14 @@ struct Place {
 };
 
 bool has_stored_path() {
-    HKEY key = nullptr;
-    if (RegOpenKeyExW(HKEY_CURRENT_USER, u"Software\\Tolvarine\\Common\\8\\UserData", 0, KEY_READ,
-                      &key) != ERROR_SUCCESS) {
+    tvutil2::OpenKey key;
+    if (key.open(HKEY_CURRENT_USER, u"Software\\Tolvarine\\Common\\8\\UserData", KEY_READ) !=
+        ERROR_SUCCESS) {
         return false;
     }
     DWORD size = 0;
     DWORD type = REG_NONE;
-    const auto error = RegQueryValueExW(key, u"UserDataPath", nullptr, &type, nullptr, &size);
-    RegCloseKey(key);
+    const auto error = RegQueryValueExW(key.get(), u"UserDataPath", nullptr, &type, nullptr, &size);
     return error == ERROR_SUCCESS && type == REG_SZ && size != 0;
 }
 

@@ -1,6 +1,7 @@
 // tvutil reg: keys and values of the registry.
 #include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/base/utf.h"
+#include "tvutil2/platform/registry/open_key.h"
 #include "tvutil2/platform/registry/reg_text.h"
 #include "tvutil2/platform/registry/registry.h"
 #include "tvutil2/settings/registry.h"
@@ -37,17 +38,6 @@ struct Options {
 struct KeyName {
     HKEY root = nullptr;
     std::u16string path;
-};
-
-struct OpenKey {
-    OpenKey() = default;
-    ~OpenKey() {
-        if (key != nullptr) RegCloseKey(key);
-    }
-    OpenKey(const OpenKey&) = delete;
-    OpenKey& operator=(const OpenKey&) = delete;
-
-    HKEY key = nullptr;
 };
 
 const std::map<std::string, DWORD>& types() {
@@ -94,9 +84,9 @@ void check(const std::string& key, LONG error) {
     check(key, root_of(key), error);
 }
 
-void open(const std::string& text, DWORD access, OpenKey& result) {
+void open(const std::string& text, DWORD access, tvutil2::OpenKey& result) {
     const auto name = key_name(text);
-    check(text, RegOpenKeyExW(name.root, name.path.c_str(), 0, access, &result.key));
+    check(text, result.open(name.root, name.path.c_str(), access));
 }
 
 // What the data says.
@@ -177,21 +167,21 @@ tvutil2::RegTextValue read_value(HKEY key, const Options& options) {
 }
 
 void query_value(const Options& options) {
-    OpenKey key;
+    tvutil2::OpenKey key;
     open(options.key, KEY_QUERY_VALUE, key);
-    const auto value = read_value(key.key, options);
+    const auto value = read_value(key.get(), options);
     if (options.is_json) return tool::print(json_of(value));
     if (value.type != REG_MULTI_SZ) return tool::print(shown(content_of(value)));
     for (const auto& text : texts_of(value.data)) tool::print(text);
 }
 
 std::vector<std::u16string> sub_keys(const Options& options) {
-    OpenKey key;
+    tvutil2::OpenKey key;
     open(options.key, KEY_READ, key);
     std::vector<std::u16string> names;
     for (DWORD index = 0;; ++index) {
         char16_t name[REG_MAX_KEY_NAME + 1];
-        const LONG error = RegEnumKeyW(key.key, index, name, REG_MAX_KEY_NAME + 1);
+        const LONG error = RegEnumKeyW(key.get(), index, name, REG_MAX_KEY_NAME + 1);
         if (error == LONG{ERROR_NO_MORE_ITEMS}) return names;
         check(options.key, error);
         names.emplace_back(name);
@@ -298,10 +288,10 @@ void add(const Options& options, bool has_value) {
 void remove(const Options& options, bool has_value) {
     const auto name = key_name(options.key);
     if (has_value) {
-        OpenKey key;
+        tvutil2::OpenKey key;
         open(options.key, KEY_SET_VALUE, key);
         return check(options.key + ", value " + options.name, name.root,
-                     RegDeleteValueW(key.key, tool::wide(options.name).c_str()));
+                     RegDeleteValueW(key.get(), tool::wide(options.name).c_str()));
     }
     if (name.path.empty()) throw tool::Failure{tool::Exit::usage, "a root can't be deleted"};
     if (options.is_tree) return check(options.key, SHDeleteKeyW(name.root, name.path.c_str()));
@@ -325,7 +315,7 @@ void rename(const Options& options) {
     if (name.path.empty() || !is_one_part) {
         throw tool::Failure{tool::Exit::usage, options.name + ": not a new name for a key"};
     }
-    OpenKey source;
+    tvutil2::OpenKey source;
     open(options.key, KEY_READ, source);
     CRegistry parent;
     const auto parent_path = name.path.substr(0, start == 0 ? 0 : start - 1);
@@ -334,9 +324,8 @@ void rename(const Options& options) {
             tool::Exit::failed,
             tool::in_store(tool::error_text(options.key, ERROR_ACCESS_DENIED), name.root)};
     }
-    OpenKey target;
-    if (RegOpenKeyExW(parent.GetSafeHkey(), new_name.c_str(), 0, KEY_READ, &target.key) ==
-        LONG{ERROR_SUCCESS}) {
+    tvutil2::OpenKey target;
+    if (target.open(parent.GetSafeHkey(), new_name.c_str(), KEY_READ) == LONG{ERROR_SUCCESS}) {
         parent.Close();
         throw tool::Failure{tool::Exit::refused, options.name + ": it exists already"};
     }
@@ -351,11 +340,11 @@ void rename(const Options& options) {
 }
 
 void watch(const Options& options) {
-    OpenKey key;
+    tvutil2::OpenKey key;
     open(options.key, KEY_NOTIFY, key);
     const DWORD filter = REG_NOTIFY_CHANGE_NAME | REG_NOTIFY_CHANGE_LAST_SET;
     do {
-        check(options.key, RegNotifyChangeKeyValue(key.key, options.is_recursive ? TRUE : FALSE,
+        check(options.key, RegNotifyChangeKeyValue(key.get(), options.is_recursive ? TRUE : FALSE,
                                                    filter, nullptr, FALSE));
         if (options.is_json) {
             std::cout << nlohmann::ordered_json{{"changed", options.key}}.dump() << '\n';

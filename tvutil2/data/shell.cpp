@@ -1,5 +1,6 @@
 #include "tvutil2/data/shell.h"
 
+#include "tvutil2/platform/base/com_reference.h"
 #include "tvutil2/platform/files/shell_link.h"
 
 #include <string>
@@ -7,47 +8,20 @@
 
 namespace {
 
-// Owner of one reference.
-template <class Interface>
-class Reference {
-  public:
-    Reference() = default;
-    ~Reference() {
-        if (m_object != nullptr) m_object->Release();
-    }
-    Reference(const Reference&) = delete;
-    Reference& operator=(const Reference&) = delete;
-    Interface* operator->() const { return m_object; }
+using tvutil2::ComReference;
 
-    /// Takes over what a call puts into the place.
-    template <class Call>
-    HRESULT fill(Call call) {
-        void* object = nullptr;
-        const HRESULT result = call(&object);
-        m_object = static_cast<Interface*>(object);
-        return result;
-    }
-
-  private:
-    Interface* m_object = nullptr;
-};
-
-HRESULT create_link(Reference<IShellLinkW>& link, Reference<IPersistFile>& file) {
-    const HRESULT result = link.fill([](void** object) {
-        return CoCreateInstance(CLSID_ShellLink, nullptr, CLSCTX_INPROC_SERVER, IID_IShellLinkW,
-                                object);
-    });
-    if (FAILED(result)) return result;
-    return file.fill(
-        [&link](void** object) { return link->QueryInterface(IID_IPersistFile, object); });
+HRESULT create_link(ComReference<IShellLinkW>& link, ComReference<IPersistFile>& file) {
+    const HRESULT result = CoCreateInstance(CLSID_ShellLink, nullptr, CLSCTX_INPROC_SERVER,
+                                            IID_IShellLinkW, link.any());
+    return FAILED(result) ? result : link->QueryInterface(IID_IPersistFile, file.any());
 }
 
 }  // namespace
 
 HRESULT SHCreateShortcutEx(const char16_t* link_path, SHORTCUTSTRUCT* info) {
     if (info == nullptr) return E_FAIL;
-    Reference<IShellLinkW> link;
-    Reference<IPersistFile> file;
+    ComReference<IShellLinkW> link;
+    ComReference<IPersistFile> file;
     if (const HRESULT result = create_link(link, file); FAILED(result)) return result;
     link->SetPath(info->pszTarget);
     link->SetDescription(info->pszDescription);
@@ -59,8 +33,8 @@ HRESULT SHCreateShortcutEx(const char16_t* link_path, SHORTCUTSTRUCT* info) {
 
 HRESULT ResolveShortcut(const char16_t* link_path, CString& target, int with_ui) {
     constexpr int kDescriptionSize = 1024;
-    Reference<IShellLinkW> link;
-    Reference<IPersistFile> file;
+    ComReference<IShellLinkW> link;
+    ComReference<IPersistFile> file;
     HRESULT result = create_link(link, file);
     if (FAILED(result)) return result;
     const std::u16string_view path = link_path != nullptr ? link_path : u"";

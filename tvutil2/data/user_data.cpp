@@ -10,7 +10,7 @@
 #include "tvutil2/platform/files/known_folders.h"
 #include "tvutil2/platform/process/message_box.h"
 #include "tvutil2/platform/process/modules.h"
-#include "tvutil2/platform/registry/registry.h"
+#include "tvutil2/platform/registry/open_key.h"
 
 #include <algorithm>
 #include <array>
@@ -18,7 +18,6 @@
 #include <mutex>
 #include <optional>
 #include <string_view>
-#include <utility>
 
 namespace {
 
@@ -32,32 +31,21 @@ constexpr int kReadAndWrite = 6;
 /// A path as the interface hands it out: up to 259 units and a zero.
 using PathBuffer = std::array<char16_t, MAX_PATH>;
 
-// Owner of an open key, null when it couldn't be opened.
+// A key of the user's hive, null when it couldn't be opened.
 class Key {
   public:
     static Key open(const char16_t* name) {
         Key key;
-        if (RegOpenKeyExW(HKEY_CURRENT_USER, name, 0, KEY_ALL_ACCESS, &key.m_key) !=
-            ERROR_SUCCESS) {
-            key.m_key = nullptr;
-        }
+        key.m_key.open(HKEY_CURRENT_USER, name, KEY_ALL_ACCESS);
         return key;
     }
     static Key create(const char16_t* name) {
         Key key;
-        if (RegCreateKeyExW(HKEY_CURRENT_USER, name, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr,
-                            &key.m_key, nullptr) != ERROR_SUCCESS) {
-            key.m_key = nullptr;
-        }
+        key.m_key.create(HKEY_CURRENT_USER, name, KEY_ALL_ACCESS);
         return key;
     }
-    ~Key() {
-        if (m_key != nullptr) RegCloseKey(m_key);
-    }
-    Key(Key&& other) noexcept : m_key(std::exchange(other.m_key, nullptr)) {}
-    Key& operator=(Key&&) = delete;
 
-    [[nodiscard]] explicit operator bool() const { return m_key != nullptr; }
+    [[nodiscard]] explicit operator bool() const { return static_cast<bool>(m_key); }
 
     // The stored path; empty when there is none. Nothing when there may be one that can't be read
     // now or has no room: it mustn't be taken for missing, since what is missing gets replaced.
@@ -65,7 +53,7 @@ class Key {
         std::array<char16_t, MAX_PATH + 1> text{};
         DWORD type = REG_SZ;
         DWORD size = MAX_PATH * sizeof(char16_t);
-        const auto error = RegQueryValueExW(m_key, kPathValue, nullptr, &type,
+        const auto error = RegQueryValueExW(m_key.get(), kPathValue, nullptr, &type,
                                             reinterpret_cast<BYTE*>(text.data()), &size);
         if (error == ERROR_FILE_NOT_FOUND) return CString();
         if (error == ERROR_MORE_DATA && type != REG_SZ) return CString();
@@ -80,14 +68,13 @@ class Key {
     // Without its zero, as every text value of the family is stored.
     void store_path(const char16_t* path) const {
         const std::u16string_view text(path);
-        RegSetValueExW(m_key, kPathValue, 0, REG_SZ, reinterpret_cast<const BYTE*>(text.data()),
+        RegSetValueExW(m_key.get(), kPathValue, 0, REG_SZ,
+                       reinterpret_cast<const BYTE*>(text.data()),
                        static_cast<DWORD>(text.size() * sizeof(char16_t)));
     }
 
   private:
-    Key() = default;
-
-    HKEY m_key = nullptr;
+    tvutil2::OpenKey m_key;
 };
 
 // A path that has no room makes `out` empty: cut, it would name another folder.

@@ -2,14 +2,9 @@
 // Encoding and Decoding Using AVX2 Instructions" (2018) and "Base64 encoding and decoding at almost
 // the speed of a memory copy" (2020), with text of 16-bit units.
 #include "tvutil2/frame/base64_kernels.h"
+#include "tvutil2/platform/base/x86_intrinsics.h"
 
 #if defined(__x86_64__)
-
-#if !defined(__clang__)
-// g++ 12 takes the deliberately undefined operands of its own intrinsics for mistakes.
-#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
-#endif
-#include <immintrin.h>
 
 #include <cstdint>
 

@@ -5,12 +5,11 @@
 #include "tvutil2/platform/base/wide_text.h"
 #include "tvutil2/platform/files/known_folders.h"
 #include "tvutil2/platform/profile/profile.h"
-#include "tvutil2/platform/registry/registry.h"
+#include "tvutil2/platform/registry/open_key.h"
 
 #include <limits>
 #include <optional>
 #include <string>
-#include <utility>
 
 namespace {
 
@@ -25,23 +24,15 @@ class Key {
                                                 : tvutil2::executable_name().c_str();
         if (section != nullptr && *section != 0) path.append(u"\\").append(section);
         Key key;
-        const auto error =
-            create ? RegCreateKeyExW(HKEY_CURRENT_USER, path.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS,
-                                     nullptr, &key.m_key, nullptr)
-                   : RegOpenKeyExW(HKEY_CURRENT_USER, path.c_str(), 0, KEY_ALL_ACCESS, &key.m_key);
-        if (error == ERROR_SUCCESS) return key;
-        key.m_key = nullptr;
-        SetLastError(static_cast<DWORD>(error));
+        const auto error = create
+                               ? key.m_key.create(HKEY_CURRENT_USER, path.c_str(), KEY_ALL_ACCESS)
+                               : key.m_key.open(HKEY_CURRENT_USER, path.c_str(), KEY_ALL_ACCESS);
+        if (error != ERROR_SUCCESS) SetLastError(static_cast<DWORD>(error));
         return key;
     }
-    ~Key() {
-        if (m_key != nullptr) RegCloseKey(m_key);
-    }
-    Key(Key&& other) noexcept : m_key(std::exchange(other.m_key, nullptr)) {}
-    Key& operator=(Key&&) = delete;
 
-    [[nodiscard]] explicit operator bool() const { return m_key != nullptr; }
-    [[nodiscard]] HKEY get() const { return m_key; }
+    [[nodiscard]] explicit operator bool() const { return static_cast<bool>(m_key); }
+    [[nodiscard]] HKEY get() const { return m_key.get(); }
 
     // Up to its first zero; a text may grow between the question for its size and its reading.
     [[nodiscard]] std::optional<CString> text(const char16_t* name) const {
@@ -49,7 +40,7 @@ class Key {
         for (;;) {
             DWORD type = REG_NONE;
             auto size = static_cast<DWORD>(value.size() * sizeof(char16_t));
-            const auto error = RegQueryValueExW(m_key, name, nullptr, &type,
+            const auto error = RegQueryValueExW(m_key.get(), name, nullptr, &type,
                                                 reinterpret_cast<BYTE*>(value.data()), &size);
             const bool is_short =
                 error == ERROR_MORE_DATA || (error == ERROR_SUCCESS && value.empty() && size != 0);
@@ -60,9 +51,7 @@ class Key {
     }
 
   private:
-    Key() = default;
-
-    HKEY m_key = nullptr;
+    tvutil2::OpenKey m_key;
 };
 
 BOOL told(LONG error) {

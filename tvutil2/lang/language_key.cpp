@@ -3,8 +3,6 @@
 #include "tvutil2/frame/product.h"
 #include "tvutil2/framework/strings.h"
 
-#include <utility>
-
 namespace tvutil2 {
 namespace {
 
@@ -19,45 +17,33 @@ CString path_of(const char16_t* product) {
 
 LanguageKey LanguageKey::open(HKEY root, const char16_t* product) {
     LanguageKey key;
-    if (RegOpenKeyExW(root, path_of(product), 0, KEY_READ, &key.m_key) != ERROR_SUCCESS) {
-        key.m_key = nullptr;
-    }
+    key.m_key.open(root, path_of(product), KEY_READ);
     return key;
 }
 
 LanguageKey LanguageKey::create(HKEY root, const char16_t* product, DWORD access) {
     LanguageKey key;
-    if (RegCreateKeyExW(root, path_of(product), 0, nullptr, 0, access, nullptr, &key.m_key,
-                        nullptr) != ERROR_SUCCESS) {
-        key.m_key = nullptr;
-    }
+    key.m_key.create(root, path_of(product), access);
     return key;
-}
-
-LanguageKey::LanguageKey(LanguageKey&& other) noexcept
-    : m_key(std::exchange(other.m_key, nullptr)) {}
-
-LanguageKey::~LanguageKey() {
-    if (m_key != nullptr) RegCloseKey(m_key);
 }
 
 std::optional<DWORD> LanguageKey::number(const char16_t* value) const {
     DWORD type = 0, number = 0, size = sizeof number;
-    const auto result =
-        RegQueryValueExW(m_key, value, nullptr, &type, reinterpret_cast<BYTE*>(&number), &size);
+    const auto result = RegQueryValueExW(m_key.get(), value, nullptr, &type,
+                                         reinterpret_cast<BYTE*>(&number), &size);
     if (result != ERROR_SUCCESS || type != REG_DWORD || size != sizeof number) return std::nullopt;
     return number;
 }
 
 void LanguageKey::set_number(const char16_t* value, DWORD number) const {
-    RegSetValueExW(m_key, value, 0, REG_DWORD, reinterpret_cast<const BYTE*>(&number),
+    RegSetValueExW(m_key.get(), value, 0, REG_DWORD, reinterpret_cast<const BYTE*>(&number),
                    sizeof number);
 }
 
 FILETIME LanguageKey::last_write() const {
     FILETIME time{};
     if (is_open()) {
-        RegQueryInfoKeyW(m_key, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
+        RegQueryInfoKeyW(m_key.get(), nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
                          nullptr, nullptr, nullptr, &time);
     }
     return time;

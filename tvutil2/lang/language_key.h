@@ -1,7 +1,7 @@
 // The registry key that holds a product's choice of language, for the length of a look.
 #pragma once
 
-#include "tvutil2/platform/registry/registry.h"
+#include "tvutil2/platform/registry/open_key.h"
 
 #include <optional>
 
@@ -15,13 +15,8 @@ class LanguageKey {
     /// To read; of a product's name at most 19 units count, and null has none.
     static LanguageKey open(HKEY root, const char16_t* product);
     static LanguageKey create(HKEY root, const char16_t* product, DWORD access);
-    LanguageKey(LanguageKey&& other) noexcept;
-    LanguageKey(const LanguageKey&) = delete;
-    LanguageKey& operator=(const LanguageKey&) = delete;
-    LanguageKey& operator=(LanguageKey&&) = delete;
-    ~LanguageKey();
 
-    [[nodiscard]] bool is_open() const { return m_key != nullptr; }
+    [[nodiscard]] bool is_open() const { return static_cast<bool>(m_key); }
     /// A value of type REG_DWORD; nothing for one of another type, or none.
     [[nodiscard]] std::optional<DWORD> number(const char16_t* value) const;
     void set_number(const char16_t* value, DWORD number) const;
@@ -29,9 +24,7 @@ class LanguageKey {
     [[nodiscard]] FILETIME last_write() const;
 
   private:
-    LanguageKey() = default;
-
-    HKEY m_key = nullptr;
+    OpenKey m_key;
 };
 
 }  // namespace tvutil2

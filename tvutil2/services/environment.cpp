@@ -6,7 +6,7 @@
 #include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/base/wide_text.h"
 #include "tvutil2/platform/process/account.h"
-#include "tvutil2/platform/registry/registry.h"
+#include "tvutil2/platform/registry/open_key.h"
 #include "tvutil2/platform/system/error_text.h"
 #include "tvutil2/platform/system/os_version.h"
 #include "tvutil2/platform/system/version_info.h"
@@ -39,17 +39,15 @@ CString fact(HKEY key, const char16_t* name) {
 
 // Nothing when the registry can't be read.
 std::optional<Facts> facts() {
-    HKEY key = nullptr;
-    const auto error = RegOpenKeyExW(HKEY_LOCAL_MACHINE, kFactsKey, 0, KEY_READ, &key);
+    tvutil2::OpenKey key;
+    const auto error = key.open(HKEY_LOCAL_MACHINE, kFactsKey, KEY_READ);
     if (error == ERROR_FILE_NOT_FOUND) {
         const auto host = tvutil2::host_facts();
         return Facts{host.product.c_str(), host.build.c_str(), {}};
     }
     if (error != ERROR_SUCCESS) return std::nullopt;
-    Facts found{fact(key, u"ProductName"), fact(key, u"CurrentBuildNumber"),
-                fact(key, u"DisplayVersion")};
-    RegCloseKey(key);
-    return found;
+    return Facts{fact(key.get(), u"ProductName"), fact(key.get(), u"CurrentBuildNumber"),
+                 fact(key.get(), u"DisplayVersion")};
 }
 
 // A name that is asked for until the system tells it, and then kept.

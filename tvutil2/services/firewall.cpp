@@ -1,6 +1,7 @@
 #include "tvutil2/services/firewall.h"
 
 #include "tvutil2/data/text.h"
+#include "tvutil2/platform/base/com_reference.h"
 #include "tvutil2/platform/base/wide_text.h"
 #include "tvutil2/platform/files/files.h"
 #include "tvutil2/platform/files/full_path.h"
@@ -14,30 +15,12 @@
 
 namespace {
 
+using tvutil2::ComReference;
+
 constexpr UINT kBlocked = 14103;
 constexpr UINT kProgramBlocked = 14104;
 constexpr LONG kProfiles[] = {NET_FW_PROFILE2_DOMAIN, NET_FW_PROFILE2_PRIVATE,
                               NET_FW_PROFILE2_PUBLIC};
-
-// Owner of one reference to an object.
-template <class Interface>
-class Reference {
-  public:
-    Reference() = default;
-    ~Reference() {
-        if (m_object != nullptr) m_object->Release();
-    }
-    Reference(const Reference&) = delete;
-    Reference& operator=(const Reference&) = delete;
-
-    Interface* operator->() const { return m_object; }
-    // Where a call is to put the object.
-    Interface** out() { return &m_object; }
-    void** any() { return reinterpret_cast<void**>(&m_object); }
-
-  private:
-    Interface* m_object = nullptr;
-};
 
 class OwnedText {
   public:
@@ -124,17 +107,17 @@ bool is_blocked(INetFwPolicy2& policy, const char16_t* path) {
     if (FAILED(policy.get_CurrentProfileTypes(&current)) || !is_on_everywhere(policy, current)) {
         return false;
     }
-    Reference<INetFwRules> rules;
+    ComReference<INetFwRules> rules;
     const auto got_rules = policy.get_Rules(rules.out());
     if (FAILED(got_rules)) return report("get_Rules()", got_rules);
     // A system that can't make a rule can't show one either.
-    Reference<INetFwRule> made;
+    ComReference<INetFwRule> made;
     if (!create(CLSID_NetFwRule, IID_INetFwRule, made.any())) return false;
     LONG count = 0;
     const auto counted = rules->get_Count(&count);
     if (FAILED(counted)) return report("get_Count failed:", counted);
-    Reference<IUnknown> walk_object;
-    Reference<IEnumVARIANT> walk;
+    ComReference<IUnknown> walk_object;
+    ComReference<IEnumVARIANT> walk;
     if (FAILED(rules->get__NewEnum(walk_object.out())) ||
         FAILED(walk_object->QueryInterface(IID_IEnumVARIANT, walk.any()))) {
         return false;
@@ -142,7 +125,7 @@ bool is_blocked(INetFwPolicy2& policy, const char16_t* path) {
     for (;;) {
         OwnedVariant value;
         DWORD fetched = 0;
-        Reference<INetFwRule> rule;
+        ComReference<INetFwRule> rule;
         if (walk->Next(1, value.get(), &fetched) != S_OK ||
             FAILED(VariantChangeType(value.get(), value.get(), 0, VT_DISPATCH)) ||
             FAILED(value.get()->pdispVal->QueryInterface(IID_INetFwRule, rule.any()))) {
@@ -178,7 +161,7 @@ namespace tvutil2 {
 bool is_blocked_by_firewall(const char16_t* path) {
     const Apartment apartment;
     if (!apartment.is_usable()) return false;
-    Reference<INetFwPolicy2> policy;
+    ComReference<INetFwPolicy2> policy;
     return create(CLSID_NetFwPolicy2, IID_INetFwPolicy2, policy.any()) &&
            is_blocked(*policy.operator->(), path);
 }

@@ -1,13 +1,13 @@
 #include "tvutil2/services/notifications.h"
 
 #include "tvutil2/data/path.h"
+#include "tvutil2/platform/base/counted.h"
 #include "tvutil2/platform/base/result_error.h"
 #include "tvutil2/platform/process/modules.h"
 #include "tvutil2/platform/process/package.h"
 #include "tvutil2/platform/registry/registry.h"
 
 #include <algorithm>
-#include <atomic>
 #include <cstdint>
 #include <initializer_list>
 #include <optional>
@@ -77,37 +77,10 @@ void expect_registration() {
     if (!has_identity() && state().model_id.empty()) throw "Must call Register first.";
 }
 
-// An object that belongs to its references.
-template <class Interface>
-class Counted : public Interface {
+class callback final : public tvutil2::Counted<INotificationActivationCallback> {
   public:
-    DWORD AddRef() override { return ++m_references; }
-    DWORD Release() override {
-        const auto left = --m_references;
-        if (left == 0) delete this;
-        return left;
-    }
+    callback() : Counted(IID_INotificationActivationCallback) {}
 
-  protected:
-    virtual ~Counted() = default;
-    HRESULT give(const IID& own, const IID& wanted, void** object) {
-        if (object == nullptr) return E_POINTER;
-        *object = nullptr;
-        if (wanted != own && wanted != IID_IUnknown) return E_NOINTERFACE;
-        *object = static_cast<Interface*>(this);
-        AddRef();
-        return S_OK;
-    }
-
-  private:
-    std::atomic<DWORD> m_references = 1;
-};
-
-class callback final : public Counted<INotificationActivationCallback> {
-  public:
-    HRESULT QueryInterface(const IID& id, void** object) override {
-        return give(IID_INotificationActivationCallback, id, object);
-    }
     HRESULT Activate(const char16_t* /*model_id*/, const char16_t* arguments,
                      const NOTIFICATION_USER_INPUT_DATA* data, DWORD count) override {
         const auto& handler = state().handler;
@@ -119,11 +92,10 @@ class callback final : public Counted<INotificationActivationCallback> {
     }
 };
 
-class callback_factory final : public Counted<IClassFactory> {
+class callback_factory final : public tvutil2::Counted<IClassFactory> {
   public:
-    HRESULT QueryInterface(const IID& id, void** object) override {
-        return give(IID_IClassFactory, id, object);
-    }
+    callback_factory() : Counted(IID_IClassFactory) {}
+
     HRESULT CreateInstance(IUnknown* outer, const IID& id, void** object) override {
         if (object == nullptr) return E_POINTER;
         *object = nullptr;

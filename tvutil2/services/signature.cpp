@@ -14,7 +14,7 @@
 #include "tvutil2/platform/base/wide_text.h"
 #include "tvutil2/platform/files/known_folders.h"
 #include "tvutil2/platform/process/message_box.h"
-#include "tvutil2/platform/registry/registry.h"
+#include "tvutil2/platform/registry/open_key.h"
 #include "tvutil2/platform/resource/dialog_text.h"
 #include "tvutil2/platform/resource/resource.h"
 #include "tvutil2/platform/system/version_info.h"
@@ -104,12 +104,11 @@ bool only_trusted_signers() {
     DWORD type = 0;
     DWORD value = 0;
     DWORD size = sizeof value;
-    HKEY key = nullptr;
-    auto result = RegOpenKeyExW(HKEY_LOCAL_MACHINE, path, 0, KEY_READ, &key);
+    tvutil2::OpenKey key;
+    auto result = key.open(HKEY_LOCAL_MACHINE, path, KEY_READ);
     if (result == 0) {
-        result = RegQueryValueExW(key, u"TrustedSignersOnly", nullptr, &type,
+        result = RegQueryValueExW(key.get(), u"TrustedSignersOnly", nullptr, &type,
                                   reinterpret_cast<BYTE*>(&value), &size);
-        RegCloseKey(key);
     }
     if (result == ERROR_FILE_NOT_FOUND) return false;
     return result != 0 || type != REG_DWORD || value != 0;

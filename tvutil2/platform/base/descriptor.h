@@ -3,6 +3,8 @@
 
 #include <unistd.h>
 
+#include <cerrno>
+#include <string_view>
 #include <utility>
 
 namespace tvutil2 {
@@ -29,5 +31,16 @@ class Descriptor {
   private:
     int m_value = -1;
 };
+
+/// Writes all of it, through interruptions. False with errno.
+[[nodiscard]] inline bool write_all(int descriptor, std::string_view bytes) {
+    while (!bytes.empty()) {
+        const auto count = ::write(descriptor, bytes.data(), bytes.size());
+        if (count < 0 && errno == EINTR) continue;
+        if (count < 0) return false;
+        bytes.remove_prefix(static_cast<std::size_t>(count));
+    }
+    return true;
+}
 
 }  // namespace tvutil2

@@ -1,19 +1,11 @@
 #include "tvutil2/platform/codepage/pair_bytes.h"
 
+#include "tvutil2/platform/base/x86_intrinsics.h"
 #include "tvutil2/platform/codepage/ascii_block.h"
 #include "tvutil2/platform/codepage/page_table.h"
 
 #include <bit>
 #include <cstring>
-
-#if defined(__x86_64__)
-#if !defined(__clang__)
-// g++ 12 takes the deliberately undefined operands of its own intrinsics for mistakes.
-#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
-#pragma GCC diagnostic ignored "-Wuninitialized"
-#endif
-#include <immintrin.h>
-#endif
 
 namespace tvutil2::codepage {
 namespace {

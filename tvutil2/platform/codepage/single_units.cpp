@@ -1,16 +1,10 @@
 #include "tvutil2/platform/codepage/single_units.h"
 
+#include "tvutil2/platform/base/x86_intrinsics.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
-
-#if defined(__x86_64__)
-#if !defined(__clang__)
-// g++ 12 takes the deliberately undefined operands of its own intrinsics for mistakes.
-#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
-#endif
-#include <immintrin.h>
-#endif
 
 namespace tvutil2::codepage {
 namespace {

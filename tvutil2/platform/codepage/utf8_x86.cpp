@@ -1,15 +1,10 @@
 // UTF-8 with AVX2, after John Keiser and Daniel Lemire, "Validating UTF-8 In Less Than One
 // Instruction Per Byte" (2021), and Daniel Lemire and Wojciech Muła, "Transcoding Billions of
 // Unicode Characters per Second with SIMD Instructions" (2022).
+#include "tvutil2/platform/base/x86_intrinsics.h"
 #include "tvutil2/platform/codepage/utf8_kernels.h"
 
 #if defined(__x86_64__)
-
-#if !defined(__clang__)
-// g++ 12 takes the deliberately undefined operands of its own intrinsics for mistakes.
-#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
-#endif
-#include <immintrin.h>
 
 #include <algorithm>
 #include <array>

@@ -1,4 +1,5 @@
 // CopyFileW.
+#include "tvutil2/platform/base/descriptor.h"
 #include "tvutil2/platform/base/host_path.h"
 #include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/files/draft.h"
@@ -24,17 +25,6 @@ namespace {
 // Up to here two calls through a buffer are cheaper than the kernel's own road.
 constexpr std::size_t kBufferSize = std::size_t{64} << 10;
 
-bool write_all(int to, const char* data, std::size_t size) {
-    while (size > 0) {
-        const auto written = write(to, data, size);
-        if (written < 0 && errno == EINTR) continue;
-        if (written < 0) return false;
-        data += written;
-        size -= static_cast<std::size_t>(written);
-    }
-    return true;
-}
-
 // From both file pointers to the end of the source. `ends_short`: a read that doesn't fill the
 // buffer has met the end, which is so for files on a disk and saves a call for each small one.
 bool copy_rest_through_buffer(int from, int to, std::size_t buffer_size, bool ends_short = false) {
@@ -43,7 +33,7 @@ bool copy_rest_through_buffer(int from, int to, std::size_t buffer_size, bool en
         const auto size = read(from, buffer.get(), buffer_size);
         if (size < 0 && errno == EINTR) continue;
         if (size <= 0) return size == 0;
-        if (!write_all(to, buffer.get(), static_cast<std::size_t>(size))) return false;
+        if (!write_all(to, {buffer.get(), static_cast<std::size_t>(size)})) return false;
         if (ends_short && static_cast<std::size_t>(size) < buffer_size) return true;
     }
 }

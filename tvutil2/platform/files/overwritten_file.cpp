@@ -88,7 +88,7 @@ bool is_at_size_limit(std::size_t size) {
     return getrlimit(RLIMIT_FSIZE, &limit) == 0 && size >= limit.rlim_cur;
 }
 
-bool write_all(int file, std::string_view bytes) {
+bool overwrite_all(int file, std::string_view bytes) {
     std::size_t size = 0;
     while (size < bytes.size()) {
         const auto count =
@@ -199,8 +199,8 @@ bool OverwrittenFile::put(std::string_view content, std::string_view old) const 
     const bool is_written = is_at_size_limit(0) ? fail_with(ERROR_DISK_FULL)
                             : content.empty()   ? true
                             : content.size() == size
-                                ? write_all(m_file.get(), content)
-                                : write_all(m_file.get(), filled_up(content, size));
+                                ? overwrite_all(m_file.get(), content)
+                                : overwrite_all(m_file.get(), filled_up(content, size));
     return is_written &&
            (old.size() <= content.size() ||
             ftruncate(m_file.get(), static_cast<off_t>(content.size())) == 0 || fail_with_errno());
@@ -219,7 +219,7 @@ bool OverwrittenFile::overwrite(const ContentEdit& edit, bool flush) {
     if (content->size() > kLargest) return fail_with(ERROR_FILE_TOO_LARGE);
     if (!reserve(content->size()) || !put(*content, old)) {
         const auto error = GetLastError();
-        if (!old.empty() && !is_at_size_limit(0)) write_all(m_file.get(), old);
+        if (!old.empty() && !is_at_size_limit(0)) overwrite_all(m_file.get(), old);
         [[maybe_unused]] const int cut = ftruncate(m_file.get(), static_cast<off_t>(old.size()));
         return fail_with(error);
     }

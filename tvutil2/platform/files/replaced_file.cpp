@@ -1,5 +1,6 @@
 #include "tvutil2/platform/files/replaced_file.h"
 
+#include "tvutil2/platform/base/descriptor.h"
 #include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/files/draft.h"
 #include "tvutil2/platform/files/folder_listing.h"
@@ -100,16 +101,6 @@ class Turn {
 
     Descriptor m_folder;
 };
-
-bool write_all(int file, std::string_view bytes) {
-    while (!bytes.empty()) {
-        const auto count = write(file, bytes.data(), bytes.size());
-        if (count < 0 && errno == EINTR) continue;
-        if (count < 0) return false;
-        bytes.remove_prefix(static_cast<std::size_t>(count));
-    }
-    return true;
-}
 
 bool replace(const Turn& turn, const std::string& path, const struct stat* old,
              std::string_view bytes) {

@@ -3,7 +3,7 @@
 #include "tvutil2/platform/base/clock.h"
 #include "tvutil2/platform/base/utf.h"
 #include "tvutil2/platform/base/wide_text.h"
-#include "tvutil2/platform/registry/registry.h"
+#include "tvutil2/platform/registry/open_key.h"
 
 #include <algorithm>
 #include <charconv>
@@ -23,34 +23,26 @@ constexpr std::size_t kMostShown = 100;
 class Key {
   public:
     Key(const std::u16string& name, DWORD access, bool is_made, HKEY below = HKEY_CURRENT_USER) {
-        const auto error = is_made ? RegCreateKeyExW(below, name.c_str(), 0, nullptr, 0, access,
-                                                     nullptr, &m_key, &m_disposition)
-                                   : RegOpenKeyExW(below, name.c_str(), 0, access, &m_key);
-        if (error != 0) {
-            m_key = nullptr;
-            SetLastError(static_cast<DWORD>(error));
-        }
+        const auto error = is_made ? m_key.create(below, name.c_str(), access, &m_disposition)
+                                   : m_key.open(below, name.c_str(), access);
+        if (error != 0) SetLastError(static_cast<DWORD>(error));
     }
-    ~Key() {
-        if (m_key != nullptr) RegCloseKey(m_key);
-    }
-    Key(const Key&) = delete;
-    Key& operator=(const Key&) = delete;
 
-    [[nodiscard]] explicit operator bool() const { return m_key != nullptr; }
-    [[nodiscard]] HKEY get() const { return m_key; }
+    [[nodiscard]] explicit operator bool() const { return static_cast<bool>(m_key); }
+    [[nodiscard]] HKEY get() const { return m_key.get(); }
     [[nodiscard]] bool is_new() const { return m_disposition == REG_CREATED_NEW_KEY; }
 
     [[nodiscard]] std::u16string text(const char16_t* name) const {
         DWORD type = 0;
         DWORD size = 0;
-        if (RegQueryValueExW(m_key, name, nullptr, &type, nullptr, &size) != 0 || type != REG_SZ) {
+        if (RegQueryValueExW(m_key.get(), name, nullptr, &type, nullptr, &size) != 0 ||
+            type != REG_SZ) {
             return {};
         }
         std::u16string value(size / sizeof(char16_t) + 1, 0);
         size = static_cast<DWORD>(value.size() * sizeof(char16_t));
-        if (RegQueryValueExW(m_key, name, nullptr, &type, reinterpret_cast<BYTE*>(value.data()),
-                             &size) != 0 ||
+        if (RegQueryValueExW(m_key.get(), name, nullptr, &type,
+                             reinterpret_cast<BYTE*>(value.data()), &size) != 0 ||
             type != REG_SZ) {
             return {};
         }
@@ -62,8 +54,8 @@ class Key {
     }
     [[nodiscard]] bool set(const char16_t* name, DWORD type, const void* data,
                            std::size_t size) const {
-        const auto error = RegSetValueExW(m_key, name, 0, type, static_cast<const BYTE*>(data),
-                                          static_cast<DWORD>(size));
+        const auto error = RegSetValueExW(m_key.get(), name, 0, type,
+                                          static_cast<const BYTE*>(data), static_cast<DWORD>(size));
         if (error != 0) SetLastError(static_cast<DWORD>(error));
         return error == 0;
     }
@@ -73,7 +65,7 @@ class Key {
         for (DWORD index = 0;; ++index) {
             DWORD count = 64;
             const auto error =
-                RegEnumValueW(m_key, index, name, &count, nullptr, nullptr, nullptr, nullptr);
+                RegEnumValueW(m_key.get(), index, name, &count, nullptr, nullptr, nullptr, nullptr);
             if (error == static_cast<LONG>(ERROR_MORE_DATA)) continue;  // none of ours
             if (error != 0) return names;
             names.emplace_back(name, count);
@@ -82,14 +74,15 @@ class Key {
     [[nodiscard]] std::vector<std::u16string> sub_keys() const {
         std::vector<std::u16string> names;
         char16_t name[REG_MAX_KEY_NAME + 1];
-        for (DWORD index = 0; RegEnumKeyW(m_key, index, name, REG_MAX_KEY_NAME + 1) == 0; ++index) {
+        for (DWORD index = 0; RegEnumKeyW(m_key.get(), index, name, REG_MAX_KEY_NAME + 1) == 0;
+             ++index) {
             names.emplace_back(name);
         }
         return names;
     }
 
   private:
-    HKEY m_key = nullptr;
+    OpenKey m_key;
     DWORD m_disposition = 0;
 };
 

@@ -1,6 +1,6 @@
 #include "tvutil2/platform/picture/stream.h"
 
-#include "tvutil2/platform/picture/counted.h"
+#include "tvutil2/platform/base/counted.h"
 
 #include <algorithm>
 #include <cstring>

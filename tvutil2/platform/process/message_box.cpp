@@ -1,5 +1,6 @@
 #include "tvutil2/platform/process/message_box.h"
 
+#include "tvutil2/platform/base/descriptor.h"
 #include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/base/utf.h"
 #include "tvutil2/platform/window/dialogs/message_window.h"
@@ -98,16 +99,6 @@ std::string message(const char16_t* text, const char16_t* caption, UINT type) {
     return out.append("  ").append(icon_word(type)).append(harmless(text)).append("\n");
 }
 
-bool write_all(int descriptor, std::string_view text) {
-    while (!text.empty()) {
-        const auto count = write(descriptor, text.data(), text.size());
-        if (count < 0 && errno == EINTR) continue;
-        if (count <= 0) return false;
-        text.remove_prefix(static_cast<std::size_t>(count));
-    }
-    return true;
-}
-
 // The controlling terminal, while the process is in its foreground: in the background a read would
 // stop the process where nobody looks.
 class Terminal {
@@ -124,7 +115,9 @@ class Terminal {
     }
     // What was typed before the question was seen doesn't answer it.
     void forget_typed() const { tcflush(m_descriptor, TCIFLUSH); }
-    [[nodiscard]] bool print(std::string_view text) const { return write_all(m_descriptor, text); }
+    [[nodiscard]] bool print(std::string_view text) const {
+        return tvutil2::write_all(m_descriptor, text);
+    }
     // Nothing at the end of the input or when the terminal has gone.
     [[nodiscard]] std::optional<std::string> read_line() const {
         std::string line;
@@ -208,7 +201,7 @@ int MessageBoxW(HWND owner, const char16_t* text, const char16_t* caption, UINT 
     const std::lock_guard guard(g_one_at_a_time);
     if (const auto id = ask(set, shown, wanted < set.count ? wanted : 0)) return *id;
     const auto& refusing = set.buttons[set.refusing];
-    write_all(STDERR_FILENO,
-              shown + "  (" + std::string(refusing.word) + ": nobody could be asked)\n");
+    (void)tvutil2::write_all(
+        STDERR_FILENO, shown + "  (" + std::string(refusing.word) + ": nobody could be asked)\n");
     return refusing.id;
 }

@@ -1,5 +1,7 @@
 #include "tvutil2/platform/registry/reg_text.h"
 
+#include "tvutil2/platform/registry/open_key.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -35,20 +37,8 @@ bool is_valid_path(std::u16string_view path) {
     }
 }
 
-// A handle that is closed at the end of its block.
-struct OpenKey {
-    OpenKey() = default;
-    ~OpenKey() {
-        if (key != nullptr) RegCloseKey(key);
-    }
-    OpenKey(const OpenKey&) = delete;
-    OpenKey& operator=(const OpenKey&) = delete;
-
-    HKEY key = nullptr;
-};
-
 // One call makes REG_MAX_NEW_LEVELS keys at most, and a text may ask for more at once.
-LONG make_key(const RegTextKey& wanted, HKEY& result) {
+LONG make_key(const RegTextKey& wanted, OpenKey& result) {
     std::size_t end = 0;
     for (;;) {
         for (DWORD level = 0; level < REG_MAX_NEW_LEVELS && end != std::u16string::npos; ++level) {
@@ -57,11 +47,10 @@ LONG make_key(const RegTextKey& wanted, HKEY& result) {
         const auto part = wanted.path.substr(0, end);
         OpenKey step;
         const LONG error =
-            RegCreateKeyExW(wanted.root, part.c_str(), 0, nullptr, 0,
-                            KEY_SET_VALUE | KEY_CREATE_SUB_KEY, nullptr, &step.key, nullptr);
+            step.create(wanted.root, part.c_str(), KEY_SET_VALUE | KEY_CREATE_SUB_KEY);
         if (error != LONG{ERROR_SUCCESS}) return error;
         if (end != std::u16string::npos) continue;
-        result = std::exchange(step.key, nullptr);
+        result = std::move(step);
         return ERROR_SUCCESS;
     }
 }
@@ -81,10 +70,10 @@ LONG apply_key(const RegTextKey& change) {
         return error == LONG{ERROR_FILE_NOT_FOUND} ? LONG{ERROR_SUCCESS} : error;
     }
     OpenKey key;
-    LONG error = make_key(change, key.key);
+    LONG error = make_key(change, key);
     for (const auto& value : change.values) {
         if (error != LONG{ERROR_SUCCESS}) break;
-        error = apply_value(key.key, value);
+        error = apply_value(key.get(), value);
     }
     return error;
 }
@@ -132,9 +121,9 @@ LONG read_sub_keys(HKEY key, std::vector<std::u16string>& names) {
 
 LONG read_key(RegTextKey& found, std::vector<std::u16string>* names) {
     OpenKey key;
-    LONG error = RegOpenKeyExW(found.root, found.path.c_str(), 0, KEY_READ, &key.key);
-    if (error == LONG{ERROR_SUCCESS}) error = read_values(key.key, found.values);
-    if (error == LONG{ERROR_SUCCESS} && names != nullptr) error = read_sub_keys(key.key, *names);
+    LONG error = key.open(found.root, found.path.c_str(), KEY_READ);
+    if (error == LONG{ERROR_SUCCESS}) error = read_values(key.get(), found.values);
+    if (error == LONG{ERROR_SUCCESS} && names != nullptr) error = read_sub_keys(key.get(), *names);
     return error;
 }
 

@@ -1,6 +1,6 @@
 #include "tvutil2/platform/system/firewall_policy.h"
 
-#include "tvutil2/platform/registry/registry.h"
+#include "tvutil2/platform/registry/open_key.h"
 
 #include <atomic>
 #include <memory>
@@ -18,36 +18,17 @@ constexpr auto kRulesKey =
 constexpr auto kNetworksKey =
     u"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\NetworkList\\Profiles";
 
-// Owner of an open key of the machine's hive.
-class Key {
-  public:
-    Key() = default;
-    ~Key() {
-        if (m_key != nullptr) RegCloseKey(m_key);
-    }
-    Key(const Key&) = delete;
-    Key& operator=(const Key&) = delete;
-
-    LONG open(HKEY parent, const char16_t* name) {
-        return RegOpenKeyExW(parent, name, 0, KEY_READ, &m_key);
-    }
-    [[nodiscard]] HKEY get() const { return m_key; }
-
-    // Nothing for a value that is missing or of another type.
-    LONG read(const char16_t* name, std::optional<DWORD>& number) const {
-        DWORD type = 0;
-        DWORD value = 0;
-        DWORD size = sizeof value;
-        const auto error =
-            RegQueryValueExW(m_key, name, nullptr, &type, reinterpret_cast<BYTE*>(&value), &size);
-        if (error == ERROR_SUCCESS && type == REG_DWORD && size == sizeof value) number = value;
-        if (error == ERROR_FILE_NOT_FOUND || error == ERROR_MORE_DATA) return ERROR_SUCCESS;
-        return error;
-    }
-
-  private:
-    HKEY m_key = nullptr;
-};
+// Nothing for a value that is missing or of another type.
+LONG read(const OpenKey& key, const char16_t* name, std::optional<DWORD>& number) {
+    DWORD type = 0;
+    DWORD value = 0;
+    DWORD size = sizeof value;
+    const auto error =
+        RegQueryValueExW(key.get(), name, nullptr, &type, reinterpret_cast<BYTE*>(&value), &size);
+    if (error == ERROR_SUCCESS && type == REG_DWORD && size == sizeof value) number = value;
+    if (error == ERROR_FILE_NOT_FOUND || error == ERROR_MORE_DATA) return ERROR_SUCCESS;
+    return error;
+}
 
 HRESULT result_of(LONG error) {
     return HRESULT_FROM_WIN32(static_cast<DWORD>(error));
@@ -171,8 +152,8 @@ class Rules final : public Object<Rules, INetFwRules> {
 
 // Values that are no text, or whose text is no rule, are passed over.
 LONG read_rules(std::vector<FirewallRule>& rules) {
-    Key key;
-    const auto opened = key.open(HKEY_LOCAL_MACHINE, kRulesKey);
+    OpenKey key;
+    const auto opened = key.open(HKEY_LOCAL_MACHINE, kRulesKey, KEY_READ);
     if (opened == ERROR_FILE_NOT_FOUND) return ERROR_SUCCESS;
     if (opened != ERROR_SUCCESS) return opened;
     std::vector<char16_t> name(REG_MAX_VALUE_NAME + 1);
@@ -205,19 +186,19 @@ LONG profile_of(DWORD category) {
 }
 
 LONG read_profiles(LONG& profiles) {
-    Key networks;
-    const auto opened = networks.open(HKEY_LOCAL_MACHINE, kNetworksKey);
+    OpenKey networks;
+    const auto opened = networks.open(HKEY_LOCAL_MACHINE, kNetworksKey, KEY_READ);
     if (opened != ERROR_SUCCESS && opened != ERROR_FILE_NOT_FOUND) return opened;
     for (DWORD index = 0; opened == ERROR_SUCCESS; ++index) {
         char16_t name[REG_MAX_KEY_NAME + 1];
         const auto error = RegEnumKeyW(networks.get(), index, name, REG_MAX_KEY_NAME + 1);
         if (error == ERROR_NO_MORE_ITEMS) break;
         if (error != ERROR_SUCCESS) return error;
-        Key network;
+        OpenKey network;
         std::optional<DWORD> category;
         // One that is gone by now is no network any more.
-        if (network.open(networks.get(), name) != ERROR_SUCCESS) continue;
-        if (const auto failed = network.read(u"Category", category)) return failed;
+        if (network.open(networks.get(), name, KEY_READ) != ERROR_SUCCESS) continue;
+        if (const auto failed = read(network, u"Category", category)) return failed;
         if (category) profiles |= profile_of(*category);
     }
     if (profiles == 0) profiles = NET_FW_PROFILE2_PUBLIC;
@@ -239,13 +220,13 @@ class Policy final : public Object<Policy, INetFwPolicy2> {
         *enabled = VARIANT_FALSE;
         const char16_t* const name = key_name(profile);
         if (name == nullptr) return E_INVALIDARG;
-        Key key;
+        OpenKey key;
         const auto opened =
-            key.open(HKEY_LOCAL_MACHINE, (std::u16string(kPolicyKey) + name).c_str());
+            key.open(HKEY_LOCAL_MACHINE, (std::u16string(kPolicyKey) + name).c_str(), KEY_READ);
         if (opened == ERROR_FILE_NOT_FOUND) return S_OK;
         if (opened != ERROR_SUCCESS) return result_of(opened);
         std::optional<DWORD> value;
-        if (const auto error = key.read(u"EnableFirewall", value)) return result_of(error);
+        if (const auto error = read(key, u"EnableFirewall", value)) return result_of(error);
         if (value.value_or(0) != 0) *enabled = VARIANT_TRUE;
         return S_OK;
     }

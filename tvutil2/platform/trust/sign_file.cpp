@@ -1,5 +1,6 @@
 #include "tvutil2/platform/trust/sign_file.h"
 
+#include "tvutil2/platform/base/descriptor.h"
 #include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/files/draft.h"
 #include "tvutil2/platform/files/folder_listing.h"
@@ -26,17 +27,6 @@ std::string behind_links(const std::string& path) {
     const std::unique_ptr<char, decltype(&std::free)> real(realpath(path.c_str(), nullptr),
                                                            &std::free);
     return real ? real.get() : path;
-}
-
-// With errno.
-bool write_all(int file, std::string_view bytes) {
-    while (!bytes.empty()) {
-        const auto count = write(file, bytes.data(), bytes.size());
-        if (count < 0 && errno == EINTR) continue;
-        if (count < 0) return false;
-        bytes.remove_prefix(static_cast<std::size_t>(count));
-    }
-    return true;
 }
 
 bool copy_front(const FileBytes& from, std::uint64_t size, int to) {

@@ -1,8 +1,7 @@
 #include "tvutil2/platform/window/menus/menu_template.h"
 
 #include "tvutil2/platform/window/menus/menu_object.h"
-
-#include <cstring>
+#include "tvutil2/platform/window/template_reader.h"
 
 namespace tvutil2 {
 namespace {
@@ -10,42 +9,15 @@ namespace {
 constexpr UINT kLast = 0x80;     // of its menu
 constexpr WORD kPopupEx = 0x01;  // in MENUEX; kLast is the same there
 
-class Reader {
+class Reader : public TemplateReader {
   public:
-    explicit Reader(std::span<const std::byte> bytes) : m_bytes(bytes) {}
+    using TemplateReader::TemplateReader;
 
-    [[nodiscard]] bool is_whole() const { return m_is_whole; }
-
-    template <class T>
-    T number() {
-        T value{};
-        if (sizeof value > m_bytes.size() - m_at) {
-            m_is_whole = false;
-            m_at = m_bytes.size();
-            return value;
-        }
-        std::memcpy(&value, m_bytes.data() + m_at, sizeof value);
-        m_at += sizeof value;
-        return value;
-    }
-    std::u16string text() {
-        std::u16string text;
-        while (const auto unit = number<char16_t>()) text += unit;
-        return text;
-    }
-    void skip(std::size_t size) {
-        if (size > m_bytes.size() - m_at) m_is_whole = false;
-        m_at += m_is_whole ? size : 0;
-    }
-    void align() { skip((4 - m_at % 4) % 4); }
     /// False beyond what a menu may hold.
     bool count_item() { return ++m_items <= kMostMenuItems; }
 
   private:
-    std::span<const std::byte> m_bytes;
-    std::size_t m_at = 0;
     std::size_t m_items = 0;
-    bool m_is_whole = true;
 };
 
 bool read_items(Reader& reader, int depth, std::vector<MenuTemplateItem>& items) {
@@ -98,7 +70,7 @@ std::optional<std::vector<MenuTemplateItem>> read_menu_template(std::span<const 
     const auto header = reader.number<WORD>();
     if (!reader.is_whole() || version > 1) return std::nullopt;
     std::vector<MenuTemplateItem> items;
-    reader.skip(header);
+    reader.take(header);
     const bool is_read =
         version == 0 ? read_items(reader, 1, items) : read_items_ex(reader, 1, items);
     if (!is_read) return std::nullopt;
