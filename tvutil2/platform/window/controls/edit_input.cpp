@@ -288,9 +288,9 @@ void EditInput::press_button(POINT point, bool is_double, bool extends) {
     if (GetFocus() != m_window) SetFocus(m_window);
     if (!IsWindow(m_window)) return;
     const auto now = static_cast<DWORD>(GetMessageTime());
-    const bool is_third = state().double_click_time != 0 && !is_double &&
-                          now - state().double_click_time <= GetDoubleClickTime();
-    state().double_click_time = is_double ? now | 1 : 0;
+    const auto last = state().double_click_time;
+    const bool is_third = last && !is_double && now - *last <= GetDoubleClickTime();
+    state().double_click_time = is_double ? std::optional(now) : std::nullopt;
     state().select_by = is_double  ? SelectBy::word
                         : is_third ? SelectBy::line
                                    : SelectBy::character;

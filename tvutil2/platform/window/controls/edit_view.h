@@ -6,6 +6,7 @@
 #include "tvutil2/platform/window/controls/edit_text.h"
 #include "tvutil2/platform/window/controls/field.h"
 
+#include <optional>
 #include <string>
 
 namespace tvutil2 {
@@ -42,7 +43,7 @@ struct EditState : ControlState {
     SelectBy select_by = SelectBy::character;
     EditText::Range drag_start;
     POINT drag_point{};
-    DWORD double_click_time = 0;
+    std::optional<DWORD> double_click_time;
 };
 
 /// For the time of a message.
