@@ -5,6 +5,7 @@
 //                     desktop entry says that the bus can start it, to the program
 //     signal ID KEY   the signal alone, to everybody
 //     close ID        the person has closed it
+//     outlive ID      waits until neither its sender nor a program started for it is on the bus
 //     die             ends at the next notification, without an answer to it
 //
 //     notification_server FIRST-ID NAME CAPABILITY...
@@ -156,6 +157,12 @@ void invoke(Server& server, unsigned int id, const std::string& key) {
     g_dbus_connection_flush_sync(server.bus, nullptr, nullptr);
 }
 
+// What has ended stays on the bus until that has seen it.
+void outlive(const Server& server, unsigned int id) {
+    const auto& shown = server.shown.at(id);
+    while (is_there(server, shown.sender) || is_there(server, shown.entry)) g_usleep(1000);
+}
+
 gboolean obey(GIOChannel* input, GIOCondition /*condition*/, void* data) {
     auto& server = *static_cast<Server*>(data);
     char* line = nullptr;
@@ -174,6 +181,7 @@ gboolean obey(GIOChannel* input, GIOCondition /*condition*/, void* data) {
     if (word == "invoke") invoke(server, id, key);
     if (word == "signal") signal(server, "ActionInvoked", g_variant_new("(us)", id, key.c_str()));
     if (word == "close") signal(server, "NotificationClosed", g_variant_new("(uu)", id, 2U));
+    if (word == "outlive") outlive(server, id);
     if (word == "die") server.is_dying = true;
     tell({"done"});
     return TRUE;

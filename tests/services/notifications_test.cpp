@@ -253,6 +253,7 @@ TEST(Notifications, ProgramsThatHaveEndedAreStartedForTheAnswer) {
         EXPECT_EQ(tests::run(program, {"send"}).code, 0);
         const auto told = server.asked();
         ASSERT_GE(told.size(), 2U);
+        server.order("outlive " + told[1]);
         server.order("invoke " + told[1] + " " + key);
         EXPECT_EQ(report.read_all(), std::string("-ToastActivated ") + argument);
     }
