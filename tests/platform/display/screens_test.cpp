@@ -16,15 +16,16 @@
 #include <X11/keysym.h>
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <cstdlib>
 #include <functional>
 
+#include "tests/platform/display/await.h"
 #include "tests/platform/display/private_desktop.h"
 #include "tests/platform/window/trace.h"
 
 namespace {
 
+using tests::await;
 using tests::PrivateDesktop;
 using tests::Trace;
 
@@ -168,22 +169,6 @@ class Screens : public testing::Test {
         const bool is_popup = owner != nullptr && (style & WS_CAPTION) == 0;
         ShowWindow(window, is_popup ? SW_SHOWNOACTIVATE : SW_SHOW);
         return window;
-    }
-
-    // Lets the loop run until something has come about. False when it doesn't.
-    static bool await(const std::function<bool()>& has_come) {
-        const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-        const auto timer = SetTimer(nullptr, 0, 10, nullptr);
-        bool is_there = has_come();
-        MSG message;
-        while (!is_there && std::chrono::steady_clock::now() < end &&
-               GetMessageW(&message, nullptr, 0, 0)) {
-            TranslateMessage(&message);
-            DispatchMessageW(&message);
-            is_there = message.message == WM_TIMER ? has_come() : false;
-        }
-        KillTimer(nullptr, timer);
-        return is_there;
     }
 
     static POINT center(HWND window) {

@@ -89,6 +89,33 @@ struct Shown {
     friend bool operator==(const Shown& a, const Shown& b);
 };
 
+/// What the person chose in a dialog for files.
+struct FileAnswer {
+    std::vector<std::string> paths;  ///< the host's, absolute; none when nothing was chosen
+    std::size_t filter = 0;          ///< the one in force at the end
+};
+
+/// What the desktop's own dialog for files is to ask.
+struct FileQuestion {
+    enum class Kind : std::uint8_t { open, save, folder };
+    struct Filter {
+        std::u16string name;
+        std::vector<std::u16string> patterns;  ///< "*.txt", whatever the case of what it finds
+    };
+
+    Kind kind = Kind::open;
+    HWND owner = nullptr;  ///< a top-level window, which the dialog stays in front of
+    std::u16string title;  ///< empty for the desktop's own
+    std::string folder;    ///< the host's, where to begin; empty for the desktop's choice
+    std::u16string name;   ///< of the file that is chosen, or written, at first
+    std::vector<Filter> filters;
+    std::size_t filter = 0;        ///< the one in force at first
+    bool takes_several = false;    ///< files to open
+    bool asks_to_replace = false;  ///< when there is a file of the name to save
+    bool shows_hidden = false;
+    std::function<void(FileAnswer)> answered;  ///< called once, from a thread of the driver's
+};
+
 /// Called from the threads that windows belong to, several at a time.
 class Driver {
   public:
@@ -121,6 +148,14 @@ class Driver {
     [[nodiscard]] virtual bool offers_text() = 0;
     /// Waits for that program, two seconds at most; false when there is none.
     virtual bool read_text(std::u16string& text) = 0;
+
+    /// Whether the desktop has dialogs for files of its own.
+    [[nodiscard]] virtual bool has_file_dialogs() const = 0;
+    /// Shows one, where there are any. All windows of the program go on; that the owner takes no
+    /// input is the caller's affair. A display that goes away answers with nothing chosen.
+    virtual void choose_files(std::shared_ptr<const FileQuestion> question) = 0;
+    /// The answer isn't wanted any more, and may be on its way.
+    virtual void withdraw(std::shared_ptr<const FileQuestion> question) = 0;
 };
 
 /// What the desktop's module asks of the library; everything may be called from any thread.

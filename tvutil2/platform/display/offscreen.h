@@ -21,6 +21,9 @@ class OffscreenDriver : public Driver {
     void offer_text(std::u16string /*text*/) override {}
     [[nodiscard]] bool offers_text() override { return false; }
     bool read_text(std::u16string& /*text*/) override { return false; }
+    [[nodiscard]] bool has_file_dialogs() const override { return false; }
+    void choose_files(std::shared_ptr<const FileQuestion> /*question*/) override {}
+    void withdraw(std::shared_ptr<const FileQuestion> /*question*/) override {}
 };
 
 }  // namespace tvutil2

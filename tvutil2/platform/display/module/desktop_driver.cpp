@@ -126,7 +126,31 @@ void DesktopDriver::set_caret(HWND window, const RECT& place) {
     });
 }
 
+void DesktopDriver::choose_files(std::shared_ptr<const FileQuestion> question) {
+    const bool is_asked = m_thread.post([this, question] {
+        auto* const owner = find(question->owner);
+        // One that came later would take the focus from the dialog.
+        if (owner != nullptr) owner->show_now();
+        m_file_dialogs.push_back(std::make_unique<DesktopFileDialog>(
+            question, owner != nullptr ? owner->widget() : nullptr,
+            [this, question](FileAnswer answer) {
+                question->answered(std::move(answer));
+                forget(*question);
+            }));
+    });
+    if (!is_asked) question->answered({});
+}
+
+void DesktopDriver::withdraw(std::shared_ptr<const FileQuestion> question) {
+    m_thread.post([this, question] { forget(*question); });
+}
+
 // ---- on the desktop's thread
+
+void DesktopDriver::forget(const FileQuestion& question) {
+    std::erase_if(m_file_dialogs,
+                  [&](const auto& dialog) { return dialog->question() == &question; });
+}
 
 void DesktopDriver::ungrab() {
     auto* const seat = gdk_display_get_default_seat(gdk_display_get_default());
@@ -196,6 +220,7 @@ void DesktopDriver::tell_all(RawInput::Kind kind) {
 
 void DesktopDriver::lose() {
     tell_all(RawInput::Kind::lost);
+    for (const auto& dialog : m_file_dialogs) dialog->question()->answered({});
 }
 
 void DesktopDriver::tell_look() {

@@ -3,12 +3,14 @@
 
 #include "tvutil2/platform/display/driver.h"
 #include "tvutil2/platform/display/module/desktop_clipboard.h"
+#include "tvutil2/platform/display/module/desktop_files.h"
 #include "tvutil2/platform/display/module/desktop_thread.h"
 #include "tvutil2/platform/display/module/desktop_window.h"
 
 #include <memory>
 #include <mutex>
 #include <unordered_map>
+#include <vector>
 
 namespace tvutil2 {
 
@@ -30,6 +32,9 @@ class DesktopDriver : public Driver {
     void offer_text(std::u16string text) override { m_clipboard.offer(text); }
     [[nodiscard]] bool offers_text() override { return m_clipboard.has_text(); }
     bool read_text(std::u16string& text) override { return m_clipboard.read(text); }
+    [[nodiscard]] bool has_file_dialogs() const override { return true; }
+    void choose_files(std::shared_ptr<const FileQuestion> question) override;
+    void withdraw(std::shared_ptr<const FileQuestion> question) override;
 
     // For the desktop's thread:
     [[nodiscard]] DesktopWindow* find(HWND window);
@@ -51,6 +56,7 @@ class DesktopDriver : public Driver {
     void tell_all(RawInput::Kind kind);
     void lose();
     void settle_focus();
+    void forget(const FileQuestion& question);
     static void ungrab();
     std::shared_ptr<FrameBuffer> buffer_of(HWND window, bool makes);
 
@@ -63,6 +69,7 @@ class DesktopDriver : public Driver {
 
     // Of the desktop's thread:
     std::unordered_map<HWND, std::unique_ptr<DesktopWindow>> m_windows;
+    std::vector<std::unique_ptr<DesktopFileDialog>> m_file_dialogs;
     GdkCursor* m_cursor = nullptr;
     HWND m_focus = nullptr;  // where the desktop has it
     HWND m_told = nullptr;   // and where the program knows it

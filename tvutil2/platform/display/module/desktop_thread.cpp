@@ -3,6 +3,7 @@
 #include <X11/Xlib.h>
 #include <gdk/gdkx.h>
 #include <gtk/gtk.h>
+#include <locale.h>
 #include <unistd.h>
 
 #ifdef GDK_WINDOWING_WAYLAND
@@ -77,8 +78,9 @@ void DesktopThread::set_state(State state) {
 
 void DesktopThread::run() {
     t_is_desktop_thread = true;
-    // The locale is the program's own.
+    // The locale is the program's own. What the desktop's library says itself is in the person's.
     gtk_disable_setlocale();
+    if (const auto locale = newlocale(LC_ALL_MASK, "", nullptr)) uselocale(locale);
     if (gtk_init_check(nullptr, nullptr) == FALSE) return set_state(State::failed);
     if (GDK_IS_X11_DISPLAY(gdk_display_get_default())) {
         g_others = XSetIOErrorHandler([](Display* display) -> int {

@@ -25,6 +25,8 @@ class DesktopWindow {
     /// `damage` is in pixels of the window's surface.
     void damaged(std::span<const RECT> damage);
     void activate();
+    /// Doesn't wait for what is painted first.
+    void show_now();
     void set_cursor(GdkCursor* cursor);
     void set_caret(const RECT& place);
     /// Has the pointer's doings outside of all windows of the program told to this one, which is
@@ -55,7 +57,6 @@ class DesktopWindow {
     void make_area();
     void set_size();
     void set_form(DWORD before);
-    void show_now();
     void await_settling();
     void settle();
     [[nodiscard]] RECT actual_view() const;

@@ -11,6 +11,7 @@
 #include "tvutil2/platform/resource/resource.h"
 #include "tvutil2/platform/window/dialogs/dialog_state.h"
 #include "tvutil2/platform/window/dialogs/dialog_template.h"
+#include "tvutil2/platform/window/dialogs/disabled_owner.h"
 #include "tvutil2/platform/window/dialogs/run_dialog.h"
 #include "tvutil2/platform/window/focus.h"
 #include "tvutil2/platform/window/geometry.h"
@@ -312,19 +313,6 @@ INT_PTR run(HWND dialog, const DialogState& state, const std::function<bool()>& 
     return state.has_ended ? state.result : -1;
 }
 
-// A window that can't be used for a while, and can whatever becomes of that.
-struct Disabled {
-    HWND window;
-    explicit Disabled(HWND owner) : window(owner) {
-        if (window != nullptr && EnableWindow(window, FALSE)) window = nullptr;
-    }
-    ~Disabled() {
-        if (window != nullptr) EnableWindow(window, TRUE);
-    }
-    Disabled(const Disabled&) = delete;
-    Disabled& operator=(const Disabled&) = delete;
-};
-
 }  // namespace
 
 INT_PTR run_dialog(const DialogRun& given, const std::function<bool(HWND)>& pump) {
@@ -334,7 +322,7 @@ INT_PTR run_dialog(const DialogRun& given, const std::function<bool(HWND)>& pump
     dialog->style |= WS_POPUP;
     auto* const owner = given.parent != nullptr ? GetAncestor(given.parent, GA_ROOT) : nullptr;
     if (given.parent != nullptr && owner == nullptr) return -1;
-    Disabled disabled(owner);
+    DisabledOwner disabled(owner);
     auto* const window =
         make_dialog(given.instance, *dialog, owner, given.procedure, given.parameter);
     if (window == nullptr) return -1;
