@@ -51,6 +51,7 @@
 #include "tvutil2/framework/window_dc.h"
 #include "tvutil2/framework/wnd.h"
 #include "tvutil2/lang/change_language_dialog.h"
+#include "tvutil2/lang/language_choice.h"
 #include "tvutil2/lang/language_selection.h"
 #include "tvutil2/lang/language_table.h"
 #include "tvutil2/lang/resource_language.h"

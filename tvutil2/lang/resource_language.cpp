@@ -1,8 +1,8 @@
 #include "tvutil2/lang/resource_language.h"
 
 #include "tvutil2/framework/app.h"
+#include "tvutil2/lang/language_choice.h"
 #include "tvutil2/lang/language_key.h"
-#include "tvutil2/platform/base/clock.h"
 #include "tvutil2/platform/base/locale.h"
 #include "tvutil2/platform/resource/resource.h"
 #include "tvutil2/platform/window/dialogs/dialogs.h"
@@ -102,25 +102,13 @@ WORD TvMapResourceLanguage(DWORD language) {
 }
 
 WORD MLS_TvGetUserLanguage(const char16_t* product) {
-    if (product == nullptr) product = u"";
-    WORD language = spoken(thread_language()) != nullptr ? thread_language() : kEnglish;
-    FILETIME user_time{};
-    {
-        const auto user = LanguageKey::open(HKEY_CURRENT_USER, product);
-        if (user.is_open()) language = LOWORD(user.number(LanguageKey::kUser).value_or(language));
-        user_time = user.last_write();
+    const auto choice = tvutil2::language_choice(product);
+    if (choice.is_due_to_user) {
+        // What this writes makes the user's key the newer one, so that his next choice stands.
+        const auto user = LanguageKey::create(HKEY_CURRENT_USER, product, KEY_WRITE);
+        if (user.is_open()) user.set_number(LanguageKey::kUser, choice.language);
     }
-    {
-        const auto machine = LanguageKey::open(HKEY_LOCAL_MACHINE, product);
-        if (!machine.is_open()) return TvMapResourceLanguage(language);
-        const auto machine_time = machine.last_write();
-        if (CompareFileTime(&user_time, &machine_time) >= 0) return TvMapResourceLanguage(language);
-        language = LOWORD(machine.number(LanguageKey::kUser).value_or(language));
-    }
-    // What this writes makes the user's key the newer one, so that the user's next choice stands.
-    const auto user = LanguageKey::create(HKEY_CURRENT_USER, product, KEY_WRITE);
-    if (user.is_open()) user.set_number(LanguageKey::kUser, language);
-    return TvMapResourceLanguage(language);
+    return TvMapResourceLanguage(choice.language);
 }
 
 WORD MLS_TvGetResourceLanguage(const char16_t* product) {
