@@ -38,6 +38,9 @@ class SessionBus {
     SessionBus(const SessionBus&) = delete;
     SessionBus& operator=(const SessionBus&) = delete;
 
+    /// The next line that a program prints which the bus has started; waits for it.
+    [[nodiscard]] std::string printed() { return m_daemon.line(); }
+
   private:
     PipedProcess m_daemon;
 };

@@ -131,7 +131,9 @@ TEST(Tvutil, ShowsCrashReports) {
 
 TEST(Tvutil, ShowsNotificationsAndWaitsForTheAnswer) {
     EXPECT_EQ(tvutil({"notify", "send", "Done"}).code, 4);
-    const tests::SessionBus bus;
+    const auto entries = tests::profile_folder() + "/home/.local/share/applications";
+    EXPECT_FALSE(std::filesystem::exists(entries)) << "for nobody";
+    tests::SessionBus bus;
     tests::NotificationServer server(TESTS_STARTED "/notification_server.exe");
     const auto picture = tests::new_folder() + "/a&b.png";
     tests::write_file(picture, "x");
@@ -146,6 +148,11 @@ TEST(Tvutil, ShowsNotificationsAndWaitsForTheAnswer) {
                                   "1:action=update&conversationId=9813", "<a & \\\"b\\\">"}));
     server.order("invoke 1 1:answer");
     EXPECT_EQ(waiting.get().out, "{\n  \"argument\": \"answer\"\n}\n");
+    EXPECT_TRUE(std::filesystem::exists(entries));
+    // Answered when nobody waits any more, by a program of the desktop's starting.
+    server.order("invoke 1 1:late");
+    EXPECT_EQ(bus.printed(), "late");
+    EXPECT_EQ(tvutil({"notify", "answered", "--timeout", "1"}).code, 1);
     const std::string id = "Tolvarine.tvutil";
     tests::expect_answers(
         "", {{{"notify", "list"},

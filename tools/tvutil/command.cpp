@@ -26,6 +26,8 @@ namespace tool {
 namespace {
 
 constexpr std::size_t kLongestSecret = std::size_t{1} << 20;
+// What the desktop starts a program with whose notification was answered.
+constexpr std::string_view kDesktopsSwitch = "-ToastActivated";
 
 std::vector<std::function<void(CLI::App&)>>& commands() {
     static std::vector<std::function<void(CLI::App&)>> list;
@@ -261,7 +263,11 @@ int run(int argc, char** argv) {
     add_examples(app);
     const HarmlessStreams streams;
     try {
-        app.parse(argc, argv);
+        if (argc == 2 && argv[1] == kDesktopsSwitch) {
+            app.parse("notify answered");
+        } else {
+            app.parse(argc, argv);
+        }
     } catch (const CLI::ParseError& error) {
         if (error.get_exit_code() != 0) throw Failure{Exit::usage, complaint(app, error)};
         app.exit(error);

@@ -3,8 +3,10 @@
 #include "tvutil2/platform/base/result_error.h"
 #include "tvutil2/platform/registry/registry.h"
 #include "tvutil2/services/notifications.h"
+#include "tvutil2/settings/registry.h"
 
 #include <algorithm>
+#include <chrono>
 #include <future>
 #include <memory>
 #include <mutex>
@@ -27,6 +29,7 @@ struct Options {
     std::string icon;
     std::string button = "OK";
     std::string picture;
+    unsigned int milliseconds = 10'000;
     bool waits = false;
     bool json = false;
 };
@@ -78,28 +81,59 @@ std::u16string from_program_folder(const std::string& file) {
     return path + tool::platform_path_of(file).substr(std::u16string_view(u"C:\\").size());
 }
 
-void send(const Options& options) {
-    const auto name = tool::wide(options.name);
+using Answer = std::future<std::u16string>;
+
+// What the first answer says.
+Answer expect_answer() {
     // Outlives the handler.
     static auto* const argument = new std::promise<std::u16string>;
+    DesktopNotificationManagerCompat::OnActivated(
+        [is_set = std::make_shared<std::once_flag>()](
+            const DesktopNotificationActivatedEventArgsCompat& activated) {
+            std::call_once(*is_set, [&] { argument->set_value(activated.Argument()); });
+        });
+    return argument->get_future();
+}
+
+void print_answer(Answer& answer, bool as_json) {
+    tool::print_text("argument", tool::narrow(answer.get()), as_json);
+}
+
+void send(const Options& options) {
+    const auto name = tool::wide(options.name);
+    Answer answer;
     carry_out([&] {
         DesktopNotificationManagerCompat::Register(
             tool::wide(kOwnId), name,
             options.icon.empty() ? u"" : tool::platform_path_of(options.icon));
-        if (options.waits) {
-            DesktopNotificationManagerCompat::OnActivated(
-                [is_set = std::make_shared<std::once_flag>()](
-                    const DesktopNotificationActivatedEventArgsCompat& activated) {
-                    std::call_once(*is_set, [&] { argument->set_value(activated.Argument()); });
-                });
-        }
+        if (options.waits) answer = expect_answer();
         TVSendToast(tool::wide(options.title).c_str(), tool::wide(options.text).c_str(),
                     in_attribute(tool::wide(options.button)).c_str(),
                     from_program_folder(options.picture).c_str());
     });
-    if (options.waits) {
-        tool::print_text("argument", tool::narrow(argument->get_future().get()), options.json);
+    if (options.waits) print_answer(answer, options.json);
+}
+
+std::u16string registered(const char16_t* value) {
+    CRegistry key;
+    const auto name = u"SOFTWARE\\Classes\\AppUserModelId\\" + tool::wide(kOwnId);
+    if (key.Open(HKEY_CURRENT_USER, name.c_str(), 0, KEY_READ) == 0) return {};
+    return std::u16string(key.GetValue(value, CString()).View());
+}
+
+// The name and the icon stay those under which the notification was sent.
+void take_late_answer(const Options& options) {
+    Answer answer;
+    carry_out([&] {
+        DesktopNotificationManagerCompat::Register(tool::wide(kOwnId), registered(u"DisplayName"),
+                                                   registered(u"IconUri"));
+        answer = expect_answer();
+    });
+    if (answer.wait_for(std::chrono::milliseconds(options.milliseconds)) !=
+        std::future_status::ready) {
+        throw Failure{Exit::no, "no notification was answered"};
     }
+    print_answer(answer, options.json);
 }
 
 void list(const Options& options) {
@@ -162,6 +196,19 @@ const tool::Command g_notify([](CLI::App& app) {
     sender.add_flag("--wait", options->waits, "Wait for the answer and print its arguments");
     tool::add_json_flag(sender, options->json);
     sender.callback([options] { send(*options); });
+    auto& taker = *notify.add_subcommand(
+        "answered", "Take the answer to a notification that was sent without --wait");
+    taker
+        .add_option("--timeout", options->milliseconds,
+                    "Give up after so many milliseconds, with exit code 1")
+        ->capture_default_str();
+    tool::add_json_flag(taker, options->json);
+    tool::add_to_footer(taker,
+                        "Prints the answer's arguments as --wait does. When a person answers a "
+                        "notification\nwhose sender has ended, the desktop starts \"tvutil "
+                        "-ToastActivated\", which is this\ncommand; what it prints goes to the "
+                        "journal of the session.");
+    taker.callback([options] { take_late_answer(*options); });
     auto& lister = *notify.add_subcommand(
         "list", "Programs that have notifications: id, name, class, and how many");
     tool::add_json_flag(lister, options->json);

@@ -59,7 +59,9 @@ class Desktop {
     Desktop(const Desktop&) = delete;
     Desktop& operator=(const Desktop&) = delete;
 
-    virtual HRESULT show(const ToastView& view, ShownToast& shown) = 0;
+    /// Finds a server, which the bus starts if it knows one, and what that makes of texts.
+    virtual HRESULT find_server(bool& reads_markup) = 0;
+    virtual HRESULT show(const ToastView& view, bool reads_markup, ShownToast& shown) = 0;
     /// Takes back those that the present server has; the others are gone already.
     virtual HRESULT close(const std::vector<ShownToast>& toasts) = 0;
     /// Answers to a name from now on, or as soon as the process that has it ends

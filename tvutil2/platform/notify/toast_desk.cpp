@@ -134,6 +134,9 @@ HRESULT ToastDesk::show(const std::u16string& model_id, const XmlDocument& docum
     if (!read_toast(document, registration, model_id, content)) return E_INVALIDARG;
     Desktop* desktop = nullptr;
     if (const auto result = link(desktop); FAILED(result)) return result;
+    // First, so that no files are left behind where nobody could ever answer.
+    bool reads_markup = false;
+    if (const auto result = desktop->find_server(reads_markup); FAILED(result)) return result;
     const auto published = publish_program(registration, content.view.program);
     if (published != Published::no) {
         content.view.desktop_entry = name_of_class(registration.class_text);
@@ -142,7 +145,8 @@ HRESULT ToastDesk::show(const std::u16string& model_id, const XmlDocument& docum
     ShownToast shown;
     {
         const std::lock_guard guard(m_showing_lock);
-        if (const auto result = desktop->show(content.view, shown); FAILED(result)) return result;
+        const auto result = desktop->show(content.view, reads_markup, shown);
+        if (FAILED(result)) return result;
         m_remembered.push_back({shown, model_id, content.launch});
         if (m_remembered.size() > kMostRemembered) m_remembered.pop_front();
     }

@@ -162,17 +162,22 @@ class BusDesktop final : public Desktop {
   public:
     explicit BusDesktop(DesktopEvents& events) : m_events(events) {}
 
-    HRESULT show(const ToastView& view, ShownToast& shown) override {
+    HRESULT find_server(bool& reads_markup) override {
         const auto bus = connected();
         if (!bus) return WPN_E_PLATFORM_UNAVAILABLE;
         HRESULT reason = S_OK;
         const auto abilities = call(bus.get(), kServer, kServerPath, kServer, "GetCapabilities",
                                     nullptr, "(as)", reason);
-        if (!abilities) return reason;
+        if (abilities) reads_markup = is_listed(abilities.get(), "body-markup");
+        return reason;
+    }
+
+    HRESULT show(const ToastView& view, bool reads_markup, ShownToast& shown) override {
+        const auto bus = connected();
+        if (!bus) return WPN_E_PLATFORM_UNAVAILABLE;
         const Message message(
             g_dbus_message_new_method_call(kServer, kServerPath, kServer, "Notify"));
-        g_dbus_message_set_body(message.get(),
-                                notify_arguments(view, is_listed(abilities.get(), "body-markup")));
+        g_dbus_message_set_body(message.get(), notify_arguments(view, reads_markup));
         Error error;
         const Message answer(g_dbus_connection_send_message_with_reply_sync(
             bus.get(), message.get(), G_DBUS_SEND_MESSAGE_FLAGS_NONE, kTimeout, nullptr, nullptr,
