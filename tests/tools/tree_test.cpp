@@ -35,6 +35,7 @@ std::vector<std::vector<std::string>> all_commands() {
 TEST(TvutilTree, EveryCommandHasAnExampleAndNamesWhatIsWrong) {
     const auto commands = all_commands();
     ASSERT_GT(commands.size(), 50U);
+    std::string script;
     for (auto command : commands) {
         std::string path = "tvutil";
         for (const auto& word : command) path += ' ' + word;
@@ -46,6 +47,8 @@ TEST(TvutilTree, EveryCommandHasAnExampleAndNamesWhatIsWrong) {
         const auto example = help.out.find("Example:\n  ");
         ASSERT_NE(example, std::string::npos) << help.out;
         EXPECT_NE(help.out.find(path, example), std::string::npos) << help.out;
+        const auto line = help.out.find('\n', example) + 1;
+        script += help.out.substr(line, help.out.find('\n', line) + 1 - line);
         command.emplace_back("--hepl");
         const auto wrong = tvutil(command);
         EXPECT_EQ(wrong.code, 2);
@@ -53,6 +56,8 @@ TEST(TvutilTree, EveryCommandHasAnExampleAndNamesWhatIsWrong) {
             << wrong.err;
         EXPECT_NE(wrong.err.find("did you mean \"--help\"?"), std::string::npos) << wrong.err;
     }
+    const auto read_by_shell = tests::run("/bin/bash", {"-n", "-c", script});
+    EXPECT_EQ(read_by_shell.code, 0) << read_by_shell.err;
 }
 
 TEST(TvutilTree, NamesTheNearestWord) {
