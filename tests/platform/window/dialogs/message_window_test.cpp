@@ -64,6 +64,7 @@ TEST_F(MessageWindows, AnswerWhatIsTypedInThem) {
         {MB_OK, {VK_RETURN}, IDOK},
         {MB_OKCANCEL | MB_ICONERROR, {VK_RETURN}, IDOK},
         {MB_OKCANCEL | MB_DEFBUTTON2, {VK_RETURN}, IDCANCEL},
+        {MB_OKCANCEL | MB_DEFBUTTON2, {VK_SPACE}, IDCANCEL},
         {MB_OKCANCEL | MB_DEFBUTTON4, {VK_SPACE}, IDOK},
         // Esc is no answer where nothing cancels.
         {MB_YESNO, {VK_ESCAPE, 'N'}, IDNO},

@@ -157,6 +157,11 @@ HWND make_frame(const DialogTemplate& dialog, HINSTANCE instance, HWND parent, H
     return window;
 }
 
+void keep_focus(HWND dialog, DialogState& state) {
+    auto* const focus = GetFocus();
+    if (focus != nullptr && IsChild(dialog, focus) != 0) state.last_focus = focus;
+}
+
 // The first button that calls itself the default one.
 void find_default_button(HWND dialog, DialogState& state) {
     auto* each = GetWindow(dialog, GW_CHILD);
@@ -194,6 +199,8 @@ HWND make_dialog(HINSTANCE instance, const DialogTemplate& dialog, HWND parent, 
         auto* const now = GetNextDlgTabItem(window, nullptr, FALSE);
         state->last_focus = now;
         if ((dialog.style & WS_CHILD) == 0 && now != nullptr) focus_control(now);
+    } else if (IsWindow(window)) {
+        keep_focus(window, *state);  // which the procedure has given
     }
     if (!IsWindow(window)) return nullptr;
     if ((dialog.style & WS_VISIBLE) != 0 && !state->has_ended) ShowWindow(window, SW_SHOWNORMAL);
@@ -228,11 +235,6 @@ LRESULT erase(HWND dialog, HDC context) {
     GetClientRect(dialog, &client);
     if (brush != nullptr) FillRect(context, &client, brush);
     return brush != nullptr ? TRUE : FALSE;
-}
-
-void keep_focus(HWND dialog, DialogState& state) {
-    auto* const focus = GetFocus();
-    if (focus != nullptr && IsChild(dialog, focus) != 0) state.last_focus = focus;
 }
 
 void restore_focus(HWND dialog, const DialogState& state) {
