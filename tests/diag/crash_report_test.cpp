@@ -327,6 +327,22 @@ TEST_F(CrashReport, ShowsTheMainWindow) {
     }
 }
 
+TEST_F(CrashReport, AChildDoesntShowItsParentsWindows) {
+    setenv("TVUTIL_DISPLAY", "offscreen", 1);
+    EXPECT_EQ(signal_of([] {
+                  show_windows();
+                  const pid_t child = fork();
+                  if (child == 0) read_nothing();
+                  int status = 0;
+                  waitpid(child, &status, 0);
+                  if (signal_in(status) == SIGSEGV) raise(SIGTERM);
+              }),
+              SIGTERM);
+    const auto report = take_report();
+    ASSERT_TRUE(report.json.is_object());
+    EXPECT_EQ(report.json.at("picture"), "none: no window is shown");
+}
+
 TEST_F(CrashReport, NamesTheProgramAndKeepsItsSecrets) {
     setenv("TESTS_SECRET", "never to be told", 1);
     const auto program =

@@ -9,7 +9,7 @@
 namespace tvutil2 {
 
 /// The pixels of one window. A process's first kCrashPictures are known; of those a report shows
-/// the largest. One thread at a time.
+/// the largest. A child after a fork begins with none. One thread at a time.
 class ReportedPicture {
   public:
     ReportedPicture() = default;
@@ -23,6 +23,8 @@ class ReportedPicture {
     void forget();
 
   private:
+    bool replace(const CrashPicture* fresh);
+
     std::unique_ptr<const CrashPicture> m_picture;
     std::atomic<const CrashPicture*>* m_slot = nullptr;
 };
