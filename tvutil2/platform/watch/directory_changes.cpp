@@ -1,5 +1,6 @@
 #include "tvutil2/platform/watch/directory_changes.h"
 
+#include "tvutil2/platform/base/fork_lock.h"
 #include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/files/file_object.h"
 #include "tvutil2/platform/files/files.h"
@@ -39,6 +40,11 @@ struct Read {
     }
 };
 
+// One for all watches, which the hub tells one behind the other: a fork finds it free, so that a
+// child can close its parent's handles.
+constinit std::mutex g_lock;
+const ForkLock g_fork_safe(g_lock, ForkRank::area);
+
 class DirectoryWatch final : public FileCompanion, private FolderListener {
   public:
     DirectoryWatch(bool subtree, DWORD filter, DWORD room)
@@ -50,14 +56,14 @@ class DirectoryWatch final : public FileCompanion, private FolderListener {
     }
 
     void add(Read read) {
-        const std::lock_guard guard(m_lock);
+        const std::lock_guard guard(g_lock);
         m_reads.push_back(std::move(read));
         serve();
     }
 
     /// Ends the reads of a thread; of every thread when it is null.
     void cancel(const ApcQueue* thread) {
-        const std::lock_guard guard(m_lock);
+        const std::lock_guard guard(g_lock);
         std::deque<Read> rest;
         for (auto& read : m_reads) {
             if (thread == nullptr || read.thread.get() == thread) {
@@ -71,25 +77,25 @@ class DirectoryWatch final : public FileCompanion, private FolderListener {
 
   private:
     void on_change(DWORD action, std::u16string_view prefix, std::u16string_view name) override {
-        const std::lock_guard guard(m_lock);
+        const std::lock_guard guard(g_lock);
         m_records.add(action, prefix, name);
     }
     void on_lost() override {
-        const std::lock_guard guard(m_lock);
+        const std::lock_guard guard(g_lock);
         m_records.lose();
         serve();
     }
     void on_gone() override {
-        const std::lock_guard guard(m_lock);
+        const std::lock_guard guard(g_lock);
         m_is_gone = true;
         serve();
     }
     void on_quiet() override {
-        const std::lock_guard guard(m_lock);
+        const std::lock_guard guard(g_lock);
         serve();
     }
 
-    // Ends reads for as long as there is something to tell.
+    // Ends reads for as long as there is something to tell. With the lock.
     void serve() {
         while (!m_reads.empty() && (m_is_gone || m_records.has_news())) {
             const auto read = std::move(m_reads.front());
@@ -99,7 +105,6 @@ class DirectoryWatch final : public FileCompanion, private FolderListener {
         }
     }
 
-    std::mutex m_lock;
     ChangeRecords m_records;   // guarded by the lock, as are
     std::deque<Read> m_reads;  // the reads under way, the first to end first
     bool m_is_gone = false;

@@ -20,12 +20,17 @@ namespace tvutil2 {
 namespace {
 
 std::atomic<Driver*> g_driver{nullptr};
+std::atomic<bool> g_is_chosen{false};  // or is about to be
+std::atomic<bool> g_is_parents{false};
 
-// A child after a fork has no windows, and its parent's connection is none of its own. No lock: a
-// driver may start programs while it is made.
+// A child after a fork has no windows, and its parent's connection is none of its own; one that was
+// only half made least of all. No lock: a driver may start programs while it is made.
 const ForkMember g_fork_safe(
     ForkRank::area, nullptr, [](void* /*what*/) {}, [](void* /*what*/) {},
-    [](void* /*what*/) { g_driver = nullptr; });
+    [](void* /*what*/) {
+        g_driver = nullptr;
+        g_is_parents = g_is_chosen.load();
+    });
 
 // With the lock of the tree.
 Shown description_of(const Window& window) {
@@ -92,7 +97,11 @@ void follow_look(HWND window) {
 // Never destroyed: threads with windows end behind the static objects.
 Driver* display() {
     static std::once_flag once;
-    std::call_once(once, [] { g_driver = make_driver(put_input).release(); });
+    if (g_is_parents) return nullptr;
+    std::call_once(once, [] {
+        g_is_chosen = true;
+        g_driver = make_driver(put_input).release();
+    });
     return g_driver;
 }
 
