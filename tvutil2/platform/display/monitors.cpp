@@ -65,6 +65,7 @@ std::vector<Monitor> monitors() {
 }
 
 void set_monitors(std::vector<Monitor> monitors) {
+    for (auto& each : monitors) each.dpi = held_dpi(each.dpi);
     auto& known = Known::instance();
     const std::lock_guard guard(known.lock);
     known.all = std::move(monitors);

@@ -40,7 +40,7 @@ struct Monitor {
 
 /// The first one is the primary.
 [[nodiscard]] TVUTIL_API std::vector<Monitor> monitors();
-/// For drivers. No monitors stand for the one without a display.
+/// For drivers. No monitors stand for the one without a display; scales are held as the system's.
 TVUTIL_API void set_monitors(std::vector<Monitor> monitors);
 /// Of the monitor that most of the rectangle lies on, or else is next to.
 [[nodiscard]] Monitor monitor_at(const RECT& rect);

@@ -107,8 +107,12 @@ UINT system_dpi() {
     return g_dpi.load(std::memory_order_relaxed);
 }
 
+UINT held_dpi(UINT dpi) {
+    return std::clamp<UINT>(dpi, 24, 960);
+}
+
 void set_system_dpi(UINT dpi) {
-    g_dpi = std::clamp<UINT>(dpi, 24, 960);
+    g_dpi = held_dpi(dpi);
 }
 
 void set_interface_font(const char16_t* family) {

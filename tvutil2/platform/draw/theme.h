@@ -124,7 +124,9 @@ TVUTIL_API void set_theme_mode(ThemeMode mode);
 
 /// The system's scale in dots an inch, 96 at first; what a screen without a scale of its own has.
 [[nodiscard]] TVUTIL_API UINT system_dpi();
-/// Held between 24 and 960 (25 to 1000 percent).
+/// Between 24 and 960 (25 to 1000 percent), whatever a desktop says.
+[[nodiscard]] UINT held_dpi(UINT dpi);
+/// Held as above.
 TVUTIL_API void set_system_dpi(UINT dpi);
 
 /// The font family of the person's desktop, UTF-16, up to LF_FACESIZE - 1 units; empty for the

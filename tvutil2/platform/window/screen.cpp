@@ -3,6 +3,7 @@
 #include "tvutil2/platform/base/fork_lock.h"
 #include "tvutil2/platform/base/wide_text.h"
 #include "tvutil2/platform/display/monitors.h"
+#include "tvutil2/platform/draw/theme.h"
 #include "tvutil2/platform/window/geometry.h"
 #include "tvutil2/platform/window/input.h"
 #include "tvutil2/platform/window/messages.h"
@@ -58,20 +59,21 @@ void forget_top_level(Window& window) {
 void follow_scale(const RawInput& input) {
     RECT place{};
     UINT before = 0;
+    const auto now = held_dpi(input.dpi);
     {
         const TreeLock tree;
         auto* const record = tree.table.find(input.window);
-        if (record == nullptr || input.dpi == 0 || record->dpi == input.dpi) return;
-        before = std::exchange(record->dpi, input.dpi);
+        if (record == nullptr || input.dpi == 0 || record->dpi == now) return;
+        before = std::exchange(record->dpi, now);
         place = record->rect;
         if (record->top != nullptr) invalidate_all(*record);
     }
     const auto scaled = [&](LONG length) {
-        return MulDiv(length, static_cast<int>(input.dpi), static_cast<int>(before));
+        return MulDiv(length, static_cast<int>(now), static_cast<int>(before));
     };
     RECT wanted{place.left, place.top, place.left + scaled(place.right - place.left),
                 place.top + scaled(place.bottom - place.top)};
-    const auto dpi = static_cast<WORD>(input.dpi);
+    const auto dpi = static_cast<WORD>(now);
     SendMessageW(input.window, WM_DPICHANGED, MAKEWPARAM(dpi, dpi),
                  reinterpret_cast<LPARAM>(&wanted));
 }
