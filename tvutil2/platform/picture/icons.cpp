@@ -15,9 +15,9 @@
 #include <sys/stat.h>
 
 #include <algorithm>
-#include <array>
 #include <cstring>
 #include <utility>
+#include <vector>
 
 using tvutil2::fail_with;
 using tvutil2::make_handle;
@@ -50,13 +50,33 @@ const char16_t* const kGroupIcon = MAKEINTRESOURCEW(14);
 const char16_t* const kIcon = MAKEINTRESOURCEW(3);
 const char16_t* const kBitmap = MAKEINTRESOURCEW(2);
 
-// The system's icons at its size, and the theme that they were drawn in.
 constinit std::mutex g_shared_lock;
 const tvutil2::ForkLock g_shared_fork_safe(g_shared_lock, tvutil2::ForkRank::caller);
-constinit std::array<std::pair<const tvutil2::Theme*, HICON>, 5> g_shared{};
+
+struct SharedIcon {
+    unsigned id;
+    int size;
+    const tvutil2::Theme* theme;
+    bool operator==(const SharedIcon&) const = default;
+};
 
 int system_icon_size() {
     return tvutil2::scaled(32, tvutil2::system_dpi());
+}
+
+// The system's are asked for again and again, in one look or another, and nobody gives them back.
+HICON shared_icon(unsigned id) {
+    static auto* const shared = new std::vector<std::pair<SharedIcon, HICON>>;
+    const SharedIcon wanted{id, system_icon_size(), &tvutil2::theme()};
+    const std::lock_guard guard(g_shared_lock);
+    const auto found = std::ranges::find(*shared, wanted, &std::pair<SharedIcon, HICON>::first);
+    if (found != shared->end()) return found->second;
+    const auto pixels = tvutil2::system_icon(id, wanted.size);
+    if (!pixels) return nullptr;
+    const SIZE size{wanted.size, wanted.size};
+    auto* const icon = make_handle<HICON>(std::make_shared<IconObject>(pixels, size, true));
+    if (icon != nullptr) shared->emplace_back(wanted, icon);
+    return icon;
 }
 
 Bytes resource_bytes(HINSTANCE module, const char16_t* name, const char16_t* type) {
@@ -168,22 +188,8 @@ HANDLE LoadImageW(HINSTANCE module, const char16_t* name, UINT type, int width, 
 }
 
 HICON LoadIconW(HINSTANCE module, const char16_t* name) {
-    // The system's are asked for again and again, and nobody gives them back.
-    if (module == nullptr && IS_INTRESOURCE(name)) {
-        const auto id = static_cast<unsigned>(reinterpret_cast<std::uintptr_t>(name));
-        const auto index = id - 32512U;
-        if (index < g_shared.size()) {
-            const std::lock_guard guard(g_shared_lock);
-            auto& [theme, icon] = g_shared[index];
-            if (icon != nullptr && theme == &tvutil2::theme()) return icon;
-            const auto pixels = tvutil2::system_icon(id, system_icon_size());
-            if (!pixels) return nullptr;
-            const SIZE size{pixels->width(), pixels->height()};
-            theme = &tvutil2::theme();
-            icon = make_handle<HICON>(std::make_shared<IconObject>(pixels, size, true));
-            return icon;
-        }
-    }
+    const auto id = static_cast<unsigned>(reinterpret_cast<std::uintptr_t>(name));
+    if (module == nullptr && IS_INTRESOURCE(name) && id - 32512U < 5) return shared_icon(id);
     return reinterpret_cast<HICON>(LoadImageW(module, name, IMAGE_ICON, 0, 0, LR_DEFAULTSIZE));
 }
 
