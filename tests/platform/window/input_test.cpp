@@ -130,6 +130,26 @@ TEST_F(Input, FocusFollowsWhatBecomesOfItsWindow) {
     EXPECT_EQ(GetFocus(), nullptr);
 }
 
+// A key that closes the last window comes up where nobody hears of it.
+TEST_F(Input, KeysAreUpWhenTheKeyboardHasGone) {
+    const std::function<void()> ways[] = {
+        [&] { DestroyWindow(m_top); },
+        [&] { ShowWindow(m_top, SW_HIDE); },
+        [&] { SetActiveWindow(nullptr); },
+    };
+    for (const auto& go : ways) {
+        make_windows();
+        tvutil2::press_key(VK_MENU);
+        pump();
+        EXPECT_LT(GetKeyState(VK_MENU), 0);
+        go();
+        tvutil2::release_key(VK_MENU);
+        EXPECT_GE(GetKeyState(VK_MENU), 0);
+        if (IsWindow(m_top)) DestroyWindow(m_top);
+        m_trace.names.clear();
+    }
+}
+
 TEST_F(Input, ThePointerFindsItsWindow) {
     make_windows();
     POINT heard{-1, -1};

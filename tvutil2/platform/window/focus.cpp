@@ -3,11 +3,14 @@
 #include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/window/geometry.h"
 #include "tvutil2/platform/window/input.h"
+#include "tvutil2/platform/window/keys.h"
 #include "tvutil2/platform/window/menus/menu_loop.h"
 #include "tvutil2/platform/window/messages.h"
 #include "tvutil2/platform/window/screen.h"
 #include "tvutil2/platform/window/window.h"
 #include "tvutil2/platform/window/window_states.h"
+
+#include <span>
 
 namespace tvutil2 {
 namespace {
@@ -72,6 +75,11 @@ void change_focus(InputState& state, HWND window) {
     }
 }
 
+// The keyboard goes elsewhere, and nobody tells which keys go up there.
+void forget_keys_down(InputState& state) {
+    for (auto& key : std::span(state.keys).subspan(VK_BACK)) key &= 1;
+}
+
 bool is_inside(HWND outer, HWND window) {
     return window != nullptr && (outer == window || IsChild(outer, window) != 0);
 }
@@ -107,6 +115,7 @@ bool activate(HWND top, WORD how) {
     }
     if (state.active != top) return false;
     if (top == nullptr) {
+        forget_keys_down(state);
         change_focus(state, nullptr);
         return true;
     }
@@ -133,6 +142,7 @@ void follow_activation(const RawInput& input) {
     auto expected = reinterpret_cast<std::uintptr_t>(input.window);
     const bool leaves_process = g_front.compare_exchange_strong(expected, 0);
     state.active = nullptr;
+    forget_keys_down(state);
     SendMessageW(input.window, WM_NCACTIVATE, FALSE, 0);
     SendMessageW(input.window, WM_ACTIVATE, WA_INACTIVE, 0);
     if (leaves_process) SendMessageW(input.window, WM_ACTIVATEAPP, FALSE, 0);
