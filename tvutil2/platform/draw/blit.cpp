@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <span>
 #include <utility>
 #include <vector>
 
@@ -288,26 +289,29 @@ std::uint32_t over(std::uint32_t top, std::uint32_t below) {
     return top + (dimmed(below & kPair) | dimmed(below >> 8U & kPair) << 8U);
 }
 
-// In pieces, most of which are opaque or let everything through.
-void blend_row(std::uint32_t* to, const std::uint32_t* from, std::size_t width) {
-    constexpr std::size_t kPiece = 16;
-    while (width != 0) {
-        const auto count = std::min(width, kPiece);
-        std::uint32_t all = ~0U;
-        std::uint32_t any = 0;
-        for (std::size_t i = 0; i < count; ++i) {
-            all &= from[i];
-            any |= from[i];
-        }
-        if (all >= Surface::kBlack) {
-            std::memcpy(to, from, count * sizeof *to);
-        } else if (any != 0) {
-            for (std::size_t i = 0; i < count; ++i) to[i] = over(from[i], to[i]);
-        }
-        to += count;
-        from += count;
-        width -= count;
+// Most pieces are opaque or let everything through. Of a size that is known when this is compiled,
+// the loops become few instructions.
+template <std::size_t size = std::dynamic_extent>
+void blend_piece(std::uint32_t* to, const std::uint32_t* from, std::size_t count = size) {
+    std::uint32_t all = ~0U;
+    std::uint32_t any = 0;
+    for (std::size_t i = 0; i < count; ++i) {
+        all &= from[i];
+        any |= from[i];
     }
+    if (all >= Surface::kBlack) {
+        std::memcpy(to, from, count * sizeof *to);
+    } else if (any != 0) {
+        for (std::size_t i = 0; i < count; ++i) to[i] = over(from[i], to[i]);
+    }
+}
+
+void blend_row(std::uint32_t* to, const std::uint32_t* from, std::size_t width) {
+    constexpr std::size_t kPiece = 32;
+    for (; width >= kPiece; width -= kPiece, to += kPiece, from += kPiece) {
+        blend_piece<kPiece>(to, from);
+    }
+    blend_piece(to, from, width);
 }
 
 // Pixel by pixel, `from` to the corner of `to`.

@@ -2,7 +2,7 @@
 
 #include "tvutil2/platform/draw/objects.h"
 
-#include <algorithm>
+#include <cwchar>
 #include <utility>
 
 namespace tvutil2 {
@@ -31,6 +31,12 @@ const ContextState& first_state() {
         return made;
     }();
     return *state;
+}
+
+// The C library has one of these for each kind of processor.
+void fill_pixels(std::uint32_t* pixels, std::size_t count, std::uint32_t pixel) {
+    static_assert(sizeof(wchar_t) == sizeof *pixels);
+    std::wmemset(reinterpret_cast<wchar_t*>(pixels), static_cast<wchar_t>(pixel), count);
 }
 
 }  // namespace
@@ -88,9 +94,9 @@ void Drawing::fill(const RECT& rect, std::uint32_t pixel) const {
     for (const auto& part : clip().rects()) {
         const auto cut = common_part(part, rect);
         if (is_empty(cut)) continue;
+        const auto width = static_cast<std::size_t>(cut.right - cut.left);
         for (auto y = cut.top; y < cut.bottom; ++y) {
-            auto* const row = m_surface->row(y);
-            std::fill(row + cut.left, row + cut.right, pixel);
+            fill_pixels(m_surface->row(y) + cut.left, width, pixel);
         }
     }
 }

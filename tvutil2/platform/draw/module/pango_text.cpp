@@ -207,10 +207,8 @@ class PangoParagraph : public TextLayout {
         pango_layout_set_text(layout, m_text.bytes().data(),
                               static_cast<int>(m_text.bytes().size()));
         set_attributes(font, text.size(), options);
-        const auto tab =
-            options.tab_width > 0 ? options.tab_width : 8 * font.metrics().average_width;
-        const Tabs tabs(pango_tab_array_new_with_positions(1, TRUE, PANGO_TAB_LEFT, tab));
-        pango_layout_set_tabs(layout, tabs.get());
+        // Most have none, and this takes a good part of what a line takes.
+        if (text.find(u'\t') != std::u16string_view::npos) set_tabs(font, options);
         set_width(options);
     }
 
@@ -262,6 +260,13 @@ class PangoParagraph : public TextLayout {
     [[nodiscard]] PangoLayoutLine* get(int line) const {
         return pango_layout_get_line_readonly(m_layout.get(),
                                               std::clamp(line, 0, line_count() - 1));
+    }
+
+    void set_tabs(const PangoFontObject& font, const TextOptions& options) {
+        const auto tab =
+            options.tab_width > 0 ? options.tab_width : 8 * font.metrics().average_width;
+        const Tabs tabs(pango_tab_array_new_with_positions(1, TRUE, PANGO_TAB_LEFT, tab));
+        pango_layout_set_tabs(m_layout.get(), tabs.get());
     }
 
     void set_attributes(const PangoFontObject& font, std::size_t size, const TextOptions& options) {
