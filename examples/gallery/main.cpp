@@ -2,17 +2,20 @@
 //
 //   Gallery                    in windows
 //   Gallery --screenshot DIR   as PNG files in DIR, which is made, without a display
+//   Gallery --soak SECONDS [--seed N]   opens all of it at random, without a display
 #include <sys/stat.h>
 
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <random>
 #include <string>
 #include <string_view>
 
 #include "examples/gallery/dialogs.h"
 #include "examples/gallery/pictures.h"
 #include "examples/gallery/resources.h"
+#include "examples/gallery/soak.h"
 
 namespace {
 
@@ -30,15 +33,23 @@ int take_pictures(const std::string& folder) {
     return 0;
 }
 
+int usage() {
+    std::fputs("usage: Gallery [--screenshot DIR | --soak SECONDS [--seed N]]\n", stderr);
+    return 2;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
     if (!gallery::add_resources()) return 1;
     if (argc == 3 && std::string_view(argv[1]) == "--screenshot") return take_pictures(argv[2]);
-    if (argc != 1) {
-        std::fputs("usage: Gallery [--screenshot DIR]\n", stderr);
-        return 2;
+    if ((argc == 3 || argc == 5) && std::string_view(argv[1]) == "--soak") {
+        const bool has_seed = argc == 5 && std::string_view(argv[3]) == "--seed";
+        if (argc == 5 && !has_seed) return usage();
+        const auto seed = has_seed ? std::strtoul(argv[4], nullptr, 10) : std::random_device{}();
+        return gallery::soak(std::atoi(argv[2]), static_cast<unsigned>(seed));
     }
+    if (argc != 1) return usage();
     AfxWinInit(AfxGetInstanceHandle());
     if (gallery::run_main_window() != -1) return 0;
     std::fputs("Gallery: there is no display (try --screenshot DIR)\n", stderr);

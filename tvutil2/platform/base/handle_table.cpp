@@ -155,6 +155,12 @@ void visit_live(const std::function<void(HandleObject&)>& visit) {
     }
 }
 
+std::size_t count_live() {
+    std::size_t count = 0;
+    visit_live([&count](HandleObject&) { ++count; });
+    return count;
+}
+
 // A fork while another thread opens or closes a handle would leave the child with a lock that
 // nobody opens. A look-up holds none. What another thread had pinned stays pinned in the child: its
 // handle can be closed there, its memory isn't freed.

@@ -111,6 +111,9 @@ class Pin {
 /// Visits every object that has a handle, in no order.
 void visit_live(const std::function<void(HandleObject&)>& visit);
 
+/// How many objects have a handle.
+[[nodiscard]] TVUTIL_API std::size_t count_live();
+
 /// Keeps forks and the table apart; registered at the library's load or the first call, whichever
 /// is sooner. Who registers a handler that works with handles calls this before it.
 void guard_forks();
