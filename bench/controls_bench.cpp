@@ -32,6 +32,17 @@ std::u16string long_text(bool is_one_line) {
     return text;
 }
 
+// Words of one to twelve letters, as they come.
+std::u16string long_prose() {
+    std::u16string text;
+    for (unsigned random = 1; text.size() < kUnits;) {
+        random = random * 1103515245 + 12345;
+        text.append(1 + (random >> 16) % 12, static_cast<char16_t>(u'a' + (random >> 24) % 26));
+        text += u' ';
+    }
+    return text;
+}
+
 void run_dry() {
     MSG message;
     while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
@@ -40,14 +51,14 @@ void run_dry() {
     }
 }
 
-void key_ours(benchmark::State& state, DWORD style, bool is_one_line) {
+void key_ours(benchmark::State& state, DWORD style, const std::u16string& text) {
     setenv("TVUTIL_DISPLAY", "offscreen", 1);
     auto* const top = CreateWindowExW(0, u"#32770", u"", WS_POPUP | WS_VISIBLE, 0, 0, kWidth,
                                       kHeight, nullptr, nullptr, nullptr, nullptr);
     auto* const edit = CreateWindowExW(0, u"Edit", u"", style | WS_BORDER | WS_CHILD | WS_VISIBLE,
                                        0, 0, kWidth, kHeight, top, nullptr, nullptr, nullptr);
     SendMessageW(edit, EM_LIMITTEXT, 0, 0);
-    SetWindowTextW(edit, long_text(is_one_line).c_str());
+    SetWindowTextW(edit, text.c_str());
     SetFocus(edit);
     SendMessageW(edit, EM_SETSEL, kUnits / 2, kUnits / 2);
     SendMessageW(edit, EM_SCROLLCARET, 0, 0);
@@ -63,21 +74,27 @@ void key_ours(benchmark::State& state, DWORD style, bool is_one_line) {
 }
 
 void key_in_lines_ours(benchmark::State& state) {
-    key_ours(state, ES_MULTILINE | ES_AUTOVSCROLL | WS_VSCROLL, false);
+    key_ours(state, ES_MULTILINE | ES_AUTOVSCROLL | WS_VSCROLL, long_text(false));
 }
 BENCHMARK(key_in_lines_ours)->Name("a key in 100,000 characters in lines|ours");
 void key_in_one_line_ours(benchmark::State& state) {
-    key_ours(state, ES_AUTOHSCROLL, true);
+    key_ours(state, ES_AUTOHSCROLL, long_text(true));
 }
 BENCHMARK(key_in_one_line_ours)->Name("a key in one line of 100,000 characters|ours");
-// One paragraph that wraps.
+// One paragraph that wraps; then one whose rows are all alike, so that a word that goes down a row
+// takes one down in every row below.
 void key_in_paragraph_ours(benchmark::State& state) {
-    key_ours(state, ES_MULTILINE | ES_AUTOVSCROLL | WS_VSCROLL, true);
+    key_ours(state, ES_MULTILINE | ES_AUTOVSCROLL | WS_VSCROLL, long_prose());
 }
 BENCHMARK(key_in_paragraph_ours)->Name("a key in 100,000 characters that wrap|ours");
+void key_in_equal_rows_ours(benchmark::State& state) {
+    key_ours(state, ES_MULTILINE | ES_AUTOVSCROLL | WS_VSCROLL, long_text(true));
+}
+BENCHMARK(key_in_equal_rows_ours)->Name("a key in 100,000 that wrap alike|ours");
 
 QApplication& application() {
     setenv("QT_QPA_PLATFORM", "offscreen", 1);
+    setenv("QT_LOGGING_RULES", "*=false", 1);
     static int count = 1;
     static char name[] = "bench";
     static char* arguments[] = {name, nullptr};
@@ -118,5 +135,15 @@ void key_in_one_line_qt(benchmark::State& state) {
     key_in_qt(state, edit);
 }
 BENCHMARK(key_in_one_line_qt)->Name("a key in one line of 100,000 characters|Qt Widgets");
+void key_in_paragraph_qt(benchmark::State& state) {
+    application();
+    QPlainTextEdit edit;
+    edit.setPlainText(QString::fromStdU16String(long_prose()));
+    auto cursor = edit.textCursor();
+    cursor.setPosition(kUnits / 2);
+    edit.setTextCursor(cursor);
+    key_in_qt(state, edit);
+}
+BENCHMARK(key_in_paragraph_qt)->Name("a key in 100,000 characters that wrap|Qt Widgets");
 
 }  // namespace

@@ -68,6 +68,9 @@ class Ours {
 class Cairo {
   public:
     Cairo() {
+        // A surface that nobody has drawn on is copied by doing nothing.
+        cairo_set_source_rgb(m_cairo, 1, 1, 1);
+        cairo_paint(m_cairo);
         m_font = pango_font_description_from_string("sans-serif");
         pango_font_description_set_absolute_size(m_font, kFontSize * double{PANGO_SCALE});
         m_context = pango_cairo_create_context(m_cairo);

@@ -22,6 +22,7 @@
 namespace {
 
 constexpr int kRuns = 400;
+constexpr int kWindowRuns = 50;
 constexpr double kMostAddedMilliseconds = 10;
 constexpr double kMostForAHandOver = 3;
 
@@ -110,22 +111,34 @@ int main() {
     const auto empty = folder + "/start_empty";
     const auto ours = folder + "/start_product_name";
     const auto second = folder + "/start_hand_over";
+    const auto window = folder + "/start_window";
+    const auto qt_window = folder + "/start_qt_window";
     bench::profile_folder();
     NUtil::CSingleInstance first;
     if (!first.Create(u"StartBench")) return 1;
     std::vector<double> empty_times;
     std::vector<double> our_times;
     std::vector<double> second_times;
+    std::vector<double> window_times;
+    std::vector<double> qt_window_times;
     for (int run = 0; run < kRuns; ++run) {
         empty_times.push_back(start_and_wait(empty));
         our_times.push_back(start_and_wait(ours));
         second_times.push_back(start_and_wait(second));
+    }
+    for (int run = 0; run < kWindowRuns; ++run) {
+        window_times.push_back(start_and_wait(window));
+        qt_window_times.push_back(start_and_wait(qt_window));
     }
     const auto empty_time = median(empty_times);
     const bool is_quick =
         print_start("start, median", median(our_times), empty_time, kMostAddedMilliseconds);
     const bool hands_over_quickly = print_start("start and hand-over, median", median(second_times),
                                                 empty_time, kMostForAHandOver);
+    const auto window_time = median(window_times);
+    const auto qt_window_time = median(qt_window_times);
+    std::printf("%-44s %9.3f ms %9.3f ms  %-28s %8.2f\n", "start to a painted window, median",
+                window_time, qt_window_time, "Qt Widgets", qt_window_time / window_time);
     print_map(ours);
     return is_quick && hands_over_quickly ? 0 : 1;
 }
