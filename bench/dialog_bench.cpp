@@ -50,9 +50,8 @@ std::string dialog_template() {
         const auto y = 7 + row * 18;
         dialog.add(kStatic, id, 0, u"&Name of something", 7, y, 80, 10);
         dialog.add(kEdit, id + 1, WS_BORDER | WS_TABSTOP, u"its value", 90, y, 80, 14);
-        dialog.add(kButton, id + 2,
-                   (row % 2 == 0 ? BS_AUTOCHECKBOX : BS_PUSHBUTTON) | WS_TABSTOP, u"&Choose", 175,
-                   y, 70, 14);
+        dialog.add(kButton, id + 2, (row % 2 == 0 ? BS_AUTOCHECKBOX : BS_PUSHBUTTON) | WS_TABSTOP,
+                   u"&Choose", 175, y, 70, 14);
     }
     return dialog.bytes();
 }

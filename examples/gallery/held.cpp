@@ -1,8 +1,8 @@
 #include "examples/gallery/held.h"
 
 #include "tvutil2/platform/base/handle_table.h"
-#include "tvutil2/platform/window/find_windows.h"
 #include "tvutil2/platform/objects/threads.h"
+#include "tvutil2/platform/window/find_windows.h"
 
 #include <malloc.h>
 

@@ -153,12 +153,18 @@ void Soak::tick() {
 void Soak::act() {
     switch (number(8)) {
         case 0:
-        case 1: return tvutil2::type_key(any_of(kKeys));
-        case 2: return press_with_modifier();
-        case 3: return tvutil2::type_text(any_of(kTexts));
-        case 4: return tvutil2::turn_wheel(any_point(), number(2) == 0 ? 120 : -360);
-        case 5: return tvutil2::move_pointer(any_point());
-        default: return tvutil2::click(any_point(), number(4) == 0 ? 1 : 0);
+        case 1:
+            return tvutil2::type_key(any_of(kKeys));
+        case 2:
+            return press_with_modifier();
+        case 3:
+            return tvutil2::type_text(any_of(kTexts));
+        case 4:
+            return tvutil2::turn_wheel(any_point(), number(2) == 0 ? 120 : -360);
+        case 5:
+            return tvutil2::move_pointer(any_point());
+        default:
+            return tvutil2::click(any_point(), number(4) == 0 ? 1 : 0);
     }
 }
 
