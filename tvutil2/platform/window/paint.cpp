@@ -116,6 +116,22 @@ bool take_back(HDC context) {
     return true;
 }
 
+// A context while a procedure has it, which may raise something.
+class Lent {
+  public:
+    explicit Lent(HDC context) : m_context(context) {}
+    ~Lent() {
+        if (m_context != nullptr) take_back(m_context);
+    }
+    Lent(const Lent&) = delete;
+    Lent& operator=(const Lent&) = delete;
+    [[nodiscard]] HDC get() const { return m_context; }
+    HDC keep() { return std::exchange(m_context, nullptr); }
+
+  private:
+    HDC m_context;
+};
+
 HDC get_dc(HWND window, bool is_client) {
     if (window == nullptr) return lend_dc(blank_surface(monitors().front().dpi), {}, {});
     const TreeLock tree;
@@ -290,12 +306,11 @@ BOOL GetUpdateRect(HWND window, RECT* rect, BOOL erase) {
         is_due = erase != 0 && std::exchange(record->background_is_old, false);
     }
     if (!is_due) return TRUE;
-    auto* const context = GetDC(window);
-    if (SendMessageW(window, WM_ERASEBKGND, reinterpret_cast<WPARAM>(context), 0) == 0) {
+    const tvutil2::Lent lent(GetDC(window));
+    if (SendMessageW(window, WM_ERASEBKGND, reinterpret_cast<WPARAM>(lent.get()), 0) == 0) {
         const TreeLock tree;
         if (auto* const record = tree.table.find(window)) record->background_is_old = true;
     }
-    ReleaseDC(window, context);
     return TRUE;
 }
 
@@ -325,13 +340,12 @@ HDC BeginPaint(HWND window, PAINTSTRUCT* paint) {
         paint->hdc = tvutil2::lend(tree, *record, corner, std::move(clip));
     }
     if (paint->hdc == nullptr) return nullptr;
+    tvutil2::Lent lent(paint->hdc);
     if (update.erase) {
-        paint->fErase =
-            SendMessageW(window, WM_ERASEBKGND, reinterpret_cast<WPARAM>(paint->hdc), 0) == 0
-                ? TRUE
-                : FALSE;
+        const auto context = reinterpret_cast<WPARAM>(paint->hdc);
+        paint->fErase = SendMessageW(window, WM_ERASEBKGND, context, 0) == 0 ? TRUE : FALSE;
     }
-    return paint->hdc;
+    return lent.keep();
 }
 
 BOOL EndPaint(HWND /*window*/, const PAINTSTRUCT* paint) {
