@@ -27,21 +27,25 @@ struct Place {
     bool may_be_made = true;
 };
 
-Place documents(bool as_moved) {
+// One that the person may have moved.
+Place own_folder(const char* variable, const char* usual, bool as_moved) {
     const auto home = person_folder();
     if (as_moved) {
-        if (auto moved = user_dir("XDG_DOCUMENTS_DIR")) {
+        if (auto moved = user_dir(variable)) {
             const bool is_at_home = *moved == home || moved->starts_with(home + "/");
             return {std::move(*moved), is_at_home};
         }
     }
-    return {(home == "/" ? "" : home) + "/Documents"};
+    return {(home == "/" ? "" : home) + usual};
 }
 
 std::optional<Place> place_of(int folder, bool as_moved) {
     switch (folder) {
+        case CSIDL_DESKTOP:
+        case CSIDL_DESKTOPDIRECTORY:
+            return own_folder("XDG_DESKTOP_DIR", "/Desktop", as_moved);
         case CSIDL_PERSONAL:
-            return documents(as_moved);
+            return own_folder("XDG_DOCUMENTS_DIR", "/Documents", as_moved);
         case CSIDL_APPDATA:
             return Place{config_folder()};
         case CSIDL_LOCAL_APPDATA:

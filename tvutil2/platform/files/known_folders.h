@@ -5,6 +5,10 @@
 #include "tvutil2/platform/base/export.h"
 #include "tvutil2/platform/base/types.h"
 
+/// The person's desktop: XDG_DESKTOP_DIR of user-dirs.dirs, else "Desktop" in the home folder. As a
+/// place (SHGetSpecialFolderLocation) the first one is where all others begin.
+inline constexpr int CSIDL_DESKTOP = 0x00;
+inline constexpr int CSIDL_DESKTOPDIRECTORY = 0x10;
 /// The person's documents: XDG_DOCUMENTS_DIR of user-dirs.dirs, else "Documents" in the home
 /// folder.
 inline constexpr int CSIDL_PERSONAL = 0x05;
