@@ -14,6 +14,7 @@
 #include "tvutil2/platform/window/controls/button.h"
 #include "tvutil2/platform/window/controls/clipboard_text.h"
 #include "tvutil2/platform/window/controls/static.h"
+#include "tvutil2/platform/window/dialogs/built_dialog.h"
 #include "tvutil2/platform/window/dialogs/dialog_state.h"
 #include "tvutil2/platform/window/dialogs/dialogs.h"
 #include "tvutil2/platform/window/dialogs/message_words.h"
@@ -38,12 +39,6 @@ namespace {
 constexpr int kIconId = 20;
 constexpr int kTextId = 0xFFFF;
 constexpr UINT kTextFormat = DT_WORDBREAK | DT_EDITCONTROL | DT_EXPANDTABS | DT_NOPREFIX;
-
-// The dialog that it is laid out in: without items or a font, its size comes later.
-struct EmptyTemplate {
-    DWORD style, ex_style;
-    WORD items, x, y, width, height, menu, window_class, title;
-};
 
 // As much as a screen can show, and more: laying out a million lines would take as long as reading
 // them.
@@ -101,18 +96,12 @@ const char16_t* word_of(int button) {
     return message_word(button, LANGIDFROMLCID(GetThreadLocale()));
 }
 
-SIZE extent_of(HDC context, const char16_t* text, LONG width, UINT format) {
-    RECT area{0, 0, width, 0};
-    DrawTextW(context, text, -1, &area, format | DT_CALCRECT);
-    return {area.right, area.bottom};
-}
-
 // As narrow as reads well; wider for a text that would be higher than the screen.
 SIZE text_size(HDC context, const char16_t* text, const SIZE& most, UINT dpi) {
     SIZE size{};
     for (LONG width = scaled(400, dpi);; width = width * 3 / 2) {
         width = std::min(width, most.cx);
-        size = extent_of(context, text, width, kTextFormat);
+        size = text_extent(context, text, width, kTextFormat);
         if (size.cy <= most.cy / 2 || width == most.cx) break;
     }
     return {std::min(size.cx, most.cx), std::min(size.cy, most.cy)};
@@ -123,14 +112,15 @@ SIZE button_size(HDC context, const WindowMessage& message, UINT dpi) {
     GetTextMetricsW(context, &metrics);
     LONG width = scaled(80, dpi);
     for (const int button : message.buttons) {
-        const auto word = extent_of(context, word_of(button), 0, DT_SINGLELINE);
+        const auto word = text_extent(context, word_of(button), 0, DT_SINGLELINE);
         width = std::max<LONG>(width, word.cx + scaled(28, dpi));
     }
     return {width, std::max<LONG>(metrics.tmHeight + scaled(9, dpi), scaled(25, dpi))};
 }
 
 LONG caption_width(HDC context, const std::u16string& caption, UINT dpi) {
-    return extent_of(context, caption.c_str(), 0, DT_SINGLELINE | DT_NOPREFIX).cx + scaled(72, dpi);
+    return text_extent(context, caption.c_str(), 0, DT_SINGLELINE | DT_NOPREFIX).cx +
+           scaled(72, dpi);
 }
 
 Layout lay_out(HDC context, const WindowMessage& message, const std::u16string& caption,
@@ -161,26 +151,13 @@ Layout lay_out(HDC context, const WindowMessage& message, const std::u16string& 
     return layout;
 }
 
-HWND add_child(HWND dialog, const char16_t* class_name, const char16_t* text, DWORD style,
-               const RECT& place, int id) {
-    auto* const child =
-        CreateWindowExW(0, class_name, text, style | WS_CHILD | WS_VISIBLE, place.left, place.top,
-                        place.right - place.left, place.bottom - place.top, dialog,
-                        reinterpret_cast<HMENU>(static_cast<std::uintptr_t>(id)), nullptr, nullptr);
-    if (child != nullptr) {
-        SendMessageW(child, WM_SETFONT, static_cast<WPARAM>(SendMessageW(dialog, WM_GETFONT, 0, 0)),
-                     FALSE);
-    }
-    return child;
-}
-
 void add_icon(HWND dialog, const WindowMessage& message, const RECT& place) {
     const auto* const name = icon_name(message.icon);
     if (name == nullptr) return;
     auto* const icon = LoadImageW(nullptr, name, IMAGE_ICON, place.right - place.left,
                                   place.bottom - place.top, LR_SHARED);
     auto* const sign =
-        add_child(dialog, u"Static", u"", SS_ICON | SS_REALSIZEIMAGE, place, kIconId);
+        add_control(dialog, u"Static", u"", SS_ICON | SS_REALSIZEIMAGE, place, kIconId);
     if (sign != nullptr) {
         SendMessageW(sign, STM_SETIMAGE, IMAGE_ICON, reinterpret_cast<LPARAM>(icon));
     }
@@ -195,7 +172,7 @@ void add_buttons(HWND dialog, const WindowMessage& message, const Layout& layout
     for (std::size_t i = 0; i < message.buttons.size(); ++i) {
         const bool is_default = i == message.default_button;
         const RECT place{left, top, left + layout.button.cx, top + layout.button.cy};
-        auto* const button = add_child(
+        auto* const button = add_control(
             dialog, u"Button", word_of(message.buttons[i]),
             WS_TABSTOP | (i == 0 ? WS_GROUP : 0) | (is_default ? BS_DEFPUSHBUTTON : BS_PUSHBUTTON),
             place, message.buttons[i]);
@@ -238,7 +215,8 @@ void build(HWND dialog, Box& box) {
                  SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
     centre_dialog(dialog);
     add_icon(dialog, message, layout.icon);
-    add_child(dialog, u"Static", message.text, SS_NOPREFIX | SS_EDITCONTROL, layout.text, kTextId);
+    add_control(dialog, u"Static", message.text, SS_NOPREFIX | SS_EDITCONTROL, layout.text,
+                kTextId);
     add_buttons(dialog, message, layout, dpi);
 }
 
@@ -326,17 +304,8 @@ std::optional<int> ask_in_window(const WindowMessage& message) {
     Box box{&shown};
     // What can't be cancelled has no button to close it.
     const bool is_closable = box.has(IDCANCEL) || box.is_only(IDOK);
-    const EmptyTemplate dialog{
-        WS_POPUP | WS_CAPTION | DS_MODALFRAME | DS_CENTER | (is_closable ? WS_SYSMENU : 0),
-        0,
-        0,
-        0,
-        0,
-        0,
-        0,
-        0,
-        0,
-        0};
+    const auto dialog = empty_template(WS_POPUP | WS_CAPTION | DS_MODALFRAME | DS_CENTER |
+                                       (is_closable ? WS_SYSMENU : 0));
     const auto pump = [&](HWND window) {
         return pump_dialog(window, [&](const MSG& typed) {
             return asks_to_copy(typed) && put_clipboard_text(window, to_be_copied(shown));
