@@ -26,8 +26,9 @@ HTREEITEM TreeItems::insert(HTREEITEM parent, HTREEITEM after, TreeItem item) {
         place = std::ranges::find_if(siblings, [&](HTREEITEM each) {
             return lstrcmpiW(item.text.c_str(), m_items[each].text.c_str()) < 0;
         });
-    } else if (const auto found = std::ranges::find(siblings, after); found != siblings.end()) {
-        place = found + 1;
+    } else if (after != TVI_LAST && !siblings.empty() && siblings.back() != after) {
+        const auto found = std::ranges::find(siblings, after);
+        if (found != siblings.end()) place = found + 1;
     }
     // A multiple of 16, which no TVI_ value is.
     auto* const handle = reinterpret_cast<HTREEITEM>(++m_last * 16);
@@ -49,7 +50,9 @@ std::vector<std::pair<HTREEITEM, LPARAM>> TreeItems::remove(HTREEITEM item) {
         open.insert(open.end(), found->second.children.begin(), found->second.children.end());
     }
     if (gone.empty()) return gone;
-    std::erase(m_items[m_items[item].parent].children, item);
+    auto& above = m_items[m_items[item].parent];
+    std::erase(above.children, item);
+    above.is_open = above.is_open && !above.children.empty();
     std::ranges::reverse(gone);
     for (const auto& each : gone) m_items.erase(each.first);
     m_is_listed = false;

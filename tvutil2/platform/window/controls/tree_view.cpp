@@ -13,6 +13,7 @@
 #include "tvutil2/platform/window/controls/field.h"
 #include "tvutil2/platform/window/controls/list_rows.h"
 #include "tvutil2/platform/window/controls/tree_items.h"
+#include "tvutil2/platform/window/controls/tree_label.h"
 #include "tvutil2/platform/window/dialogs/dialogs.h"
 #include "tvutil2/platform/window/focus.h"
 #include "tvutil2/platform/window/geometry.h"
@@ -34,6 +35,25 @@ constexpr int kIndent = 19;
 constexpr int kSide = 4;
 constexpr int kWheelRows = 3;
 
+// What is typed in one go.
+struct TypedName {
+    static constexpr DWORD kPause = 1000;
+    std::u16string text;
+    DWORD last = 0;
+
+    void add(char16_t character, DWORD time) {
+        const bool goes_on = time - last < kPause && text != std::u16string(1, to_lower(character));
+        last = time;
+        if (!goes_on) text.clear();
+        text += to_lower(character);
+    }
+    [[nodiscard]] bool begins(const std::u16string& name) const {
+        return name.size() >= text.size() &&
+               std::equal(text.begin(), text.end(), name.begin(),
+                          [](char16_t a, char16_t b) { return a == to_lower(b); });
+    }
+};
+
 struct TreeState : ControlState {
     TreeItems items;
     HTREEITEM selected = nullptr;
@@ -41,6 +61,10 @@ struct TreeState : ControlState {
     ListRows rows;
     FieldLook field;
     HIMAGELIST images = nullptr;  ///< the owner's
+    bool is_frozen = false;       ///< WM_SETREDRAW: many items are on their way
+    TypedName typed;
+    HTREEITEM label_item = nullptr;  ///< whose name the person changes
+    HWND label = nullptr;
 
     [[nodiscard]] int count() { return static_cast<int>(items.shown().size()); }
     /// -1 for an item that doesn't show.
@@ -60,11 +84,45 @@ RECT client_of(HWND window) {
     return client;
 }
 
+// Where the arrow of an item is, and where its text begins.
+RECT arrow_of(const TreeItem& item, RECT row, UINT dpi) {
+    row.left += scaled(kSide, dpi) + item.depth * scaled(kIndent, dpi);
+    row.right = row.left + scaled(kIndent, dpi);
+    return row;
+}
+
+// Where the text of an item is.
+RECT name_of(HWND window, TreeState& state, const TreeItem& item, RECT row) {
+    const auto dpi = GetDpiForWindow(window);
+    row.left = arrow_of(item, row, dpi).right;
+    if (state.images != nullptr) {
+        int width = 0;
+        int height = 0;
+        ImageList_GetIconSize(state.images, &width, &height);
+        row.left += width + scaled(kSide, dpi);
+    }
+    row.right -= scaled(kSide, dpi);
+    return row;
+}
+
+// The edit control stays over its item.
+void place_label(HWND window, TreeState& state) {
+    const auto* const item = state.items.find(state.label_item);
+    const auto row = state.row_of(state.label_item);
+    if (state.label == nullptr || item == nullptr || row < 0) return;
+    const auto place = label_edit_place(
+        window, name_of(window, state, *item, state.rows.place(client_of(window), row)));
+    SetWindowPos(state.label, nullptr, place.left, place.top, place.right - place.left,
+                 place.bottom - place.top, SWP_NOZORDER | SWP_NOACTIVATE);
+}
+
 void arrange(HWND window, TreeState& state) {
+    if (state.is_frozen) return;
     state.rows.has_bar = true;
     state.rows.height =
         line_height(window, state) + 2 * scaled(kRowMargin, GetDpiForWindow(window));
     show_rows_from(window, state.rows, state.count(), state.rows.top);
+    place_label(window, state);
     repaint(window);
 }
 
@@ -109,6 +167,7 @@ void show(HWND window, TreeState& state, HTREEITEM item) {
 }
 
 void select(HWND window, TreeState& state, HTREEITEM item, UINT how) {
+    state.typed.text.clear();
     if (state.selected == item) return;
     auto* const before = std::exchange(state.selected, item);
     repaint_item(window, state, before);
@@ -140,13 +199,6 @@ bool expand(HWND window, TreeState& state, HTREEITEM item, WPARAM how) {
     return true;
 }
 
-// Where the arrow of an item is, and where its text begins.
-RECT arrow_of(const TreeItem& item, RECT row, UINT dpi) {
-    row.left += scaled(kSide, dpi) + item.depth * scaled(kIndent, dpi);
-    row.right = row.left + scaled(kIndent, dpi);
-    return row;
-}
-
 void paint_item(HWND window, TreeState& state, HDC context, int index, RECT row) {
     auto* const handle = state.at(index);
     const auto& item = *state.items.find(handle);
@@ -168,18 +220,16 @@ void paint_item(HWND window, TreeState& state, HDC context, int index, RECT row)
     if (!item.children.empty() || item.may_have_children) {
         draw_glyph(context, arrow, item.is_open ? Glyph::down : Glyph::right, scaled(9, dpi), ink);
     }
-    row.left = arrow.right;
     if (state.images != nullptr) {
         int width = 0;
         int height = 0;
         ImageList_GetIconSize(state.images, &width, &height);
         const auto image = state.selected == handle ? item.selected_image : item.image;
-        ImageList_Draw(state.images, image, context, static_cast<int>(row.left),
+        ImageList_Draw(state.images, image, context, static_cast<int>(arrow.right),
                        static_cast<int>((row.top + row.bottom - height) / 2), ILD_TRANSPARENT);
-        row.left += width + scaled(kSide, dpi);
     }
+    row = name_of(window, state, item, row);
     SetTextColor(context, ink);
-    row.right -= scaled(kSide, dpi);
     DrawTextW(context, item.text.c_str(), static_cast<int>(item.text.size()), &row,
               DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX | DT_END_ELLIPSIS);
 }
@@ -257,15 +307,19 @@ void press_key(HWND window, TreeState& state, WPARAM key) {
     }
 }
 
-// The next item that begins so.
+// The next item that begins with what was typed just now; one character again and again goes on.
 void type(HWND window, TreeState& state, char16_t character) {
+    if (is_space(character) && state.typed.text.empty()) return;
+    state.typed.add(character, static_cast<DWORD>(GetMessageTime()));
     const auto from = state.row_of(state.selected);
     const auto count = state.count();
-    for (int i = 1; i <= count; ++i) {
+    const int first = state.typed.text.size() > 1 ? 0 : 1;
+    for (int i = first; i < count + first; ++i) {
         auto* const item = state.at((from + i + count) % count);
-        const auto& text = state.items.find(item)->text;
-        if (text.empty() || to_lower(text[0]) != to_lower(character)) continue;
+        if (!state.typed.begins(state.items.find(item)->text)) continue;
+        const auto typed = state.typed;
         select(window, state, item, TVC_BYKEYBOARD);
+        state.typed = typed;
         return;
     }
 }
@@ -316,6 +370,42 @@ LRESULT remove(HWND window, TreeState& state, HTREEITEM item) {
         if (IsWindow(window)) notify_parent_of(window, told.hdr, TVN_DELETEITEMW);
     }
     return TRUE;
+}
+
+// Ends the change of a name: FALSE when there was none.
+LRESULT end_label(HWND window, TreeState& state, bool gives_up) {
+    auto* const edit = std::exchange(state.label, nullptr);
+    auto* const item = std::exchange(state.label_item, nullptr);
+    if (edit == nullptr) return FALSE;
+    auto text = text_of(edit);
+    if (GetFocus() == edit) SetFocus(window);
+    DestroyWindow(edit);
+    NMTVDISPINFOW told{};
+    told.item.mask = TVIF_TEXT | TVIF_HANDLE;
+    told.item.hItem = item;
+    told.item.pszText = gives_up || state.items.find(item) == nullptr ? nullptr : text.data();
+    const bool is_taken = notify_parent_of(window, told.hdr, TVN_ENDLABELEDITW) != 0;
+    auto* const found = state.items.find(item);
+    if (is_taken && found != nullptr && told.item.pszText != nullptr) found->text = text;
+    if (IsWindow(window)) repaint(window);
+    return TRUE;
+}
+
+LRESULT edit_label(HWND window, TreeState& state, HTREEITEM item) {
+    end_label(window, state, false);
+    if (state.items.find(item) == nullptr || (style_of(window) & TVS_EDITLABELS) == 0) return 0;
+    NMTVDISPINFOW told{};
+    told.item.hItem = item;
+    if (notify_parent_of(window, told.hdr, TVN_BEGINLABELEDITW) != 0) return 0;
+    select(window, state, item, TVC_UNKNOWN);
+    show(window, state, item);
+    const auto* const found = state.items.find(item);
+    if (found == nullptr) return 0;
+    const auto name =
+        name_of(window, state, *found, state.rows.place(client_of(window), state.row_of(item)));
+    state.label_item = item;
+    state.label = open_label_edit(window, label_edit_place(window, name), found->text, state.font);
+    return reinterpret_cast<LRESULT>(state.label);
 }
 
 LRESULT get_item(TreeState& state, TVITEMW& asked) {
@@ -392,6 +482,15 @@ bool handle_items(HWND window, TreeState& state, UINT message, WPARAM wparam, LP
             result = reinterpret_cast<LRESULT>(asked.hItem);
             return true;
         }
+        case TVM_EDITLABELW:
+            result = edit_label(window, state, item);
+            return true;
+        case TVM_ENDEDITLABELNOW:
+            result = end_label(window, state, wparam != 0);
+            return true;
+        case TVM_GETEDITCONTROL:
+            result = reinterpret_cast<LRESULT>(state.label);
+            return true;
         case TVM_SETIMAGELIST:
             result = reinterpret_cast<LRESULT>(
                 std::exchange(state.images, reinterpret_cast<HIMAGELIST>(lparam)));
@@ -412,6 +511,11 @@ bool handle_window(HWND window, TreeState& state, UINT message, WPARAM wparam, L
             arrange(window, state);
             return true;
         case WM_SIZE:
+            arrange(window, state);
+            return true;
+        case WM_SETREDRAW:
+            state.is_frozen = wparam == 0;
+            result = DefWindowProcW(window, message, wparam, lparam);
             arrange(window, state);
             return true;
         case WM_PAINT:
@@ -452,10 +556,12 @@ bool handle_window(HWND window, TreeState& state, UINT message, WPARAM wparam, L
             show_rows_from(
                 window, state.rows, state.count(),
                 state.rows.top - GET_WHEEL_DELTA_WPARAM(wparam) * kWheelRows / WHEEL_DELTA);
+            place_label(window, state);
             return true;
         case WM_VSCROLL:
             show_rows_from(window, state.rows, state.count(),
                            top_after_scroll(window, state.rows, state.count(), LOWORD(wparam)));
+            place_label(window, state);
             return true;
         default:
             return false;

@@ -8,6 +8,8 @@ inline const char16_t* const WC_TREEVIEWW = u"SysTreeView32";
 inline constexpr DWORD TVS_HASBUTTONS = 0x1;
 inline constexpr DWORD TVS_HASLINES = 0x2;
 inline constexpr DWORD TVS_LINESATROOT = 0x4;
+/// TVM_EDITLABELW works: names are changed in their place.
+inline constexpr DWORD TVS_EDITLABELS = 0x8;
 inline constexpr DWORD TVS_SHOWSELALWAYS = 0x20;
 
 using HTREEITEM = struct TREEITEM__*;
@@ -48,6 +50,10 @@ struct NMTREEVIEWW {
     TVITEMW itemOld, itemNew;
     POINT ptDrag;
 };
+struct NMTVDISPINFOW {
+    NMHDR hdr;
+    TVITEMW item;
+};
 struct TVHITTESTINFO {
     POINT pt;
     UINT flags;
@@ -63,6 +69,10 @@ inline constexpr UINT TVN_SELCHANGEDW = 0U - 451;
 inline constexpr UINT TVN_ITEMEXPANDINGW = 0U - 454;
 inline constexpr UINT TVN_ITEMEXPANDEDW = 0U - 455;
 inline constexpr UINT TVN_DELETEITEMW = 0U - 458;
+/// Other than 0 forbids it.
+inline constexpr UINT TVN_BEGINLABELEDITW = 0U - 459;
+/// The text is null when the person gave up; other than 0 puts it into the item.
+inline constexpr UINT TVN_ENDLABELEDITW = 0U - 460;
 
 inline constexpr WPARAM TVE_COLLAPSE = 1;
 inline constexpr WPARAM TVE_EXPAND = 2;
@@ -81,8 +91,13 @@ inline constexpr UINT TVM_GETCOUNT = 0x1105;
 inline constexpr UINT TVM_SETIMAGELIST = 0x1109;
 inline constexpr UINT TVM_GETNEXTITEM = 0x110A;
 inline constexpr UINT TVM_SELECTITEM = 0x110B;
+inline constexpr UINT TVM_GETEDITCONTROL = 0x110F;
 inline constexpr UINT TVM_HITTEST = 0x1111;
 inline constexpr UINT TVM_ENSUREVISIBLE = 0x1114;
+/// wparam other than 0 gives up.
+inline constexpr UINT TVM_ENDEDITLABELNOW = 0x1116;
 inline constexpr UINT TVM_INSERTITEMW = 0x1132;
 inline constexpr UINT TVM_GETITEMW = 0x113E;
 inline constexpr UINT TVM_SETITEMW = 0x113F;
+/// The edit control, or null.
+inline constexpr UINT TVM_EDITLABELW = 0x1141;
