@@ -9,6 +9,7 @@
 #include "tvutil2/platform/window/keys.h"
 #include "tvutil2/platform/window/messages.h"
 #include "tvutil2/platform/window/mouse.h"
+#include "tvutil2/platform/window/paint.h"
 #include "tvutil2/platform/window/window.h"
 
 #include <algorithm>
@@ -355,6 +356,8 @@ bool handle_window(EditInput& edit, HWND window, UINT message, WPARAM wparam, LP
             create(edit, *reinterpret_cast<const CREATESTRUCTW*>(lparam));
             return true;
         case WM_PAINT:
+            // What a procedure in front of this one has painted stays: laying out repaints.
+            if (!GetUpdateRect(window, nullptr, FALSE)) return true;
             edit.ready();
             edit.paint();
             return true;

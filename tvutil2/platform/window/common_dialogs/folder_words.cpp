@@ -1,0 +1,79 @@
+#include "tvutil2/platform/window/common_dialogs/folder_words.h"
+
+#include "tvutil2/platform/base/locale.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace tvutil2 {
+namespace {
+
+struct Words {
+    WORD language;  // a primary one, but for simplified Chinese
+    const char16_t* words[static_cast<std::size_t>(FolderWord::count)];
+};
+
+constexpr Words kWords[] = {
+    {0x09,
+     {u"Browse for Folder", u"&Make New Folder", u"&Folder:", u"New folder", u"Desktop", u"Home",
+      u"Documents", u"Computer", u"Reading…", u"This folder can't be read",
+      u"The folder can't be made here.", u"The folder \"%s\" isn't there."}},
+    {0x0804,
+     {u"浏览文件夹", u"新建文件夹(&M)", u"文件夹(&F)：", u"新建文件夹", u"桌面", u"主目录", u"文档",
+      u"计算机", u"正在读取…", u"无法读取此文件夹", u"无法在此处新建文件夹。",
+      u"文件夹“%s”不存在。"}},
+    {0x04,
+     {u"瀏覽資料夾", u"建立新資料夾(&M)", u"資料夾(&F)：", u"新資料夾", u"桌面", u"家目錄", u"文件",
+      u"電腦", u"正在讀取…", u"無法讀取此資料夾", u"無法在此處建立資料夾。",
+      u"資料夾「%s」不存在。"}},
+    {0x07,
+     {u"Ordner suchen", u"&Neuen Ordner erstellen", u"&Ordner:", u"Neuer Ordner", u"Schreibtisch",
+      u"Persönlicher Ordner", u"Dokumente", u"Computer", u"Wird gelesen …",
+      u"Dieser Ordner kann nicht gelesen werden", u"Hier kann kein Ordner erstellt werden.",
+      u"Der Ordner „%s“ ist nicht vorhanden."}},
+    {0x0A,
+     {u"Buscar carpeta", u"C&rear nueva carpeta", u"&Carpeta:", u"Nueva carpeta", u"Escritorio",
+      u"Carpeta personal", u"Documentos", u"Equipo", u"Leyendo…", u"No se puede leer esta carpeta",
+      u"No se puede crear la carpeta aquí.", u"La carpeta «%s» no existe."}},
+    {0x0C,
+     {u"Rechercher un dossier", u"&Créer un dossier", u"&Dossier :", u"Nouveau dossier", u"Bureau",
+      u"Dossier personnel", u"Documents", u"Ordinateur", u"Lecture…",
+      u"Ce dossier ne peut pas être lu", u"Impossible de créer un dossier ici.",
+      u"Le dossier « %s » n’existe pas."}},
+    {0x11,
+     {u"フォルダーの参照", u"新しいフォルダーの作成(&M)", u"フォルダー(&F):", u"新しいフォルダー",
+      u"デスクトップ", u"ホーム", u"ドキュメント", u"コンピューター", u"読み込み中…",
+      u"このフォルダーは読み取れません", u"ここにはフォルダーを作成できません。",
+      u"フォルダー「%s」は存在しません。"}},
+    {0x12,
+     {u"폴더 찾아보기", u"새 폴더 만들기(&M)", u"폴더(&F):", u"새 폴더", u"바탕 화면", u"홈", u"문서",
+      u"컴퓨터", u"읽는 중…", u"이 폴더를 읽을 수 없습니다", u"여기에 폴더를 만들 수 없습니다.",
+      u"‘%s’ 폴더가 없습니다."}},
+    {0x16,
+     {u"Procurar pasta", u"&Criar nova pasta", u"&Pasta:", u"Nova pasta", u"Área de trabalho",
+      u"Pasta pessoal", u"Documentos", u"Computador", u"Lendo…",
+      u"Não é possível ler esta pasta", u"Não é possível criar a pasta aqui.",
+      u"A pasta “%s” não existe."}},
+    {0x19,
+     {u"Обзор папок", u"&Создать папку", u"&Папка:", u"Новая папка", u"Рабочий стол",
+      u"Домашняя папка", u"Документы", u"Компьютер", u"Чтение…",
+      u"Не удаётся прочитать эту папку", u"Здесь нельзя создать папку.",
+      u"Папка «%s» не существует."}},
+    {0x1B,
+     {u"Vyhľadať priečinok", u"&Vytvoriť nový priečinok", u"&Priečinok:", u"Nový priečinok",
+      u"Pracovná plocha", u"Domovský priečinok", u"Dokumenty", u"Počítač", u"Načítava sa…",
+      u"Tento priečinok sa nedá prečítať", u"Tu sa priečinok nedá vytvoriť.",
+      u"Priečinok „%s“ neexistuje."}},
+};
+
+}  // namespace
+
+const char16_t* folder_word(FolderWord word, LANGID language) {
+    const auto* words = std::find_if(std::begin(kWords), std::end(kWords), [&](const Words& each) {
+        return each.language == language || each.language == PRIMARYLANGID(language);
+    });
+    if (words == std::end(kWords)) words = std::begin(kWords);
+    return words->words[static_cast<std::size_t>(word)];
+}
+
+}  // namespace tvutil2
