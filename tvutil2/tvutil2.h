@@ -85,6 +85,8 @@
 #include "tvutil2/threads/thread_timer.h"
 #include "tvutil2/threads/window_timer.h"
 #include "tvutil2/ui/dpi.h"
+#include "tvutil2/ui/edit_controls.h"
+#include "tvutil2/ui/file_dialogs.h"
 #include "tvutil2/ui/gif_parser.h"
 #include "tvutil2/ui/hyperlink.h"
 #include "tvutil2/ui/image_lists.h"

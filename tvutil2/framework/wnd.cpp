@@ -33,6 +33,7 @@ struct WindowObjects {
 IMPLEMENT_DYNCREATE(CWnd, CCmdTarget)
 
 BEGIN_MESSAGE_MAP(CWnd, CCmdTarget)
+ON_MESSAGE(WM_CTLCOLOR, &CWnd::OnColorRecord)
 END_MESSAGE_MAP()
 
 CWnd::~CWnd() {
@@ -257,6 +258,14 @@ BOOL CWnd::OnCommand(WPARAM wparam, LPARAM /*lparam*/) {
 LRESULT CWnd::DefWindowProc(UINT message, WPARAM wparam, LPARAM lparam) {
     return m_former != nullptr ? CallWindowProcW(m_former, m_hWnd, message, wparam, lparam)
                                : DefWindowProcW(m_hWnd, message, wparam, lparam);
+}
+
+// The record is in this thread's memory, so another's question isn't one.
+LRESULT CWnd::OnColorRecord(WPARAM /*wparam*/, LPARAM lparam) {
+    const auto* const asked = reinterpret_cast<const AFX_CTLCOLOR*>(lparam);
+    if (asked == nullptr || InSendMessage() || asked->nCtlType > CTLCOLOR_STATIC) return 0;
+    return SendMessage(WM_CTLCOLORMSGBOX + asked->nCtlType, reinterpret_cast<WPARAM>(asked->hDC),
+                       reinterpret_cast<LPARAM>(asked->hWnd));
 }
 
 LRESULT CWnd::Default() {

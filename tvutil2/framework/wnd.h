@@ -16,6 +16,15 @@
 class CDataExchange;
 class CFont;
 
+/// What a control that draws itself asks its parent's object for: colours, in the context. lparam
+/// points to an AFX_CTLCOLOR. A parent that doesn't handle it hears WM_CTLCOLOREDIT or the like.
+inline constexpr UINT WM_CTLCOLOR = 0x0019;
+struct AFX_CTLCOLOR {
+    HWND hWnd;
+    HDC hDC;
+    UINT nCtlType;  ///< CTLCOLOR_
+};
+
 class TVUTIL_API CWnd : public CCmdTarget {
     DECLARE_DYNCREATE(CWnd)
   public:
@@ -204,6 +213,7 @@ class TVUTIL_API CWnd : public CCmdTarget {
     void OnHScroll(UINT code, UINT position, CScrollBar* bar);
     void OnVScroll(UINT code, UINT position, CScrollBar* bar);
     void OnTimer(UINT_PTR id);
+    LRESULT OnColorRecord(WPARAM wparam, LPARAM lparam);
 
     DECLARE_MESSAGE_MAP()
 
