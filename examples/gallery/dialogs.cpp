@@ -7,6 +7,8 @@
 #include "tvutil2/platform/window/paint.h"
 #include "tvutil2/platform/window/show.h"
 
+#include "examples/gallery/edits.h"
+
 namespace gallery {
 namespace {
 
@@ -94,6 +96,10 @@ class MainWindow : public CDialog {
         MessageBox(u"Is this what a question looks like?", u"Gallery",
                    MB_YESNOCANCEL | MB_ICONQUESTION);
     }
+    void choose_folder() {
+        CFolderOpenDlg folder(this);
+        if (folder.DoModal() == IDOK) MessageBox(folder.m_strPath, u"Gallery");
+    }
     void change_look() {
         tvutil2::set_theme_mode(IsDlgButtonChecked(60) != 0 ? tvutil2::ThemeMode::dark
                                                             : tvutil2::ThemeMode::light);
@@ -104,9 +110,10 @@ class MainWindow : public CDialog {
 };
 
 BEGIN_MESSAGE_MAP(MainWindow, CDialog)
-ON_COMMAND_RANGE(101, 109, &MainWindow::open)
+ON_COMMAND_RANGE(101, 129, &MainWindow::open)
 ON_COMMAND_RANGE(10, 40, &MainWindow::open)
 ON_BN_CLICKED(50, &MainWindow::ask)
+ON_BN_CLICKED(51, &MainWindow::choose_folder)
 ON_BN_CLICKED(60, &MainWindow::change_look)
 END_MESSAGE_MAP()
 
@@ -122,6 +129,7 @@ const std::vector<Entry>& entries() {
         {"buttons", 101, false, make<Buttons>},
         {"texts", 102, false, make<Texts>},
         {"resizing", 103, false, make<Resizing>},
+        {"edits", 120, false, make<Edits>},
         {"language", 14010, true, make<CChangeLangDlg>},
         {"help", 14029, true, make<CHelpProgramDlg>},
         {"select", 14023, true, make<SelectFolder>},

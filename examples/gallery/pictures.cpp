@@ -6,6 +6,7 @@
 #include "tvutil2/platform/draw/surface.h"
 #include "tvutil2/platform/draw/theme.h"
 #include "tvutil2/platform/process/message_box.h"
+#include "tvutil2/platform/window/controls/tree_view.h"
 #include "tvutil2/platform/window/dialogs/dialogs.h"
 #include "tvutil2/platform/window/find_windows.h"
 #include "tvutil2/platform/window/geometry.h"
@@ -19,6 +20,7 @@
 #include <cstdio>
 
 #include "examples/gallery/dialogs.h"
+#include "examples/gallery/edits.h"
 
 namespace gallery {
 namespace {
@@ -51,6 +53,7 @@ class Pictures {
     static void put_on(const Look& look) {
         tvutil2::set_theme_mode(look.mode);
         tvutil2::set_system_dpi(look.dpi);
+        ResetAppDPI(look.dpi);
         const LONG width = 1920 * static_cast<LONG>(look.dpi) / 96;
         const LONG height = 1080 * static_cast<LONG>(look.dpi) / 96;
         tvutil2::set_monitors({{{0, 0, width, height}, {0, 0, width, height}, look.dpi}});
@@ -85,6 +88,7 @@ class Pictures {
     }
 
     void take_message(UINT type, const char16_t* text, const std::string& name);
+    void take_folders(const std::string& name);
 
   private:
     // What waits is painted, and what belongs to the focus is there.
@@ -121,12 +125,29 @@ void Pictures::take_message(UINT type, const char16_t* text, const std::string& 
     MessageBoxW(nullptr, text, u"Gallery", type);
 }
 
+void look_at_folders(HWND, UINT, UINT_PTR id, DWORD) {
+    auto* const dialog = FindWindowW(u"#32770", nullptr);
+    auto* const tree = FindWindowExW(dialog, nullptr, WC_TREEVIEWW, nullptr);
+    // Those that are still being read aren't there yet.
+    if (tree == nullptr || SendMessageW(tree, TVM_GETCOUNT, 0, 0) < kFolderItems) return;
+    KillTimer(nullptr, id);
+    g_waiting.pictures->take(dialog, g_waiting.name);
+    tvutil2::type_key(VK_ESCAPE);
+}
+
+void Pictures::take_folders(const std::string& name) {
+    g_waiting = {this, name};
+    SetTimer(nullptr, 0, 1, look_at_folders);
+    browse_folders(make_folders(m_folder));
+}
+
 void take_own(Pictures& pictures) {
     for (const auto& look : kLooks) {
         Pictures::put_on(look);
         for (const auto& entry : entries()) {
             if (!entry.is_library) pictures.take(entry, entry.name + "-" + look.name);
         }
+        pictures.take_folders(std::string("folders-") + look.name);
         pictures.take_message(MB_YESNOCANCEL | MB_ICONQUESTION,
                               u"Do you want to keep the changes to the session?\n\nWhat isn't "
                               u"kept is lost.",
@@ -163,6 +184,7 @@ void take_library(Pictures& pictures) {
         }
         pictures.take_message(MB_YESNOCANCEL | MB_ICONWARNING, u"?",
                               std::string("message-") + kLanguages[i]);
+        pictures.take_folders(std::string("folders-") + kLanguages[i]);
     }
 }
 

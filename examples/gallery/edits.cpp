@@ -1,0 +1,60 @@
+#include "examples/gallery/edits.h"
+
+#include "tvutil2/platform/base/host_path.h"
+#include "tvutil2/platform/files/item_list.h"
+#include "tvutil2/platform/window/common_dialogs/folder_dialog.h"
+
+#include <filesystem>
+
+namespace gallery {
+
+BOOL Edits::OnInitDialog() {
+    CDialog::OnInitDialog();
+    m_middle.SetCenter(TRUE);
+    m_plain.SetWindowText(u"Ctrl+A selects all of it");
+    m_name.SetWindowText(u"A name of a file");
+    m_button.SetWindowText(u"A text that is so long that it ends below the button, if it could");
+    m_disabled.SetWindowText(u"Disabled");
+    m_folder.SetWindowText(u"C:\\home");
+    m_plain.SetFocus();
+    return FALSE;
+}
+
+void Edits::DoDataExchange(CDataExchange* exchange) {
+    CDialog::DoDataExchange(exchange);
+    DDX_Control(exchange, 10, m_plain);
+    DDX_Control(exchange, 11, m_name);
+    DDX_Control(exchange, 12, m_hint);
+    DDX_Control(exchange, 13, m_middle);
+    DDX_Control(exchange, 14, m_button);
+    DDX_Control(exchange, 15, m_disabled);
+    DDX_Control(exchange, 16, m_folder);
+}
+
+std::u16string make_folders(const std::string& below) {
+    const auto root = std::filesystem::absolute(below) / "Sessions";
+    for (const char* const name :
+         {"Archive/2024", "Archive/2025", "Büro", "Customers/Headquarters", "Customers/North",
+          "Customers/A folder with a name that is too long for the dialog's usual width, I think",
+          "日本語", "Тест"}) {
+        std::filesystem::create_directories(root / name);
+    }
+    return tvutil2::platform_path(root.string()).value_or(u"");
+}
+
+void browse_folders(const std::u16string& path) {
+    const auto root = tvutil2::item_list_of(path);
+    const auto first = path + u"\\Customers";
+    BROWSEINFOW info{};
+    info.pidlRoot = root.get();
+    info.lpszTitle = u"Select a folder:";
+    info.ulFlags = BIF_USENEWUI;
+    info.lParam = reinterpret_cast<LPARAM>(first.c_str());
+    info.lpfn = [](HWND dialog, UINT message, LPARAM, LPARAM data) {
+        if (message == BFFM_INITIALIZED) SendMessageW(dialog, BFFM_SETEXPANDED, TRUE, data);
+        return 0;
+    };
+    ILFree(SHBrowseForFolderW(&info));
+}
+
+}  // namespace gallery
