@@ -59,7 +59,8 @@ TEST(ItemLists, OfPlaces) {
 }
 
 TEST(ItemLists, OfOthersHaveNoPath) {
-    const std::u16string forms[] = {u"\x0001", u"\x0003", u"\x0005", std::u16string(u"\x0004\x0003\0", 3),
+    const std::u16string forms[] = {u"\x0001", u"\x0003", u"\x0005",
+                                    std::u16string(u"\x0004\x0003\0", 3),
                                     std::u16string(u"\x0004\x0009\0", 3)};
     for (const auto& form : forms) {
         EXPECT_EQ(path_of(reinterpret_cast<PCIDLIST_ABSOLUTE>(form.c_str())), u"");

@@ -124,10 +124,10 @@ TEST_F(FolderDialogs, ShowNamesOfEveryKindAndNoLoops) {
         return true;
     };
     EXPECT_EQ(browse({is_selected(root), press(VK_RIGHT), holds(all), press('X', u"x"),
-                      is_selected(all[2]), press(VK_UP), is_selected(u"b"),
-                      press(VK_RIGHT), holds({u"c", u"up"}), press(VK_RIGHT), press(VK_DOWN),
-                      is_selected(u"up"), has_no_arrow, press(VK_LEFT), press(VK_UP),
-                      is_selected(u"*"), press(VK_RIGHT), holds({u"in"}), press(VK_RETURN)}),
+                      is_selected(all[2]), press(VK_UP), is_selected(u"b"), press(VK_RIGHT),
+                      holds({u"c", u"up"}), press(VK_RIGHT), press(VK_DOWN), is_selected(u"up"),
+                      has_no_arrow, press(VK_LEFT), press(VK_UP), is_selected(u"*"),
+                      press(VK_RIGHT), holds({u"in"}), press(VK_RETURN)}),
               m_path + u"\\*");
     // Hidden ones on demand, files if the caller wants them.
     const Step show_hidden = [](HWND) {
@@ -137,12 +137,12 @@ TEST_F(FolderDialogs, ShowNamesOfEveryKindAndNoLoops) {
         return true;
     };
     m_first = m_path + u"\\b";
-    EXPECT_EQ(browse({press(VK_RIGHT), holds({u"c", u"up", u"file"}), press(VK_LEFT), press(VK_LEFT),
-                      is_selected(root), show_hidden, holds({u"*", u".hidden", u"b", u"x\xFFFDy",
-                                                             u"dead", u"loop"}),
-                      press(VK_ESCAPE)},
-                     BIF_NEWDIALOGSTYLE | BIF_BROWSEINCLUDEFILES),
-              u"");
+    EXPECT_EQ(
+        browse({press(VK_RIGHT), holds({u"c", u"up", u"file"}), press(VK_LEFT), press(VK_LEFT),
+                is_selected(root), show_hidden,
+                holds({u".hidden", u"*", u"b", u"x\xFFFDy", u"dead", u"loop"}), press(VK_ESCAPE)},
+               BIF_NEWDIALOGSTYLE | BIF_BROWSEINCLUDEFILES),
+        u"");
 }
 
 TEST_F(FolderDialogs, SayWhatHasGone) {
@@ -151,10 +151,10 @@ TEST_F(FolderDialogs, SayWhatHasGone) {
         fs::remove_all(m_host + "/b/c");
         return true;
     };
-    EXPECT_EQ(browse({is_selected(u"c"), remove, press(VK_RIGHT),
-                      holds({u"This folder can't be read"}), press(VK_RIGHT),
-                      [](HWND dialog) { return !can_be_ok(dialog); }, press(VK_ESCAPE)}),
-              u"");
+    EXPECT_EQ(
+        browse({is_selected(u"c"), remove, press(VK_RIGHT), holds({u"This folder can't be read"}),
+                press(VK_RIGHT), [](HWND dialog) { return !can_be_ok(dialog); }, press(VK_ESCAPE)}),
+        u"");
 }
 
 TEST_F(FolderDialogs, MakeFolders) {
@@ -188,7 +188,8 @@ TEST_F(FolderDialogs, TakeWhatIsTyped) {
     constexpr UINT kFlags = BIF_USENEWUI | BIF_VALIDATE;
     const Step ok = click(IDOK);
     EXPECT_EQ(browse({is_selected(u"b"), type(u"c"), ok}, kFlags), m_path + u"\\b\\c");
-    EXPECT_EQ(browse({is_selected(u"b"), type(m_path + u"\\b\\..\\b"), ok}, kFlags), m_path + u"\\b");
+    EXPECT_EQ(browse({is_selected(u"b"), type(m_path + u"\\b\\..\\b"), ok}, kFlags),
+              m_path + u"\\b");
     EXPECT_EQ(browse({is_selected(u"b"), type(u"none"), ok}, kFlags), m_path + u"\\b");
     EXPECT_EQ(m_refused, u"none");
     m_keeps_open = true;

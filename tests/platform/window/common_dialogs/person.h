@@ -2,6 +2,7 @@
 // it waits for is there.
 #pragma once
 
+#include "tvutil2/platform/process/message_box.h"
 #include "tvutil2/platform/window/controls/button.h"
 #include "tvutil2/platform/window/controls/tree_view.h"
 #include "tvutil2/platform/window/find_windows.h"
@@ -10,50 +11,14 @@
 #include "tvutil2/platform/window/timers.h"
 #include "tvutil2/platform/window/window.h"
 
+#include <gtest/gtest.h>
+
 #include <functional>
 #include <string>
 #include <utility>
 #include <vector>
 
 namespace tests {
-
-/// The dialog that was opened last; false asks again later.
-using Step = std::function<bool(HWND dialog)>;
-
-class Person {
-  public:
-    explicit Person(std::vector<Step> steps) {
-        current() = this;
-        m_steps = std::move(steps);
-        m_timer = SetTimer(nullptr, 0, 1, tick);
-    }
-    ~Person() {
-        KillTimer(nullptr, m_timer);
-        current() = nullptr;
-    }
-    Person(const Person&) = delete;
-    Person& operator=(const Person&) = delete;
-
-    [[nodiscard]] bool has_done_all() const { return m_done == m_steps.size(); }
-
-  private:
-    static Person*& current() {
-        static Person* person = nullptr;
-        return person;
-    }
-    static void tick(HWND, UINT, UINT_PTR, DWORD) {
-        auto* const person = current();
-        auto* const dialog = FindWindowW(u"#32770", nullptr);
-        if (person == nullptr || dialog == nullptr || person->has_done_all()) return;
-        // A step may open a dialog in which the next one happens.
-        const auto step = person->m_steps[person->m_done++];
-        if (!step(dialog)) --person->m_done;
-    }
-
-    std::vector<Step> m_steps;
-    std::size_t m_done = 0;
-    UINT_PTR m_timer = 0;
-};
 
 using Names = std::vector<std::u16string>;
 
@@ -92,6 +57,59 @@ inline Names inside(HWND dialog) {
     }
     return names;
 }
+
+/// The dialog that was opened last; false asks again later.
+using Step = std::function<bool(HWND dialog)>;
+
+class Person {
+  public:
+    explicit Person(std::vector<Step> steps) {
+        current() = this;
+        m_steps = std::move(steps);
+        m_timer = SetTimer(nullptr, 0, 1, tick);
+    }
+    ~Person() {
+        KillTimer(nullptr, m_timer);
+        current() = nullptr;
+    }
+    Person(const Person&) = delete;
+    Person& operator=(const Person&) = delete;
+
+    [[nodiscard]] bool has_done_all() const { return m_done == m_steps.size(); }
+
+  private:
+    static Person*& current() {
+        static Person* person = nullptr;
+        return person;
+    }
+    static void tick(HWND, UINT, UINT_PTR, DWORD) {
+        auto* const person = current();
+        auto* const dialog = FindWindowW(u"#32770", nullptr);
+        if (person == nullptr || dialog == nullptr || person->has_done_all()) return;
+        // A step may open a dialog in which the next one happens.
+        const auto step = person->m_steps[person->m_done++];
+        if (step(dialog)) {
+            person->m_waits = 0;
+        } else {
+            --person->m_done;
+            if (++person->m_waits == kPatience) person->give_up(dialog);
+        }
+    }
+    // What never comes is a failure, and no test that hangs.
+    void give_up(HWND dialog) {
+        ADD_FAILURE() << "step " << m_done << ": " << testing::PrintToString(selected(dialog))
+                      << testing::PrintToString(inside(dialog));
+        m_steps.clear();
+        SendMessageW(dialog, WM_COMMAND, IDCANCEL, 0);
+    }
+
+    static constexpr int kPatience = 1000;  // ticks
+
+    std::vector<Step> m_steps;
+    std::size_t m_done = 0;
+    int m_waits = 0;
+    UINT_PTR m_timer = 0;
+};
 
 inline Step press(int key, std::u16string_view writes = {}) {
     return [=](HWND) {

@@ -4,8 +4,8 @@
 #include "tvutil2/platform/base/locale.h"
 #include "tvutil2/platform/files/full_path.h"
 #include "tvutil2/platform/process/message_box.h"
-#include "tvutil2/platform/window/common_dialogs/folder_layout.h"
 #include "tvutil2/platform/window/common_dialogs/folder_items.h"
+#include "tvutil2/platform/window/common_dialogs/folder_layout.h"
 #include "tvutil2/platform/window/common_dialogs/folder_words.h"
 #include "tvutil2/platform/window/controls/control.h"
 #include "tvutil2/platform/window/controls/edit.h"
@@ -51,7 +51,8 @@ class FolderDialog {
         return folder_word(which, m_language);
     }
     int call(UINT message, LPARAM parameter) const {
-        return m_info.lpfn != nullptr ? m_info.lpfn(m_dialog, message, parameter, m_info.lParam) : 0;
+        return m_info.lpfn != nullptr ? m_info.lpfn(m_dialog, message, parameter, m_info.lParam)
+                                      : 0;
     }
     void enable_ok(bool enable) { EnableWindow(GetDlgItem(m_dialog, IDOK), enable ? TRUE : FALSE); }
 
@@ -89,16 +90,15 @@ class FolderDialog {
 void FolderDialog::build(HWND dialog) {
     m_dialog = dialog;
     const bool is_new = has(BIF_NEWDIALOGSTYLE);
-    build_folder_dialog(
-        dialog,
-        {m_info.lpszTitle != nullptr ? m_info.lpszTitle : u"", has(BIF_EDITBOX),
-         is_new && !has(BIF_NONEWFOLDERBUTTON)},
-        m_language);
+    build_folder_dialog(dialog,
+                        {m_info.lpszTitle != nullptr ? m_info.lpszTitle : u"", has(BIF_EDITBOX),
+                         is_new && !has(BIF_NONEWFOLDERBUTTON)},
+                        m_language);
     m_icons = make_folder_icons(GetDpiForWindow(dialog));
     SendMessageW(tree_window(), TVM_SETIMAGELIST, 0, reinterpret_cast<LPARAM>(m_icons));
     m_disk = std::make_unique<FolderQuestions>(dialog, kAnswered);
     m_tree = std::make_unique<FolderItems>(tree_window(), *m_disk, has(BIF_BROWSEINCLUDEFILES),
-                                          m_language);
+                                           m_language);
     m_tree->add_roots(m_info.pidlRoot);
     SetFocus(tree_window());
     call(BFFM_INITIALIZED, 0);
@@ -159,7 +159,8 @@ LRESULT FolderDialog::notified(NMHDR& header) {
         case TVN_BEGINLABELEDITW: {
             const auto* const node =
                 m_tree->node(reinterpret_cast<const NMTVDISPINFOW&>(header).item.hItem);
-            const bool may_be = node != nullptr && !node->is_fixed && node->kind == FolderKind::folder;
+            const bool may_be =
+                node != nullptr && !node->is_fixed && node->kind == FolderKind::folder;
             return may_be ? FALSE : TRUE;
         }
         case TVN_ENDLABELEDITW:
@@ -192,7 +193,8 @@ void FolderDialog::accept() {
     if (!m_is_typed) return accept_selected();
     const auto typed = text_of(GetDlgItem(m_dialog, kFolderEdit));
     if (typed.empty()) return accept_selected();
-    const bool is_full = typed.size() > 1 && (typed[1] == u':' || typed[0] == u'\\' || typed[0] == u'/');
+    const bool is_full =
+        typed.size() > 1 && (typed[1] == u':' || typed[0] == u'\\' || typed[0] == u'/');
     const auto selected = m_tree->path_of(m_tree->selected());
     const auto path = is_full || selected.empty() ? typed : joined(selected, typed);
     m_probe = m_disk->probe(path);
@@ -202,8 +204,8 @@ void FolderDialog::accept() {
 void FolderDialog::accept_typed(const FolderAnswer& answer) {
     enable_ok(true);
     char16_t full[1024];
-    const bool is_there = answer.error == 0 &&
-                          GetFullPathNameW(answer.path.c_str(), 1024, full, nullptr) - 1 < 1023;
+    const bool is_there =
+        answer.error == 0 && GetFullPathNameW(answer.path.c_str(), 1024, full, nullptr) - 1 < 1023;
     if (is_there) {
         m_result = item_list_of(full);
         if (m_info.pszDisplayName != nullptr) {
@@ -309,7 +311,8 @@ INT_PTR FolderDialog::hear(UINT message, WPARAM wparam, LPARAM lparam) {
     if (handle_message(message, wparam, lparam)) return TRUE;
     switch (message) {
         case WM_NOTIFY:
-            SetWindowLongPtrW(m_dialog, DWLP_MSGRESULT, notified(*reinterpret_cast<NMHDR*>(lparam)));
+            SetWindowLongPtrW(m_dialog, DWLP_MSGRESULT,
+                              notified(*reinterpret_cast<NMHDR*>(lparam)));
             return TRUE;
         case WM_COMMAND:
             commanded(LOWORD(wparam), HIWORD(wparam));
@@ -365,16 +368,16 @@ PIDLIST_ABSOLUTE SHBrowseForFolderW(BROWSEINFOW* info) {
     }
     info->iImage = 0;
     const bool is_sized = (info->ulFlags & BIF_NEWDIALOGSTYLE) != 0;
-    const auto frame = tvutil2::empty_template(
-        WS_POPUP | WS_CAPTION | WS_SYSMENU | WS_CLIPCHILDREN | DS_CENTER |
-        (is_sized ? WS_THICKFRAME : DS_MODALFRAME));
+    const auto frame =
+        tvutil2::empty_template(WS_POPUP | WS_CAPTION | WS_SYSMENU | WS_CLIPCHILDREN | DS_CENTER |
+                                (is_sized ? WS_THICKFRAME : DS_MODALFRAME));
     tvutil2::FolderDialog dialog(*info);
     const auto pump = [&](HWND window) {
         return tvutil2::pump_dialog(window,
                                     [&](const MSG& typed) { return dialog.takes_key(typed); });
     };
-    const auto answer = tvutil2::run_dialog({nullptr, &frame, info->hwndOwner, tvutil2::procedure,
-                                             reinterpret_cast<LPARAM>(&dialog)},
-                                            pump);
+    const auto answer = tvutil2::run_dialog(
+        {nullptr, &frame, info->hwndOwner, tvutil2::procedure, reinterpret_cast<LPARAM>(&dialog)},
+        pump);
     return answer == IDOK ? dialog.take_result().release() : nullptr;
 }

@@ -31,8 +31,10 @@ struct Shape {
 constexpr Shape kFolder[] = {{1, 2.5, 7.5, 8, 1.2, Tint::folder_back},
                              {1, 4, 15, 13, 1.2, Tint::folder_back},
                              {1, 5.5, 15, 13.5, 1.4, Tint::folder}};
-constexpr Shape kFile[] = {{3, 1, 13, 15, 1.2, Tint::line}, {4, 2, 12, 14, 0.5, Tint::paper},
-                           {5.5, 5, 10.5, 6, 0, Tint::line}, {5.5, 7.5, 10.5, 8.5, 0, Tint::line},
+constexpr Shape kFile[] = {{3, 1, 13, 15, 1.2, Tint::line},
+                           {4, 2, 12, 14, 0.5, Tint::paper},
+                           {5.5, 5, 10.5, 6, 0, Tint::line},
+                           {5.5, 7.5, 10.5, 8.5, 0, Tint::line},
                            {5.5, 10, 9, 11, 0, Tint::line}};
 constexpr Shape kDrive[] = {{1, 4, 15, 12.5, 2, Tint::line},
                             {2, 5, 14, 11.5, 1.2, Tint::paper},
@@ -75,9 +77,8 @@ std::uint32_t pixel_of(std::span<const Shape> shapes, int x, int y, double scale
     for (int i = 0; i < kSamples * kSamples; ++i) {
         const auto at_x = (x + (i % kSamples + 0.5) / kSamples) / scale;
         const auto at_y = (y + (i / kSamples + 0.5) / kSamples) / scale;
-        const auto top = std::find_if(shapes.rbegin(), shapes.rend(), [&](const Shape& shape) {
-            return shape.holds(at_x, at_y);
-        });
+        const auto top = std::find_if(shapes.rbegin(), shapes.rend(),
+                                      [&](const Shape& shape) { return shape.holds(at_x, at_y); });
         if (top == shapes.rend()) continue;
         const auto color = color_of(top->tint);
         sum = {sum.red + color.red, sum.green + color.green, sum.blue + color.blue};
@@ -94,7 +95,8 @@ std::uint32_t pixel_of(std::span<const Shape> shapes, int x, int y, double scale
 
 HIMAGELIST make_folder_icons(UINT dpi) {
     const auto side = scaled(kSide, dpi);
-    auto* const list = ImageList_Create(side, side, ILC_COLOR32, static_cast<int>(kIcons.size()), 1);
+    auto* const list =
+        ImageList_Create(side, side, ILC_COLOR32, static_cast<int>(kIcons.size()), 1);
     for (const auto& shapes : kIcons) {
         const auto surface = Surface::create(side, side, dpi, 0);
         if (!surface) continue;

@@ -399,7 +399,8 @@ const FolderNode* FolderItems::node(HTREEITEM item) const {
 
 std::u16string FolderItems::path_of(HTREEITEM item) const {
     const auto* const found = node(item);
-    if (found == nullptr || found->kind == FolderKind::note) return {};
+    if (found == nullptr) return {};
+    if (found->kind == FolderKind::note || found->kind == FolderKind::computer) return {};
     if (!found->base.empty()) return found->base;
     const auto above = path_of(found->parent);
     return above.empty() ? above : joined(above, found->name);

@@ -22,10 +22,10 @@ enum class FolderKind : std::uint8_t { folder, file, desktop, computer, note };
 struct FolderNode {
     FolderKind kind = FolderKind::folder;
     std::u16string name;
-    std::u16string base;     ///< its path, where that isn't its parent's and its name
-    bool is_fixed = false;   ///< was there from the beginning, and stays
-    bool is_assumed = false; ///< nobody has seen it yet
-    bool has_inside = true;  ///< may hold folders that are worth showing
+    std::u16string base;      ///< its path, where that isn't its parent's and its name
+    bool is_fixed = false;    ///< was there from the beginning, and stays
+    bool is_assumed = false;  ///< nobody has seen it yet
+    bool has_inside = true;   ///< may hold folders that are worth showing
     HTREEITEM parent = nullptr;
     std::vector<HTREEITEM> children;
     std::uint64_t question = 0;  ///< under way; 0 for none

@@ -50,7 +50,8 @@ class Measures {
     [[nodiscard]] LONG length(int pixels) const { return scaled(pixels, m_dpi); }
     [[nodiscard]] bool has(int id) const { return GetDlgItem(m_dialog, id) != nullptr; }
     [[nodiscard]] LONG width_of(int id) const {
-        return text_extent(m_context, text_of(GetDlgItem(m_dialog, id)).c_str(), 0, DT_SINGLELINE).cx;
+        return text_extent(m_context, text_of(GetDlgItem(m_dialog, id)).c_str(), 0, DT_SINGLELINE)
+            .cx;
     }
     [[nodiscard]] LONG title_height(LONG width) const {
         const auto text = text_of(GetDlgItem(m_dialog, kFolderTitle));
@@ -104,7 +105,8 @@ SIZE with_frame(HWND dialog, LONG width, LONG height) {
 void add_parts(HWND dialog, const FolderParts& parts, LANGID language) {
     const RECT nowhere{};
     const auto word = [&](FolderWord which) { return folder_word(which, language); };
-    add_control(dialog, u"Static", parts.title, SS_NOPREFIX | SS_EDITCONTROL, nowhere, kFolderTitle);
+    add_control(dialog, u"Static", parts.title, SS_NOPREFIX | SS_EDITCONTROL, nowhere,
+                kFolderTitle);
     add_control(dialog, WC_TREEVIEWW, u"",
                 WS_TABSTOP | WS_VSCROLL | WS_BORDER | TVS_HASBUTTONS | TVS_HASLINES |
                     TVS_SHOWSELALWAYS | TVS_EDITLABELS,
@@ -142,8 +144,9 @@ void build_folder_dialog(HWND dialog, const FolderParts& parts, LANGID language)
         const Measures measures(dialog);
         const auto width = std::max(measures.least_width(), measures.length(kUsualWidth));
         const auto title = measures.title_height(width - 2 * measures.length(kMargin));
-        size = with_frame(dialog, width,
-                          title + measures.length(2 * kMargin + kUsualTree) + measures.below_tree());
+        size =
+            with_frame(dialog, width,
+                       title + measures.length(2 * kMargin + kUsualTree) + measures.below_tree());
     }
     SetWindowPos(dialog, nullptr, 0, 0, size.cx, size.cy,
                  SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);

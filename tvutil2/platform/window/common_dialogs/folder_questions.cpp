@@ -26,7 +26,8 @@ constexpr int kMostNames = 1000;
 // The folders from the root down to this one.
 std::set<FolderId> folders_above(const std::u16string& path) {
     std::set<FolderId> ids;
-    for (auto end = path.find(u'\\'); end != std::u16string::npos; end = path.find(u'\\', end + 1)) {
+    for (auto end = path.find(u'\\'); end != std::u16string::npos;
+         end = path.find(u'\\', end + 1)) {
         if (const auto id = folder_id(path.substr(0, end + 1).c_str())) ids.insert(*id);
     }
     if (const auto id = folder_id(path.c_str())) ids.insert(*id);
@@ -85,8 +86,7 @@ FolderAnswer make_folder_in(const std::u16string& folder, const std::u16string& 
             numbered += u')';
         }
         answer.path = joined(folder, numbered);
-        if (CreateDirectoryW(answer.path.c_str(), nullptr)) return answer;
-        answer.error = GetLastError();
+        answer.error = CreateDirectoryW(answer.path.c_str(), nullptr) ? 0 : GetLastError();
         if (answer.error != ERROR_ALREADY_EXISTS) return answer;
     }
     return answer;

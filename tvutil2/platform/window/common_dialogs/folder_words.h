@@ -14,8 +14,8 @@ enum class FolderWord : std::uint8_t {
     home,
     documents,
     computer,
-    reading,       ///< in the place of what is still to come
-    unreadable,    ///< in the place of what can't be read
+    reading,     ///< in the place of what is still to come
+    unreadable,  ///< in the place of what can't be read
     cannot_be_made,
     is_not_there,  ///< with %s for the path
     count

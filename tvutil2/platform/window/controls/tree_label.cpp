@@ -52,10 +52,10 @@ RECT label_edit_place(HWND tree, RECT name) {
 }
 
 HWND open_label_edit(HWND tree, const RECT& place, const std::u16string& text, HFONT font) {
-    auto* const edit = CreateWindowExW(
-        0, u"Edit", text.c_str(), WS_CHILD | WS_VISIBLE | WS_BORDER | ES_AUTOHSCROLL, place.left,
-        place.top, place.right - place.left, place.bottom - place.top, tree, nullptr, nullptr,
-        nullptr);
+    auto* const edit = CreateWindowExW(0, u"Edit", text.c_str(),
+                                       WS_CHILD | WS_VISIBLE | WS_BORDER | ES_AUTOHSCROLL,
+                                       place.left, place.top, place.right - place.left,
+                                       place.bottom - place.top, tree, nullptr, nullptr, nullptr);
     if (edit == nullptr) return nullptr;
     SendMessageW(edit, WM_SETFONT, reinterpret_cast<WPARAM>(font), FALSE);
     SetWindowLongPtrW(edit, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&procedure));
