@@ -179,6 +179,7 @@ TEST_F(EditControls, ShowTheirHintWhileTheyAreEmptyAndLeft) {
     EXPECT_TRUE(shows(edit, kHint));
     focus(edit);
     tvutil2::type_text(u"MMM");
+    pump();
     leave();
     EXPECT_FALSE(shows(edit, kHint));
     // What code sets goes the same way once the control had the focus, and not before.
