@@ -1,5 +1,6 @@
 #include "examples/gallery/edits.h"
 
+#include "tvutil2/data/text.h"
 #include "tvutil2/platform/base/host_path.h"
 #include "tvutil2/platform/files/item_list.h"
 #include "tvutil2/platform/window/common_dialogs/folder_dialog.h"
@@ -47,7 +48,8 @@ void browse_folders(const std::u16string& path) {
     const auto first = path + u"\\Customers";
     BROWSEINFOW info{};
     info.pidlRoot = root.get();
-    info.lpszTitle = u"Select a folder:";
+    const auto title = tvutil2::library_string(14130);
+    info.lpszTitle = title;
     info.ulFlags = BIF_USENEWUI;
     info.lParam = reinterpret_cast<LPARAM>(first.c_str());
     info.lpfn = [](HWND dialog, UINT message, LPARAM, LPARAM data) {

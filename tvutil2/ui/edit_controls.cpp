@@ -212,3 +212,29 @@ void CBrowseFolderEdit::OnButtonClick() {
     if (dialog.DoModal() == IDOK) SetWindowText(dialog.m_strPath);
     tell_parent();
 }
+
+BEGIN_MESSAGE_MAP(CBrowseFileEdit, CBrowseEdit)
+ON_BN_CLICKED(kButton, &CBrowseFileEdit::OnButtonClick)
+END_MESSAGE_MAP()
+
+bool CBrowseFileEdit::choose(CFileDlg& dialog, DWORD flags, CString& path) const {
+    dialog.m_dwFlags = flags;
+    dialog.m_nFilterID = m_nFilterID;
+    dialog.m_strDefExt = m_strDefExt;
+    dialog.m_strInitDir = m_strInitDir;
+    dialog.m_strFilePath = path;
+    if (dialog.DoModal() != IDOK) return false;
+    path = dialog.m_strFilePath;
+    return true;
+}
+
+void CBrowseFileEdit::OnButtonClick() {
+    constexpr DWORD kFlags = OFN_PATHMUSTEXIST | OFN_HIDEREADONLY;
+    CString path;
+    GetWindowText(path);
+    CFileOpenDlg open(this);
+    CFileSaveDlg save(this);
+    const bool is_chosen =
+        m_bOpen ? choose(open, kFlags | OFN_FILEMUSTEXIST, path) : choose(save, kFlags, path);
+    if (is_chosen) SetWindowText(path);
+}

@@ -9,6 +9,8 @@
 
 #include <memory>
 
+class CFileDlg;
+
 /// Ctrl+A selects everything.
 class TVUTIL_API CTvEdit : public CEdit {
     DECLARE_DYNAMIC(CTvEdit)
@@ -99,4 +101,29 @@ class TVUTIL_API CBrowseFolderEdit : public CBrowseEdit {
     DECLARE_MESSAGE_MAP()
 
     CString m_strPath;
+};
+
+/// The button lets the person choose a file, whose path becomes the text. The parent hears nothing.
+class TVUTIL_API CBrowseFileEdit : public CBrowseEdit {
+  public:
+    /// The extension without a dot; the filter is a string resource ("name|pattern"). A null
+    /// `lpszInitDir` is none.
+    CBrowseFileEdit(const char16_t* lpszDefExt, UINT nFilterID, BOOL bOpen,
+                    const char16_t* lpszInitDir)
+        : m_strDefExt(lpszDefExt),
+          m_nFilterID(nFilterID),
+          m_bOpen(bOpen),
+          m_strInitDir(lpszInitDir) {}
+
+  protected:
+    void OnButtonClick();
+    DECLARE_MESSAGE_MAP()
+
+    CString m_strDefExt;
+    UINT m_nFilterID;
+    BOOL m_bOpen;  ///< or saves
+    CString m_strInitDir;
+
+  private:
+    bool choose(CFileDlg& dialog, DWORD flags, CString& path) const;
 };

@@ -90,10 +90,12 @@ class FolderDialog {
 void FolderDialog::build(HWND dialog) {
     m_dialog = dialog;
     const bool is_new = has(BIF_NEWDIALOGSTYLE);
-    build_folder_dialog(dialog,
-                        {m_info.lpszTitle != nullptr ? m_info.lpszTitle : u"", has(BIF_EDITBOX),
-                         is_new && !has(BIF_NONEWFOLDERBUTTON)},
-                        m_language);
+    FolderParts parts;
+    parts.caption = word(FolderWord::caption);
+    if (m_info.lpszTitle != nullptr) parts.title = m_info.lpszTitle;
+    if (has(BIF_EDITBOX)) parts.edit_label = word(FolderWord::label);
+    parts.has_make = is_new && !has(BIF_NONEWFOLDERBUTTON);
+    build_folder_dialog(dialog, parts, m_language);
     m_icons = make_folder_icons(GetDpiForWindow(dialog));
     SendMessageW(tree_window(), TVM_SETIMAGELIST, 0, reinterpret_cast<LPARAM>(m_icons));
     m_disk = std::make_unique<FolderQuestions>(dialog, kAnswered);
@@ -335,16 +337,9 @@ INT_PTR FolderDialog::hear(UINT message, WPARAM wparam, LPARAM lparam) {
 
 bool FolderDialog::takes_key(const MSG& message) {
     if (message.message != WM_KEYDOWN || message.hwnd != tree_window()) return false;
-    if (message.wParam == VK_F5) {
-        m_tree->read_again();
-    } else if (message.wParam == 'H' && GetKeyState(VK_CONTROL) < 0) {
-        m_tree->show_hidden(!m_tree->shows_hidden());
-    } else if (message.wParam == VK_F2 && has(BIF_NEWDIALOGSTYLE)) {
-        SendMessageW(tree_window(), TVM_EDITLABELW, 0,
-                     reinterpret_cast<LPARAM>(m_tree->selected()));
-    } else {
-        return false;
-    }
+    if (message.wParam != VK_F2 || !has(BIF_NEWDIALOGSTYLE))
+        return m_tree->take_key(message.wParam);
+    SendMessageW(tree_window(), TVM_EDITLABELW, 0, reinterpret_cast<LPARAM>(m_tree->selected()));
     return true;
 }
 

@@ -4,6 +4,8 @@
 #include "tvutil2/platform/base/wide_text.h"
 #include "tvutil2/platform/files/known_folders.h"
 #include "tvutil2/platform/window/common_dialogs/folder_words.h"
+#include "tvutil2/platform/window/focus.h"
+#include "tvutil2/platform/window/keys.h"
 #include "tvutil2/platform/window/messages.h"
 
 #include <algorithm>
@@ -67,7 +69,7 @@ std::u16string shown_name(std::u16string name) {
 }
 
 FolderItems::FolderItems(HWND tree, FolderQuestions& questions, bool with_files, LANGID language)
-    : m_tree(tree), m_disk(questions), m_with_files(with_files), m_language(language) {}
+    : m_tree(tree), m_disk(questions), m_wishes{with_files, {}}, m_language(language) {}
 
 HTREEITEM FolderItems::add(HTREEITEM parent, HTREEITEM after, FolderNode node, FolderIcon icon) {
     auto shown = shown_name(node.name);
@@ -198,7 +200,7 @@ void FolderItems::open(HTREEITEM item) {
     const auto path = path_of(item);
     if (path.empty()) return;
     if (found->second.question == 0) {
-        found->second.question = m_disk.list(path, m_with_files);
+        found->second.question = m_disk.list(path, m_wishes);
         m_asked[found->second.question] = item;
     }
     if (found->second.children.empty()) {
@@ -284,12 +286,30 @@ void FolderItems::expand(HTREEITEM item) {
     SendMessageW(m_tree, TVM_EXPAND, TVE_EXPAND, reinterpret_cast<LPARAM>(item));
 }
 
+// What is under way was asked for under other wishes, maybe.
 void FolderItems::read_again() {
     std::vector<HTREEITEM> items;
-    for (const auto& [item, node] : m_nodes) {
+    for (auto& [item, node] : m_nodes) {
+        m_asked.erase(std::exchange(node.question, 0));
         if (!node.children.empty() || item == selected()) items.push_back(item);
     }
     for (auto* const item : items) open(item);
+}
+
+void FolderItems::show_files(std::vector<std::u16string> patterns) {
+    m_wishes.patterns = std::move(patterns);
+    read_again();
+}
+
+bool FolderItems::take_key(WPARAM key) {
+    if (key == VK_F5) {
+        read_again();
+    } else if (key == 'H' && GetKeyState(VK_CONTROL) < 0) {
+        show_hidden(!m_shows_hidden);
+    } else {
+        return false;
+    }
+    return true;
 }
 
 void FolderItems::show_hidden(bool shows) {

@@ -45,7 +45,10 @@ class FolderItems {
     /// Asks again for what shows.
     void read_again();
     void show_hidden(bool shows);
-    [[nodiscard]] bool shows_hidden() const { return m_shows_hidden; }
+    /// Of the files only those of one of the patterns.
+    void show_files(std::vector<std::u16string> patterns);
+    /// F5 asks again, Ctrl+H shows and hides what is hidden; false for any other key.
+    bool take_key(WPARAM key);
 
     // False for what isn't in this tree.
     bool select_path(const std::u16string& path, bool opens = false);
@@ -79,7 +82,7 @@ class FolderItems {
 
     HWND m_tree;
     FolderQuestions& m_disk;
-    bool m_with_files;
+    FileWishes m_wishes;
     bool m_shows_hidden = false;
     LANGID m_language;
     std::map<HTREEITEM, FolderNode> m_nodes;

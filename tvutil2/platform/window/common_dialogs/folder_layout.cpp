@@ -7,6 +7,7 @@
 #include "tvutil2/platform/process/message_box.h"
 #include "tvutil2/platform/window/common_dialogs/folder_words.h"
 #include "tvutil2/platform/window/controls/button.h"
+#include "tvutil2/platform/window/controls/combo_box.h"
 #include "tvutil2/platform/window/controls/control.h"
 #include "tvutil2/platform/window/controls/edit.h"
 #include "tvutil2/platform/window/controls/static.h"
@@ -49,7 +50,9 @@ class Measures {
 
     [[nodiscard]] LONG length(int pixels) const { return scaled(pixels, m_dpi); }
     [[nodiscard]] bool has(int id) const { return GetDlgItem(m_dialog, id) != nullptr; }
+    /// 0 for what isn't there.
     [[nodiscard]] LONG width_of(int id) const {
+        if (!has(id)) return 0;
         return text_extent(m_context, text_of(GetDlgItem(m_dialog, id)).c_str(), 0, DT_SINGLELINE)
             .cx;
     }
@@ -72,8 +75,9 @@ class Measures {
 
     /// The rows below the tree, with the gaps above them and the margin below.
     [[nodiscard]] LONG below_tree() const {
-        const auto edit = has(kFolderEdit) ? field_height() + length(kGap) : 0;
-        return edit + length(kMargin) + button(IDOK).cy + length(kMargin);
+        const auto rows = (has(kFolderEdit) ? 1 : 0) + (has(kFolderTypes) ? 1 : 0);
+        return rows * (field_height() + length(kGap)) + length(kMargin) + button(IDOK).cy +
+               length(kMargin);
     }
     [[nodiscard]] LONG least_width() const {
         auto width = 2 * length(kMargin) + button(IDOK).cx + length(kGap) + button(IDCANCEL).cx;
@@ -111,17 +115,22 @@ void add_parts(HWND dialog, const FolderParts& parts, LANGID language) {
                 WS_TABSTOP | WS_VSCROLL | WS_BORDER | TVS_HASBUTTONS | TVS_HASLINES |
                     TVS_SHOWSELALWAYS | TVS_EDITLABELS,
                 nowhere, kFolderTree);
-    if (parts.has_edit) {
-        add_control(dialog, u"Static", word(FolderWord::label), 0, nowhere, kFolderLabel);
+    if (parts.edit_label != nullptr) {
+        add_control(dialog, u"Static", parts.edit_label, 0, nowhere, kFolderLabel);
         add_control(dialog, u"Edit", u"", WS_TABSTOP | WS_BORDER | ES_AUTOHSCROLL, nowhere,
                     kFolderEdit);
+    }
+    if (parts.has_types) {
+        add_control(dialog, u"Static", parts.types_label, 0, nowhere, kFolderTypesLabel);
+        add_control(dialog, u"ComboBox", u"", WS_TABSTOP | WS_VSCROLL | CBS_DROPDOWNLIST,
+                    RECT{0, 0, 100, 200}, kFolderTypes);
     }
     if (parts.has_make) {
         add_control(dialog, u"Button", word(FolderWord::make_folder), WS_TABSTOP, nowhere,
                     kFolderMake);
     }
-    add_control(dialog, u"Button", message_word(IDOK, language), WS_TABSTOP | BS_DEFPUSHBUTTON,
-                nowhere, IDOK);
+    const auto* const ok = parts.ok != nullptr ? parts.ok : message_word(IDOK, language);
+    add_control(dialog, u"Button", ok, WS_TABSTOP | BS_DEFPUSHBUTTON, nowhere, IDOK);
     add_control(dialog, u"Button", message_word(IDCANCEL, language), WS_TABSTOP, nowhere, IDCANCEL);
     SendMessageW(dialog, DM_SETDEFID, IDOK, 0);
 }
@@ -137,7 +146,7 @@ SIZE least_folder_dialog(HWND dialog) {
 }
 
 void build_folder_dialog(HWND dialog, const FolderParts& parts, LANGID language) {
-    SetWindowTextW(dialog, folder_word(FolderWord::caption, language));
+    SetWindowTextW(dialog, parts.caption);
     add_parts(dialog, parts, language);
     SIZE size{};
     {
@@ -171,14 +180,21 @@ void lay_out_folder_dialog(HWND dialog) {
     const auto ok = measures.button(IDOK);
     const auto cancel = measures.button(IDCANCEL);
     const auto row = client.bottom - margin - ok.cy;
-    if (measures.has(kFolderEdit)) {
+    auto top = tree_bottom + gap;
+    const auto label =
+        std::max(measures.width_of(kFolderLabel), measures.width_of(kFolderTypesLabel));
+    const auto place_row = [&](int label_id, int id) {
+        if (!measures.has(id)) return;
         const auto height = measures.field_height();
-        const auto top = tree_bottom + gap;
-        const auto label = measures.width_of(kFolderLabel);
-        place(dialog, kFolderLabel, margin, top + (height - measures.line()) / 2, label,
+        place(dialog, label_id, margin, top + (height - measures.line()) / 2, label,
               measures.line());
-        place(dialog, kFolderEdit, margin + label + gap, top, inside - label - gap, height);
-    }
+        // A drop-down list's height is its open list's too.
+        const auto room = id == kFolderTypes ? 8 * height : height;
+        place(dialog, id, margin + label + gap, top, inside - label - gap, room);
+        top += height + gap;
+    };
+    place_row(kFolderLabel, kFolderEdit);
+    place_row(kFolderTypesLabel, kFolderTypes);
     const auto cancel_left = client.right - margin - cancel.cx;
     place(dialog, IDCANCEL, cancel_left, row, cancel.cx, cancel.cy);
     place(dialog, IDOK, cancel_left - gap - ok.cx, row, ok.cx, ok.cy);

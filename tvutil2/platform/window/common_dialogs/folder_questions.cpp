@@ -7,6 +7,7 @@
 #include "tvutil2/platform/base/wide_text.h"
 #include "tvutil2/platform/files/files.h"
 #include "tvutil2/platform/files/find.h"
+#include "tvutil2/platform/files/name_pattern.h"
 #include "tvutil2/platform/window/messages.h"
 
 #include <algorithm>
@@ -50,7 +51,7 @@ bool comes_before(const FolderEntry& a, const FolderEntry& b) {
     return lstrcmpiW(a.name.c_str(), b.name.c_str()) < 0;
 }
 
-FolderAnswer list_folder_of(const std::u16string& path, bool with_files,
+FolderAnswer list_folder_of(const std::u16string& path, const FileWishes& wishes,
                             const std::atomic<bool>& is_wanted) {
     FolderAnswer answer;
     answer.path = path;
@@ -61,10 +62,18 @@ FolderAnswer list_folder_of(const std::u16string& path, bool with_files,
         answer.error = GetLastError() == ERROR_FILE_NOT_FOUND ? 0 : GetLastError();
         return answer;
     }
+    const std::vector<NamePattern> patterns(wishes.patterns.begin(), wishes.patterns.end());
+    const auto is_wished = [&](const std::u16string& name) {
+        const auto upper = upper_of(name);
+        return wishes.with_files &&
+               (patterns.empty() || std::ranges::any_of(patterns, [&](const NamePattern& each) {
+                    return each.matches(upper);
+                }));
+    };
     const auto above = folders_above(path);
     do {
         auto entry = entry_of(data);
-        if (is_dots(entry.name) || (!entry.is_folder && !with_files)) continue;
+        if (is_dots(entry.name) || (!entry.is_folder && !is_wished(entry.name))) continue;
         if ((data.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 && entry.is_folder) {
             const auto id = folder_id(joined(path, entry.name).c_str());
             entry.leads_back = id && above.contains(*id);
@@ -73,6 +82,30 @@ FolderAnswer list_folder_of(const std::u16string& path, bool with_files,
     } while (is_wanted && FindNextFileW(search, &data));
     FindClose(search);
     std::ranges::stable_sort(answer.entries, comes_before);
+    return answer;
+}
+
+FolderEntry look_at_one(const std::u16string& path) {
+    FolderEntry entry{path};
+    const auto attributes = GetFileAttributesW(path.c_str());
+    entry.is_there = attributes != INVALID_FILE_ATTRIBUTES;
+    entry.is_folder = entry.is_there && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+    const auto folder = path.substr(0, path.rfind(u'\\') + 1);
+    entry.has_folder = GetFileAttributesW(folder.c_str()) != INVALID_FILE_ATTRIBUTES;
+    return entry;
+}
+
+FolderAnswer look_at_all(const std::vector<std::u16string>& paths,
+                         const std::u16string& extension) {
+    FolderAnswer answer;
+    for (const auto& path : paths) {
+        auto entry = look_at_one(path);
+        const auto name = path.substr(path.rfind(u'\\') + 1);
+        if (!entry.is_there && !extension.empty() && name.find(u'.') == std::u16string::npos) {
+            entry = look_at_one(path + u'.' + extension);
+        }
+        answer.entries.push_back(std::move(entry));
+    }
     return answer;
 }
 
@@ -142,9 +175,16 @@ std::uint64_t FolderQuestions::ask(std::function<FolderAnswer()> answer) {
     return question;
 }
 
-std::uint64_t FolderQuestions::list(std::u16string path, bool with_files) {
-    return ask([path = std::move(path), with_files, shared = m_shared] {
-        return list_folder_of(path, with_files, shared->is_wanted);
+std::uint64_t FolderQuestions::list(std::u16string path, const FileWishes& wishes) {
+    return ask([path = std::move(path), wishes, shared = m_shared] {
+        return list_folder_of(path, wishes, shared->is_wanted);
+    });
+}
+
+std::uint64_t FolderQuestions::look_at(std::vector<std::u16string> paths,
+                                       std::u16string extension) {
+    return ask([paths = std::move(paths), extension = std::move(extension)] {
+        return look_at_all(paths, extension);
     });
 }
 

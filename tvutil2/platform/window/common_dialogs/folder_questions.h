@@ -16,6 +16,14 @@ struct FolderEntry {
     bool is_folder = false;
     bool is_hidden = false;
     bool leads_back = false;  ///< a link to a folder that it is in
+    bool is_there = true;
+    bool has_folder = true;  ///< what it lies in is there
+};
+
+/// Which files are listed beside the folders.
+struct FileWishes {
+    bool with_files = false;
+    std::vector<std::u16string> patterns;  ///< none for all of them
 };
 
 struct FolderAnswer {
@@ -36,9 +44,12 @@ class FolderQuestions {
 
     // The number of the question.
     /// What is in a folder, in the order of the person's language, folders first.
-    std::uint64_t list(std::u16string path, bool with_files);
+    std::uint64_t list(std::u16string path, const FileWishes& wishes);
     /// Whether there is a folder.
     std::uint64_t probe(std::u16string path);
+    /// What is under each of the paths, which become the entries' names: with the extension where
+    /// there is nothing without it and it has none.
+    std::uint64_t look_at(std::vector<std::u16string> paths, std::u16string extension);
     /// Makes a folder in another one, of that name or the next one that is free.
     std::uint64_t make(std::u16string folder, std::u16string name);
     /// Gives a folder another name.

@@ -1,4 +1,4 @@
-// The words of the folder dialog, in the languages of the family.
+// The words of the dialogs for folders and files, in the languages of the family.
 #pragma once
 
 #include "tvutil2/platform/base/types.h"
@@ -18,6 +18,13 @@ enum class FolderWord : std::uint8_t {
     unreadable,  ///< in the place of what can't be read
     cannot_be_made,
     is_not_there,  ///< with %s for the path
+    open_caption,
+    save_caption,
+    open,  ///< on buttons
+    save,
+    file_label,   ///< with a mnemonic
+    types_label,  ///< with a mnemonic
+    replaces,     ///< a question, with %s for the path
     count
 };
 

@@ -1,0 +1,175 @@
+#include "tvutil2/ui/file_dialogs.h"
+
+#include "tvutil2/framework/app.h"
+#include "tvutil2/platform/base/locale.h"
+#include "tvutil2/platform/window/dialogs/dialogs.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "tests/platform/window/common_dialogs/person.h"
+#include "tests/support/profile.h"
+#include "tests/support/resource_image.h"
+#include "tvutil2/platform/resource/resource.h"
+
+namespace {
+
+using tests::press;
+using tests::Step;
+
+constexpr int kEdit = 0x3744;
+
+// One string of a block of 16, at the block's first place.
+std::string string_block(std::u16string_view text) {
+    std::u16string units{static_cast<char16_t>(text.size())};
+    units += text;
+    units.append(15, u'\0');
+    return {reinterpret_cast<const char*>(units.data()), units.size() * sizeof(char16_t)};
+}
+
+class Filtered : public CFileDlg {
+  public:
+    Filtered() : CFileDlg(TRUE) {}
+    using CFileDlg::GetFilter;
+};
+
+Step type(const std::u16string& name) {
+    return [name](HWND dialog) {
+        if (GetDlgItem(dialog, kEdit) == nullptr) return false;
+        SetDlgItemTextW(dialog, kEdit, name.c_str());
+        SendMessageW(dialog, WM_COMMAND, IDOK, 0);
+        return true;
+    };
+}
+// The answer to a question of the dialog's.
+Step answer(int button) {
+    return [button](HWND dialog) {
+        if (GetDlgItem(dialog, kEdit) != nullptr) return false;
+        SendMessageW(dialog, WM_COMMAND, static_cast<WPARAM>(button), 0);
+        return true;
+    };
+}
+// Back in the dialog.
+const Step cancel = [](HWND dialog) {
+    if (GetDlgItem(dialog, kEdit) == nullptr) return false;
+    SendMessageW(dialog, WM_COMMAND, IDCANCEL, 0);
+    return true;
+};
+
+class FileDialogs : public testing::Test {
+  protected:
+    FileDialogs() {
+        setenv("TVUTIL_DISPLAY", "offscreen", 1);
+        SetThreadLocale(0x0409);
+        for (const char* const name : {"a.txt", "b.txt", "c.dat"}) {
+            tests::write_file(m_host + "/" + name, "x");
+        }
+        std::filesystem::create_directory(m_host + "/in");
+    }
+    int run(CFileDlg& dialog, DWORD flags, std::vector<Step> steps) {
+        dialog.m_dwFlags = flags;
+        dialog.m_nFilterID = 0;
+        dialog.m_strInitDir = m_path.c_str();
+        const tests::Person person(std::move(steps));
+        const auto result = dialog.DoModal();
+        EXPECT_TRUE(person.has_done_all());
+        return result;
+    }
+    static std::vector<std::u16string> list_of(const CFileOpenDlg& dialog) {
+        std::vector<std::u16string> paths;
+        for (auto place = dialog.m_listPaths.GetHeadPosition(); place != nullptr;) {
+            paths.emplace_back(dialog.m_listPaths.GetNext(place).View());
+        }
+        return paths;
+    }
+
+    std::string m_host = tests::new_folder();
+    std::u16string m_path = tests::platform_path(m_host);
+};
+
+TEST_F(FileDialogs, CutFiltersIntoPartsAndAtTheirEnd) {
+    const std::u16string parts = u"Text|*.txt|All|*.*";
+    const std::u16string endless(300, u'x');
+    tests::ResourceImage image;
+    image.add(u"#6", u"#2", 0, string_block(parts));
+    image.add(u"#6", u"#3", 0, string_block(parts + u"|"));
+    image.add(u"#6", u"#4", 0, string_block(endless));
+    ASSERT_TRUE(
+        tvutil2::add_module_resources(nullptr, image.bytes().data(), image.bytes().size()));
+    const struct {
+        UINT id;
+        std::u16string filter;
+    } cases[] = {{16, std::u16string(u"Text\0*.txt\0All\0*.*\0\0", 20)},
+                 {32, std::u16string(u"Text\0*.txt\0All\0*.*\0\0\0", 21)},
+                 {48, endless.substr(0, 254) + std::u16string(2, u'\0')}};
+    AfxSetResourceHandle(GetModuleHandleW(nullptr));
+    Filtered dialog;
+    for (const auto& each : cases) {
+        dialog.m_nFilterID = each.id;
+        const auto* const filter = dialog.GetFilter();
+        ASSERT_NE(filter, nullptr);
+        EXPECT_EQ(std::u16string(filter, each.filter.size()), each.filter) << each.id;
+    }
+    dialog.m_nFilterID = 99;
+    EXPECT_EQ(dialog.GetFilter(), nullptr);
+}
+
+TEST_F(FileDialogs, OpenWhatIsThere) {
+    constexpr DWORD kFlags = OFN_FILEMUSTEXIST | OFN_PATHMUSTEXIST;
+    CFileOpenDlg dialog;
+    dialog.m_listPaths.AddTail(u"before");
+    dialog.m_strDefExt = u"txt";
+    EXPECT_EQ(run(dialog, kFlags, {type(u"a")}), IDOK);
+    EXPECT_EQ(dialog.m_strFilePath.View(), m_path + u"\\a.txt");
+    EXPECT_EQ(list_of(dialog), std::vector<std::u16string>{u"before"});
+    // A folder is entered; what isn't there is no answer.
+    EXPECT_EQ(run(dialog, kFlags,
+                  {type(u"in"), tests::is_selected(u"in"), type(u"gone"), answer(IDOK), cancel}),
+              IDCANCEL);
+    EXPECT_EQ(dialog.m_strFilePath.View(), m_path + u"\\a.txt");
+}
+
+TEST_F(FileDialogs, OpenSeveral) {
+    CFileOpenDlg dialog;
+    dialog.m_strFilePath = u"first";
+    EXPECT_EQ(run(dialog, OFN_ALLOWMULTISELECT, {type(u"\"b.txt\" \"a.txt\" \"c.dat\"")}), IDOK);
+    EXPECT_EQ(list_of(dialog), (std::vector<std::u16string>{m_path + u"\\b.txt", m_path + u"\\a.txt",
+                                                            m_path + u"\\c.dat"}));
+    EXPECT_EQ(dialog.m_strFilePath.View(), u"first");
+    EXPECT_EQ(run(dialog, OFN_ALLOWMULTISELECT, {type(u"b.txt")}), IDOK);
+    EXPECT_EQ(list_of(dialog), std::vector<std::u16string>{m_path + u"\\b.txt"});
+}
+
+TEST_F(FileDialogs, AskBeforeTheyReplace) {
+    CFileSaveDlg dialog;
+    EXPECT_EQ(run(dialog, OFN_OVERWRITEPROMPT,
+                  {type(u"a.txt"), answer(IDNO), type(u"a.txt"), answer(IDYES)}),
+              IDOK);
+    EXPECT_EQ(dialog.m_strFilePath.View(), m_path + u"\\a.txt");
+    dialog.m_strFilePath.Empty();
+    EXPECT_EQ(run(dialog, OFN_OVERWRITEPROMPT | OFN_PATHMUSTEXIST,
+                  {type(u"none\\new"), answer(IDOK), type(u"new.txt")}),
+              IDOK);
+    EXPECT_EQ(dialog.m_strFilePath.View(), m_path + u"\\new.txt");
+}
+
+TEST_F(FileDialogs, NeedRoomForTheAnswer) {
+    char16_t small[8] = {};
+    OPENFILENAMEW asked{};
+    EXPECT_FALSE(GetOpenFileNameW(&asked));
+    EXPECT_EQ(CommDlgExtendedError(), CDERR_STRUCTSIZE);
+    asked.lStructSize = sizeof asked;
+    asked.lpstrFile = small;
+    asked.nMaxFile = 8;
+    asked.lpstrInitialDir = m_path.c_str();
+    const tests::Person person({type(u"a.txt")});
+    EXPECT_FALSE(GetOpenFileNameW(&asked));
+    EXPECT_EQ(CommDlgExtendedError(), FNERR_BUFFERTOOSMALL);
+    EXPECT_EQ(small[0], m_path.size() + 7);
+}
+
+}  // namespace

@@ -1,0 +1,166 @@
+#include "tvutil2/platform/window/common_dialogs/open_file_name.h"
+
+#include "tvutil2/platform/base/host_path.h"
+#include "tvutil2/platform/base/wide_text.h"
+#include "tvutil2/platform/files/full_path.h"
+#include "tvutil2/platform/window/common_dialogs/file_name_dialog.h"
+#include "tvutil2/platform/window/dialogs/desktop_files.h"
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+namespace tvutil2 {
+namespace {
+
+thread_local DWORD g_error = 0;
+
+bool fail(DWORD error) {
+    g_error = error;
+    return false;
+}
+
+std::u16string text_at(const char16_t* text) {
+    return text != nullptr ? text : u"";
+}
+
+std::vector<std::u16string> patterns_of(std::u16string_view text) {
+    std::vector<std::u16string> patterns;
+    while (!text.empty()) {
+        const auto end = std::min(text.find(u';'), text.size());
+        if (end > 0) patterns.emplace_back(text.substr(0, end));
+        text.remove_prefix(std::min(end + 1, text.size()));
+    }
+    return patterns;
+}
+
+std::vector<FileQuestion::Filter> filters_of(const char16_t* text) {
+    std::vector<FileQuestion::Filter> filters;
+    while (text != nullptr && *text != 0) {
+        const std::u16string name = text;
+        text += name.size() + 1;
+        const std::u16string patterns = text;
+        // A name without patterns is the last one.
+        text += patterns.empty() ? 0 : patterns.size() + 1;
+        filters.push_back({name, patterns_of(patterns)});
+    }
+    return filters;
+}
+
+FileQuestion question_of(const OPENFILENAMEW& asked, bool saves) {
+    FileQuestion question;
+    question.kind = saves ? FileQuestion::Kind::save : FileQuestion::Kind::open;
+    question.owner = asked.hwndOwner;
+    question.title = text_at(asked.lpstrTitle);
+    question.name = text_at(asked.lpstrFile);
+    question.filters = filters_of(asked.lpstrFilter);
+    const auto last = std::max<std::size_t>(question.filters.size(), 1);
+    question.filter = std::clamp<std::size_t>(asked.nFilterIndex, 1, last) - 1;
+    question.takes_several = !saves && (asked.Flags & OFN_ALLOWMULTISELECT) != 0;
+    question.asks_to_replace = saves && (asked.Flags & OFN_OVERWRITEPROMPT) != 0;
+    question.shows_hidden = (asked.Flags & OFN_FORCESHOWHIDDEN) != 0;
+    return question;
+}
+
+// Where to begin: the folder of the name at first, or the one that the caller names.
+std::u16string first_folder(const OPENFILENAMEW& asked, std::u16string& name) {
+    const auto separator = name.find_last_of(u"\\/");
+    if (separator != std::u16string::npos) {
+        auto folder = name.substr(0, separator + 1);
+        name.erase(0, separator + 1);
+        return folder;
+    }
+    return text_at(asked.lpstrInitialDir);
+}
+
+std::u16string full(const std::u16string& path) {
+    char16_t buffer[4096];
+    const auto length = GetFullPathNameW(path.c_str(), 4096, buffer, nullptr);
+    return length > 0 && length < 4096 ? std::u16string(buffer, length) : path;
+}
+
+std::optional<ChosenNames> ask_desktop(FileQuestion question, const std::u16string& folder) {
+    if (const auto host = host_path(folder)) question.folder = *host;
+    const auto answer = choose_files(std::move(question));
+    if (!answer) return std::nullopt;
+    ChosenNames chosen;
+    chosen.filter = answer->filter;
+    for (const auto& path : answer->paths) {
+        if (auto text = platform_path(path)) chosen.paths.push_back(std::move(*text));
+    }
+    return chosen;
+}
+
+// The name behind the last backslash begins there.
+std::size_t name_in(const std::u16string& path) {
+    return path.rfind(u'\\') + 1;
+}
+
+// What goes into lpstrFile, without the last zero.
+std::u16string in_buffer(const std::vector<std::u16string>& paths) {
+    if (paths.size() == 1) return paths[0];
+    auto text = paths[0].substr(0, std::max<std::size_t>(name_in(paths[0]), 1) - 1);
+    if (text.size() == 2) text += u'\\';
+    for (const auto& path : paths) text += u'\0' + path.substr(name_in(path));
+    return text + u'\0';
+}
+
+bool give(OPENFILENAMEW& asked, const ChosenNames& chosen) {
+    const auto text = in_buffer(chosen.paths);
+    if (asked.lpstrFile == nullptr) return fail(FNERR_BUFFERTOOSMALL);
+    if (text.size() >= asked.nMaxFile) {
+        if (asked.nMaxFile > 0) {
+            *asked.lpstrFile = static_cast<char16_t>(std::min<std::size_t>(text.size() + 1, 0xFFFF));
+        }
+        return fail(FNERR_BUFFERTOOSMALL);
+    }
+    asked.lpstrFile[text.copy(asked.lpstrFile, text.size())] = 0;
+    const auto& first = chosen.paths[0];
+    const auto several = chosen.paths.size() > 1;
+    asked.nFileOffset = static_cast<WORD>(several ? text.find(u'\0') + 1 : name_in(first));
+    const auto name = first.substr(name_in(first));
+    const auto dot = name.rfind(u'.');
+    const bool has_extension = dot != std::u16string::npos && dot > 0 && dot + 1 < name.size();
+    asked.nFileExtension =
+        has_extension && !several ? static_cast<WORD>(asked.nFileOffset + dot + 1) : WORD{0};
+    asked.nFilterIndex = static_cast<DWORD>(chosen.filter + 1);
+    asked.Flags &= ~OFN_EXTENSIONDIFFERENT;
+    const auto wanted = text_at(asked.lpstrDefExt);
+    if (!wanted.empty() &&
+        (!has_extension || _wcsicmp(name.c_str() + dot + 1, wanted.c_str()) != 0)) {
+        asked.Flags |= OFN_EXTENSIONDIFFERENT;
+    }
+    if (asked.lpstrFileTitle != nullptr && asked.nMaxFileTitle > 0) {
+        asked.lpstrFileTitle[name.copy(asked.lpstrFileTitle, asked.nMaxFileTitle - 1)] = 0;
+    }
+    return true;
+}
+
+bool choose(OPENFILENAMEW* asked, bool saves) {
+    g_error = 0;
+    if (asked == nullptr || asked->lStructSize != sizeof *asked) return fail(CDERR_STRUCTSIZE);
+    auto question = question_of(*asked, saves);
+    const auto folder = first_folder(*asked, question.name);
+    FileNameRules rules;
+    rules.extension = text_at(asked->lpstrDefExt);
+    rules.file_must_exist = !saves && (asked->Flags & OFN_FILEMUSTEXIST) != 0;
+    rules.path_must_exist = (asked->Flags & (OFN_PATHMUSTEXIST | OFN_FILEMUSTEXIST)) != 0;
+    auto chosen = ask_desktop(question, folder);
+    if (!chosen) chosen = ask_for_files(question, folder.empty() ? folder : full(folder), rules);
+    return !chosen->paths.empty() && give(*asked, *chosen);
+}
+
+}  // namespace
+}  // namespace tvutil2
+
+BOOL GetOpenFileNameW(OPENFILENAMEW* asked) {
+    return tvutil2::choose(asked, false) ? TRUE : FALSE;
+}
+
+BOOL GetSaveFileNameW(OPENFILENAMEW* asked) {
+    return tvutil2::choose(asked, true) ? TRUE : FALSE;
+}
+
+DWORD CommDlgExtendedError() {
+    return tvutil2::g_error;
+}

@@ -1,0 +1,67 @@
+// GetOpenFileNameW and GetSaveFileNameW: the person chooses files.
+//
+// On a desktop that has a dialog of its own for that, it is the desktop's. Elsewhere it is one of
+// ours, with folders and files in a tree, read on threads of their own, a box for the name, and one
+// for the filter; there several files are typed, each between double quotes. Hooks and templates
+// have no dialog to be in yet, and are passed over.
+#pragma once
+
+#include "tvutil2/platform/base/export.h"
+#include "tvutil2/platform/window/window_types.h"
+
+using LPOFNHOOKPROC = UINT_PTR (*)(HWND dialog, UINT message, WPARAM wparam, LPARAM lparam);
+
+struct OPENFILENAMEW {
+    DWORD lStructSize;
+    HWND hwndOwner;
+    HINSTANCE hInstance;
+    const char16_t* lpstrFilter;  ///< name, patterns with ";" between them, ...; ends with an empty one
+    char16_t* lpstrCustomFilter;
+    DWORD nMaxCustFilter;
+    DWORD nFilterIndex;  ///< from 1; the one in force
+    char16_t* lpstrFile;  ///< the name at first; then the path, or the folder and the names
+    DWORD nMaxFile;       ///< its units
+    char16_t* lpstrFileTitle;  ///< becomes the name, or null
+    DWORD nMaxFileTitle;
+    const char16_t* lpstrInitialDir;
+    const char16_t* lpstrTitle;
+    DWORD Flags;
+    WORD nFileOffset;     ///< of the first name in lpstrFile
+    WORD nFileExtension;  ///< of the extension; 0 for none
+    const char16_t* lpstrDefExt;
+    LPARAM lCustData;
+    LPOFNHOOKPROC lpfnHook;
+    const char16_t* lpTemplateName;
+    void* pvReserved;
+    DWORD dwReserved;
+    DWORD FlagsEx;
+};
+
+inline constexpr DWORD OFN_READONLY = 0x1;
+/// Asks before a file is chosen to be saved to that is there.
+inline constexpr DWORD OFN_OVERWRITEPROMPT = 0x2;
+inline constexpr DWORD OFN_HIDEREADONLY = 0x4;
+/// The current folder never changes.
+inline constexpr DWORD OFN_NOCHANGEDIR = 0x8;
+inline constexpr DWORD OFN_ENABLEHOOK = 0x20;
+inline constexpr DWORD OFN_ENABLETEMPLATE = 0x40;
+/// Several files: folder and names, each ended by a zero, and one more at the end.
+inline constexpr DWORD OFN_ALLOWMULTISELECT = 0x200;
+/// Set when the file hasn't the default extension.
+inline constexpr DWORD OFN_EXTENSIONDIFFERENT = 0x400;
+inline constexpr DWORD OFN_PATHMUSTEXIST = 0x800;
+inline constexpr DWORD OFN_FILEMUSTEXIST = 0x1000;
+inline constexpr DWORD OFN_EXPLORER = 0x80000;
+inline constexpr DWORD OFN_FORCESHOWHIDDEN = 0x10000000;
+
+inline constexpr DWORD CDERR_STRUCTSIZE = 0x0001;
+inline constexpr DWORD CDERR_DIALOGFAILURE = 0xFFFF;
+/// The size that is needed stands in the first unit of lpstrFile.
+inline constexpr DWORD FNERR_BUFFERTOOSMALL = 0x3003;
+
+/// Non-zero when something was chosen, with lpstrFile, the offsets, nFilterIndex and lpstrFileTitle
+/// set. 0 when the person cancels, nobody can be asked, or it doesn't fit (CommDlgExtendedError).
+TVUTIL_API BOOL GetOpenFileNameW(OPENFILENAMEW* asked);
+TVUTIL_API BOOL GetSaveFileNameW(OPENFILENAMEW* asked);
+/// Why the thread's last choice failed; 0 when it didn't, or was cancelled.
+TVUTIL_API DWORD CommDlgExtendedError();
