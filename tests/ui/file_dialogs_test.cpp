@@ -2,6 +2,8 @@
 
 #include "tvutil2/framework/app.h"
 #include "tvutil2/platform/base/locale.h"
+#include "tvutil2/platform/process/modules.h"
+#include "tvutil2/platform/resource/resource.h"
 #include "tvutil2/platform/window/dialogs/dialogs.h"
 
 #include <gtest/gtest.h>
@@ -14,7 +16,6 @@
 #include "tests/platform/window/common_dialogs/person.h"
 #include "tests/support/profile.h"
 #include "tests/support/resource_image.h"
-#include "tvutil2/platform/resource/resource.h"
 
 namespace {
 
@@ -98,8 +99,7 @@ TEST_F(FileDialogs, CutFiltersIntoPartsAndAtTheirEnd) {
     image.add(u"#6", u"#2", 0, string_block(parts));
     image.add(u"#6", u"#3", 0, string_block(parts + u"|"));
     image.add(u"#6", u"#4", 0, string_block(endless));
-    ASSERT_TRUE(
-        tvutil2::add_module_resources(nullptr, image.bytes().data(), image.bytes().size()));
+    ASSERT_TRUE(tvutil2::add_module_resources(nullptr, image.bytes().data(), image.bytes().size()));
     const struct {
         UINT id;
         std::u16string filter;
@@ -137,8 +137,8 @@ TEST_F(FileDialogs, OpenSeveral) {
     CFileOpenDlg dialog;
     dialog.m_strFilePath = u"first";
     EXPECT_EQ(run(dialog, OFN_ALLOWMULTISELECT, {type(u"\"b.txt\" \"a.txt\" \"c.dat\"")}), IDOK);
-    EXPECT_EQ(list_of(dialog), (std::vector<std::u16string>{m_path + u"\\b.txt", m_path + u"\\a.txt",
-                                                            m_path + u"\\c.dat"}));
+    EXPECT_EQ(list_of(dialog), (std::vector<std::u16string>{
+                                   m_path + u"\\b.txt", m_path + u"\\a.txt", m_path + u"\\c.dat"}));
     EXPECT_EQ(dialog.m_strFilePath.View(), u"first");
     EXPECT_EQ(run(dialog, OFN_ALLOWMULTISELECT, {type(u"b.txt")}), IDOK);
     EXPECT_EQ(list_of(dialog), std::vector<std::u16string>{m_path + u"\\b.txt"});

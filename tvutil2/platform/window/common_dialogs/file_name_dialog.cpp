@@ -177,7 +177,8 @@ int FileNameDialog::ask(FolderWord which, const std::u16string& path, UINT type)
 
 // A folder alone is opened; anything else goes to the disk with the extension that it lacks.
 void FileNameDialog::accept() {
-    const auto names = names_in(text_of(GetDlgItem(m_dialog, kFolderEdit)), m_question.takes_several);
+    const auto names =
+        names_in(text_of(GetDlgItem(m_dialog, kFolderEdit)), m_question.takes_several);
     if (names.empty()) {
         SendMessageW(tree_window(), TVM_EXPAND, TVE_TOGGLE,
                      reinterpret_cast<LPARAM>(m_items->selected()));
@@ -204,8 +205,8 @@ bool FileNameDialog::may_be(const FolderEntry& found) const {
         return false;
     }
     const bool replaces = saves() && found.is_there && m_question.asks_to_replace;
-    return !replaces ||
-           ask(FolderWord::replaces, found.name, MB_YESNO | MB_ICONWARNING | MB_DEFBUTTON2) == IDYES;
+    return !replaces || ask(FolderWord::replaces, found.name,
+                            MB_YESNO | MB_ICONWARNING | MB_DEFBUTTON2) == IDYES;
 }
 
 void FileNameDialog::judge(const FolderAnswer& answer) {

@@ -110,7 +110,8 @@ bool give(OPENFILENAMEW& asked, const ChosenNames& chosen) {
     if (asked.lpstrFile == nullptr) return fail(FNERR_BUFFERTOOSMALL);
     if (text.size() >= asked.nMaxFile) {
         if (asked.nMaxFile > 0) {
-            *asked.lpstrFile = static_cast<char16_t>(std::min<std::size_t>(text.size() + 1, 0xFFFF));
+            *asked.lpstrFile =
+                static_cast<char16_t>(std::min<std::size_t>(text.size() + 1, 0xFFFF));
         }
         return fail(FNERR_BUFFERTOOSMALL);
     }

@@ -15,12 +15,13 @@ struct OPENFILENAMEW {
     DWORD lStructSize;
     HWND hwndOwner;
     HINSTANCE hInstance;
-    const char16_t* lpstrFilter;  ///< name, patterns with ";" between them, ...; ends with an empty one
+    const char16_t*
+        lpstrFilter;  ///< name, patterns with ";" between them, ...; ends with an empty one
     char16_t* lpstrCustomFilter;
     DWORD nMaxCustFilter;
-    DWORD nFilterIndex;  ///< from 1; the one in force
-    char16_t* lpstrFile;  ///< the name at first; then the path, or the folder and the names
-    DWORD nMaxFile;       ///< its units
+    DWORD nFilterIndex;        ///< from 1; the one in force
+    char16_t* lpstrFile;       ///< the name at first; then the path, or the folder and the names
+    DWORD nMaxFile;            ///< its units
     char16_t* lpstrFileTitle;  ///< becomes the name, or null
     DWORD nMaxFileTitle;
     const char16_t* lpstrInitialDir;
