@@ -4,12 +4,15 @@
 #include "tvutil2/platform/window/hit_test.h"
 #include "tvutil2/platform/window/input.h"
 #include "tvutil2/platform/window/keys.h"
+#include "tvutil2/platform/window/menus/menu_bar.h"
 #include "tvutil2/platform/window/messages.h"
 #include "tvutil2/platform/window/mouse.h"
 #include "tvutil2/platform/window/scrolling.h"
 #include "tvutil2/platform/window/show.h"
 #include "tvutil2/platform/window/system_commands.h"
 #include "tvutil2/platform/window/window.h"
+
+#include <utility>
 
 namespace tvutil2 {
 namespace {
@@ -30,12 +33,14 @@ void press_frame(HWND window, LRESULT hit, LPARAM point) {
     if (hit == HTCAPTION) {
         SetActiveWindow(GetAncestor(window, GA_ROOT));
         SendMessageW(window, WM_SYSCOMMAND, SC_MOVE | static_cast<WPARAM>(HTCAPTION), point);
+    } else if (hit == HTMENU) {
+        SendMessageW(window, WM_SYSCOMMAND, SC_MOUSEMENU | static_cast<WPARAM>(HTMENU), point);
     } else if (is_edge(hit)) {
         SendMessageW(window, WM_SYSCOMMAND, SC_SIZE | static_cast<WPARAM>(hit - HTLEFT + 1), point);
     }
 }
 
-void carry_out(HWND window, WPARAM command) {
+void carry_out(HWND window, WPARAM command, LPARAM lparam) {
     const auto part = static_cast<LRESULT>(command & 0xF);
     switch (command & 0xFFF0) {
         case SC_CLOSE:
@@ -56,8 +61,24 @@ void carry_out(HWND window, WPARAM command) {
         case SC_SIZE:
             if (part != 0) drag_window(window, part - 1 + HTLEFT);
             break;
+        case SC_MOUSEMENU:
+            enter_menu_bar(window, POINT{GET_X_LPARAM(lparam), GET_Y_LPARAM(lparam)});
+            break;
+        case SC_KEYMENU:
+            enter_menu_bar(GetAncestor(window, GA_ROOT), static_cast<char16_t>(lparam));
+            break;
         default:
             break;
+    }
+}
+
+// Alt pressed and let go again with nothing in between, or F10, leads to the menu bar.
+void follow_menu_key(HWND window, UINT message, WPARAM key) {
+    static thread_local WPARAM t_pressed = 0;
+    if (message == WM_SYSKEYDOWN) {
+        t_pressed = key == VK_MENU || (key == VK_F10 && GetKeyState(VK_SHIFT) >= 0) ? key : 0;
+    } else if (std::exchange(t_pressed, 0) == key && key != 0) {
+        SendMessageW(GetAncestor(window, GA_ROOT), WM_SYSCOMMAND, SC_KEYMENU, 0);
     }
 }
 
@@ -114,11 +135,21 @@ bool handle_input_message(HWND window, UINT message, WPARAM wparam, LPARAM lpara
             return true;
         case WM_NCLBUTTONDBLCLK:
             if (static_cast<LRESULT>(wparam) == HTCAPTION) zoom(window);
+            // To a menu each press is one of its own.
+            if (static_cast<LRESULT>(wparam) == HTMENU) press_frame(window, HTMENU, lparam);
             return true;
         case WM_SYSCOMMAND:
-            carry_out(window, wparam);
+            carry_out(window, wparam, lparam);
+            return true;
+        case WM_SYSKEYUP:
+            follow_menu_key(window, message, wparam);
+            return true;
+        case WM_SYSCHAR:
+            SendMessageW(GetAncestor(window, GA_ROOT), WM_SYSCOMMAND, SC_KEYMENU,
+                         static_cast<LPARAM>(wparam));
             return true;
         case WM_SYSKEYDOWN:
+            follow_menu_key(window, message, wparam);
             if (wparam == VK_F4 && GetKeyState(VK_MENU) < 0) {
                 PostMessageW(GetAncestor(window, GA_ROOT), WM_SYSCOMMAND, SC_CLOSE, 0);
             }

@@ -10,6 +10,7 @@
 #include "tvutil2/platform/window/focus.h"
 #include "tvutil2/platform/window/geometry.h"
 #include "tvutil2/platform/window/hit_test.h"
+#include "tvutil2/platform/window/menus/menu_bar.h"
 #include "tvutil2/platform/window/messages.h"
 #include "tvutil2/platform/window/paint.h"
 #include "tvutil2/platform/window/scrolling.h"
@@ -79,6 +80,12 @@ void paint_caption(HDC context, HWND window, const Frame& frame) {
     DeleteObject(font);
 }
 
+void paint_menu_bar_of(HWND window, HDC context) {
+    RECT place{};
+    GetWindowRect(window, &place);
+    paint_menu_bar(context, window, moved(menu_bar_place(window), {-place.left, -place.top}));
+}
+
 bool has_focus_inside(HWND window) {
     auto* const focus = GetFocus();
     return focus != nullptr && (focus == window || IsChild(window, focus) != 0);
@@ -96,6 +103,7 @@ void paint_frame(HWND window) {
         look.is_disabled = (frame.style & WS_DISABLED) != 0;
         draw_field(context, frame.area, look,
                    GetSysColor(look.is_disabled ? COLOR_3DFACE : COLOR_WINDOW));
+        paint_menu_bar_of(window, context);
         paint_scroll_bars(window, context);
         return;
     }
@@ -104,6 +112,7 @@ void paint_frame(HWND window) {
     FrameRect(context, &frame.area, line);
     DeleteObject(line);
     if ((frame.style & WS_CAPTION) == WS_CAPTION) paint_caption(context, window, frame);
+    paint_menu_bar_of(window, context);
     paint_scroll_bars(window, context);
 }
 

@@ -1,6 +1,7 @@
 // The frame around a client area: its size, and what it answers.
 #include "tvutil2/platform/window/geometry.h"
 #include "tvutil2/platform/window/hit_test.h"
+#include "tvutil2/platform/window/menus/menu_bar.h"
 #include "tvutil2/platform/window/messages.h"
 #include "tvutil2/platform/window/system_metrics.h"
 #include "tvutil2/platform/window/window.h"
@@ -15,6 +16,7 @@ struct FrameFacts {
     RECT window{}, client{};  // on the screen
     DWORD style = 0, ex_style = 0;
     UINT dpi = 96;
+    HMENU menu = nullptr;
 };
 
 bool find_facts(HWND window, FrameFacts& facts) {
@@ -30,7 +32,8 @@ bool find_facts(HWND window, FrameFacts& facts) {
          corner.y + client.bottom},
         record->style,
         record->ex_style,
-        dpi_of(*record)};
+        dpi_of(*record),
+        menu_of(*record)};
     return true;
 }
 
@@ -80,6 +83,7 @@ LRESULT hit_test(HWND window, POINT point) {
         point.y < facts.client.bottom + bar) {
         return HTHSCROLL;
     }
+    if (holds(menu_bar_place(window), point)) return HTMENU;
     if ((facts.style & WS_CAPTION) != WS_CAPTION || point.y >= facts.client.top) return HTBORDER;
     const auto button = close_button_of(window);
     return holds(button, point) ? HTCLOSE : HTCAPTION;
@@ -93,6 +97,7 @@ void calculate_client(HWND window, RECT& rect) {
     rect.top += frame.top;
     rect.right -= frame.right;
     rect.bottom -= frame.bottom;
+    rect.top += menu_bar_height(facts.menu, static_cast<int>(rect.right - rect.left), facts.dpi);
     const auto bar = GetSystemMetricsForDpi(SM_CXVSCROLL, facts.dpi);
     if ((facts.style & WS_VSCROLL) != 0) rect.right -= bar;
     if ((facts.style & WS_HSCROLL) != 0) rect.bottom -= bar;

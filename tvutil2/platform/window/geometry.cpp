@@ -1,6 +1,7 @@
 #include "tvutil2/platform/window/geometry.h"
 
 #include "tvutil2/platform/base/last_error.h"
+#include "tvutil2/platform/window/system_metrics.h"
 #include "tvutil2/platform/window/window_states.h"
 
 #include <algorithm>
@@ -146,11 +147,10 @@ BOOL ScreenToClient(HWND window, POINT* point) {
     return TRUE;
 }
 
-BOOL AdjustWindowRectExForDpi(RECT* rect, DWORD style, BOOL /*has_menu*/, DWORD ex_style,
-                              UINT dpi) {
+BOOL AdjustWindowRectExForDpi(RECT* rect, DWORD style, BOOL has_menu, DWORD ex_style, UINT dpi) {
     const auto frame = tvutil2::frame_thickness(style, ex_style, dpi);
     rect->left -= frame.left;
-    rect->top -= frame.top;
+    rect->top -= frame.top + (has_menu != 0 ? GetSystemMetricsForDpi(SM_CYMENU, dpi) : 0);
     rect->right += frame.right;
     rect->bottom += frame.bottom;
     return TRUE;

@@ -4,6 +4,7 @@
 #include "tvutil2/platform/window/endpoint.h"
 #include "tvutil2/platform/window/hooks.h"
 #include "tvutil2/platform/window/input.h"
+#include "tvutil2/platform/window/menus/menu_bar.h"
 #include "tvutil2/platform/window/messages.h"
 #include "tvutil2/platform/window/remote.h"
 #include "tvutil2/platform/window/screen.h"
@@ -146,7 +147,11 @@ void finish(HWND window) {
     for (auto* const child : children_of(window)) finish(child);
     if (own(window) == nullptr) return;
     SendMessageW(window, WM_NCDESTROY, 0, 0);
-    if (auto* const record = own(window)) release(*record, *record->queue);
+    auto* const record = own(window);
+    if (record == nullptr) return;
+    auto* const menu = menu_of(*record);
+    release(*record, *record->queue);
+    if (IsMenu(menu)) DestroyMenu(menu);
 }
 
 // Ends a window unless it is kept: one that was refused, or whose procedure threw on the way.
@@ -364,6 +369,10 @@ HWND CreateWindowExW(DWORD ex_style, const char16_t* class_name, const char16_t*
     made.given = {
         parameter, tvutil2::or_executable(instance), menu_or_id, parent,     height,  width, y,
         x,         static_cast<LONG>(style),         title,      class_name, ex_style};
+    const auto* const menu_name = made.window_class->description.lpszMenuName;
+    if (menu_or_id == nullptr && menu_name != nullptr && !made.is_child()) {
+        made.given.hMenu = LoadMenuW(made.window_class->description.hInstance, menu_name);
+    }
     // The monitors, and their scale, are known from the first window on that a person may see.
     if (made.is_for_the_screen()) static_cast<void>(tvutil2::display());
     tvutil2::choose_place(made.given);

@@ -385,3 +385,9 @@ HMENU LoadMenuIndirectW(const void* menu_template) {
     SetLastError(ERROR_INVALID_DATA);
     return nullptr;
 }
+
+HMENU LoadMenuW(HINSTANCE module, const char16_t* name) {
+    auto* const found = FindResourceW(module, name, RT_MENU);
+    return found == nullptr ? nullptr
+                            : LoadMenuIndirectW(LockResource(LoadResource(module, found)));
+}

@@ -123,6 +123,10 @@ TVUTIL_API BOOL SetMenuDefaultItem(HMENU menu, UINT item, UINT by_position);
 /// null, ERROR_INVALID_DATA for what is no whole template.
 TVUTIL_API HMENU LoadMenuIndirectW(const void* menu_template);
 
+/// The same from a module's resources, in whatever language is there first; null with the error of
+/// FindResourceW.
+TVUTIL_API HMENU LoadMenuW(HINSTANCE module, const char16_t* name);
+
 /// Shows a pop-up menu at a place on the screen until the person has chosen or gone away. The
 /// owner, a window of the calling thread, gets WM_COMMAND for what was chosen; with TPM_RETURNCMD
 /// that is the result instead. 0 with ERROR_POPUP_ALREADY_ACTIVE while the thread shows one,

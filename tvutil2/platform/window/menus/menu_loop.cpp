@@ -8,7 +8,7 @@
 #include "tvutil2/platform/window/focus.h"
 #include "tvutil2/platform/window/geometry.h"
 #include "tvutil2/platform/window/keys.h"
-#include "tvutil2/platform/window/menus/menu_window.h"
+#include "tvutil2/platform/window/menus/menu_tracking.h"
 #include "tvutil2/platform/window/messages.h"
 #include "tvutil2/platform/window/mouse.h"
 #include "tvutil2/platform/window/screen.h"
@@ -25,7 +25,10 @@ namespace {
 constexpr UINT_PTR kOpenTimer = 1;
 constexpr UINT kOpenTime = 250;
 
-// The character behind the "&" of an item; 0 for none.
+}  // namespace
+
+thread_local MenuLoop* MenuLoop::t_running = nullptr;
+
 char16_t mnemonic_of(const MenuItem& item) {
     char16_t found = 0;
     for (std::size_t i = 0; i + 1 < item.text.size(); ++i) {
@@ -36,64 +39,16 @@ char16_t mnemonic_of(const MenuItem& item) {
     return found;
 }
 
-class MenuLoop {
-  public:
-    MenuLoop(HWND owner, UINT flags) : m_owner(owner), m_flags(flags) {}
-
-    /// What was chosen; 0 for nothing.
-    UINT run(HMENU menu, POINT point);
-    void cancel() {
-        m_is_done = true;
-        PostMessageW(m_owner, WM_NULL, 0, 0);
-    }
-
-    static thread_local MenuLoop* t_running;
-
-  private:
-    struct Hit {
-        std::size_t level = ~std::size_t{0};
-        int item = -1;
-    };
-
-    [[nodiscard]] std::shared_ptr<MenuWindowState> state_at(std::size_t level) const {
-        return state_of<MenuWindowState>(m_open[level]);
-    }
-    [[nodiscard]] std::shared_ptr<MenuWindowState> top() const {
-        return state_at(m_open.size() - 1);
-    }
-    [[nodiscard]] bool is_running() const {
-        return !m_is_done && IsWindow(m_owner) && !m_open.empty() && IsWindow(m_open.front()) &&
-               GetCapture() == m_open.front();
-    }
-
-    void tell(UINT message, WPARAM wparam, LPARAM lparam) const {
-        if ((m_flags & TPM_NONOTIFY) == 0) SendMessageW(m_owner, message, wparam, lparam);
-    }
-    bool open(HMENU menu, const MenuAnchor& anchor);
-    void close_down_to(std::size_t levels);
-    void select(std::size_t level, int item);
-    void open_submenu(bool selects_first);
-    void choose(bool by_key);
-    [[nodiscard]] Hit hit(POINT point) const;
-    void point_at(POINT point);
-    void press(WPARAM key);
-    void type(char16_t character);
-    void follow(const MSG& message);
-    void follow_timer();
-
-    HWND m_owner;
-    UINT m_flags;
-    std::vector<HWND> m_open;
-    bool m_is_done = false;
-    bool m_was_pressed = false;  // since the menu opened
-    POINT m_start{};
-    UINT m_chosen = 0;
-};
-
-thread_local MenuLoop* MenuLoop::t_running = nullptr;
+bool MenuLoop::is_running() const {
+    if (m_is_done || !IsWindow(m_owner)) return false;
+    if (has_bar()) return GetCapture() == m_owner;
+    return !m_open.empty() && IsWindow(m_open.front()) && GetCapture() == m_open.front();
+}
 
 bool MenuLoop::open(HMENU menu, const MenuAnchor& anchor) {
-    tell(WM_INITMENUPOPUP, reinterpret_cast<WPARAM>(menu), 0);
+    const auto index = m_open.empty() ? std::max(m_bar_item, 0) : std::max(top()->selected, 0);
+    tell(WM_INITMENUPOPUP, reinterpret_cast<WPARAM>(menu),
+         MAKELPARAM(static_cast<WORD>(index), FALSE));
     if (!IsWindow(m_owner)) return false;
     auto* const window = open_menu_window(menu, m_owner, anchor);
     if (window != nullptr) m_open.push_back(window);
@@ -114,14 +69,16 @@ void MenuLoop::select(std::size_t level, int item) {
     const auto state = state_at(level);
     if (!state || state->selected == item) return;
     select_menu_item(m_open[level], item);
-    if (item < 0) return;
-    const auto& chosen = state->items[static_cast<std::size_t>(item)];
-    const bool is_popup = chosen.submenu != nullptr;
-    const auto flags = (chosen.type | chosen.state | MF_HILITE | (is_popup ? MF_POPUP : 0));
+    if (item >= 0) tell_selected(state->menu, state->items[static_cast<std::size_t>(item)], item);
+}
+
+void MenuLoop::tell_selected(HMENU menu, const MenuItem& item, int index) const {
+    const bool is_popup = item.submenu != nullptr;
+    const auto flags = item.type | item.state | MF_HILITE | (is_popup ? MF_POPUP : 0);
     tell(WM_MENUSELECT,
-         MAKEWPARAM(static_cast<WORD>(is_popup ? static_cast<UINT>(item) : chosen.id),
+         MAKEWPARAM(static_cast<WORD>(is_popup ? static_cast<UINT>(index) : item.id),
                     static_cast<WORD>(flags)),
-         reinterpret_cast<LPARAM>(state->menu));
+         reinterpret_cast<LPARAM>(menu));
 }
 
 void MenuLoop::open_submenu(bool selects_first) {
@@ -163,9 +120,14 @@ MenuLoop::Hit MenuLoop::hit(POINT point) const {
 void MenuLoop::point_at(POINT point) {
     const auto [level, item] = hit(point);
     if (level >= m_open.size()) {
-        // An open submenu keeps its item.
-        const auto state = top();
-        if (state) select(m_open.size() - 1, -1);
+        if (const auto in_bar = bar_item_at(point); in_bar >= 0 && in_bar != m_bar_item) {
+            const bool was_open = !m_open.empty();
+            select_in_bar(in_bar);
+            if (was_open) open_from_bar(false);
+        } else if (!m_open.empty()) {
+            // An open submenu keeps its item.
+            select(m_open.size() - 1, -1);
+        }
         return;
     }
     const auto state = state_at(level);
@@ -189,6 +151,11 @@ void MenuLoop::follow_timer() {
 }
 
 void MenuLoop::press(WPARAM key) {
+    if (key == VK_MENU || key == VK_F10) {
+        m_is_done = true;
+        return;
+    }
+    if (has_bar() && key_in_bar(key)) return;
     const auto level = m_open.size() - 1;
     const auto state = top();
     if (!state) return;
@@ -216,10 +183,6 @@ void MenuLoop::press(WPARAM key) {
         case VK_RETURN:
         case VK_SPACE:
             return choose(true);
-        case VK_MENU:
-        case VK_F10:
-            m_is_done = true;
-            return;
         default:
             return;
     }
@@ -227,6 +190,7 @@ void MenuLoop::press(WPARAM key) {
 
 // The item of that mnemonic; of several the next one is only selected.
 void MenuLoop::type(char16_t character) {
+    if (m_open.empty()) return type_in_bar(character);
     const auto wanted = to_lower(character);
     const auto state = top();
     if (!state || wanted <= u' ') return;
@@ -256,10 +220,7 @@ void MenuLoop::follow(const MSG& message) {
         case WM_RBUTTONDBLCLK: {
             m_was_pressed = true;
             const auto at = hit(point);
-            if (at.level >= m_open.size()) {
-                m_is_done = true;
-                return;
-            }
+            if (at.level >= m_open.size()) return press_in_bar(point);
             close_down_to(at.level + 1);
             select(at.level, at.item);
             open_submenu(false);
@@ -282,7 +243,8 @@ void MenuLoop::follow(const MSG& message) {
             return;
         }
         case WM_MOUSEWHEEL:
-            scroll_menu(m_open.back(), -GET_WHEEL_DELTA_WPARAM(message.wParam) / 3);
+            if (!m_open.empty())
+                scroll_menu(m_open.back(), -GET_WHEEL_DELTA_WPARAM(message.wParam) / 3);
             return;
         case WM_KEYDOWN:
         case WM_SYSKEYDOWN:
@@ -300,20 +262,18 @@ void MenuLoop::follow(const MSG& message) {
     }
 }
 
-UINT MenuLoop::run(HMENU menu, POINT point) {
+void MenuLoop::begin(HMENU menu) {
     t_running = this;
-    m_start = point;
-    tell(WM_ENTERMENULOOP, TRUE, 0);
+    tell(WM_ENTERMENULOOP, has_bar() ? FALSE : TRUE, 0);
     tell(WM_INITMENU, reinterpret_cast<WPARAM>(menu), 0);
-    MenuAnchor anchor;
-    anchor.point = point;
-    anchor.flags = m_flags;
-    if (IsWindow(m_owner) && open(menu, anchor)) SetCapture(m_open.front());
+}
+
+void MenuLoop::follow_all() {
     MSG message{};
     while (is_running()) {
         if (GetMessageW(&message, nullptr, 0, 0) <= 0) {
             PostQuitMessage(static_cast<int>(message.wParam));
-            break;
+            return;
         }
         if (message.message == WM_TIMER && !m_open.empty() && message.hwnd == m_open.front()) {
             follow_timer();
@@ -321,18 +281,37 @@ UINT MenuLoop::run(HMENU menu, POINT point) {
             follow(message);
         }
     }
-    if (!m_open.empty() && GetCapture() == m_open.front()) ReleaseCapture();
+}
+
+UINT MenuLoop::end() {
+    auto* const captor = GetCapture();
+    const bool is_own = captor == m_owner || (!m_open.empty() && captor == m_open.front());
+    if (is_own) ReleaseCapture();
     close_down_to(0);
+    if (has_bar()) select_in_bar(-1);
     tell(WM_MENUSELECT, MAKEWPARAM(0, 0xFFFF), 0);
-    tell(WM_EXITMENULOOP, TRUE, 0);
+    tell(WM_EXITMENULOOP, has_bar() ? FALSE : TRUE, 0);
     t_running = nullptr;
     return m_chosen;
 }
 
-}  // namespace
+UINT MenuLoop::run(HMENU menu, POINT point) {
+    m_start = point;
+    begin(menu);
+    MenuAnchor anchor;
+    anchor.point = point;
+    anchor.flags = m_flags;
+    if (IsWindow(m_owner) && open(menu, anchor)) SetCapture(m_open.front());
+    follow_all();
+    return end();
+}
 
 void leave_menus() {
     if (MenuLoop::t_running != nullptr) MenuLoop::t_running->cancel();
+}
+
+int selected_in_menu_bar(HWND window) {
+    return MenuLoop::t_running != nullptr ? MenuLoop::t_running->bar_item(window) : -1;
 }
 
 }  // namespace tvutil2

@@ -27,34 +27,6 @@ constexpr int kShortcutGap = 24;
 constexpr int kSeparator = 7;
 constexpr UINT kTextFormat = DT_SINGLELINE | DT_VCENTER;
 
-// A context with the menu's font, plain or bold.
-class MenuFont {
-  public:
-    MenuFont(HDC context, UINT dpi) : m_context(context) {
-        auto description = interface_font(dpi);
-        m_plain = CreateFontIndirectW(&description);
-        description.lfWeight = FW_SEMIBOLD;
-        m_bold = CreateFontIndirectW(&description);
-        m_before = SelectObject(context, m_plain);
-        SetBkMode(context, TRANSPARENT);
-    }
-    ~MenuFont() {
-        SelectObject(m_context, m_before);
-        DeleteObject(m_plain);
-        DeleteObject(m_bold);
-    }
-    MenuFont(const MenuFont&) = delete;
-    MenuFont& operator=(const MenuFont&) = delete;
-    void choose(const MenuItem& item) const {
-        SelectObject(m_context, (item.state & MFS_DEFAULT) != 0 ? m_bold : m_plain);
-    }
-
-  private:
-    HDC m_context;
-    HFONT m_plain, m_bold;
-    HGDIOBJ m_before;
-};
-
 std::u16string_view label_of(const MenuItem& item) {
     return std::u16string_view(item.text).substr(0, item.text.find(u'\t'));
 }
@@ -62,13 +34,6 @@ std::u16string_view shortcut_of(const MenuItem& item) {
     const auto tab = item.text.find(u'\t');
     return tab == std::u16string::npos ? std::u16string_view{}
                                        : std::u16string_view(item.text).substr(tab + 1);
-}
-
-int width_of(HDC context, std::u16string_view text, UINT format) {
-    RECT area{};
-    DrawTextW(context, text.data(), static_cast<int>(text.size()), &area,
-              format | DT_SINGLELINE | DT_CALCRECT);
-    return area.right;
 }
 
 // The size of all items together.
@@ -85,8 +50,9 @@ SIZE measure(HWND window, MenuWindowState& state) {
             state.tops.push_back(top);
             top += item.is_separator() ? scaled(kSeparator, state.dpi) : height;
             font.choose(item);
-            state.text_width = std::max(state.text_width, width_of(context, label_of(item), 0));
-            shortcuts = std::max(shortcuts, width_of(context, shortcut_of(item), DT_NOPREFIX));
+            state.text_width = std::max(state.text_width, menu_text_width(context, label_of(item)));
+            shortcuts =
+                std::max(shortcuts, menu_text_width(context, shortcut_of(item), DT_NOPREFIX));
         }
         state.tops.push_back(top);
     }
@@ -189,6 +155,32 @@ void paint(HWND window, const MenuWindowState& state) {
 }
 
 }  // namespace
+
+MenuFont::MenuFont(HDC context, UINT dpi) : m_context(context) {
+    auto description = interface_font(dpi);
+    m_plain = CreateFontIndirectW(&description);
+    description.lfWeight = FW_SEMIBOLD;
+    m_bold = CreateFontIndirectW(&description);
+    m_before = SelectObject(context, m_plain);
+    SetBkMode(context, TRANSPARENT);
+}
+
+MenuFont::~MenuFont() {
+    SelectObject(m_context, m_before);
+    DeleteObject(m_plain);
+    DeleteObject(m_bold);
+}
+
+void MenuFont::choose(const MenuItem& item) const {
+    SelectObject(m_context, (item.state & MFS_DEFAULT) != 0 ? m_bold : m_plain);
+}
+
+int menu_text_width(HDC context, std::u16string_view text, UINT format) {
+    RECT area{};
+    DrawTextW(context, text.data(), static_cast<int>(text.size()), &area,
+              format | DT_SINGLELINE | DT_CALCRECT);
+    return area.right;
+}
 
 bool MenuWindowState::can_select(int index) const {
     return index >= 0 && static_cast<std::size_t>(index) < items.size() &&

@@ -23,6 +23,24 @@ struct MenuWindowState : WindowState {
     [[nodiscard]] int item_at(int y) const;
 };
 
+/// A context with a menu's font, plain or bold as an item wants it.
+class MenuFont {
+  public:
+    MenuFont(HDC context, UINT dpi);
+    ~MenuFont();
+    MenuFont(const MenuFont&) = delete;
+    MenuFont& operator=(const MenuFont&) = delete;
+    void choose(const MenuItem& item) const;
+
+  private:
+    HDC m_context;
+    HFONT m_plain, m_bold;
+    HGDIOBJ m_before;
+};
+
+/// With the context's font; `format` are flags of DrawTextW.
+[[nodiscard]] int menu_text_width(HDC context, std::u16string_view text, UINT format = 0);
+
 /// Where a menu goes on the screen.
 struct MenuAnchor {
     POINT point{};
