@@ -4,14 +4,18 @@
 #include "tvutil2/platform/base/host_path.h"
 #include "tvutil2/platform/files/item_list.h"
 #include "tvutil2/platform/window/common_dialogs/folder_dialog.h"
+#include "tvutil2/platform/window/controls/tree_view.h"
+#include "tvutil2/platform/window/find_windows.h"
 
 #include <filesystem>
+#include <fstream>
 
 namespace gallery {
 
 BOOL Edits::OnInitDialog() {
     CDialog::OnInitDialog();
     m_middle.SetCenter(TRUE);
+    for (auto* const edit : {&m_hint, &m_middle}) edit->SetFont(edit->GetFont(), FALSE);
     m_plain.SetWindowText(u"Ctrl+A selects all of it");
     m_name.SetWindowText(u"A name of a file");
     m_button.SetWindowText(u"A text that is so long that it ends below the button, if it could");
@@ -40,7 +44,18 @@ std::u16string make_folders(const std::string& below) {
           "日本語", "Тест"}) {
         std::filesystem::create_directories(root / name);
     }
+    for (const char* const name : {"Customers/Main gate.xts", "Customers/Backup.xts"}) {
+        std::ofstream(root / name) << "x";
+    }
     return tvutil2::platform_path(root.string()).value_or(u"");
+}
+
+bool has_read_folder(HWND dialog) {
+    auto* const tree = FindWindowExW(dialog, nullptr, WC_TREEVIEWW, nullptr);
+    if (tree == nullptr) return false;
+    const auto selected = SendMessageW(tree, TVM_GETNEXTITEM, TVGN_CARET, 0);
+    const auto first = SendMessageW(tree, TVM_GETNEXTITEM, TVGN_CHILD, selected);
+    return first != 0 && SendMessageW(tree, TVM_GETNEXTITEM, TVGN_NEXT, first) != 0;
 }
 
 void browse_folders(const std::u16string& path) {
@@ -57,6 +72,19 @@ void browse_folders(const std::u16string& path) {
         return 0;
     };
     ILFree(SHBrowseForFolderW(&info));
+}
+
+void browse_files(const std::u16string& path) {
+    const auto folder = path + u"\\Customers";
+    char16_t chosen[1024] = u"Main gate.xts";
+    OPENFILENAMEW asked{};
+    asked.lStructSize = sizeof asked;
+    asked.lpstrFilter = u"Sessions (*.xts)\0*.xts\0All files\0*.*\0";
+    asked.lpstrFile = chosen;
+    asked.nMaxFile = 1024;
+    asked.lpstrInitialDir = folder.c_str();
+    asked.Flags = OFN_FILEMUSTEXIST;
+    GetOpenFileNameW(&asked);
 }
 
 }  // namespace gallery

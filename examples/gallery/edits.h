@@ -25,9 +25,11 @@ class Edits : public CDialog {
 
 /// Folders to choose from, below a host folder; the folder that is theirs.
 std::u16string make_folders(const std::string& below);
-/// How many items their tree has once what is open of it has been read.
-inline constexpr int kFolderItems = 9;
+/// Whether the tree of a dialog shows what is in the folder that is selected.
+bool has_read_folder(HWND dialog);
 /// Lets the person choose one of them.
 void browse_folders(const std::u16string& path);
+/// Lets the person choose a file in one of them.
+void browse_files(const std::u16string& path);
 
 }  // namespace gallery

@@ -6,7 +6,6 @@
 #include "tvutil2/platform/draw/surface.h"
 #include "tvutil2/platform/draw/theme.h"
 #include "tvutil2/platform/process/message_box.h"
-#include "tvutil2/platform/window/controls/tree_view.h"
 #include "tvutil2/platform/window/dialogs/dialogs.h"
 #include "tvutil2/platform/window/find_windows.h"
 #include "tvutil2/platform/window/geometry.h"
@@ -127,18 +126,20 @@ void Pictures::take_message(UINT type, const char16_t* text, const std::string& 
 
 void look_at_folders(HWND, UINT, UINT_PTR id, DWORD) {
     auto* const dialog = FindWindowW(u"#32770", nullptr);
-    auto* const tree = FindWindowExW(dialog, nullptr, WC_TREEVIEWW, nullptr);
-    // Those that are still being read aren't there yet.
-    if (tree == nullptr || SendMessageW(tree, TVM_GETCOUNT, 0, 0) < kFolderItems) return;
+    if (!has_read_folder(dialog)) return;
     KillTimer(nullptr, id);
     g_waiting.pictures->take(dialog, g_waiting.name);
     tvutil2::type_key(VK_ESCAPE);
 }
 
 void Pictures::take_folders(const std::string& name) {
-    g_waiting = {this, name};
+    const auto folder = make_folders(m_folder);
+    g_waiting = {this, "folders-" + name};
     SetTimer(nullptr, 0, 1, look_at_folders);
-    browse_folders(make_folders(m_folder));
+    browse_folders(folder);
+    g_waiting = {this, "files-" + name};
+    SetTimer(nullptr, 0, 1, look_at_folders);
+    browse_files(folder);
 }
 
 void take_own(Pictures& pictures) {
@@ -147,7 +148,7 @@ void take_own(Pictures& pictures) {
         for (const auto& entry : entries()) {
             if (!entry.is_library) pictures.take(entry, entry.name + "-" + look.name);
         }
-        pictures.take_folders(std::string("folders-") + look.name);
+        pictures.take_folders(look.name);
         pictures.take_message(MB_YESNOCANCEL | MB_ICONQUESTION,
                               u"Do you want to keep the changes to the session?\n\nWhat isn't "
                               u"kept is lost.",
@@ -184,7 +185,7 @@ void take_library(Pictures& pictures) {
         }
         pictures.take_message(MB_YESNOCANCEL | MB_ICONWARNING, u"?",
                               std::string("message-") + kLanguages[i]);
-        pictures.take_folders(std::string("folders-") + kLanguages[i]);
+        pictures.take_folders(kLanguages[i]);
     }
 }
 

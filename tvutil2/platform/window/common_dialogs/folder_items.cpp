@@ -2,13 +2,16 @@
 
 #include "tvutil2/platform/base/host_path.h"
 #include "tvutil2/platform/base/wide_text.h"
+#include "tvutil2/platform/draw/rect.h"
 #include "tvutil2/platform/files/known_folders.h"
 #include "tvutil2/platform/window/common_dialogs/folder_words.h"
 #include "tvutil2/platform/window/focus.h"
+#include "tvutil2/platform/window/geometry.h"
 #include "tvutil2/platform/window/keys.h"
 #include "tvutil2/platform/window/messages.h"
 
 #include <algorithm>
+#include <cstring>
 #include <utility>
 
 namespace tvutil2 {
@@ -214,6 +217,7 @@ bool FolderItems::take(const FolderAnswer& answer) {
     auto* const item = asked->second;
     m_asked.erase(asked);
     m_nodes[item].question = 0;
+    const bool follows = is_in_view(selected());
     {
         const Frozen frozen(m_tree);
         const auto notes = notes_of(item);
@@ -225,6 +229,10 @@ bool FolderItems::take(const FolderAnswer& answer) {
         // An item without any others would close.
         for (auto* const note : notes) remove(note);
         tell_of_children(item);
+    }
+    // What the person looks at stays there, however much comes above it.
+    if (follows) {
+        SendMessageW(m_tree, TVM_ENSUREVISIBLE, 0, reinterpret_cast<LPARAM>(selected()));
     }
     return true;
 }
@@ -406,6 +414,16 @@ void FolderItems::rename(HTREEITEM item, const std::u16string& name) {
     given.hItem = item;
     given.pszText = shown.data();
     SendMessageW(m_tree, TVM_SETITEMW, 0, reinterpret_cast<LPARAM>(&given));
+}
+
+bool FolderItems::is_in_view(HTREEITEM item) const {
+    RECT place{}, client{}, both{};
+    // The handle stands where the rectangle goes.
+    const auto handle = reinterpret_cast<std::uintptr_t>(item);
+    std::memcpy(&place, &handle, sizeof handle);
+    GetClientRect(m_tree, &client);
+    return SendMessageW(m_tree, TVM_GETITEMRECT, TRUE, reinterpret_cast<LPARAM>(&place)) != 0 &&
+           IntersectRect(&both, &place, &client) != 0;
 }
 
 HTREEITEM FolderItems::selected() const {

@@ -77,6 +77,7 @@ class FolderItems {
     void adopt_spelling(HTREEITEM item, const FolderAnswer& answer);
     void tell_of_children(HTREEITEM item);
     void expand(HTREEITEM item);
+    [[nodiscard]] bool is_in_view(HTREEITEM item) const;
     [[nodiscard]] HTREEITEM child_of(HTREEITEM parent, const std::u16string& name) const;
     [[nodiscard]] HTREEITEM base_of(const std::u16string& path) const;
 
