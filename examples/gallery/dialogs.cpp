@@ -4,10 +4,16 @@
 #include "tvutil2/platform/base/locale.h"
 #include "tvutil2/platform/draw/theme.h"
 #include "tvutil2/platform/process/message_box.h"
+#include "tvutil2/platform/window/find_windows.h"
+#include "tvutil2/platform/window/geometry.h"
+#include "tvutil2/platform/window/keys.h"
 #include "tvutil2/platform/window/paint.h"
 #include "tvutil2/platform/window/show.h"
+#include "tvutil2/platform/window/simulated_input.h"
+#include "tvutil2/platform/window/window.h"
 
 #include "examples/gallery/edits.h"
+#include "examples/gallery/pages.h"
 
 namespace gallery {
 namespace {
@@ -70,6 +76,58 @@ class SelectFolder : public CSelectCommandDlg {
     TvSelectCommandParam m_param;
 };
 
+// The question for the folder of all products, before the first start of one.
+class DataFolder : public CDialog {
+  public:
+    BOOL OnInitDialog() override {
+        CDialog::OnInitDialog();
+        CString text;
+        GetDlgItemText(14022, text);
+        CString shown;
+        shown.Format(text, 8);
+        SetDlgItemText(14022, shown);
+        SetDlgItemText(14015, u"C:\\Users\\somebody\\Documents\\Tolvarine Computer");
+        return TRUE;
+    }
+
+  protected:
+    void allow_change() {
+        const BOOL is_wanted = IsDlgButtonChecked(14016) != 0;
+        for (const int id : {14015, 14017}) GetDlgItem(id)->EnableWindow(is_wanted);
+    }
+    DECLARE_MESSAGE_MAP()
+};
+
+BEGIN_MESSAGE_MAP(DataFolder, CDialog)
+ON_BN_CLICKED(14016, &DataFolder::allow_change)
+END_MESSAGE_MAP()
+
+POINT middle_of(const CDialog& dialog, int id) {
+    RECT place{};
+    GetWindowRect(GetDlgItem(dialog.m_hWnd, id), &place);
+    return {(place.left + place.right) / 2, (place.top + place.bottom) / 2};
+}
+HWND point_at_button(CDialog& dialog) {
+    tvutil2::move_pointer(middle_of(dialog, 10));
+    return dialog.m_hWnd;
+}
+HWND press_button(CDialog& dialog) {
+    tvutil2::press_button(middle_of(dialog, 10));
+    return dialog.m_hWnd;
+}
+HWND tab_twice(CDialog& dialog) {
+    for (int i = 0; i < 2; ++i) tvutil2::type_key(VK_TAB);
+    return dialog.m_hWnd;
+}
+HWND make_larger(CDialog& dialog) {
+    dialog.SetWindowPos(nullptr, 0, 0, 500, 300, SWP_NOMOVE | SWP_NOZORDER);
+    return dialog.m_hWnd;
+}
+HWND open_box(CDialog& dialog) {
+    dialog.SendDlgItemMessage(20, CB_SHOWDROPDOWN, TRUE);
+    return FindWindowW(u"ComboLBox", nullptr);
+}
+
 template <class Dialog>
 std::unique_ptr<CDialog> make() {
     return std::make_unique<Dialog>();
@@ -126,14 +184,27 @@ const void* own_template(UINT id) {
 
 const std::vector<Entry>& entries() {
     static const std::vector<Entry> all{
-        {"buttons", 101, false, make<Buttons>},
+        {"buttons",
+         101,
+         false,
+         make<Buttons>,
+         {{"hot", point_at_button}, {"focus", tab_twice}, {"pressed", press_button}}},
         {"texts", 102, false, make<Texts>},
-        {"resizing", 103, false, make<Resizing>},
+        {"resizing", 103, false, make<Resizing>, {{"larger", make_larger}}},
+        {"fields", 104, false, make_fields, {{"filled", tab_twice}}},
+        {"lists", 105, false, make_lists, {{"open", open_box}}},
+        {"views", 106, false, make_views},
+        {"bars", 107, false, make_bars},
+        {"menus", 108, false, make_menus},
+        {"animation", 109, false, make_animation},
         {"edits", 120, false, make<Edits>},
         {"language", 14010, true, make<CChangeLangDlg>},
         {"help", 14029, true, make<CHelpProgramDlg>},
         {"select", 14023, true, make<SelectFolder>},
         {"package", 14034, true, make<CVerifyPackageDlg>},
+        {"previous", 14012, true, make<CDialog>},
+        {"folder", 14013, true, make<DataFolder>},
+        {"features", 14014, true, make_features},
     };
     return all;
 }

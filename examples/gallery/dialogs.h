@@ -10,11 +10,19 @@
 
 namespace gallery {
 
+/// What of an entry is to be seen only after something was done.
+struct Moment {
+    std::string name;  ///< behind that of the entry
+    /// Does it: the window to look at, which may be another one that opened.
+    std::function<HWND(CDialog&)> reach;
+};
+
 struct Entry {
     std::string name;  ///< of its picture
     UINT id;           ///< of its template
     bool is_library;   ///< its template is the library's, in every language
     std::function<std::unique_ptr<CDialog>()> make;
+    std::vector<Moment> moments{};
 };
 
 [[nodiscard]] const std::vector<Entry>& entries();

@@ -20,6 +20,7 @@
 
 #include "examples/gallery/dialogs.h"
 #include "examples/gallery/edits.h"
+#include "examples/gallery/pages.h"
 
 namespace gallery {
 namespace {
@@ -79,15 +80,16 @@ class Pictures {
         }
         dialog->ShowWindow(SW_SHOW);
         take(dialog->m_hWnd, name);
-        if (entry.name == "resizing") {
-            dialog->SetWindowPos(nullptr, 0, 0, 500, 300, SWP_NOMOVE | SWP_NOZORDER);
-            take(dialog->m_hWnd, name + "-larger");
+        for (const auto& moment : entry.moments) {
+            take(moment.reach(*dialog), name + "-" + moment.name);
         }
+        tvutil2::release_button({0, 0});
         dialog->DestroyWindow();
     }
 
     void take_message(UINT type, const char16_t* text, const std::string& name);
     void take_folders(const std::string& name);
+    void take_menu(const std::string& name);
 
   private:
     // What waits is painted, and what belongs to the focus is there.
@@ -104,10 +106,11 @@ class Pictures {
     bool m_has_failed = false;
 };
 
-// A message runs in a loop of its own, in which this is called.
+// A message and a menu run in loops of their own, in which these are called.
 struct Waiting {
-    Pictures* pictures;
+    Pictures* pictures = nullptr;
     std::string name;
+    HWND menu = nullptr;
 } g_waiting;
 
 void look_at_message(HWND, UINT, UINT_PTR id, DWORD) {
@@ -142,6 +145,34 @@ void Pictures::take_folders(const std::string& name) {
     browse_files(folder);
 }
 
+// First the menu, which opens the one below it by a key; that one when it is there.
+void look_at_menu(HWND, UINT, UINT_PTR id, DWORD) {
+    auto* const front = FindWindowW(u"#32768", nullptr);
+    if (g_waiting.menu == nullptr) {
+        g_waiting.menu = front;
+        tvutil2::type_text(u"a");
+        return;
+    }
+    KillTimer(nullptr, id);
+    g_waiting.pictures->take(g_waiting.menu, g_waiting.name);
+    g_waiting.pictures->take(front, g_waiting.name + "-below");
+    tvutil2::type_key(VK_ESCAPE);
+    tvutil2::type_key(VK_ESCAPE);
+}
+
+void Pictures::take_menu(const std::string& name) {
+    for (const auto& entry : entries()) {
+        if (entry.name != "menus") continue;
+        const auto page = entry.make();
+        if (!page->CreateIndirect(template_of(entry))) return;
+        page->ShowWindow(SW_SHOW);
+        g_waiting = {this, name};
+        SetTimer(nullptr, 0, 50, look_at_menu);
+        open_menu(*page);
+        page->DestroyWindow();
+    }
+}
+
 void take_own(Pictures& pictures) {
     for (const auto& look : kLooks) {
         Pictures::put_on(look);
@@ -153,6 +184,7 @@ void take_own(Pictures& pictures) {
                               u"Do you want to keep the changes to the session?\n\nWhat isn't "
                               u"kept is lost.",
                               std::string("message-question-") + look.name);
+        pictures.take_menu(std::string("menu-") + look.name);
     }
 }
 

@@ -118,21 +118,22 @@ TEST_F(Dialogs, KeysMoveAmongTheControls) {
         int focus, default_look;
         const char* commands;
     } cases[] = {
-        {VK_TAB, false, false, 20, 1, ""},       {VK_TAB, false, true, 10, 10, ""},
-        {VK_TAB, false, true, 2, 2, ""},         {VK_TAB, false, false, 10, 10, ""},
-        {VK_RETURN, false, false, 10, 10, "10"}, {'N', true, false, 10, 10, ""},
-        {'O', true, false, 20, 1, "20"},         {VK_DOWN, false, false, 21, 1, "21"},
-        {VK_RIGHT, false, false, 22, 1, "22"},   {VK_DOWN, false, false, 20, 1, "20"},
-        {VK_UP, false, false, 22, 1, "22"},      {VK_TAB, false, false, 30, 1, ""},
-        {VK_SPACE, false, false, 30, 1, "30"},   {VK_TAB, false, true, 22, 1, ""},
-        {'W', false, false, 21, 1, "21"},        {'C', true, false, 30, 1, "30"},
-        {VK_RETURN, false, false, 30, 1, "1"},   {VK_ESCAPE, false, false, 30, 1, "2"},
+        // No key: the focus that the dialog opens with counts as well.
+        {0, false, false, 10, 10, ""},         {VK_TAB, false, false, 20, 1, ""},
+        {VK_TAB, false, true, 10, 10, ""},     {VK_TAB, false, true, 2, 2, ""},
+        {VK_TAB, false, false, 10, 10, ""},    {VK_RETURN, false, false, 10, 10, "10"},
+        {'N', true, false, 10, 10, ""},        {'O', true, false, 20, 1, "20"},
+        {VK_DOWN, false, false, 21, 1, "21"},  {VK_RIGHT, false, false, 22, 1, "22"},
+        {VK_DOWN, false, false, 20, 1, "20"},  {VK_UP, false, false, 22, 1, "22"},
+        {VK_TAB, false, false, 30, 1, ""},     {VK_SPACE, false, false, 30, 1, "30"},
+        {VK_TAB, false, true, 22, 1, ""},      {'W', false, false, 21, 1, "21"},
+        {'C', true, false, 30, 1, "30"},       {VK_RETURN, false, false, 30, 1, "1"},
+        {VK_ESCAPE, false, false, 30, 1, "2"},
     };
-    EXPECT_EQ(focus(), 10);
     for (const auto& each : cases) {
         SCOPED_TRACE(&each - cases);
         g_heard.commands.clear();
-        press(each.key, each.with_alt, each.with_shift);
+        if (each.key != 0) press(each.key, each.with_alt, each.with_shift);
         EXPECT_EQ(focus(), each.focus);
         EXPECT_EQ(g_heard.commands, each.commands);
         EXPECT_EQ(LOWORD(static_cast<WPARAM>(SendMessageW(m_dialog, DM_GETDEFID, 0, 0))), 1);
@@ -144,6 +145,19 @@ TEST_F(Dialogs, KeysMoveAmongTheControls) {
     EXPECT_EQ(IsDlgButtonChecked(m_dialog, 21), 1U);
     EXPECT_EQ(IsDlgButtonChecked(m_dialog, 22), 0U);
     EXPECT_EQ(IsDlgButtonChecked(m_dialog, 30), 0U);
+}
+
+TEST_F(Dialogs, CommandLinksTakeTheDefaultLookAndStayCommandLinks) {
+    TemplateBytes bytes(u"Links", WS_POPUP | WS_CAPTION, 200, 60);
+    bytes.add(kButton, 10, WS_TABSTOP | BS_COMMANDLINK, u"One", 7, 7, 180, 20)
+        .add(kButton, 1, WS_TABSTOP | BS_DEFPUSHBUTTON, u"OK", 90, 40, 50, 14);
+    make(bytes);
+    const auto type = [this] {
+        return GetWindowLongW(GetDlgItem(m_dialog, 10), GWL_STYLE) & LONG{BS_TYPEMASK};
+    };
+    EXPECT_EQ(type(), LONG{BS_DEFCOMMANDLINK});
+    press(VK_TAB);
+    EXPECT_EQ(type(), LONG{BS_COMMANDLINK});
 }
 
 // The check has changed and the capture has ended when the dialog hears of a click.

@@ -323,8 +323,11 @@ LRESULT state_bits(HWND window, const ButtonState& state) {
            (GetFocus() == window ? BST_FOCUS : 0) | (state.is_hot ? BST_HOT : 0);
 }
 
-void set_type(HWND window, WPARAM type, LPARAM redraws) {
-    const auto style = (style_of(window) & ~BS_TYPEMASK) | (static_cast<DWORD>(type) & BS_TYPEMASK);
+// A dialog marks its default with the types of push buttons: a command link stays one.
+void set_type(HWND window, WPARAM wanted, LPARAM redraws) {
+    auto type = static_cast<DWORD>(wanted) & BS_TYPEMASK;
+    if (is_link(type_of(window)) && type <= BS_DEFPUSHBUTTON) type += BS_COMMANDLINK;
+    const auto style = (style_of(window) & ~BS_TYPEMASK) | type;
     SetWindowLongW(window, GWL_STYLE, static_cast<LONG>(style));
     if (redraws != 0) repaint(window);
 }

@@ -203,6 +203,7 @@ HWND make_dialog(HINSTANCE instance, const DialogTemplate& dialog, HWND parent, 
         keep_focus(window, *state);  // which the procedure has given
     }
     if (!IsWindow(window)) return nullptr;
+    show_default_button(window);
     if ((dialog.style & WS_VISIBLE) != 0 && !state->has_ended) ShowWindow(window, SW_SHOWNORMAL);
     end.keep();
     return IsWindow(window) ? window : nullptr;
@@ -246,6 +247,7 @@ void restore_focus(HWND dialog, const DialogState& state) {
     } else if (GetFocus() != dialog) {
         SetFocus(dialog);
     }
+    show_default_button(dialog);
 }
 
 void ask_to_cancel(HWND dialog) {

@@ -1,0 +1,93 @@
+#include "tvutil2/data/text.h"
+#include "tvutil2/platform/window/classes.h"
+#include "tvutil2/platform/window/controls/list_view.h"
+#include "tvutil2/platform/window/geometry.h"
+
+#include <array>
+
+#include "examples/gallery/pages.h"
+
+namespace gallery {
+namespace {
+
+// The products bring the control in which features are switched; here it is a list view.
+void register_grid() {
+    WNDCLASSW description{};
+    if (GetClassInfoW(nullptr, u"MfcPropertyGrid", &description) != 0) return;
+    if (GetClassInfoW(nullptr, WC_LISTVIEWW, &description) == 0) return;
+    description.style |= CS_GLOBALCLASS;
+    description.lpszClassName = u"MfcPropertyGrid";
+    RegisterClassW(&description);
+}
+
+class Features : public CDialog {
+  public:
+    BOOL OnInitDialog() override {
+        CDialog::OnInitDialog();
+        ConvertStaticToHyperlink(m_hWnd, 14021);
+        GetDlgItem(kGrid)->ModifyStyle(0, LVS_REPORT | LVS_SINGLESEL | LVS_SHOWSELALWAYS);
+        add_column(0, u"Feature", 4);
+        add_column(1, u"Use", 1);
+        for (int row = 0; row < static_cast<int>(m_is_on.size()); ++row) {
+            LVITEMW item{};
+            item.mask = LVIF_TEXT;
+            item.iItem = row;
+            auto text = tvutil2::library_string(static_cast<UINT>(14050 + row));
+            item.pszText = const_cast<char16_t*>(text.GetString());
+            send(LVM_INSERTITEMW, 0, &item);
+            show_switch(row);
+        }
+        return TRUE;
+    }
+
+  protected:
+    LRESULT on_notify(WPARAM id, LPARAM header) {
+        const auto& change = *reinterpret_cast<const NMLISTVIEW*>(header);
+        if (id != kGrid || change.hdr.code != LVN_ITEMACTIVATE || change.iItem < 0) return 0;
+        auto& is_on = m_is_on.at(static_cast<std::size_t>(change.iItem));
+        is_on = !is_on;
+        show_switch(change.iItem);
+        return 0;
+    }
+    DECLARE_MESSAGE_MAP()
+
+  private:
+    static constexpr int kGrid = 14020;
+
+    LRESULT send(UINT message, WPARAM first, const void* second) {
+        return SendDlgItemMessage(kGrid, message, first, reinterpret_cast<LPARAM>(second));
+    }
+    void add_column(WPARAM at, const char16_t* title, int fifths) {
+        RECT client{};
+        GetDlgItem(kGrid)->GetClientRect(&client);
+        const LVCOLUMNW column{LVCF_TEXT | LVCF_WIDTH,
+                               LVCFMT_LEFT,
+                               static_cast<int>(client.right) * fifths / 5,
+                               const_cast<char16_t*>(title),
+                               0,
+                               0};
+        send(LVM_INSERTCOLUMNW, at, &column);
+    }
+    void show_switch(int row) {
+        LVITEMW item{};
+        item.iSubItem = 1;
+        item.pszText =
+            const_cast<char16_t*>(m_is_on[static_cast<std::size_t>(row)] ? u"Yes" : u"No");
+        send(LVM_SETITEMTEXTW, static_cast<WPARAM>(row), &item);
+    }
+
+    std::array<bool, 6> m_is_on{false, true};
+};
+
+BEGIN_MESSAGE_MAP(Features, CDialog)
+ON_MESSAGE(WM_NOTIFY, &Features::on_notify)
+END_MESSAGE_MAP()
+
+}  // namespace
+
+std::unique_ptr<CDialog> make_features() {
+    register_grid();
+    return std::make_unique<Features>();
+}
+
+}  // namespace gallery
