@@ -111,6 +111,8 @@ END_MESSAGE_MAP()
 
 }  // namespace
 
-std::unique_ptr<CDialog> make_animation() { return std::make_unique<Animation>(); }
+std::unique_ptr<CDialog> make_animation() {
+    return std::make_unique<Animation>();
+}
 
 }  // namespace gallery

@@ -28,6 +28,8 @@ class Bars : public CDialog {
 
 }  // namespace
 
-std::unique_ptr<CDialog> make_bars() { return std::make_unique<Bars>(); }
+std::unique_ptr<CDialog> make_bars() {
+    return std::make_unique<Bars>();
+}
 
 }  // namespace gallery

@@ -25,7 +25,8 @@ class Features : public CDialog {
     BOOL OnInitDialog() override {
         CDialog::OnInitDialog();
         ConvertStaticToHyperlink(m_hWnd, 14021);
-        GetDlgItem(kGrid)->ModifyStyle(0, LVS_REPORT | LVS_SINGLESEL | LVS_SHOWSELALWAYS);
+        GetDlgItem(kGrid)->ModifyStyle(
+            0, WS_BORDER | LVS_REPORT | LVS_SINGLESEL | LVS_SHOWSELALWAYS, SWP_FRAMECHANGED);
         add_column(0, u"Feature", 4);
         add_column(1, u"Use", 1);
         for (int row = 0; row < static_cast<int>(m_is_on.size()); ++row) {
@@ -60,12 +61,9 @@ class Features : public CDialog {
     void add_column(WPARAM at, const char16_t* title, int fifths) {
         RECT client{};
         GetDlgItem(kGrid)->GetClientRect(&client);
-        const LVCOLUMNW column{LVCF_TEXT | LVCF_WIDTH,
-                               LVCFMT_LEFT,
-                               static_cast<int>(client.right) * fifths / 5,
-                               const_cast<char16_t*>(title),
-                               0,
-                               0};
+        const LVCOLUMNW column{
+            LVCF_TEXT | LVCF_WIDTH,       LVCFMT_LEFT, static_cast<int>(client.right) * fifths / 5,
+            const_cast<char16_t*>(title), 0,           0};
         send(LVM_INSERTCOLUMNW, at, &column);
     }
     void show_switch(int row) {

@@ -24,8 +24,9 @@ class Fields : public CDialog {
              u"Several lines, of which this one is so long that it goes on in the next.\r\n\r\n"
              u"Größe, où, ação, kôň, съешь ещё\r\n日本語 한국어 简体中文\r\n"
              u"\u05E9\u05DC\u05D5\u05DD \u05E2\u05D5\u05DC\u05DD\r\nand a last one"},
-            {21, u"The first of the lines that aren't broken, with a bar below\r\nTwo\r\nThree\r\n"
-                 u"Four\r\nFive\r\nSix\r\nSeven\r\nEight\r\nNine\r\nTen"},
+            {21,
+             u"The first of the lines that aren't broken, with a bar below\r\nTwo\r\nThree\r\n"
+             u"Four\r\nFive\r\nSix\r\nSeven\r\nEight\r\nNine\r\nTen"},
             {22, u"Several lines\r\nfor reading only"},
         };
         for (const auto& each : texts) SetDlgItemText(each.id, each.text);
@@ -37,6 +38,8 @@ class Fields : public CDialog {
 
 }  // namespace
 
-std::unique_ptr<CDialog> make_fields() { return std::make_unique<Fields>(); }
+std::unique_ptr<CDialog> make_fields() {
+    return std::make_unique<Fields>();
+}
 
 }  // namespace gallery

@@ -41,7 +41,8 @@ class Lists : public CDialog {
 void fill_images(CImageList& list, int size) {
     list.Create(size, size, ILC_COLOR32 | ILC_MASK, 3, 1);
     CClientDC screen(nullptr);
-    for (const COLORREF color : {RGB(0x5B, 0x8D, 0xEF), RGB(0xE3, 0xA0, 0x1B), RGB(0x3F, 0xA3, 0x5B)}) {
+    for (const COLORREF color :
+         {RGB(0x5B, 0x8D, 0xEF), RGB(0xE3, 0xA0, 0x1B), RGB(0x3F, 0xA3, 0x5B)}) {
         CDC memory;
         memory.CreateCompatibleDC(&screen);
         CBitmap bitmap;
@@ -90,24 +91,17 @@ class Views : public CDialog {
         }
     }
     void select(int id, int row) {
-        const LVITEMW item{LVIF_STATE,
-                           0,
-                           0,
-                           LVIS_SELECTED | LVIS_FOCUSED,
-                           LVIS_SELECTED | LVIS_FOCUSED,
-                           nullptr,
-                           0,
-                           0,
-                           0};
+        const LVITEMW item{
+            LVIF_STATE, 0, 0, LVIS_SELECTED | LVIS_FOCUSED, LVIS_SELECTED | LVIS_FOCUSED, nullptr,
+            0,          0, 0};
         send(id, LVM_SETITEMSTATE, static_cast<WPARAM>(row), &item);
     }
     void fill_report(int dpi) {
         const struct {
             const char16_t* title;
             int width, format;
-        } columns[] = {{u"Name", 130, LVCFMT_LEFT},
-                       {u"Size", 70, LVCFMT_RIGHT},
-                       {u"Kind", 110, LVCFMT_LEFT}};
+        } columns[] = {
+            {u"Name", 130, LVCFMT_LEFT}, {u"Size", 70, LVCFMT_RIGHT}, {u"Kind", 110, LVCFMT_LEFT}};
         int at = 0;
         for (const auto& each : columns) {
             const LVCOLUMNW column{LVCF_TEXT | LVCF_WIDTH | LVCF_FMT,
@@ -156,7 +150,11 @@ class Views : public CDialog {
 
 }  // namespace
 
-std::unique_ptr<CDialog> make_lists() { return std::make_unique<Lists>(); }
-std::unique_ptr<CDialog> make_views() { return std::make_unique<Views>(); }
+std::unique_ptr<CDialog> make_lists() {
+    return std::make_unique<Lists>();
+}
+std::unique_ptr<CDialog> make_views() {
+    return std::make_unique<Views>();
+}
 
 }  // namespace gallery

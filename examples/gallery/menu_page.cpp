@@ -56,8 +56,12 @@ END_MESSAGE_MAP()
 
 }  // namespace
 
-std::unique_ptr<CDialog> make_menus() { return std::make_unique<Menus>(); }
+std::unique_ptr<CDialog> make_menus() {
+    return std::make_unique<Menus>();
+}
 
-void open_menu(CDialog& page) { static_cast<Menus&>(page).open_below_button(); }
+void open_menu(CDialog& page) {
+    static_cast<Menus&>(page).open_below_button();
+}
 
 }  // namespace gallery

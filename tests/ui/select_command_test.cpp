@@ -4,6 +4,7 @@
 #include "tvutil2/platform/base/locale.h"
 #include "tvutil2/platform/draw/device_context.h"
 #include "tvutil2/platform/draw/objects.h"
+#include "tvutil2/platform/draw/theme.h"
 #include "tvutil2/platform/window/find_windows.h"
 #include "tvutil2/platform/window/focus.h"
 #include "tvutil2/platform/window/geometry.h"
@@ -134,9 +135,14 @@ TEST_F(SelectCommand, LinksAreUnderlinedUnderThePointerAndGoWithTheirWindow) {
     dialog.ShowWindow(SW_SHOW);
     pump();
     auto* const screen = GetDC(link);
-    SendMessageW(dialog.m_hWnd, WM_CTLCOLORSTATIC, reinterpret_cast<WPARAM>(screen),
-                 reinterpret_cast<LPARAM>(link));
-    EXPECT_EQ(GetTextColor(screen), 0xC00000U);
+    const auto color_in = [&](tvutil2::ThemeMode mode) {
+        tvutil2::set_theme_mode(mode);
+        SendMessageW(dialog.m_hWnd, WM_CTLCOLORSTATIC, reinterpret_cast<WPARAM>(screen),
+                     reinterpret_cast<LPARAM>(link));
+        return GetTextColor(screen);
+    };
+    EXPECT_NE(color_in(tvutil2::ThemeMode::dark), 0xC00000U);
+    EXPECT_EQ(color_in(tvutil2::ThemeMode::light), 0xC00000U);
     ReleaseDC(link, screen);
 
     RECT place{};

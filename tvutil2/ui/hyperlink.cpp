@@ -3,6 +3,7 @@
 #include "tvutil2/platform/draw/device_context.h"
 #include "tvutil2/platform/draw/objects.h"
 #include "tvutil2/platform/draw/rect.h"
+#include "tvutil2/platform/draw/theme.h"
 #include "tvutil2/platform/window/controls/static.h"
 #include "tvutil2/platform/window/focus.h"
 #include "tvutil2/platform/window/geometry.h"
@@ -18,7 +19,12 @@ constexpr const char16_t* kProcedure = u"_Hyperlink_Original_Proc_";
 constexpr const char16_t* kFont = u"_Hyperlink_Original_Font_";
 constexpr const char16_t* kUnderlined = u"_Hyperlink_Underline_Font_";
 constexpr const char16_t* kIsLink = u"_Hyperlink_From_Static_";
-constexpr COLORREF kBlue = 0xC00000;
+
+// Dark blue can't be read on a dark background.
+COLORREF link_color() {
+    constexpr COLORREF kBlue = 0xC00000;
+    return tvutil2::theme().mode == tvutil2::ThemeMode::light ? kBlue : GetSysColor(COLOR_HOTLIGHT);
+}
 
 WNDPROC former_procedure(HWND window) {
     return reinterpret_cast<WNDPROC>(GetPropW(window, kProcedure));
@@ -44,7 +50,7 @@ LRESULT parent_procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam
     const auto answer = CallWindowProcW(former, window, message, wparam, lparam);
     if (message == WM_CTLCOLORSTATIC &&
         GetPropW(reinterpret_cast<HWND>(lparam), kIsLink) != nullptr) {
-        SetTextColor(reinterpret_cast<HDC>(wparam), kBlue);
+        SetTextColor(reinterpret_cast<HDC>(wparam), link_color());
     }
     return answer;
 }

@@ -1,4 +1,5 @@
-// Labels that look like links: blue, underlined under the pointer, which becomes a hand.
+// Labels that look like links: blue (0xC00000; COLOR_HOTLIGHT where the theme isn't the light one),
+// underlined under the pointer, which becomes a hand.
 //
 // What a click does is up to the dialog, which gets STN_CLICKED. All that a link needs is kept in
 // properties of its window, and goes with it. For the window's thread.

@@ -124,7 +124,8 @@ void ScrollBarPlace::draw(HDC context, const ScrollState& state, ScrollPart hot,
     if (!works) return;
     auto thumb = parts.thumb;
     const bool is_wide = hot == ScrollPart::thumb || pressed == ScrollPart::thumb;
-    const auto inset = scaled(is_wide ? 4 : 5, dpi);
+    const auto across = is_vertical ? thumb.right - thumb.left : thumb.bottom - thumb.top;
+    const auto inset = std::max<int>((across - scaled(is_wide ? 9 : 7, dpi)) / 2, 0);
     InflateRect(&thumb, is_vertical ? -inset : 0, is_vertical ? 0 : -inset);
     draw_round_area(context, thumb, 4, color(ScrollPart::thumb));
 }

@@ -192,6 +192,17 @@ TEST_F(Edits, AskForColoursByWhatTheyAre) {
     EXPECT_EQ(asks(), WM_CTLCOLORSTATIC);
 }
 
+// Before anything is scrolled: whoever looks at a long line sees that there is more.
+TEST_F(Edits, ItsBarKnowsHowWideTheLinesInViewAre) {
+    auto* const edit = add(u"Edit", kLines | ES_AUTOHSCROLL | WS_HSCROLL, {10, 10, 100, 200},
+                           u"short\r\nmuch, much longer than the hundred pixels it is given");
+    pump();
+    SCROLLINFO info{sizeof info, SIF_RANGE | SIF_PAGE, 0, 0, 0, 0, 0};
+    ASSERT_TRUE(GetScrollInfo(edit, SB_HORZ, &info));
+    EXPECT_GT(info.nMax, 200);
+    EXPECT_LT(info.nPage, 100U);
+}
+
 TEST_F(Edits, KeysMoveAndSelect) {
     auto* const edit = add(u"Edit", kLines | ES_AUTOHSCROLL, {10, 10, 300, 200},
                            u"one two\r\ne\u0301x\r\nlonger third line");

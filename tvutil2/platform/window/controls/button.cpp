@@ -108,17 +108,17 @@ HFONT larger_font(HDC context) {
 }
 
 void paint_link(HWND window, const ControlPaint& paint, const ButtonState& state) {
-    const auto look = look_of(window, state);
+    auto look = look_of(window, state);
     const auto dpi = paint.dpi();
     FillRect(paint, &paint.client(), ask_colors(window, paint, WM_CTLCOLORBTN));
-    if (look.is_hot || look.is_pressed || look.is_default) {
-        draw_push_button(paint, paint.client(), look);
-    }
+    // The frame alone marks the default one: as an area of its size the accent would shout.
+    const bool has_frame = look.is_hot || look.is_pressed || look.is_default;
+    look.is_default = false;
+    if (has_frame) draw_push_button(paint, paint.client(), look);
     const auto accent = look.is_disabled ? GetSysColor(COLOR_GRAYTEXT) : theme().palette.accent;
-    const auto& plain = look.is_default ? button_text_color(look) : accent;
     auto area = paint.client();
     const RECT arrow{area.left, area.top, area.left + scaled(36, dpi), area.bottom};
-    draw_glyph(paint, arrow, Glyph::command, scaled(16, dpi), plain);
+    draw_glyph(paint, arrow, Glyph::command, scaled(16, dpi), accent);
     area.left = arrow.right;
     area.right -= scaled(8, dpi);
     auto* const font = larger_font(paint);
@@ -130,9 +130,7 @@ void paint_link(HWND window, const ControlPaint& paint, const ButtonState& state
     const auto rest =
         state.note.empty() ? 0 : height_of(paint, state.note, area, format | DT_NOPREFIX);
     area.top += std::max<LONG>((area.bottom - area.top - title - rest) / 2, 0);
-    SetTextColor(paint, look.is_default    ? button_text_color(look)
-                        : look.is_disabled ? GetSysColor(COLOR_GRAYTEXT)
-                                           : GetSysColor(COLOR_BTNTEXT));
+    SetTextColor(paint, GetSysColor(look.is_disabled ? COLOR_GRAYTEXT : COLOR_BTNTEXT));
     SelectObject(paint, font);
     draw(paint, text, area, format);
     SelectObject(paint, before);

@@ -226,7 +226,13 @@ void EditView::tell_scroll_bars() {
     }
     if (!has_style(WS_HSCROLL)) return;
     const auto room = std::max(width_of(m_state.format), 1);
-    const auto width = m_state.lines.widest() + 2;
+    // Rows are measured when they come into view: the bar goes as far as the widest one so far.
+    auto width = m_state.lines.widest();
+    const auto end = std::min(m_state.first_row + rows_in_view(), m_state.lines.count());
+    for (auto row = m_state.first_row; row < end; ++row) {
+        width = std::max(width, m_state.lines.width_of(shown(), font(), row));
+    }
+    width += 2;
     if (width == m_state.told_width && room == m_state.told_room &&
         m_state.scroll_x == m_state.told_x) {
         return;
