@@ -47,6 +47,15 @@ std::pair<std::int64_t, std::int64_t> filled(const ProgressState& state, DWORD s
     return {0, range > 0 ? (std::int64_t{state.position} - state.least) * kWhole / range : 0};
 }
 
+// With high contrast an outline: what is done couldn't be told from a white area.
+void draw_track(HDC context, RECT bar, UINT dpi) {
+    draw_round_area(context, bar, kThickness / 2, theme().palette.divider);
+    if (theme().mode != ThemeMode::high_contrast) return;
+    const auto line = scaled(1, dpi);
+    InflateRect(&bar, -line, -line);
+    draw_round_area(context, bar, kThickness / 2 - 1, GetSysColor(COLOR_WINDOW));
+}
+
 void paint(HWND window, const ProgressState& state) {
     const ControlPaint paint(window, state);
     const auto style = style_of(window);
@@ -57,9 +66,7 @@ void paint(HWND window, const ProgressState& state) {
     const auto across = is_vertical ? bar.right - bar.left : bar.bottom - bar.top;
     const auto inset = static_cast<int>(std::max<LONG>((across - thickness) / 2, 0));
     InflateRect(&bar, is_vertical ? -inset : 0, is_vertical ? 0 : -inset);
-    const bool is_contrasty = theme().mode == ThemeMode::high_contrast;
-    draw_round_area(paint, bar, kThickness / 2,
-                    is_contrasty ? theme().palette.border : theme().palette.divider);
+    draw_track(paint, bar, paint.dpi());
     const auto [from, to] = filled(state, style);
     if (to <= from) return;
     const auto length = is_vertical ? bar.bottom - bar.top : bar.right - bar.left;
