@@ -15,6 +15,7 @@
 #include "tvutil2/platform/window/dialogs/run_dialog.h"
 #include "tvutil2/platform/window/focus.h"
 #include "tvutil2/platform/window/geometry.h"
+#include "tvutil2/platform/window/menus/menu_loop.h"
 #include "tvutil2/platform/window/messages.h"
 #include "tvutil2/platform/window/paint.h"
 #include "tvutil2/platform/window/screen.h"
@@ -391,6 +392,8 @@ BOOL EndDialog(HWND dialog, INT_PTR result) {
     if (std::exchange(state->has_ended, true)) return TRUE;
     state->result = result;
     tvutil2::release_owner(dialog, *state);
+    // Keys reach nothing any more that could close a menu that is open.
+    tvutil2::leave_menus();
     // A loop that sleeps looks again.
     PostMessageW(dialog, WM_NULL, 0, 0);
     return TRUE;
