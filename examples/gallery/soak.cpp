@@ -124,8 +124,10 @@ void Soak::open(std::size_t which, int ticks) {
     m_has_failed = true;
 }
 
-// What is kept for ever is met: pictures in every look, texts in every scale.
+// What is kept for ever is met: a text on the clipboard, pictures in every look, texts in every
+// scale.
 void Soak::open_all() {
+    TvCopyStringToClipboard(u"A text");
     for (const auto mode : kModes) {
         for (const auto dpi : kScales) {
             put_on(mode, dpi);
