@@ -116,6 +116,8 @@ void Soak::open(std::size_t which, int ticks) {
         return;
     }
     const auto& entry = entries()[which];
+    // What lets a person make folders and rename files isn't for a hand that does anything.
+    if (entry.name == "edits") return;
     m_name = entry.name;
     const auto dialog = entry.make();
     dialog->InitModalIndirect(template_of(entry));
