@@ -17,6 +17,8 @@
 #include "tvutil2/platform/window/timers.h"
 
 #include <cstdio>
+#include <cstdlib>
+#include <filesystem>
 
 #include "examples/gallery/dialogs.h"
 #include "examples/gallery/edits.h"
@@ -136,13 +138,20 @@ void look_at_folders(HWND, UINT, UINT_PTR id, DWORD) {
 }
 
 void Pictures::take_folders(const std::string& name) {
-    const auto folder = make_folders(m_folder);
+    // Not below the pictures: what the caller has there stays his.
+    auto below = (std::filesystem::temp_directory_path() / "gallery.XXXXXX").string();
+    if (mkdtemp(below.data()) == nullptr) {
+        m_has_failed = true;
+        return;
+    }
+    const auto folder = make_folders(below);
     g_waiting = {this, "folders-" + name};
     SetTimer(nullptr, 0, 1, look_at_folders);
     browse_folders(folder);
     g_waiting = {this, "files-" + name};
     SetTimer(nullptr, 0, 1, look_at_folders);
     browse_files(folder);
+    std::filesystem::remove_all(below);
 }
 
 // First the menu, which opens the one below it by a key; that one when it is there.
