@@ -7,6 +7,7 @@
 #pragma once
 
 #include "tvutil2/platform/base/export.h"
+#include "tvutil2/platform/display/accessible.h"
 #include "tvutil2/platform/display/monitors.h"
 #include "tvutil2/platform/draw/surface.h"
 #include "tvutil2/platform/draw/theme.h"
@@ -49,11 +50,12 @@ struct RawInput {
         activate,
         deactivate,
         close,
-        place,  ///< the desktop has moved or sized the window
-        form,   ///< or minimised, maximised or restored it
-        scale,  ///< the window is on a monitor of another scale now
-        look,   ///< colours or fonts of the desktop have changed
-        lost    ///< the display has gone: nothing is shown any more
+        place,     ///< the desktop has moved or sized the window
+        form,      ///< or minimised, maximised or restored it
+        scale,     ///< the window is on a monitor of another scale now
+        look,      ///< colours or fonts of the desktop have changed
+        describe,  ///< somebody who doesn't see the window asks what is in it
+        lost       ///< the display has gone: nothing is shown any more
     };
 
     Kind kind = Kind::pointer_move;
@@ -139,6 +141,11 @@ class Driver {
     virtual void set_capture(bool has_it) = 0;
     /// Where text is typed next, on the screen: an input method shows what it offers there.
     virtual void set_caret(HWND window, const RECT& place) = 0;
+
+    /// Whether somebody has asked what is in windows.
+    [[nodiscard]] virtual bool wants_descriptions() const = 0;
+    /// What is in a window now, which is the root. For those that somebody may ask about.
+    virtual void describe(HWND window, Accessible content) = 0;
 
     // The clipboard, as far as it is shared with other programs: text with lines that end in "\n".
     /// Whether what is there is this process's, or nobody's but its own can be there.

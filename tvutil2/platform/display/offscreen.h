@@ -17,6 +17,8 @@ class OffscreenDriver : public Driver {
     void set_cursor(CursorShape /*shape*/) override {}
     void set_capture(bool /*has_it*/) override {}
     void set_caret(HWND /*window*/, const RECT& /*place*/) override {}
+    [[nodiscard]] bool wants_descriptions() const override { return false; }
+    void describe(HWND /*window*/, Accessible /*content*/) override {}
     [[nodiscard]] bool owns_clipboard() override { return true; }
     void offer_text(std::u16string /*text*/) override {}
     [[nodiscard]] bool offers_text() override { return false; }

@@ -1,12 +1,12 @@
 #include "tvutil2/platform/window/accessibility.h"
 
 #include "tvutil2/platform/base/wide_text.h"
+#include "tvutil2/platform/window/accessible_items.h"
 #include "tvutil2/platform/window/class_table.h"
 #include "tvutil2/platform/window/controls/button.h"
 #include "tvutil2/platform/window/controls/combo_box.h"
 #include "tvutil2/platform/window/controls/control.h"
 #include "tvutil2/platform/window/controls/edit.h"
-#include "tvutil2/platform/window/controls/list_box.h"
 #include "tvutil2/platform/window/controls/progress.h"
 #include "tvutil2/platform/window/controls/static.h"
 #include "tvutil2/platform/window/dialogs/dialogs.h"
@@ -58,6 +58,8 @@ Role role_of(HWND window, DWORD style) {
         return is_password ? Role::password : Role::edit;
     }
     if (folded == u"listbox" || folded == u"combolbox") return Role::list;
+    if (folded == u"syslistview32") return Role::list;
+    if (folded == u"systreeview32") return Role::tree;
     if (folded == u"combobox") return Role::combo_box;
     if (folded == u"scrollbar") return Role::scroll_bar;
     if (folded == u"msctls_progress32") return Role::progress;
@@ -85,6 +87,7 @@ bool names_itself(Role role) {
         case Role::edit:
         case Role::password:
         case Role::list:
+        case Role::tree:
         case Role::combo_box:
         case Role::scroll_bar:
         case Role::progress:
@@ -94,17 +97,6 @@ bool names_itself(Role role) {
         default:
             return true;
     }
-}
-
-std::u16string list_value(HWND window) {
-    const auto current = SendMessageW(window, LB_GETCURSEL, 0, 0);
-    const auto length = SendMessageW(window, LB_GETTEXTLEN, static_cast<WPARAM>(current), 0);
-    if (current < 0 || length < 0) return {};
-    std::u16string text(static_cast<std::size_t>(length) + 1, u'\0');
-    SendMessageW(window, LB_GETTEXT, static_cast<WPARAM>(current),
-                 reinterpret_cast<LPARAM>(text.data()));
-    text.pop_back();
-    return text;
 }
 
 std::u16string number_text(std::int64_t number) {
@@ -117,8 +109,6 @@ std::u16string value_of(HWND window, Role role) {
         case Role::edit:
         case Role::combo_box:
             return text_of(window);
-        case Role::list:
-            return list_value(window);
         case Role::progress:
             return number_text(SendMessageW(window, PBM_GETPOS, 0, 0));
         case Role::scroll_bar:
@@ -181,6 +171,12 @@ Accessible describe(HWND window, int depth) {
     found.value = value_of(window, found.role);
     found.state = state_of_control(window, found.role, style);
     GetWindowRect(window, &found.place);
+    if (found.role == Role::edit) {
+        DWORD end = 0;
+        SendMessageW(window, EM_GETSEL, 0, reinterpret_cast<LPARAM>(&end));
+        found.caret = static_cast<int>(end);
+    }
+    if (found.role == Role::list || found.role == Role::tree) describe_items(found);
     // The edit in a combo box is the box's own.
     if (found.role == Role::combo_box || depth > kMaxNesting) return found;
     for (auto* each = GetWindow(window, GW_CHILD); each != nullptr;

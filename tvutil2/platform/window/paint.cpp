@@ -229,6 +229,7 @@ void present_damage(ThreadQueue& queue) {
     auto* const driver = display();
     if (driver == nullptr) return;
     for (const auto& each : all) driver->present(each.window, each.surface, each.damage);
+    for (const auto& each : all) tell_content(each.window);
 }
 
 std::shared_ptr<Surface> picture_of(HWND window) {

@@ -4,6 +4,7 @@
 #include "tvutil2/platform/base/wide_text.h"
 #include "tvutil2/platform/display/monitors.h"
 #include "tvutil2/platform/draw/theme.h"
+#include "tvutil2/platform/window/accessibility.h"
 #include "tvutil2/platform/window/geometry.h"
 #include "tvutil2/platform/window/input.h"
 #include "tvutil2/platform/window/messages.h"
@@ -170,6 +171,13 @@ void tell_caret(HWND window, const RECT& place) {
                        corner.y + (place.bottom - place.top)});
 }
 
+void tell_content(HWND window) {
+    auto* const driver = loaded_display();
+    if (driver != nullptr && driver->wants_descriptions()) {
+        driver->describe(window, accessible_tree(window));
+    }
+}
+
 void follow_desktop(const RawInput& input) {
     const auto& place = input.place;
     switch (input.kind) {
@@ -185,6 +193,9 @@ void follow_desktop(const RawInput& input) {
             break;
         case RawInput::Kind::look:
             follow_look(input.window);
+            break;
+        case RawInput::Kind::describe:
+            tell_content(input.window);
             break;
         case RawInput::Kind::lost:
             leave_display(input.window);

@@ -21,6 +21,9 @@ void leave_display(HWND window);
 /// Where text is typed next in a window, in its client area: for input methods.
 void tell_caret(HWND window, const RECT& place);
 
+/// Tells the display what is in a window, if somebody has asked for that. For the window's thread.
+void tell_content(HWND window);
+
 /// Does what the desktop asks for: a place, a scale, a look. For the window's thread.
 void follow_desktop(const RawInput& input);
 

@@ -126,6 +126,12 @@ void DesktopDriver::set_caret(HWND window, const RECT& place) {
     });
 }
 
+void DesktopDriver::describe(HWND window, Accessible content) {
+    m_thread.post([this, window, content = std::move(content)] {
+        if (auto* const known = find(window)) known->describe(content);
+    });
+}
+
 void DesktopDriver::choose_files(std::shared_ptr<const FileQuestion> question) {
     const bool is_asked = m_thread.post([this, question] {
         auto* const owner = find(question->owner);
@@ -214,6 +220,27 @@ void DesktopDriver::tell_all(RawInput::Kind kind) {
         RawInput news;
         news.kind = kind;
         news.window = handle;
+        put(std::move(news));
+    }
+}
+
+AccessibleWishes DesktopDriver::wishes_for(HWND window) {
+    return {[this] {
+                if (!m_is_asked.exchange(true)) tell_all(RawInput::Kind::describe);
+            },
+            [this, window](const RECT& place) { press(window, place); }};
+}
+
+// As a person would.
+void DesktopDriver::press(HWND window, const RECT& place) {
+    if (find(window) == nullptr) return;
+    for (const auto kind :
+         {RawInput::Kind::pointer_move, RawInput::Kind::button_down, RawInput::Kind::button_up}) {
+        RawInput news;
+        news.kind = kind;
+        news.window = window;
+        news.point = {(place.left + place.right) / 2, (place.top + place.bottom) / 2};
+        news.time = ticks_now();
         put(std::move(news));
     }
 }

@@ -2,11 +2,13 @@
 #pragma once
 
 #include "tvutil2/platform/display/driver.h"
+#include "tvutil2/platform/display/module/accessible_area.h"
 #include "tvutil2/platform/display/module/desktop_clipboard.h"
 #include "tvutil2/platform/display/module/desktop_files.h"
 #include "tvutil2/platform/display/module/desktop_thread.h"
 #include "tvutil2/platform/display/module/desktop_window.h"
 
+#include <atomic>
 #include <memory>
 #include <mutex>
 #include <unordered_map>
@@ -28,6 +30,8 @@ class DesktopDriver : public Driver {
     void set_cursor(CursorShape shape) override;
     void set_capture(bool has_it) override;
     void set_caret(HWND window, const RECT& place) override;
+    [[nodiscard]] bool wants_descriptions() const override { return m_is_asked; }
+    void describe(HWND window, Accessible content) override;
     [[nodiscard]] bool owns_clipboard() override { return m_clipboard.is_ours(); }
     void offer_text(std::u16string text) override { m_clipboard.offer(text); }
     [[nodiscard]] bool offers_text() override { return m_clipboard.has_text(); }
@@ -39,6 +43,8 @@ class DesktopDriver : public Driver {
     // For the desktop's thread:
     [[nodiscard]] DesktopWindow* find(HWND window);
     void put(RawInput input) { m_host.put_input(std::move(input)); }
+    /// What a screen reader may want of a window.
+    [[nodiscard]] AccessibleWishes wishes_for(HWND window);
     /// The desktop's focus has come to a window, or left it.
     void focus_is(HWND window, bool is_in);
     [[nodiscard]] bool has_capture() const { return m_has_capture; }
@@ -54,6 +60,7 @@ class DesktopDriver : public Driver {
     void tell_look();
     void follow_look();
     void tell_all(RawInput::Kind kind);
+    void press(HWND window, const RECT& place);
     void lose();
     void settle_focus();
     void forget(const FileQuestion& question);
@@ -64,6 +71,7 @@ class DesktopDriver : public Driver {
     DesktopThread m_thread;
     DesktopClipboard m_clipboard{m_thread};
 
+    std::atomic<bool> m_is_asked{false};
     std::mutex m_lock;
     std::unordered_map<HWND, std::shared_ptr<FrameBuffer>> m_buffers;  // with m_lock
 

@@ -97,7 +97,7 @@ DesktopWindow::~DesktopWindow() {
 }
 
 void DesktopWindow::make_area() {
-    m_area = gtk_drawing_area_new();
+    m_area = new_accessible_area(m_driver.wishes_for(m_shown.window));
     gtk_widget_add_events(m_area, GDK_POINTER_MOTION_MASK | GDK_BUTTON_PRESS_MASK |
                                       GDK_BUTTON_RELEASE_MASK | GDK_SCROLL_MASK |
                                       GDK_SMOOTH_SCROLL_MASK | GDK_ENTER_NOTIFY_MASK |

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "tvutil2/platform/display/driver.h"
+#include "tvutil2/platform/display/module/accessible_area.h"
 #include "tvutil2/platform/display/module/frame_buffer.h"
 
 #include <gtk/gtk.h>
@@ -29,6 +30,7 @@ class DesktopWindow {
     void show_now();
     void set_cursor(GdkCursor* cursor);
     void set_caret(const RECT& place);
+    void describe(const Accessible& content) { describe_area(m_area, content); }
     /// Has the pointer's doings outside of all windows of the program told to this one, which is
     /// shown then. False when the desktop doesn't.
     bool grab();
