@@ -212,7 +212,7 @@ bool FileNameDialog::may_be(const FolderEntry& found) const {
 void FileNameDialog::judge(const FolderAnswer& answer) {
     if (answer.entries.size() == 1 && answer.entries[0].is_folder) {
         m_items->select_path(answer.entries[0].name, true);
-        SetDlgItemTextW(m_dialog, kFolderEdit, u"");
+        SetDlgItemTextW(m_dialog, kFolderEdit, saves() ? m_question.name.c_str() : u"");
         return;
     }
     for (const auto& found : answer.entries) {

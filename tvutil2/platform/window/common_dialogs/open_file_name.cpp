@@ -5,6 +5,7 @@
 #include "tvutil2/platform/files/full_path.h"
 #include "tvutil2/platform/window/common_dialogs/file_name_dialog.h"
 #include "tvutil2/platform/window/dialogs/desktop_files.h"
+#include "tvutil2/platform/window/screen.h"
 
 #include <algorithm>
 #include <string>
@@ -96,18 +97,22 @@ std::size_t name_in(const std::u16string& path) {
     return path.rfind(u'\\') + 1;
 }
 
-// What goes into lpstrFile, without the last zero.
+// What goes into lpstrFile, without the last zero. A file of another folder than the first one's
+// is told by its whole path.
 std::u16string in_buffer(const std::vector<std::u16string>& paths) {
     if (paths.size() == 1) return paths[0];
-    auto text = paths[0].substr(0, std::max<std::size_t>(name_in(paths[0]), 1) - 1);
+    const auto folder = paths[0].substr(0, name_in(paths[0]));
+    auto text = folder.substr(0, std::max<std::size_t>(folder.size(), 1) - 1);
     if (text.size() == 2) text += u'\\';
-    for (const auto& path : paths) text += u'\0' + path.substr(name_in(path));
+    for (const auto& path : paths) {
+        const bool is_inside = path.compare(0, name_in(path), folder) == 0;
+        text += u'\0' + (is_inside ? path.substr(name_in(path)) : path);
+    }
     return text + u'\0';
 }
 
 bool give(OPENFILENAMEW& asked, const ChosenNames& chosen) {
     const auto text = in_buffer(chosen.paths);
-    if (asked.lpstrFile == nullptr) return fail(FNERR_BUFFERTOOSMALL);
     if (text.size() >= asked.nMaxFile) {
         if (asked.nMaxFile > 0) {
             *asked.lpstrFile =
@@ -140,6 +145,8 @@ bool give(OPENFILENAMEW& asked, const ChosenNames& chosen) {
 bool choose(OPENFILENAMEW* asked, bool saves) {
     g_error = 0;
     if (asked == nullptr || asked->lStructSize != sizeof *asked) return fail(CDERR_STRUCTSIZE);
+    if (asked->lpstrFile == nullptr) return fail(FNERR_BUFFERTOOSMALL);
+    if (display() == nullptr) return fail(CDERR_DIALOGFAILURE);
     auto question = question_of(*asked, saves);
     const auto folder = first_folder(*asked, question.name);
     FileNameRules rules;

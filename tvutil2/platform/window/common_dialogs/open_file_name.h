@@ -61,7 +61,8 @@ inline constexpr DWORD CDERR_DIALOGFAILURE = 0xFFFF;
 inline constexpr DWORD FNERR_BUFFERTOOSMALL = 0x3003;
 
 /// Non-zero when something was chosen, with lpstrFile, the offsets, nFilterIndex and lpstrFileTitle
-/// set. 0 when the person cancels, nobody can be asked, or it doesn't fit (CommDlgExtendedError).
+/// set. 0 when the person cancels, there is no display (CDERR_DIALOGFAILURE), or it doesn't fit
+/// (FNERR_BUFFERTOOSMALL): CommDlgExtendedError tells which.
 TVUTIL_API BOOL GetOpenFileNameW(OPENFILENAMEW* asked);
 TVUTIL_API BOOL GetSaveFileNameW(OPENFILENAMEW* asked);
 /// Why the thread's last choice failed; 0 when it didn't, or was cancelled.
