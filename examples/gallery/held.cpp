@@ -2,6 +2,7 @@
 
 #include "tvutil2/platform/base/handle_table.h"
 #include "tvutil2/platform/objects/threads.h"
+#include "tvutil2/platform/window/clipboard.h"
 #include "tvutil2/platform/window/find_windows.h"
 
 #include <malloc.h>
@@ -25,6 +26,11 @@ BOOL count_top(HWND window, LPARAM count) {
 }  // namespace
 
 Held held_now() {
+    // What was copied last is kept, in as many forms as were asked for.
+    if (OpenClipboard(nullptr) != FALSE) {
+        EmptyClipboard();
+        CloseClipboard();
+    }
     Held held;
     held.handles = tvutil2::handle_table::count_live();
     EnumThreadWindows(GetCurrentThreadId(), count_top, reinterpret_cast<LPARAM>(&held.windows));

@@ -52,6 +52,7 @@ constexpr UINT kScales[] = {96, 120, 192};
 constexpr tvutil2::ThemeMode kModes[] = {tvutil2::ThemeMode::light, tvutil2::ThemeMode::dark,
                                          tvutil2::ThemeMode::high_contrast};
 // What ends a dialog, one after the other.
+constexpr UINT kSigns[] = {MB_ICONERROR, MB_ICONQUESTION, MB_ICONWARNING, MB_ICONINFORMATION};
 constexpr int kWaysOut[] = {IDCANCEL, IDNO, IDOK, IDABORT, IDCONTINUE};
 
 class Soak {
@@ -73,6 +74,7 @@ class Soak {
     }
 
     void open(std::size_t which, int ticks);
+    void open_message(UINT type, int ticks);
     void open_all();
     void open_one();
     void tick();
@@ -106,15 +108,19 @@ void put_on(tvutil2::ThemeMode mode, UINT dpi) {
     tvutil2::set_monitors({{screen, screen, dpi}});
 }
 
-void Soak::open(std::size_t which, int ticks) {
+void Soak::open_message(UINT type, int ticks) {
     m_ticks = ticks;
     m_refusals = 0;
     ++m_opened;
-    if (which == entries().size()) {
-        m_name = "a message";
-        MessageBoxW(nullptr, any_of(kTexts), u"Gallery", static_cast<UINT>(number(7)));
-        return;
-    }
+    m_name = "a message";
+    MessageBoxW(nullptr, any_of(kTexts), u"Gallery", type);
+}
+
+void Soak::open(std::size_t which, int ticks) {
+    if (which == entries().size()) return open_message(static_cast<UINT>(number(7)), ticks);
+    m_ticks = ticks;
+    m_refusals = 0;
+    ++m_opened;
     const auto& entry = entries()[which];
     // What lets a person make folders and rename files isn't for a hand that does anything.
     if (entry.name == "edits") return;
@@ -126,14 +132,13 @@ void Soak::open(std::size_t which, int ticks) {
     m_has_failed = true;
 }
 
-// What is kept for ever is met: a text on the clipboard, pictures in every look, texts in every
-// scale.
+// What is kept for ever is met: pictures in every look, texts in every scale.
 void Soak::open_all() {
-    TvCopyStringToClipboard(u"A text");
     for (const auto mode : kModes) {
         for (const auto dpi : kScales) {
             put_on(mode, dpi);
             for (std::size_t which = 0; which <= entries().size(); ++which) open(which, 0);
+            for (const UINT sign : kSigns) open_message(MB_OK | sign, 0);
         }
     }
 }
