@@ -12,6 +12,7 @@ namespace gallery {
 namespace {
 
 constexpr int kSize = 64;
+constexpr double kMiddle = kSize / 2.0;
 constexpr int kDots = 12;
 
 using Bytes = std::vector<std::uint8_t>;
@@ -45,11 +46,12 @@ Bytes frame(int turn) {
     Bytes pixels(std::size_t{kSize} * kSize, 0);
     for (int dot = 0; dot < kDots; ++dot) {
         const auto angle = 2 * std::numbers::pi * dot / kDots;
-        const auto x = kSize / 2 + 24 * std::sin(angle);
-        const auto y = kSize / 2 - 24 * std::cos(angle);
+        const auto x = kMiddle + 24 * std::sin(angle);
+        const auto y = kMiddle - 24 * std::cos(angle);
         const auto behind = (turn - dot + kDots) % kDots;
         for (int i = 0; i < kSize * kSize; ++i) {
-            if (std::hypot(i % kSize + 0.5 - x, i / kSize + 0.5 - y) > 5) continue;
+            const int row = i / kSize;
+            if (std::hypot(i % kSize + 0.5 - x, row + 0.5 - y) > 5) continue;
             pixels[static_cast<std::size_t>(i)] =
                 static_cast<std::uint8_t>(std::max(3 - behind / 2, 1));
         }

@@ -8,7 +8,8 @@ namespace {
 HMENU menu_of_sorts() {
     auto* const orders = CreatePopupMenu();
     for (const auto* text : {u"By &name", u"By &size", u"By &date"}) {
-        AppendMenuW(orders, MF_STRING, static_cast<UINT_PTR>(200 + GetMenuItemCount(orders)), text);
+        const auto count = static_cast<UINT>(GetMenuItemCount(orders));
+        AppendMenuW(orders, MF_STRING, 200 + count, text);
     }
     CheckMenuRadioItem(orders, 0, 2, 1, MF_BYPOSITION);
     return orders;

@@ -19,7 +19,6 @@
 
 namespace {
 
-using tests::press;
 using tests::Step;
 
 constexpr int kEdit = 0x3744;

@@ -184,7 +184,8 @@ void describe_tree(Accessible& tree) {
     auto* const chosen = step(window, TVGN_CARET, nullptr);
     while (item != nullptr) {
         RECT place{};
-        std::memcpy(&place, &item, sizeof item);
+        const auto asked = reinterpret_cast<std::uintptr_t>(item);
+        std::memcpy(&place, &asked, sizeof asked);
         if (SendMessageW(window, TVM_GETITEMRECT, FALSE, as_lparam(&place)) == 0) break;
         if (place.top >= area.bottom) break;
         auto told =

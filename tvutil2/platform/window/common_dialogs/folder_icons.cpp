@@ -75,8 +75,10 @@ std::uint32_t pixel_of(std::span<const Shape> shapes, int x, int y, double scale
     Color sum{};
     int covered = 0;
     for (int i = 0; i < kSamples * kSamples; ++i) {
-        const auto at_x = (x + (i % kSamples + 0.5) / kSamples) / scale;
-        const auto at_y = (y + (i / kSamples + 0.5) / kSamples) / scale;
+        const int column = i % kSamples;
+        const int row = i / kSamples;
+        const auto at_x = (x + (column + 0.5) / kSamples) / scale;
+        const auto at_y = (y + (row + 0.5) / kSamples) / scale;
         const auto top = std::find_if(shapes.rbegin(), shapes.rend(),
                                       [&](const Shape& shape) { return shape.holds(at_x, at_y); });
         if (top == shapes.rend()) continue;

@@ -102,7 +102,7 @@ FolderAnswer look_at_all(const std::vector<std::u16string>& paths,
         auto entry = look_at_one(path);
         const auto name = path.substr(path.rfind(u'\\') + 1);
         if (!entry.is_there && !extension.empty() && name.find(u'.') == std::u16string::npos) {
-            entry = look_at_one(path + u'.' + extension);
+            entry = look_at_one(std::u16string(path).append(u".").append(extension));
         }
         answer.entries.push_back(std::move(entry));
     }
