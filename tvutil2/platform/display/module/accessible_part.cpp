@@ -28,7 +28,6 @@ Content& content_of(gpointer object) {
 AtkRole role_of(const Accessible& told) {
     switch (told.role) {
         case AccessibleRole::window:
-            return ATK_ROLE_PANEL;
         case AccessibleRole::dialog:
             return ATK_ROLE_PANEL;
         case AccessibleRole::push_button:
@@ -314,7 +313,7 @@ AtkObject* AccessibleParts::at(int index) const {
 }
 
 void AccessibleParts::follow(AtkObject* parent, std::vector<Accessible> now,
-                             std::shared_ptr<const AccessibleWishes> wishes) {
+                             const std::shared_ptr<const AccessibleWishes>& wishes) {
     // What has gone says so from behind, so that the numbers of the others hold.
     for (auto i = m_parts.size(); i-- > 0;) {
         auto* const part = m_parts[i];

@@ -20,7 +20,7 @@ class AccessibleParts {
 
     /// Keeps the objects of what was there before.
     void follow(AtkObject* parent, std::vector<Accessible> now,
-                std::shared_ptr<const AccessibleWishes> wishes);
+                const std::shared_ptr<const AccessibleWishes>& wishes);
     [[nodiscard]] int count() const { return static_cast<int>(m_parts.size()); }
     /// A reference for the caller, or null.
     [[nodiscard]] AtkObject* at(int index) const;
