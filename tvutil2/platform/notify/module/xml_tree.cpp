@@ -7,6 +7,8 @@
 #include <libxml/xpathInternals.h>
 
 #include <climits>
+#include <cstdlib>
+#include <cstring>
 #include <memory>
 #include <new>
 
@@ -173,12 +175,26 @@ xmlDoc* parse(const std::string& text) {
     return nullptr;
 }
 
+// When the process ends the library gives its tables up, without a look at threads that still read
+// documents; but not where memory is given back by another function than "free". That is looked for
+// instead of the tables' use: a lock that the end takes would keep it waiting for such a thread.
+void free_all_the_same(void* memory) {
+    std::free(memory);
+}
+
+bool prepare_library() {
+    xmlInitParser();
+    // A program that has functions of its own there keeps them.
+    if (xmlFree == std::free) xmlMemSetup(free_all_the_same, std::malloc, std::realloc, strdup);
+    return true;
+}
+
 }  // namespace
 
 extern "C" TVUTIL_API XmlTree* tvutil2_read_xml(const std::string& text);
 
 XmlTree* tvutil2_read_xml(const std::string& text) {
-    static const bool is_ready = (xmlInitParser(), true);
+    static const bool is_ready = prepare_library();
     if (!is_ready || text.size() > INT_MAX) return nullptr;
     auto* const document = parse(text);
     return document != nullptr ? std::make_unique<Tree>(document).release() : nullptr;
