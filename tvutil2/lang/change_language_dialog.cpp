@@ -16,20 +16,9 @@ namespace {
 constexpr WORD kDialog = 14010;
 constexpr int kList = 14011;
 constexpr int kRestart = 14019;
-constexpr WORD kChinese = 0x04;
-constexpr WORD kSimplified = 0x0804;
 
 const Language& english() {
     return kLanguages.front();
-}
-
-// The row of the system's language; English for one that isn't spoken.
-const Language& system_row(WORD language) {
-    const auto row = std::find_if(kLanguages.begin(), kLanguages.end(), [&](const Language& each) {
-        return PRIMARYLANGID(each.id) == PRIMARYLANGID(language);
-    });
-    if (row == kLanguages.end()) return english();
-    return PRIMARYLANGID(language) == kChinese && language != kSimplified ? *(row + 1) : *row;
 }
 
 }  // namespace
@@ -52,7 +41,7 @@ void CChangeLangDlg::DoDataExchange(CDataExchange* exchange) {
 
 BOOL CChangeLangDlg::OnInitDialog() {
     CDialog::OnInitDialog();
-    const auto& system = system_row(m_wSystem);
+    const auto& system = tvutil2::spoken_language(m_wSystem);
     const auto* current = &english();
     for (const auto& row : kLanguages) {
         const bool is_second = &row == &system && &row != &english();

@@ -6,34 +6,20 @@
 #include "tvutil2/lang/language_key.h"
 #include "tvutil2/lang/language_table.h"
 #include "tvutil2/lang/resource_language.h"
-#include "tvutil2/platform/base/locale.h"
+#include "tvutil2/platform/base/language_rows.h"
 #include "tvutil2/platform/base/wide_text.h"
 #include "tvutil2/platform/process/modules.h"
 #include "tvutil2/platform/resource/data_module.h"
 #include "tvutil2/platform/system/runtime_locale.h"
 
-#include <algorithm>
 #include <clocale>
 #include <iterator>
 
-using tvutil2::kLanguages;
-using tvutil2::Language;
 using tvutil2::LanguageKey;
 
 namespace {
 
 constexpr WORD kEnglish = 0x0409;
-constexpr WORD kChinese = 0x04;
-constexpr WORD kSimplified = 0x0804;
-
-// The satellite's language: of Chinese, all but the simplified one read the traditional one.
-const Language& satellite_language(WORD language) {
-    const auto row = std::find_if(kLanguages.begin(), kLanguages.end(), [&](const Language& each) {
-        return PRIMARYLANGID(each.id) == PRIMARYLANGID(language);
-    });
-    if (row == kLanguages.end()) return kLanguages.front();
-    return PRIMARYLANGID(language) == kChinese && language != kSimplified ? *(row + 1) : *row;
-}
 
 // Empty for a module that has no path, or a longer one than fits.
 CString satellite_path(HINSTANCE module, const char16_t* suffix) {
@@ -58,9 +44,7 @@ const char16_t* locale_name_of(WORD language) {
         {0x1404, u"zh-MO"},   {0x0007, u"German"},  {0x0016, u"Portuguese"}, {0x0019, u"Russian"},
         {0x001B, u"Slovak"},  {0x000A, u"Spanish"},
     };
-    const auto* const found = std::find_if(std::begin(kNames), std::end(kNames), [&](auto& each) {
-        return each.language == language || each.language == PRIMARYLANGID(language);
-    });
+    const auto* const found = tvutil2::find_row(kNames, language);
     return found != std::end(kNames) ? found->name : u"";
 }
 
@@ -76,7 +60,7 @@ void MLS_TvSaveLanguage(const char16_t* product, WORD language, int temporary) {
 }
 
 HINSTANCE TvLoadAppLangResourceDLL(HINSTANCE module, const char16_t* product) {
-    const auto& language = satellite_language(MLS_TvGetUserLanguage(product));
+    const auto& language = tvutil2::spoken_language(MLS_TvGetUserLanguage(product));
     const bool has_satellite = *language.satellite_suffix != 0;
     const auto path = has_satellite ? satellite_path(module, language.satellite_suffix) : CString();
     if (path.IsEmpty()) {

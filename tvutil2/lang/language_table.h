@@ -1,8 +1,9 @@
 // The languages that the family speaks.
 #pragma once
 
-#include "tvutil2/platform/base/types.h"
+#include "tvutil2/platform/base/locale.h"
 
+#include <algorithm>
 #include <array>
 
 namespace tvutil2 {
@@ -27,5 +28,17 @@ inline constexpr std::array<Language, 11> kLanguages{{
     {0x041B, u"Slovak", u"SKY.dll"},
     {0x0C0A, u"Spanish", u"ESN.dll"},
 }};
+
+/// The row for a language; English for one that isn't spoken. Of Chinese, all but the simplified
+/// one read the traditional one.
+[[nodiscard]] inline const Language& spoken_language(LANGID language) {
+    constexpr WORD kChinese = 0x04;
+    constexpr LANGID kSimplified = 0x0804;
+    const auto* const row =
+        std::ranges::find(kLanguages, PRIMARYLANGID(language),
+                          [](const Language& each) { return PRIMARYLANGID(each.id); });
+    if (row == kLanguages.end()) return kLanguages.front();
+    return PRIMARYLANGID(language) == kChinese && language != kSimplified ? *(row + 1) : *row;
+}
 
 }  // namespace tvutil2

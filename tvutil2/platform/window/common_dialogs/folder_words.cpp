@@ -1,9 +1,6 @@
 #include "tvutil2/platform/window/common_dialogs/folder_words.h"
 
-#include "tvutil2/platform/base/locale.h"
-
-#include <algorithm>
-#include <iterator>
+#include "tvutil2/platform/base/language_rows.h"
 
 namespace tvutil2 {
 namespace {
@@ -82,11 +79,7 @@ constexpr Words kWords[] = {
 }  // namespace
 
 const char16_t* folder_word(FolderWord word, LANGID language) {
-    const auto* words = std::find_if(std::begin(kWords), std::end(kWords), [&](const Words& each) {
-        return each.language == language || each.language == PRIMARYLANGID(language);
-    });
-    if (words == std::end(kWords)) words = std::begin(kWords);
-    return words->words[static_cast<std::size_t>(word)];
+    return row_or_english(kWords, language).words[static_cast<std::size_t>(word)];
 }
 
 }  // namespace tvutil2

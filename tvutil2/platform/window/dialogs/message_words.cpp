@@ -1,6 +1,6 @@
 #include "tvutil2/platform/window/dialogs/message_words.h"
 
-#include "tvutil2/platform/base/locale.h"
+#include "tvutil2/platform/base/language_rows.h"
 #include "tvutil2/platform/process/message_box.h"
 
 #include <algorithm>
@@ -59,11 +59,7 @@ constexpr int kButtons[] = {IDOK,  IDCANCEL, IDABORT,    IDRETRY,   IDIGNORE,
 const char16_t* message_word(int button, LANGID language) {
     const auto* const which = std::find(std::begin(kButtons), std::end(kButtons), button);
     if (which == std::end(kButtons)) return nullptr;
-    const auto* words = std::find_if(std::begin(kWords), std::end(kWords), [&](const Words& each) {
-        return each.language == language || each.language == PRIMARYLANGID(language);
-    });
-    if (words == std::end(kWords)) words = std::begin(kWords);
-    return words->words[which - std::begin(kButtons)];
+    return row_or_english(kWords, language).words[which - std::begin(kButtons)];
 }
 
 }  // namespace tvutil2
