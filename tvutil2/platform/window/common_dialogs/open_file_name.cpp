@@ -3,6 +3,7 @@
 #include "tvutil2/platform/base/host_path.h"
 #include "tvutil2/platform/base/wide_text.h"
 #include "tvutil2/platform/files/full_path.h"
+#include "tvutil2/platform/window/common_dialogs/file_filters.h"
 #include "tvutil2/platform/window/common_dialogs/file_name_dialog.h"
 #include "tvutil2/platform/window/dialogs/desktop_files.h"
 #include "tvutil2/platform/window/screen.h"
@@ -25,36 +26,13 @@ std::u16string text_at(const char16_t* text) {
     return text != nullptr ? text : u"";
 }
 
-std::vector<std::u16string> patterns_of(std::u16string_view text) {
-    std::vector<std::u16string> patterns;
-    while (!text.empty()) {
-        const auto end = std::min(text.find(u';'), text.size());
-        if (end > 0) patterns.emplace_back(text.substr(0, end));
-        text.remove_prefix(std::min(end + 1, text.size()));
-    }
-    return patterns;
-}
-
-std::vector<FileQuestion::Filter> filters_of(const char16_t* text) {
-    std::vector<FileQuestion::Filter> filters;
-    while (text != nullptr && *text != 0) {
-        const std::u16string name = text;
-        text += name.size() + 1;
-        const std::u16string patterns = text;
-        // A name without patterns is the last one.
-        text += patterns.empty() ? 0 : patterns.size() + 1;
-        filters.push_back({name, patterns_of(patterns)});
-    }
-    return filters;
-}
-
 FileQuestion question_of(const OPENFILENAMEW& asked, bool saves) {
     FileQuestion question;
     question.kind = saves ? FileQuestion::Kind::save : FileQuestion::Kind::open;
     question.owner = asked.hwndOwner;
     question.title = text_at(asked.lpstrTitle);
     question.name = text_at(asked.lpstrFile);
-    question.filters = filters_of(asked.lpstrFilter);
+    question.filters = filters_in(asked.lpstrFilter);
     const auto last = std::max<std::size_t>(question.filters.size(), 1);
     question.filter = std::clamp<std::size_t>(asked.nFilterIndex, 1, last) - 1;
     question.takes_several = !saves && (asked.Flags & OFN_ALLOWMULTISELECT) != 0;

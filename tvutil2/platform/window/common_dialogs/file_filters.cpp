@@ -1,0 +1,34 @@
+#include "tvutil2/platform/window/common_dialogs/file_filters.h"
+
+#include <algorithm>
+#include <string>
+#include <string_view>
+
+namespace tvutil2 {
+namespace {
+
+std::vector<std::u16string> patterns_in(std::u16string_view text) {
+    std::vector<std::u16string> patterns;
+    while (!text.empty()) {
+        const auto end = std::min(text.find(u';'), text.size());
+        if (end > 0) patterns.emplace_back(text.substr(0, end));
+        text.remove_prefix(std::min(end + 1, text.size()));
+    }
+    return patterns;
+}
+
+}  // namespace
+
+std::vector<FileQuestion::Filter> filters_in(const char16_t* text) {
+    std::vector<FileQuestion::Filter> filters;
+    while (text != nullptr && *text != 0) {
+        const std::u16string name = text;
+        text += name.size() + 1;
+        const std::u16string patterns = text;
+        text += patterns.empty() ? 0 : patterns.size() + 1;
+        filters.push_back({name, patterns_in(patterns)});
+    }
+    return filters;
+}
+
+}  // namespace tvutil2
