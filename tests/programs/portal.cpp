@@ -2,7 +2,9 @@
 // a dialog for files.
 //
 //     portal silent       answers nothing at all
-//     portal chosen URI   answers with that file
+//     portal hangs        answers nothing any more once it has said that it is there
+//     portal refuses      shows no dialogs
+//     portal chosen URI   answers with that file, and the last of the filters
 //     portal dies         ends as soon as it has promised an answer
 #include <gio/gio.h>
 
@@ -46,7 +48,12 @@ void open_file(GDBusConnection* bus, const char* sender, const char*, const char
     GVariant* options = nullptr;
     g_variant_get(arguments, "(&s&s@a{sv})", &parent, &title, &options);
     const auto path = request_path(sender, options);
+    auto* const filters = g_variant_lookup_value(options, "filters", nullptr);
     g_variant_unref(options);
+    if (portal.behaviour == "refuses") {
+        return g_dbus_method_invocation_return_dbus_error(call, "org.freedesktop.portal.Error.No",
+                                                          "");
+    }
     g_dbus_method_invocation_return_value(call, g_variant_new("(o)", path.c_str()));
     g_dbus_connection_flush_sync(bus, nullptr, nullptr);
     tell(std::string("asked ") + title);
@@ -55,6 +62,9 @@ void open_file(GDBusConnection* bus, const char* sender, const char*, const char
     g_variant_builder_init(&results, G_VARIANT_TYPE("a{sv}"));
     const char* const uris[] = {portal.uri, nullptr};
     g_variant_builder_add(&results, "{sv}", "uris", g_variant_new_strv(uris, 1));
+    const auto last = g_variant_n_children(filters) - 1;
+    g_variant_builder_add(&results, "{sv}", "current_filter",
+                          g_variant_get_child_value(filters, last));
     g_dbus_connection_emit_signal(bus, sender, path.c_str(), "org.freedesktop.portal.Request",
                                   "Response", g_variant_new("(ua{sv})", 0U, &results), nullptr);
 }
@@ -79,14 +89,15 @@ int main(int count, char** arguments) {
         bus, "org.freedesktop.portal.Desktop", G_BUS_NAME_OWNER_FLAGS_NONE,
         [](GDBusConnection*, const char*, gpointer) { tell("ready"); }, nullptr, nullptr, nullptr);
     auto* const loop = g_main_loop_new(nullptr, FALSE);
-    // The silent one takes what comes in, and lets it lie.
-    if (portal.behaviour == "silent") {
+    // These take what comes in, and let it lie.
+    static int to_answer = portal.behaviour == "hangs" ? 1 : 0;
+    if (portal.behaviour == "silent" || portal.behaviour == "hangs") {
         g_dbus_connection_add_filter(
             bus,
             [](GDBusConnection*, GDBusMessage* message, gboolean is_incoming, gpointer) {
                 const bool is_call =
                     g_dbus_message_get_message_type(message) == G_DBUS_MESSAGE_TYPE_METHOD_CALL;
-                if (is_incoming == FALSE || !is_call) return message;
+                if (is_incoming == FALSE || !is_call || to_answer-- > 0) return message;
                 g_object_unref(message);
                 return static_cast<GDBusMessage*>(nullptr);
             },

@@ -162,6 +162,8 @@ TEST_F(DesktopFiles, AreThePortalsAffairWhereThatAnswers) {
     } cases[] = {
         {{"chosen", "file://" + m_folder + "/one.TXT"}, false},
         {{"silent"}, true},
+        {{"refuses"}, true},
+        {{"hangs"}, true},
         {{"dies"}, true},
     };
     const tests::SessionBus bus;
@@ -171,7 +173,8 @@ TEST_F(DesktopFiles, AreThePortalsAffairWhereThatAnswers) {
         SCOPED_TRACE(each.portal[0]);
         tests::PipedProcess portal(TESTS_STARTED "/portal.exe", each.portal);
         ASSERT_EQ(portal.line(), "ready");
-        const auto asked = question(FileQuestion::Kind::open, nullptr);
+        auto asked = question(FileQuestion::Kind::open, nullptr);
+        asked.filters = {{u"Pictures", {u"*.png"}}, {u"Texts", {u"*.txt"}}};
         if (each.shows_ours) {
             const auto answer =
                 ask(desktop, asked, [&](const auto&) { type_name(desktop, "two.txt"); });
@@ -181,6 +184,7 @@ TEST_F(DesktopFiles, AreThePortalsAffairWhereThatAnswers) {
             const auto answer = choose_files(asked);
             ASSERT_TRUE(answer);
             EXPECT_EQ(answer->paths, Paths{m_folder + "/one.TXT"});
+            EXPECT_EQ(answer->filter, 1U);
             EXPECT_EQ(portal.line(), "asked Choose \u00e4");
         }
     }

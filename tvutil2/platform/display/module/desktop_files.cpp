@@ -1,6 +1,7 @@
 #include "tvutil2/platform/display/module/desktop_files.h"
 
 #include "tvutil2/platform/display/module/desktop_look.h"
+#include "tvutil2/platform/display/module/file_glob.h"
 
 #include <string>
 #include <utility>
@@ -37,32 +38,6 @@ const char* accept_word(FileQuestion::Kind kind) {
     }
 }
 
-// GTK's patterns know case, and a dot as any other character; "*.*" finds every file here.
-std::string caseless(const std::u16string& pattern) {
-    if (pattern == u"*.*") return "*";
-    const auto text = utf8_of(pattern);
-    std::string result;
-    const auto append = [&](gunichar character) {
-        char bytes[6];
-        result.append(bytes, static_cast<std::size_t>(g_unichar_to_utf8(character, bytes)));
-    };
-    for (const auto* at = text.c_str(); *at != 0; at = g_utf8_next_char(at)) {
-        const auto character = g_utf8_get_char(at);
-        const auto lower = g_unichar_tolower(character);
-        const auto upper = g_unichar_toupper(character);
-        if (lower != upper) {
-            result += '[';
-            append(lower);
-            append(upper);
-            result += ']';
-        } else {
-            if (character == '[' || character == '\\') result += '\\';
-            append(character);
-        }
-    }
-    return result;
-}
-
 }  // namespace
 
 DesktopFileDialog::DesktopFileDialog(std::shared_ptr<const FileQuestion> question, GtkWindow* owner,
@@ -71,11 +46,14 @@ DesktopFileDialog::DesktopFileDialog(std::shared_ptr<const FileQuestion> questio
     if (m_owner != nullptr) {
         g_object_add_weak_pointer(G_OBJECT(m_owner), reinterpret_cast<gpointer*>(&m_owner));
     }
-    if (is_portal_wanted()) {
-        m_portal.emplace([this](bool is_there) { is_there ? show_portals() : show_gtk(); });
-    } else {
+    if (!is_portal_wanted()) {
         show_gtk();
+        return;
     }
+    // Folders are a later version's.
+    const guint needed = m_question->kind == FileQuestion::Kind::folder ? 3 : 1;
+    m_portal.emplace(
+        needed, [this](GDBusConnection* bus) { bus != nullptr ? ask_portal(bus) : show_gtk(); });
 }
 
 DesktopFileDialog::~DesktopFileDialog() {
@@ -86,40 +64,38 @@ DesktopFileDialog::~DesktopFileDialog() {
 }
 
 void DesktopFileDialog::close() {
+    m_portals.reset();
     if (m_dialog == nullptr) return;
     g_signal_handlers_disconnect_by_data(m_dialog, this);
-    auto* const dialog = std::exchange(m_dialog, nullptr);
-    if (GTK_IS_WIDGET(dialog)) return gtk_widget_destroy(GTK_WIDGET(dialog));
-    gtk_native_dialog_destroy(GTK_NATIVE_DIALOG(dialog));
-    g_object_unref(dialog);
+    gtk_widget_destroy(std::exchange(m_dialog, nullptr));
+}
+
+void DesktopFileDialog::ask_portal(GDBusConnection* bus) {
+    m_portals.emplace(bus, m_question, m_owner, [this](std::optional<FileAnswer> chosen) {
+        if (chosen) return end(std::move(*chosen));
+        m_portal.reset();
+        show_gtk();
+    });
 }
 
 // In the place of a dialog that the portal has left behind, too.
 void DesktopFileDialog::show_gtk() {
     close();
     const auto kind = m_question->kind;
-    auto* const dialog = gtk_file_chooser_dialog_new(
-        nullptr, m_owner, action_of(kind), gtk_word("_Cancel"), GTK_RESPONSE_CANCEL,
-        accept_word(kind), GTK_RESPONSE_ACCEPT, nullptr);
-    gtk_dialog_set_default_response(GTK_DIALOG(dialog), GTK_RESPONSE_ACCEPT);
-    m_dialog = G_OBJECT(dialog);
+    m_dialog = gtk_file_chooser_dialog_new(nullptr, m_owner, action_of(kind), gtk_word("_Cancel"),
+                                           GTK_RESPONSE_CANCEL, accept_word(kind),
+                                           GTK_RESPONSE_ACCEPT, nullptr);
+    gtk_dialog_set_default_response(GTK_DIALOG(m_dialog), GTK_RESPONSE_ACCEPT);
     prepare();
-    gtk_widget_realize(dialog);
-    if (m_owner != nullptr) gdk_window_set_modal_hint(gtk_widget_get_window(dialog), TRUE);
-    gtk_window_present(GTK_WINDOW(dialog));
-}
-
-void DesktopFileDialog::show_portals() {
-    m_dialog = G_OBJECT(gtk_file_chooser_native_new(nullptr, m_owner, action_of(m_question->kind),
-                                                    nullptr, nullptr));
-    prepare();
-    gtk_native_dialog_show(GTK_NATIVE_DIALOG(m_dialog));
+    gtk_widget_realize(m_dialog);
+    if (m_owner != nullptr) gdk_window_set_modal_hint(gtk_widget_get_window(m_dialog), TRUE);
+    gtk_window_present(GTK_WINDOW(m_dialog));
 }
 
 void DesktopFileDialog::prepare() {
     const auto& asked = *m_question;
     if (!asked.title.empty()) {
-        g_object_set(m_dialog, "title", utf8_of(asked.title).c_str(), nullptr);
+        gtk_window_set_title(GTK_WINDOW(m_dialog), utf8_of(asked.title).c_str());
     }
     gtk_file_chooser_set_select_multiple(chooser(), asked.takes_several ? TRUE : FALSE);
     gtk_file_chooser_set_do_overwrite_confirmation(chooser(), asked.asks_to_replace ? TRUE : FALSE);
@@ -136,7 +112,7 @@ void DesktopFileDialog::prepare() {
     }
     add_filters();
     g_signal_connect(m_dialog, "response",
-                     G_CALLBACK(+[](GObject*, gint response, DesktopFileDialog* self) {
+                     G_CALLBACK(+[](GtkDialog*, gint response, DesktopFileDialog* self) {
                          self->on_response(response);
                      }),
                      this);
@@ -148,7 +124,7 @@ void DesktopFileDialog::add_filters() {
         auto* const filter = gtk_file_filter_new();
         gtk_file_filter_set_name(filter, utf8_of(filters[i].name).c_str());
         for (const auto& pattern : filters[i].patterns) {
-            gtk_file_filter_add_pattern(filter, caseless(pattern).c_str());
+            gtk_file_filter_add_pattern(filter, caseless_glob(pattern).c_str());
         }
         gtk_file_chooser_add_filter(chooser(), filter);
         if (i == m_question->filter) gtk_file_chooser_set_filter(chooser(), filter);
@@ -173,6 +149,10 @@ void DesktopFileDialog::on_response(gint response) {
     FileAnswer chosen;
     chosen.filter = m_question->filter;
     if (response == GTK_RESPONSE_ACCEPT) chosen = answer();
+    end(std::move(chosen));
+}
+
+void DesktopFileDialog::end(FileAnswer chosen) {
     const auto done = std::exchange(m_done, {});
     done(std::move(chosen));
 }

@@ -3,6 +3,7 @@
 
 #include "tvutil2/platform/display/driver.h"
 #include "tvutil2/platform/display/module/desktop_portal.h"
+#include "tvutil2/platform/display/module/portal_dialog.h"
 
 #include <gtk/gtk.h>
 
@@ -28,18 +29,20 @@ class DesktopFileDialog {
 
   private:
     void show_gtk();
-    void show_portals();
+    void ask_portal(GDBusConnection* bus);
     void prepare();
     void add_filters();
     void close();
     void on_response(gint response);
+    void end(FileAnswer chosen);
     [[nodiscard]] GtkFileChooser* chooser() const { return GTK_FILE_CHOOSER(m_dialog); }
     [[nodiscard]] FileAnswer answer() const;
 
     const std::shared_ptr<const FileQuestion> m_question;
     GtkWindow* m_owner;  // null once it has gone
     Done m_done;
-    GObject* m_dialog = nullptr;  // GTK's own, or one of the portal's
+    GtkWidget* m_dialog = nullptr;          // GTK's own
+    std::optional<PortalDialog> m_portals;  // or one of the portal's
     std::optional<PortalWatch> m_portal;
 };
 

@@ -8,13 +8,24 @@ namespace {
 
 // What an answer may take: the portal may have to be started first.
 constexpr guint kPatienceMilliseconds = 1500;
-constexpr guint kPauseMilliseconds = 3000;
+constexpr guint kPauseMilliseconds = 1500;
 
 using Connection = std::unique_ptr<GDBusConnection, decltype(&g_object_unref)>;
 
 // For callbacks that come once, with the watch unless that has ended.
 bool is_cancelled(const GError* error) {
     return g_error_matches(error, G_IO_ERROR, G_IO_ERROR_CANCELLED) != FALSE;
+}
+
+// 0 for what is none.
+guint version_in(GVariant* property) {
+    if (property == nullptr) return 0;
+    GVariant* value = nullptr;
+    g_variant_get(property, "(v)", &value);
+    const bool is_number = g_variant_is_of_type(value, G_VARIANT_TYPE_UINT32) != FALSE;
+    const auto version = is_number ? g_variant_get_uint32(value) : 0;
+    g_variant_unref(value);
+    return version;
 }
 
 }  // namespace
@@ -27,7 +38,7 @@ bool is_portal_wanted() {
     return wish != nullptr && *wish == '1';
 }
 
-PortalWatch::PortalWatch(std::function<void(bool)> told) : m_told(std::move(told)) {
+PortalWatch::PortalWatch(guint version, Told told) : m_version(version), m_told(std::move(told)) {
     ask();
 }
 
@@ -57,11 +68,15 @@ void PortalWatch::ask() {
     arm(kPatienceMilliseconds);
     const auto on_value = +[](GObject* bus, GAsyncResult* result, gpointer self) {
         GError* error = nullptr;
-        auto* const value = g_dbus_connection_call_finish(G_DBUS_CONNECTION(bus), result, &error);
+        auto* const connection = G_DBUS_CONNECTION(bus);
+        auto* const value = g_dbus_connection_call_finish(connection, result, &error);
         const bool is_over = is_cancelled(error);
         g_clear_error(&error);
+        const auto version = version_in(value);
         if (value != nullptr) g_variant_unref(value);
-        if (!is_over) static_cast<PortalWatch*>(self)->on_answer(value != nullptr);
+        if (is_over) return;
+        auto& watch = *static_cast<PortalWatch*>(self);
+        watch.on_answer(version >= watch.m_version ? connection : nullptr);
     };
     struct Call {
         PortalWatch* self;
@@ -74,7 +89,7 @@ void PortalWatch::ask() {
         const bool is_over = is_cancelled(error);
         g_clear_error(&error);
         if (is_over) return;
-        if (!bus) return call->self->on_answer(false);
+        if (!bus) return call->self->on_answer(nullptr);
         // The session's end isn't the program's.
         g_dbus_connection_set_exit_on_close(bus.get(), FALSE);
         g_dbus_connection_call(
@@ -87,21 +102,21 @@ void PortalWatch::ask() {
     g_bus_get(G_BUS_TYPE_SESSION, m_asking, on_bus, new Call{this, on_value});
 }
 
-void PortalWatch::on_answer(bool is_there) {
+void PortalWatch::on_answer(GDBusConnection* bus) {
     g_clear_object(&m_asking);
-    if (!is_there) {
+    if (bus == nullptr) {
         if (m_timer != 0) g_source_remove(std::exchange(m_timer, 0));
-        return std::exchange(m_told, {})(false);
+        return std::exchange(m_told, {})(nullptr);
     }
     arm(kPauseMilliseconds);
-    if (!std::exchange(m_was_there, true)) m_told(true);
+    if (!std::exchange(m_was_there, true)) m_told(bus);
 }
 
 // The pause is over, or the patience.
 void PortalWatch::on_time() {
     if (m_asking == nullptr) return ask();
     g_cancellable_cancel(m_asking);
-    on_answer(false);
+    on_answer(nullptr);
 }
 
 }  // namespace tvutil2

@@ -8,17 +8,19 @@
 
 namespace tvutil2 {
 
-/// Whether the desktop's library has its dialogs shown by the portal: in a sandbox, and where
-/// GTK_USE_PORTAL=1 asks for it.
+/// Whether the portal is to show dialogs: in a sandbox, and where GTK_USE_PORTAL=1 asks for it.
 [[nodiscard]] bool is_portal_wanted();
 
-/// Finds out whether the portal answers, and goes on asking. The library takes it on trust: a
-/// dialog of a portal that has gone would never end.
+/// Finds out whether the portal answers, and goes on asking: a dialog of a portal that has gone, or
+/// hangs, would never end.
 class PortalWatch {
   public:
-    /// `told` is called once with true, when the portal has answered, and once with false, when it
-    /// doesn't; then the watch is over, and `told` may end it.
-    explicit PortalWatch(std::function<void(bool is_there)> told);
+    using Told = std::function<void(GDBusConnection* bus)>;
+
+    /// `told` is called once with the bus, when a portal has answered whose dialogs for files are
+    /// of that version or a later one, and once with null, when none does; then the watch is over,
+    /// and `told` may end it.
+    PortalWatch(guint version, Told told);
     ~PortalWatch();
     PortalWatch(const PortalWatch&) = delete;
     PortalWatch& operator=(const PortalWatch&) = delete;
@@ -26,10 +28,11 @@ class PortalWatch {
   private:
     void ask();
     void arm(guint milliseconds);
-    void on_answer(bool is_there);
+    void on_answer(GDBusConnection* bus);
     void on_time();
 
-    std::function<void(bool)> m_told;
+    const guint m_version;
+    Told m_told;
     GCancellable* m_asking = nullptr;
     guint m_timer = 0;
     bool m_was_there = false;
