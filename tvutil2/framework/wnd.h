@@ -81,6 +81,14 @@ class TVUTIL_API CWnd : public CCmdTarget {
     /// In the font's place null stands for the system's.
     void SetFont(CFont* font, BOOL redraw = TRUE);
     [[nodiscard]] CFont* GetFont() const;
+    /// Answers the one before. The icon stays the caller's, and is to outlive the window.
+    HICON SetIcon(HICON icon, BOOL big) {
+        return reinterpret_cast<HICON>(SendMessage(WM_SETICON, big != 0 ? ICON_BIG : ICON_SMALL,
+                                                   reinterpret_cast<LPARAM>(icon)));
+    }
+    [[nodiscard]] HICON GetIcon(BOOL big) const {
+        return reinterpret_cast<HICON>(SendMessage(WM_GETICON, big != 0 ? ICON_BIG : ICON_SMALL));
+    }
 
     [[nodiscard]] DWORD GetStyle() const;
     [[nodiscard]] DWORD GetExStyle() const;

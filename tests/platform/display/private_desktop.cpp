@@ -39,6 +39,7 @@ pid_t start_program(std::vector<const char*> arguments, int keep = -1) {
 struct PrivateDesktop::Parts {
     pid_t server = 0, manager = 0;
     Display* display = nullptr;
+    Window settings = 0;  // their manager's
 
     [[nodiscard]] Window root() const { return DefaultRootWindow(display); }
     [[nodiscard]] Atom atom(const char* name) const { return XInternAtom(display, name, False); }
@@ -51,7 +52,7 @@ struct PrivateDesktop::Parts {
         unsigned long count = 0;
         unsigned long rest = 0;
         unsigned char* data = nullptr;
-        XGetWindowProperty(display, window, atom(name), 0, 1024, False, AnyPropertyType, &type,
+        XGetWindowProperty(display, window, atom(name), 0, 1 << 16, False, AnyPropertyType, &type,
                            &format, &count, &rest, &data);
         const auto* const items = reinterpret_cast<const Item*>(data);
         std::vector<Item> result(items, items + count);
@@ -170,7 +171,8 @@ std::vector<PrivateDesktop::Client> PrivateDesktop::clients() {
                        std::string(title.begin(), title.end()),
                        owner.empty() ? 0 : owner[0],
                        is_modal,
-                       {x, y, x + size.width, y + size.height}});
+                       {x, y, x + size.width, y + size.height},
+                       parts.property<unsigned long>(window, "_NET_WM_ICON")});
     }
     return all;
 }
@@ -204,6 +206,48 @@ void PrivateDesktop::set_state(const Client& client, const char* state, bool is_
 
 void PrivateDesktop::close(const Client& client) {
     ask(client.id, "_NET_CLOSE_WINDOW", {0, 2});
+}
+
+// As the manager of settings has them: integers and strings, each with its name, padded to four.
+void PrivateDesktop::set_settings(int dpi, const std::string& theme) {
+    auto& parts = *m_parts;
+    std::string bytes(8, '\0');
+    const auto put = [&bytes](std::size_t number, std::size_t size) {
+        for (std::size_t i = 0; i < size; ++i) bytes += static_cast<char>(number >> 8 * i);
+    };
+    const auto begin = [&](char type, const std::string& name) {
+        bytes += type;
+        bytes += '\0';
+        put(name.size(), 2);
+        bytes += name + std::string((4 - name.size() % 4) % 4, '\0');
+        put(0, 4);
+    };
+    put(2, 4);
+    begin(0, "Xft/DPI");
+    put(static_cast<std::size_t>(dpi) * 1024, 4);
+    begin(1, "Net/ThemeName");
+    put(theme.size(), 4);
+    bytes += theme;
+    const bool is_first = parts.settings == 0;
+    if (is_first)
+        parts.settings = XCreateSimpleWindow(parts.display, parts.root(), 0, 0, 1, 1, 0, 0, 0);
+    const auto kind = parts.atom("_XSETTINGS_SETTINGS");
+    XChangeProperty(parts.display, parts.settings, kind, kind, 8, PropModeReplace,
+                    reinterpret_cast<const unsigned char*>(bytes.data()),
+                    static_cast<int>(bytes.size()));
+    if (is_first) {
+        const auto selection = parts.atom("_XSETTINGS_S0");
+        XSetSelectionOwner(parts.display, selection, parts.settings, CurrentTime);
+        XEvent news{};
+        news.xclient.type = ClientMessage;
+        news.xclient.window = parts.root();
+        news.xclient.message_type = parts.atom("MANAGER");
+        news.xclient.format = 32;
+        news.xclient.data.l[1] = static_cast<long>(selection);
+        news.xclient.data.l[2] = static_cast<long>(parts.settings);
+        XSendEvent(parts.display, parts.root(), False, StructureNotifyMask, &news);
+    }
+    XSync(parts.display, False);
 }
 
 void PrivateDesktop::end() {

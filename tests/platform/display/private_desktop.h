@@ -32,7 +32,8 @@ class PrivateDesktop {
         std::string title;
         unsigned long owner;  ///< WM_TRANSIENT_FOR
         bool is_modal;
-        RECT place;  ///< without the frame
+        RECT place;                       ///< without the frame
+        std::vector<unsigned long> icon;  ///< _NET_WM_ICON: width, height, pixels; and so on
     };
     /// What the window manager manages, the oldest first.
     std::vector<Client> clients();
@@ -40,6 +41,8 @@ class PrivateDesktop {
     /// Asks the window manager for a state of EWMH, and the client to close.
     void set_state(const Client& client, const char* state, bool is_on);
     void close(const Client& client);
+    /// What the desktop's settings say from now on: dots an inch, and the name of a theme.
+    void set_settings(int dpi, const std::string& theme);
     /// Ends the server.
     void end();
 

@@ -9,8 +9,12 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cstdlib>
+#include <mutex>
+#include <thread>
 
+#include "tests/platform/display/await.h"
 #include "tests/platform/window/trace.h"
 
 namespace {
@@ -220,6 +224,107 @@ TEST_F(Input, PressesAreAnnouncedAndLeavingIsTold) {
     tvutil2::click({10, 10});
     pump();
     EXPECT_EQ(GetActiveWindow(), dialog);
+    DestroyWindow(other);
+}
+
+// A thread with a child window in a window of another thread.
+class Guest {
+  public:
+    explicit Guest(HWND top) : m_thread([this, top] { run(top); }) {}
+    ~Guest() {
+        PostMessageW(m_window, WM_APP, 0, 0);
+        m_thread.join();
+    }
+    Guest(const Guest&) = delete;
+    Guest& operator=(const Guest&) = delete;
+
+    /// Waits for something that it hears, and what it has heard before.
+    bool hears(const std::string& line) {
+        return tests::await([&] {
+            const std::lock_guard guard(m_lock);
+            const auto found = std::find(m_heard.begin(), m_heard.end(), line);
+            if (found == m_heard.end()) return false;
+            m_heard.erase(m_heard.begin(), found + 1);
+            return true;
+        });
+    }
+    [[nodiscard]] bool is_there() const { return m_window != nullptr; }
+
+  private:
+    void note(const char* what, LPARAM lparam) {
+        const std::lock_guard guard(m_lock);
+        m_heard.push_back(std::string(what) + " " + std::to_string(GET_X_LPARAM(lparam)) + "," +
+                          std::to_string(GET_Y_LPARAM(lparam)));
+    }
+
+    LRESULT answer(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
+        switch (message) {
+            case WM_LBUTTONDOWN:
+                SetCapture(window);
+                note("down", lparam);
+                return 0;
+            case WM_LBUTTONUP:
+                ReleaseCapture();
+                note("up", lparam);
+                return 0;
+            case WM_MOUSEMOVE: {
+                TRACKMOUSEEVENT track{sizeof track, TME_LEAVE, window, 0};
+                TrackMouseEvent(&track);
+                note("move", lparam);
+                return 0;
+            }
+            case WM_MOUSELEAVE:
+                note("leave", 0);
+                return 0;
+            case WM_APP:
+                DestroyWindow(window);
+                PostQuitMessage(0);
+                return 0;
+            default:
+                return DefWindowProcW(window, message, wparam, lparam);
+        }
+    }
+
+    void run(HWND top) {
+        Trace::current().handler = [this](HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
+            return answer(window, message, wparam, lparam);
+        };
+        auto* const window = traced_window(WS_CHILD | WS_VISIBLE, top);
+        MoveWindow(window, 60, 60, 50, 50, FALSE);
+        m_window = window;
+        MSG message;
+        while (GetMessageW(&message, nullptr, 0, 0)) DispatchMessageW(&message);
+        Trace::current() = {};
+    }
+
+    std::mutex m_lock;
+    std::vector<std::string> m_heard;
+    std::atomic<HWND> m_window{nullptr};
+    std::thread m_thread;
+};
+
+TEST_F(Input, ThePointerReachesChildrenOfOtherThreads) {
+    make_windows();
+    auto* const other = traced_window(WS_POPUP | WS_VISIBLE);
+    Guest guest(m_top);
+    ASSERT_TRUE(tests::await([&] { return guest.is_there(); }));
+    EXPECT_EQ(GetActiveWindow(), other);
+    tvutil2::move_pointer({65, 70});
+    EXPECT_TRUE(guest.hears("move 5,10"));
+    tvutil2::press_button({65, 71});
+    EXPECT_TRUE(guest.hears("down 5,11"));
+    EXPECT_EQ(GetActiveWindow(), m_top);
+    // It has captured the pointer.
+    tvutil2::move_pointer({10, 10});
+    EXPECT_TRUE(guest.hears("move -50,-50"));
+    tvutil2::release_button({10, 10});
+    EXPECT_TRUE(guest.hears("up -50,-50"));
+    pump();
+    tvutil2::move_pointer({70, 70});
+    EXPECT_TRUE(guest.hears("move 10,10"));
+    tvutil2::move_pointer({120, 10});
+    EXPECT_TRUE(guest.hears("leave 0,0"));
+    EXPECT_NE(pump().find("C MOUSEMOVE"), std::string::npos);
     DestroyWindow(other);
 }
 

@@ -51,7 +51,7 @@ bool operator==(const Shown& a, const Shown& b) {
     return a.window == b.window && a.owner == b.owner && same(a.place, b.place) &&
            same(a.content, b.content) && a.least.cx == b.least.cx && a.least.cy == b.least.cy &&
            a.style == b.style && a.ex_style == b.ex_style && a.dpi == b.dpi && a.title == b.title &&
-           a.is_enabled == b.is_enabled;
+           a.is_enabled == b.is_enabled && a.icons == b.icons;
 }
 
 }  // namespace tvutil2

@@ -88,6 +88,7 @@ struct Shown {
     UINT dpi = 96;
     std::u16string title;
     bool is_enabled = true;
+    std::vector<std::shared_ptr<const Surface>> icons;  ///< one picture at several sizes
     friend bool operator==(const Shown& a, const Shown& b);
 };
 

@@ -3,6 +3,7 @@
 #include "tvutil2/platform/window/input.h"
 #include "tvutil2/platform/window/screen.h"
 #include "tvutil2/platform/window/window.h"
+#include "tvutil2/platform/window/window_icons.h"
 #include "tvutil2/platform/window/window_states.h"
 
 #include <algorithm>
@@ -64,7 +65,8 @@ LRESULT DefWindowProcW(HWND window, UINT message, WPARAM wparam, LPARAM lparam) 
             break;
     }
     LRESULT result = 0;
-    if (tvutil2::handle_frame_message(window, message, lparam, result) ||
+    if (tvutil2::handle_icon_message(window, message, wparam, lparam, result) ||
+        tvutil2::handle_frame_message(window, message, lparam, result) ||
         tvutil2::handle_paint_message(window, message, wparam, result)) {
         return result;
     }

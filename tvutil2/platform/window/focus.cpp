@@ -2,6 +2,7 @@
 
 #include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/window/geometry.h"
+#include "tvutil2/platform/window/guest_input.h"
 #include "tvutil2/platform/window/input.h"
 #include "tvutil2/platform/window/keys.h"
 #include "tvutil2/platform/window/menus/menu_loop.h"
@@ -171,6 +172,7 @@ void leave_focus(HWND window) {
 void set_capture(HWND window) {
     auto& state = input_state();
     auto* const before = std::exchange(state.capture, window);
+    note_capture(before, window);
     auto* const driver = loaded_display();
     if (driver != nullptr && (before != nullptr) != (window != nullptr)) {
         driver->set_capture(window != nullptr);

@@ -5,6 +5,7 @@
 #include "tvutil2/platform/window/class_table.h"
 #include "tvutil2/platform/window/focus.h"
 #include "tvutil2/platform/window/geometry.h"
+#include "tvutil2/platform/window/guest_input.h"
 #include "tvutil2/platform/window/hit_test.h"
 #include "tvutil2/platform/window/keys.h"
 #include "tvutil2/platform/window/messages.h"
@@ -248,10 +249,13 @@ bool accept(InputState& state, const RawInput& input, const Addressed& to) {
         return true;
     }
     state.message_point = input.point;
+    leave_guest(state, input);
     pointer_is_over(to.window, input.point);
     if (input.kind == Kind::button_down) {
         set_key(state, key_of_button(input.button), true);
-        if (state.capture == nullptr && !prepare_press(state, input, to)) return false;
+        // What was handed on is prepared already, where the top-level window is.
+        const bool is_prepared = state.capture != nullptr || is_handed_on(input);
+        if (!is_prepared && !prepare_press(state, input, to)) return false;
         note_click(state, input, to);
     }
     if (input.kind == Kind::button_up) set_key(state, key_of_button(input.button), false);
@@ -260,6 +264,13 @@ bool accept(InputState& state, const RawInput& input, const Addressed& to) {
                      MAKELPARAM(static_cast<WORD>(to.hit), static_cast<WORD>(to.message.message)));
     }
     return IsWindow(to.window) != 0;
+}
+
+// Does what goes before it here, and hands it on to the window's thread.
+void pass_to_guest(InputState& state, const RawInput& input, const Addressed& to) {
+    pointer_is_over(nullptr, input.point);
+    if (input.kind == Kind::button_down && !prepare_press(state, input, to)) return;
+    hand_on(state, input, to.window);
 }
 
 // What isn't a message: the desktop's wishes.
@@ -279,6 +290,7 @@ void follow(InputState& state, const RawInput& input) {
             break;
         case Kind::pointer_leave:
             pointer_is_over(nullptr, input.point);
+            leave_guest(state, input);
             break;
         default:
             follow_desktop(input);
@@ -324,9 +336,13 @@ void put_input(RawInput input) {
                     static_cast<std::uint32_t>(input.point.y);
     }
     const TreeLock tree;
-    const auto* const record =
-        tree.table.find(input.window != nullptr ? input.window : window_in_front());
+    auto* record = tree.table.find(input.window != nullptr ? input.window : window_in_front());
     if (record == nullptr) return;
+    auto* const guest = is_pointer(input.kind) ? capturing_guest(*record) : nullptr;
+    if (guest != nullptr) {
+        record = guest;
+        input.window = guest->hwnd();
+    }
     auto& queue = *record->queue.load(std::memory_order_relaxed);
     auto& state = state_of(queue);
     {
@@ -360,6 +376,11 @@ bool take_input(ThreadQueue& queue, MSG& message, const MessageFilter& filter, b
             if (!erase(*state, number)) continue;
             if (input.kind == Kind::button_down) activate_enabled_popup(input.window);
             if (input.kind == Kind::pointer_move) pointer_is_over(nullptr, input.point);
+            leave_guest(*state, input);
+            continue;
+        }
+        if (is_pointer(input.kind) && is_guest(to.window)) {
+            if (erase(*state, number)) pass_to_guest(*state, input, to);
             continue;
         }
         if (!filter.takes(to.message.hwnd, to.message.message)) {
@@ -379,7 +400,7 @@ void forget_input(ThreadQueue& queue) {
     state->incoming.clear();
     state->pending.clear();
     state->focus = state->active = state->capture = nullptr;
-    state->tracked = state->hovered = state->clicked = nullptr;
+    state->tracked = state->hovered = state->clicked = state->guest = nullptr;
     state->keys.fill(0);
     state->written.clear();
 }

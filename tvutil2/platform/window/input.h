@@ -36,6 +36,7 @@ struct InputState {
     int clicked_button = -1;
     DWORD click_time = 0;
     POINT click_point{};
+    HWND guest = nullptr;  ///< another thread's, which the pointer was handed on to last
     /// What the key taken last writes.
     WPARAM written_key = 0;
     LPARAM written_lparam = 0;

@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cstdlib>
 
 namespace tvutil2 {
@@ -38,6 +39,8 @@ constexpr std::array<std::pair<WORD, CursorShape>, 14> kCursors{{{32512, CursorS
                                                                  {32651, CursorShape::help}}};
 
 thread_local HCURSOR t_cursor = nullptr;
+// The last that the display was told, by whichever thread.
+std::atomic<HCURSOR> g_shown_cursor{nullptr};
 
 WORD number_of(const void* cursor) {
     return static_cast<WORD>(reinterpret_cast<std::uintptr_t>(cursor));
@@ -134,7 +137,7 @@ HCURSOR LoadCursorW(HINSTANCE module, const char16_t* name) {
 HCURSOR SetCursor(HCURSOR cursor) {
     auto* const before = std::exchange(tvutil2::t_cursor, cursor);
     auto* const driver = tvutil2::loaded_display();
-    if (before == cursor || driver == nullptr) return before;
+    if (driver == nullptr || tvutil2::g_shown_cursor.exchange(cursor) == cursor) return before;
     for (const auto& [number, shape] : tvutil2::kCursors) {
         if (number == tvutil2::number_of(cursor)) driver->set_cursor(shape);
     }

@@ -13,6 +13,7 @@
 #include "tvutil2/platform/window/top_level.h"
 #include "tvutil2/platform/window/update.h"
 #include "tvutil2/platform/window/window.h"
+#include "tvutil2/platform/window/window_icons.h"
 
 #include <algorithm>
 #include <atomic>
@@ -49,7 +50,8 @@ Shown description_of(const Window& window) {
             window.ex_style,
             window.dpi,
             window.text,
-            (window.style & WS_DISABLED) == 0};
+            (window.style & WS_DISABLED) == 0,
+            {}};
 }
 
 void forget_top_level(Window& window) {
@@ -126,6 +128,7 @@ void tell_display(HWND window, bool activates) {
     auto* const driver = display();
     if (driver == nullptr) return;
     Shown shown;
+    WindowIcons icons{};
     {
         const TreeLock tree;
         auto* const record = tree.table.find(window);
@@ -137,7 +140,9 @@ void tell_display(HWND window, bool activates) {
             invalidate_all(*record);
         }
         shown = description_of(*record);
+        icons = icons_of(*record);
     }
+    shown.icons = pictures_of(icons);
     if (is_visible) {
         driver->show(shown, activates);
     } else {

@@ -87,6 +87,7 @@ void WindowTable::give_back(Window& record) {
     record.rect = record.client = record.normal = {};
     record.dpi = 0;
     record.least = {};
+    record.icons = {};
     record.top.reset();
     record.state.reset();
     record.scroll_bars.reset();

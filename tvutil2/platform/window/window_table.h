@@ -8,6 +8,7 @@
 
 #include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/draw/region.h"
+#include "tvutil2/platform/window/window_icons.h"
 #include "tvutil2/platform/window/window_types.h"
 
 #include <array>
@@ -53,7 +54,8 @@ struct Window {
     RECT normal{};  ///< `rect` while neither minimised nor maximised
     // Of a top-level window:
     UINT dpi = 0;
-    SIZE least{};                   ///< that the person may make it
+    SIZE least{};  ///< that the person may make it
+    WindowIcons icons{};
     std::shared_ptr<TopLevel> top;  ///< while a display shows it
     // What is out of date, from the corner of `rect`.
     Region update;

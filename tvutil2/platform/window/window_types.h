@@ -214,6 +214,11 @@ inline constexpr UINT WM_THEMECHANGED = 0x031A;
 inline constexpr UINT WM_USER = 0x0400;
 inline constexpr UINT WM_APP = 0x8000;
 
+/// Of WM_SETICON, which answers the one before, and WM_GETICON. ICON_SMALL2 asks for what stands
+/// for the window where it was given none: its class's, or the big one.
+inline constexpr WPARAM ICON_SMALL = 0;
+inline constexpr WPARAM ICON_BIG = 1;
+inline constexpr WPARAM ICON_SMALL2 = 2;
 inline constexpr WPARAM SIZE_RESTORED = 0;
 inline constexpr WPARAM SIZE_MINIMIZED = 1;
 inline constexpr WPARAM SIZE_MAXIMIZED = 2;

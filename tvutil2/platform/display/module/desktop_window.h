@@ -9,11 +9,11 @@
 
 #include <memory>
 #include <span>
-#include <string>
 
 namespace tvutil2 {
 
 class DesktopDriver;
+class DesktopInput;
 
 class DesktopWindow {
   public:
@@ -44,39 +44,35 @@ class DesktopWindow {
     /// Whether it is a pop-up, which the desktop neither frames nor activates.
     [[nodiscard]] bool is_popup() const { return m_is_popup; }
 
-  private:
-    template <auto Method>
-    void listen(GtkWidget* widget, const char* signal);
+    /// A place in the area, in the desktop's units.
+    [[nodiscard]] POINT on_screen(double x, double y) const;
+    /// News of the window's; `time` is the event's, or 0.
+    [[nodiscard]] RawInput input(RawInput::Kind kind, guint32 time) const;
 
+  private:
     [[nodiscard]] int scale() const { return gtk_widget_get_scale_factor(m_window); }
     /// The part of the window that is shown here: all but the frame, where the desktop has one.
     [[nodiscard]] RECT view() const;
-    [[nodiscard]] POINT on_screen(double x, double y) const;
     /// Pixels as the desktop's units, rounded up.
     [[nodiscard]] int units(LONG pixels) const;
     [[nodiscard]] GdkPoint place_of(const RECT& view) const;
 
     void make_area();
     void set_size();
+    void ask_for_place();
     void set_form(DWORD before);
-    void await_settling();
+    void await_settling(guint milliseconds = 0);
     void settle();
     [[nodiscard]] RECT actual_view() const;
-    RawInput input(RawInput::Kind kind, guint32 time) const;
-    RawInput pointer_input(RawInput::Kind kind, double x, double y, guint32 time) const;
-    void turn_wheel(const GdkEventScroll& event, double notches, bool is_horizontal);
+    [[nodiscard]] DWORD actual_form() const;
+    [[nodiscard]] bool is_where_wanted(const RECT& now) const;
+    void tell_place(const RECT& now);
+    void tell_form(DWORD form);
 
     gboolean draw(cairo_t* cairo);
-    gboolean on_motion(GdkEventMotion* event);
-    gboolean on_button(GdkEventButton* event);
-    gboolean on_scroll(GdkEventScroll* event);
-    gboolean on_crossing(GdkEventCrossing* event);
-    gboolean on_key(GdkEventKey* event);
-    gboolean on_focus(GdkEventFocus* event);
     gboolean on_configure(GdkEventConfigure* event);
     gboolean on_state(GdkEventWindowState* event);
     gboolean on_delete(GdkEventAny* event);
-    void on_commit(const char* text);
 
     DesktopDriver& m_driver;
     Shown m_shown;
@@ -85,18 +81,14 @@ class DesktopWindow {
     const bool m_is_popup;
     GtkWidget* m_window = nullptr;
     GtkWidget* m_area = nullptr;
-    GtkIMContext* m_input_method = nullptr;
+    std::unique_ptr<DesktopInput> m_input;
     bool m_is_mapped = false;
     bool m_activates = true;
-    gint64 m_asked_at = 0;  // when the program last gave the window a place; 0: it has it
-    guint m_settling = 0;   // source that looks where the window is
+    gint64 m_asked_at = 0;  // when the program last wanted a place or a form; 0: it has it
+    bool m_has_asked_again = false;
+    guint m_settling = 0;  // source that looks where the window is
     guint m_first_show = 0;
     DWORD m_form = 0;
-    guint32 m_last_time = 0;
-    double m_wheel = 0, m_wheel_across = 0;
-    // While a key is with the input method:
-    bool m_is_filtering = false;
-    std::u16string m_written;
 };
 
 }  // namespace tvutil2
