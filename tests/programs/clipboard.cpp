@@ -1,11 +1,11 @@
 // A program that copies or pastes text, in UTF-16 or in the ANSI code page.
 //
-//     clipboard copy wide|narrow TEXT   says "ready", and is asked for the text until its input ends
-//     clipboard paste wide|narrow       says what is there, in UTF-8
+//     clipboard copy wide|narrow TEXT   says "ready", and is asked for the text until its input
+//     ends clipboard paste wide|narrow       says what is there, in UTF-8
 #include "tvutil2/platform/window/clipboard.h"
 
-#include "tvutil2/platform/base/utf.h"
 #include "tvutil2/platform/base/global_memory.h"
+#include "tvutil2/platform/base/utf.h"
 
 #include <cstdio>
 #include <cstring>
@@ -43,7 +43,8 @@ int main(int count, char** arguments) {
             copy(CF_TEXT, narrow.c_str(), narrow.size() + 1);
         }
         say("ready");
-        while (std::getchar() != EOF) {}
+        while (std::getchar() != EOF) {
+        }
         return 0;
     }
     if (what != "paste") return 2;

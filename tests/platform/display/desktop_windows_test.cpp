@@ -41,15 +41,6 @@ bool is_at(HWND window, const RECT& place) {
            now.bottom == place.bottom;
 }
 
-HWND shown_window(const RECT& place, HWND owner = nullptr, DWORD style = WS_OVERLAPPEDWINDOW) {
-    auto* const window = traced_window(style, owner, u"Shown");
-    MoveWindow(window, place.left, place.top, place.right - place.left, place.bottom - place.top,
-               FALSE);
-    ShowWindow(window, SW_SHOW);
-    EXPECT_TRUE(await([&] { return GetFocus() == window; }));
-    return window;
-}
-
 HICON icon_of(int side, std::uint32_t color) {
     return tvutil2::make_icon(Surface::create(side, side, 96, color), {side, side});
 }
@@ -75,6 +66,17 @@ class DesktopWindows : public testing::Test {
     bool has_heard(const std::string& line) const {
         const auto& lines = m_trace.lines;
         return std::find(lines.begin(), lines.end(), line) != lines.end();
+    }
+    // A window that the desktop has, too.
+    HWND shown_window(const RECT& place, HWND owner = nullptr, DWORD style = WS_OVERLAPPEDWINDOW) {
+        const auto before = m_desktop.clients().size();
+        auto* const window = traced_window(style, owner, u"Shown");
+        MoveWindow(window, place.left, place.top, place.right - place.left,
+                   place.bottom - place.top, FALSE);
+        ShowWindow(window, SW_SHOW);
+        EXPECT_TRUE(
+            await([&] { return GetFocus() == window && m_desktop.clients().size() > before; }));
+        return window;
     }
     void click(HWND window) {
         const auto place = place_of(window);
@@ -167,7 +169,7 @@ TEST_F(DesktopWindows, FollowTheDesktopsScaleAndColours) {
 // What the desktop says meanwhile is about what was before.
 TEST_F(DesktopWindows, AreWhereTheProgramPutsThemRightBehindAnotherForm) {
     auto* const window = shown_window({100, 100, 400, 300});
-    for (LONG i = 0; i < 4; ++i) {
+    for (LONG i = 0; i < 2; ++i) {
         SCOPED_TRACE(i);
         ShowWindow(window, SW_MAXIMIZE);
         ASSERT_TRUE(await([&] { return m_desktop.clients()[0].place.right > 1200; }));
@@ -191,7 +193,7 @@ TEST_F(DesktopWindows, AreWhereTheProgramPutsThemRightBehindAnotherForm) {
     ShowWindow(window, SW_MAXIMIZE);
     ShowWindow(window, SW_RESTORE);
     MoveWindow(window, 70, 80, 300, 200, TRUE);
-    const auto until = GetTickCount() + 1000;
+    const auto until = GetTickCount() + 700;
     await([&] { return GetTickCount() > until; });
     EXPECT_FALSE(IsZoomed(window));
     EXPECT_TRUE(is_at(window, {70, 80, 370, 280}));
@@ -266,7 +268,7 @@ TEST_F(DesktopWindows, ShareTextWithOtherPrograms) {
                                     {"copy", "wide", "\u4f1a theirs"});
         ASSERT_EQ(program.line(), "ready");
         EXPECT_TRUE(await([&] { return paste<char16_t>(CF_UNICODETEXT) == u"\u4f1a theirs"; }));
-        EXPECT_EQ(paste<char>(CF_TEXT), "? theirs");
+        EXPECT_EQ(paste<char>(CF_TEXT), "\u4f1a theirs");
     }
     {
         tests::PipedProcess program(TESTS_STARTED "/clipboard.exe", {"copy", "narrow", "plain"});

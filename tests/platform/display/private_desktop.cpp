@@ -227,7 +227,7 @@ void PrivateDesktop::set_settings(int dpi, const std::string& theme) {
     put(static_cast<std::size_t>(dpi) * 1024, 4);
     begin(1, "Net/ThemeName");
     put(theme.size(), 4);
-    bytes += theme;
+    bytes += theme + std::string((4 - theme.size() % 4) % 4, '\0');
     const bool is_first = parts.settings == 0;
     if (is_first)
         parts.settings = XCreateSimpleWindow(parts.display, parts.root(), 0, 0, 1, 1, 0, 0, 0);

@@ -233,6 +233,8 @@ class Guest {
     explicit Guest(HWND top) : m_thread([this, top] { run(top); }) {}
     ~Guest() {
         PostMessageW(m_window, WM_APP, 0, 0);
+        // Its parent hears of its end.
+        tests::await([this] { return IsWindow(m_window) == 0; });
         m_thread.join();
     }
     Guest(const Guest&) = delete;

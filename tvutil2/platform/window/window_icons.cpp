@@ -56,8 +56,7 @@ std::vector<std::shared_ptr<const Surface>> pictures_of(const WindowIcons& icons
     return pictures;
 }
 
-bool handle_icon_message(HWND window, UINT message, WPARAM wparam, LPARAM lparam,
-                         LRESULT& result) {
+bool handle_icon_message(HWND window, UINT message, WPARAM wparam, LPARAM lparam, LRESULT& result) {
     if (message == WM_SETICON) {
         result = set_icon(window, wparam, reinterpret_cast<HICON>(lparam));
     } else if (message == WM_GETICON) {

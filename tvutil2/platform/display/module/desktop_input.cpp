@@ -132,7 +132,8 @@ gboolean DesktopInput::on_key(GdkEventKey* event) {
     if (is_taken && m_written.empty()) return TRUE;
     const bool is_down = event->type == GDK_KEY_PRESS;
     const auto key = key_of(*event);
-    auto news = m_window.input(is_down ? RawInput::Kind::key_down : RawInput::Kind::key_up, event->time);
+    auto news =
+        m_window.input(is_down ? RawInput::Kind::key_down : RawInput::Kind::key_up, event->time);
     // Pop-ups have no keys of their own: they are for what the program has in front.
     news.window = nullptr;
     news.key = key.key != 0 || m_written.empty() ? key.key : VK_PACKET;

@@ -84,9 +84,9 @@ class DesktopWindow {
     std::unique_ptr<DesktopInput> m_input;
     bool m_is_mapped = false;
     bool m_activates = true;
-    gint64 m_asked_at = 0;  // when the program last wanted a place or a form; 0: it has it
-    bool m_has_asked_again = false;
-    guint m_settling = 0;  // source that looks where the window is
+    gint64 m_asked_at = 0;      // when the program last wanted a place or a form; 0: it has it
+    bool m_asks_again = false;  // for the place, which came with another form
+    guint m_settling = 0;       // source that looks where the window is
     guint m_first_show = 0;
     DWORD m_form = 0;
 };

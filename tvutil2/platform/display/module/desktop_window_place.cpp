@@ -1,9 +1,8 @@
 // Where a window is: the program's word and the desktop's.
-#include "tvutil2/platform/display/module/desktop_window.h"
-
 #include "tvutil2/platform/display/module/desktop_driver.h"
 #include "tvutil2/platform/display/module/desktop_input.h"
 #include "tvutil2/platform/display/module/desktop_look.h"
+#include "tvutil2/platform/display/module/desktop_window.h"
 #include "tvutil2/platform/window/window_types.h"
 
 #include <gdk/gdkx.h>
@@ -16,8 +15,8 @@
 namespace tvutil2 {
 namespace {
 
-// How long the desktop may take to do to a window what the program wants; it is asked for a place
-// twice, and after that has a mind of its own.
+// How long the desktop may take to do to a window what the program wants; after that it has a mind
+// of its own.
 constexpr guint kSettleMilliseconds = 300;
 
 bool is_wayland() {
@@ -90,7 +89,6 @@ void DesktopWindow::set_size() {
     gtk_window_set_resizable(widget(), is_resizable);
     gtk_widget_set_size_request(m_area, units(std::min(least.cx, size.cx)),
                                 units(std::min(least.cy, size.cy)));
-    m_has_asked_again = false;
     ask_for_place();
 }
 
@@ -117,6 +115,7 @@ void DesktopWindow::set_form(DWORD before) {
     }
     m_form = form;
     if (changed == 0) return;
+    m_asks_again = true;
     m_asked_at = g_get_monotonic_time();
     await_settling();
 }
@@ -166,8 +165,7 @@ bool DesktopWindow::is_where_wanted(const RECT& now) const {
 void DesktopWindow::settle() {
     if (!m_is_mapped) return;
     const bool is_waiting =
-        m_asked_at != 0 &&
-        g_get_monotonic_time() - m_asked_at < gint64{kSettleMilliseconds} * 1000;
+        m_asked_at != 0 && g_get_monotonic_time() - m_asked_at < gint64{kSettleMilliseconds} * 1000;
     const auto form = actual_form();
     if (form != m_form) {
         if (is_waiting) return await_settling(kSettleMilliseconds);
@@ -179,11 +177,11 @@ void DesktopWindow::settle() {
     // How large the largest is, the desktop alone knows.
     if (!is_there && m_asked_at != 0 && (m_form & WS_MAXIMIZE) == 0) {
         if (is_waiting) return await_settling(kSettleMilliseconds);
-        // It may have been doing something else to the window at that time.
-        if (!std::exchange(m_has_asked_again, true)) return ask_for_place();
+        // It may have been giving the window its form at that time.
+        if (std::exchange(m_asks_again, false)) return ask_for_place();
     }
     m_asked_at = 0;
-    m_has_asked_again = false;
+    m_asks_again = false;
     if (!is_there) tell_place(now);
 }
 
