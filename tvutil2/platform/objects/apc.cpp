@@ -10,9 +10,7 @@ bool ApcQueue::post(Work work) {
     const std::lock_guard guard(m_lock);
     if (m_is_closed) return false;
     m_work.push_back(std::move(work));
-    if (m_waiter != nullptr && m_waiter->settle(WAIT_IO_COMPLETION)) {
-        woken.add(&m_waiter->outcome);
-    }
+    if (m_waiter != nullptr) m_waiter->settle(WAIT_IO_COMPLETION, woken);
     return true;
 }
 

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "tvutil2/platform/base/types.h"
+#include "tvutil2/platform/objects/patience.h"
 
 #include <functional>
 #include <memory>
@@ -53,6 +54,8 @@ class ThreadRecord {
     /// What a child's thread owned is its parent's.
     void forget_shared() { m_shared.clear(); }
 
+    [[nodiscard]] Patience& patience() { return m_patience; }
+
     /// Calls that others queue to the thread.
     [[nodiscard]] const std::shared_ptr<ApcQueue>& apcs() const { return m_apcs; }
     /// Runs as the very last thing of the thread, once it owns nothing any more.
@@ -77,6 +80,7 @@ class ThreadRecord {
 
     DWORD m_number;
     DWORD m_host_id;
+    Patience m_patience;
     std::vector<std::uintptr_t> m_owned;
     std::vector<std::shared_ptr<SharedMutex>> m_shared;
     std::shared_ptr<ApcQueue> m_apcs;

@@ -20,9 +20,10 @@ class Wait {
           m_entries(entries),
           m_thread(ThreadRecord::current()),
           m_apcs(is_alertable ? m_thread.apcs().get() : nullptr),
-          m_waiter{&m_thread, wants_all, Waiter::kWaiting} {
+          m_waiter{&m_thread, wants_all, Waiter::kAwake} {
         m_thread.make_room(objects.size());
         for (auto* object : objects) m_has_shared = m_has_shared || object->shared() != nullptr;
+        m_is_next = m_has_shared;
     }
 
     DWORD run(DWORD milliseconds) {
@@ -37,7 +38,7 @@ class Wait {
   private:
     DWORD run_any(DWORD milliseconds) {
         const auto entered = enter_queues(milliseconds != 0);
-        if (is_waiting()) wait_for_outcome(milliseconds);
+        if (m_waiter.is_waiting()) wait_for_outcome(milliseconds);
         m_waiter.settle(WAIT_TIMEOUT);
         const auto result = m_waiter.outcome.load();
         const bool is_served = result < WAIT_TIMEOUT && result != WAIT_IO_COMPLETION;
@@ -60,11 +61,11 @@ class Wait {
         if (milliseconds == 0) return;
         const Deadline deadline(milliseconds);
         bool is_over = false;
-        while (is_waiting() && !is_over) {
+        while (m_waiter.is_waiting() && !is_over) {
             if (m_has_shared) look_at_shared();
-            if (is_waiting()) is_over = !sleep(deadline);
+            if (m_waiter.is_waiting()) is_over = !sleep(deadline);
         }
-        if (m_has_shared && is_waiting()) look_at_shared();
+        if (m_has_shared && m_waiter.is_waiting()) look_at_shared();
     }
 
     // Objects of several processes. They are taken first and settled then; who was served by
@@ -102,7 +103,7 @@ class Wait {
 
     void look_at_shared() {
         prepare_shared();
-        for (std::size_t i = 0; i < m_objects.size() && is_waiting(); ++i) {
+        for (std::size_t i = 0; i < m_objects.size() && m_waiter.is_waiting(); ++i) {
             if (m_objects[i]->shared() != nullptr && claim_shared(i)) return;
         }
     }
@@ -111,7 +112,7 @@ class Wait {
     // queued at.
     std::size_t enter_queues(bool may_wait) {
         std::size_t i = 0;
-        for (; i < m_objects.size() && is_waiting(); ++i) {
+        for (; i < m_objects.size() && m_waiter.is_waiting(); ++i) {
             auto& object = *m_objects[i];
             if (object.shared() != nullptr) {
                 begin_wait(i, may_wait);
@@ -146,7 +147,7 @@ class Wait {
                 std::all_of(m_objects.begin(), m_objects.end(),
                             [this](auto* object) { return object->is_available(m_thread); });
             if (is_ready && take_all_shared()) return leave_all(in_order, WAIT_OBJECT_0);
-            m_waiter.outcome.store(Waiter::kWaiting);
+            m_waiter.outcome.store(Waiter::kAwake);
             const bool is_alerted = m_apcs != nullptr && !m_apcs->watch(&m_waiter);
             if (is_alerted) return leave_all(in_order, WAIT_IO_COMPLETION);
             if (is_over || milliseconds == 0) return leave_all(in_order, WAIT_TIMEOUT);
@@ -156,7 +157,7 @@ class Wait {
             unlock_all(in_order);
             // One more look after the deadline: what became ready just then isn't missed.
             // Nobody settles a wait for what is shared: any wake-up is the word to look again.
-            while (is_waiting() && !is_over) {
+            while (m_waiter.is_waiting() && !is_over) {
                 is_over = !sleep(deadline);
                 if (m_has_shared) break;
             }
@@ -214,13 +215,25 @@ class Wait {
         m_entries[i].waiter = &m_waiter;
         m_entries[i].index = static_cast<DWORD>(i);
         m_objects[i]->link(m_entries[i]);
+        if (m_entries[i].previous == nullptr) m_is_next = true;
     }
 
-    [[nodiscard]] bool is_waiting() const { return m_waiter.outcome.load() == Waiter::kWaiting; }
     // False when the deadline has passed.
     bool sleep(const Deadline& deadline) {
-        if (m_has_shared) return sleep_on_shared(m_waiter, m_objects, m_entries, deadline);
-        return futex_wait(m_waiter.outcome, Waiter::kWaiting, deadline);
+        const auto fall_asleep = [this, &deadline] {
+            if (!m_waiter.fall_asleep()) return true;
+            const bool is_in_time = m_has_shared
+                                        ? sleep_on_shared(m_waiter, m_objects, m_entries, deadline)
+                                        : futex_wait(m_waiter.outcome, Waiter::kAsleep, deadline);
+            m_waiter.wake_up();
+            return is_in_time;
+        };
+        // Behind others it takes as long as they do.
+        if (!m_is_next) return fall_asleep();
+        const auto is_over = [this] {
+            return !m_waiter.is_waiting() || (m_has_shared && has_news(m_objects, m_entries));
+        };
+        return m_thread.patience().wait(is_over, fall_asleep);
     }
 
     std::span<WaitableObject* const> m_objects;
@@ -229,6 +242,7 @@ class Wait {
     ApcQueue* m_apcs;
     Waiter m_waiter;
     bool m_has_shared = false;
+    bool m_is_next = false;  // to get one of the objects, as far as is known
 };
 
 DWORD wait_for(std::span<WaitableObject* const> objects, bool wants_all, DWORD milliseconds,

@@ -10,6 +10,17 @@ namespace {
 
 std::atomic<bool> g_is_forking{false};
 
+// Behind the lock there are a few steps, over before a thread could fall asleep for it. Who looked
+// for its turn comes here while the one that gave it is still on its way out.
+void lock_soon(std::mutex& lock) {
+    constexpr int kTries = 100;
+    for (int i = 0; Patience::has_company() && i < kTries; ++i) {
+        if (lock.try_lock()) return;
+        Patience::relax();
+    }
+    lock.lock();
+}
+
 }  // namespace
 
 WaitableObject::WaitableObject(HandleKind kind) : HandleObject(kind) {
@@ -22,7 +33,7 @@ void WaitableObject::attach(handle_table::Slot& slot, std::uint64_t word) {
 }
 
 void WaitableObject::lock(bool is_first) {
-    m_lock.lock();
+    lock_soon(m_lock);
     while (is_first && g_is_forking) {
         m_lock.unlock();
         g_is_forking.wait(true);
@@ -48,13 +59,10 @@ void WaitableObject::offer(WakeList& woken) {
         auto* const next = entry->next;
         if (!is_available(*waiter.thread)) return;
         if (waiter.wants_all) {
-            if (waiter.settle(Waiter::kLookAgain)) woken.add(&waiter.outcome);
+            waiter.settle(Waiter::kLookAgain, woken);
         } else {
             unlink(*entry);
-            if (waiter.settle(outcome() + entry->index)) {
-                take(*waiter.thread);
-                woken.add(&waiter.outcome);
-            }
+            if (waiter.settle(outcome() + entry->index, woken)) take(*waiter.thread);
         }
         entry = next;
     }

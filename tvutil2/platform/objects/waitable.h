@@ -19,37 +19,6 @@ namespace tvutil2 {
 
 class SharedObject;
 
-/// A thread in a wait.
-struct Waiter {
-    ThreadRecord* thread;
-    bool wants_all;
-    std::atomic<DWORD> outcome;  ///< a result of the wait, or one of the two below
-
-    static constexpr DWORD kWaiting = 0xFFFFFFFE;
-    static constexpr DWORD kLookAgain = 0xFFFFFFFD;
-
-    /// Settles an undecided wait; false when it was settled already.
-    bool settle(DWORD result) {
-        auto expected = kWaiting;
-        return outcome.compare_exchange_strong(expected, result);
-    }
-};
-
-/// A waiter's place in the queue of one object. Guarded by the object's lock.
-struct WaitEntry {
-    Waiter* waiter = nullptr;
-    DWORD index = 0;  ///< of the object among those waited for
-    bool is_linked = false;
-    WaitEntry* previous = nullptr;
-    WaitEntry* next = nullptr;
-
-    // Of an object that is shared between processes, which has no queue:
-    bool has_begun = false;
-    DWORD since = 0;    ///< pulses that there were when the wait began
-    DWORD seen = 0;     ///< what its word is expected to hold during a sleep
-    DWORD outcome = 0;  ///< once it is taken
-};
-
 /// Words to be woken once the lock is given back, so that who wakes doesn't run into it.
 class WakeList {
   public:
@@ -71,6 +40,53 @@ class WakeList {
 
     std::array<const std::atomic<DWORD>*, 16> m_words;
     std::size_t m_count = 0;
+};
+
+/// A thread in a wait.
+struct Waiter {
+    ThreadRecord* thread;
+    bool wants_all;
+    std::atomic<DWORD> outcome;  ///< a result of the wait, or one of those below
+
+    static constexpr DWORD kAwake = 0xFFFFFFFE;   ///< undecided, and looked at by its thread
+    static constexpr DWORD kAsleep = 0xFFFFFFFC;  ///< undecided, and its thread wants to be woken
+    static constexpr DWORD kLookAgain = 0xFFFFFFFD;
+
+    [[nodiscard]] bool is_waiting() const { return is_undecided(outcome.load()); }
+    /// From now on who settles the wait wakes its thread. False when it is settled already.
+    bool fall_asleep() { return change(kAwake, kAsleep); }
+    void wake_up() { change(kAsleep, kAwake); }
+
+    /// Settles an undecided wait of the calling thread; false when it was settled already.
+    bool settle(DWORD result) { return change(kAwake, result); }
+    /// The same for any thread's, which may leave the wait at once; `woken` gets whom to wake.
+    bool settle(DWORD result, WakeList& woken) {
+        auto before = outcome.load();
+        do {
+            if (!is_undecided(before)) return false;
+        } while (!outcome.compare_exchange_weak(before, result));
+        if (before == kAsleep) woken.add(&outcome);
+        return true;
+    }
+
+  private:
+    bool change(DWORD from, DWORD to) { return outcome.compare_exchange_strong(from, to); }
+    static bool is_undecided(DWORD value) { return value == kAwake || value == kAsleep; }
+};
+
+/// A waiter's place in the queue of one object. Guarded by the object's lock.
+struct WaitEntry {
+    Waiter* waiter = nullptr;
+    DWORD index = 0;  ///< of the object among those waited for
+    bool is_linked = false;
+    WaitEntry* previous = nullptr;
+    WaitEntry* next = nullptr;
+
+    // Of an object that is shared between processes, which has no queue:
+    bool has_begun = false;
+    DWORD since = 0;    ///< pulses that there were when the wait began
+    DWORD seen = 0;     ///< what its word is expected to hold during a sleep
+    DWORD outcome = 0;  ///< once it is taken
 };
 
 /// Base of the objects that can be waited for, in any area: such a class says when it is available,

@@ -4,6 +4,7 @@
 #include "tvutil2/platform/base/fork_lock.h"
 #include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/objects/objects.h"
+#include "tvutil2/platform/objects/thread_record.h"
 #include "tvutil2/platform/window/input.h"
 #include "tvutil2/platform/window/messages.h"
 #include "tvutil2/platform/window/painting.h"
@@ -172,14 +173,22 @@ void ThreadQueue::tell(News news) {
 
 bool ThreadQueue::wait_for(DWORD news, DWORD milliseconds) {
     const Deadline deadline(milliseconds);
-    auto word = m_word.load(std::memory_order_acquire);
+    const auto is_there = [this, news] {
+        return (m_word.load(std::memory_order_acquire) & news) != 0;
+    };
+    const auto sleep = [&] {
+        auto word = m_word.load(std::memory_order_relaxed);
+        if ((word & news) != 0 || !m_word.compare_exchange_strong(word, word | kSleeping))
+            return true;
+        const bool is_in_time = futex_wait(m_word, word | kSleeping, deadline);
+        m_word.fetch_and(~kSleeping, std::memory_order_relaxed);
+        return is_in_time;
+    };
+    auto& patience = ThreadRecord::current().patience();
     for (bool is_in_time = milliseconds != 0;;) {
-        if ((word & news) != 0) return true;
+        if (is_there()) return true;
         if (!is_in_time) return false;
-        if (m_word.compare_exchange_weak(word, word | kSleeping)) {
-            is_in_time = futex_wait(m_word, word | kSleeping, deadline);
-            word = m_word.fetch_and(~kSleeping, std::memory_order_acquire) & ~kSleeping;
-        }
+        is_in_time = patience.wait(is_there, sleep);
     }
 }
 

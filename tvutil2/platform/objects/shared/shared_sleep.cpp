@@ -19,7 +19,7 @@ class Words {
   public:
     Words(const Waiter& waiter, std::span<WaitableObject* const> objects,
           std::span<const WaitEntry> entries) {
-        add(waiter.outcome, Waiter::kWaiting, FUTEX_PRIVATE_FLAG);
+        add(waiter.outcome, Waiter::kAsleep, FUTEX_PRIVATE_FLAG);
         for (std::size_t i = 0; i < objects.size(); ++i) {
             if (auto* const shared = objects[i]->shared()) add(*shared, entries[i].seen);
         }
@@ -79,6 +79,14 @@ class Words {
 
 }  // namespace
 
+bool has_news(std::span<WaitableObject* const> objects, std::span<const WaitEntry> entries) {
+    for (std::size_t i = 0; i < objects.size(); ++i) {
+        auto* const shared = objects[i]->shared();
+        if (shared != nullptr && shared->word().load() != entries[i].seen) return true;
+    }
+    return false;
+}
+
 bool sleep_on_shared(const Waiter& waiter, std::span<WaitableObject* const> objects,
                      std::span<const WaitEntry> entries, const Deadline& deadline) {
     Words words(waiter, objects, entries);
@@ -87,7 +95,7 @@ bool sleep_on_shared(const Waiter& waiter, std::span<WaitableObject* const> obje
     if (errno != ENOSYS && errno != EPERM) return true;
     // A host that can't, or won't, sleep on several words.
     constexpr DWORD kShortTime = 2;
-    futex_wait(waiter.outcome, Waiter::kWaiting, Deadline(kShortTime));
+    futex_wait(waiter.outcome, Waiter::kAsleep, Deadline(kShortTime));
     return !deadline.has_passed();
 }
 
