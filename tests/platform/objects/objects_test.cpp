@@ -522,4 +522,39 @@ TEST(Objects, LetInNoMoreThanTheyMayWhateverIsAskedFor) {
     }
 }
 
+// Answers that come at once, soon, and late find the other side looking, falling asleep, and
+// asleep.
+TEST(Objects, ATurnIsNeverLostHoweverLateItComes) {
+    constexpr std::array kDelays{0, 0, 0, 2, 20, 45, 55, 0, 300};  // in microseconds
+    constexpr int kTurns = 900;
+    const auto hold_back = [&](int turn) {
+        const auto delay = kDelays[static_cast<std::size_t>(turn) % kDelays.size()];
+        const auto end = std::chrono::steady_clock::now() + std::chrono::microseconds(delay);
+        while (std::chrono::steady_clock::now() < end) {
+        }
+    };
+    for (const auto* const name : {u"", u"Local\\turns"}) {
+        const auto named = [&](char16_t suffix) {
+            return *name == 0 ? std::u16string() : name + std::u16string(1, suffix);
+        };
+        const Object there(CreateEventW(nullptr, FALSE, FALSE, named(u'1').c_str()));
+        const Object back(CreateEventW(nullptr, FALSE, FALSE, named(u'2').c_str()));
+        const Object also_back(CreateSemaphoreW(nullptr, 0, 1, named(u'3').c_str()));
+        std::thread other([&] {
+            for (int turn = 0; turn < kTurns; ++turn) {
+                ASSERT_EQ(wait(there, 60'000), WAIT_OBJECT_0) << turn;
+                hold_back(turn);
+                SetEvent(back);
+                ReleaseSemaphore(also_back, 1, nullptr);
+            }
+        });
+        for (int turn = 0; turn < kTurns; ++turn) {
+            hold_back(turn / 2);
+            SetEvent(there);
+            ASSERT_EQ(wait_all(std::array<HANDLE, 2>{back, also_back}, 60'000), WAIT_OBJECT_0);
+        }
+        other.join();
+    }
+}
+
 }  // namespace

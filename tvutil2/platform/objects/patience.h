@@ -2,8 +2,8 @@
 //
 // Who sleeps and is woken pays for it: some 10 us, and on a virtual machine, whose halted processor
 // has to be fetched back, 50. Threads that take turns are done with theirs within one. So a wait
-// looks for a moment first, but only where that pays: a thread whose waits are long never looks, one
-// that looked in vain lets more and more waits pass before it looks again.
+// looks for a moment first, but only where that pays: a thread whose waits are long never looks,
+// one that looked in vain lets more and more waits pass before it looks again.
 #pragma once
 
 #include <cstdint>
