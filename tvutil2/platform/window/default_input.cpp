@@ -25,6 +25,10 @@ HWND parent_of_child(HWND window) {
     return has_style(window, WS_CHILD) ? GetParent(window) : nullptr;
 }
 
+WPARAM as_wparam(HWND window) {
+    return reinterpret_cast<WPARAM>(window);
+}
+
 bool is_edge(LRESULT hit) {
     return hit >= HTLEFT && hit <= HTBOTTOMRIGHT;
 }
@@ -148,8 +152,14 @@ bool handle_input_message(HWND window, UINT message, WPARAM wparam, LPARAM lpara
             SendMessageW(GetAncestor(window, GA_ROOT), WM_SYSCOMMAND, SC_KEYMENU,
                          static_cast<LPARAM>(wparam));
             return true;
+        case WM_KEYUP:
+            if (wparam == VK_APPS) SendMessageW(window, WM_CONTEXTMENU, as_wparam(window), -1);
+            return true;
         case WM_SYSKEYDOWN:
             follow_menu_key(window, message, wparam);
+            if (wparam == VK_F10 && GetKeyState(VK_SHIFT) < 0) {
+                SendMessageW(window, WM_CONTEXTMENU, as_wparam(window), -1);
+            }
             if (wparam == VK_F4 && GetKeyState(VK_MENU) < 0) {
                 PostMessageW(GetAncestor(window, GA_ROOT), WM_SYSCOMMAND, SC_CLOSE, 0);
             }
@@ -157,7 +167,7 @@ bool handle_input_message(HWND window, UINT message, WPARAM wparam, LPARAM lpara
         case WM_RBUTTONUP: {
             POINT point{GET_X_LPARAM(lparam), GET_Y_LPARAM(lparam)};
             ClientToScreen(window, &point);
-            SendMessageW(window, WM_CONTEXTMENU, reinterpret_cast<WPARAM>(window),
+            SendMessageW(window, WM_CONTEXTMENU, as_wparam(window),
                          MAKELPARAM(static_cast<WORD>(point.x), static_cast<WORD>(point.y)));
             return true;
         }

@@ -1,13 +1,18 @@
 #include "tvutil2/platform/window/controls/edit.h"
 
+#include "tvutil2/lang/language_table.h"
+#include "tvutil2/platform/base/locale.h"
+#include "tvutil2/platform/base/wide_text.h"
 #include "tvutil2/platform/draw/device_context.h"
 #include "tvutil2/platform/window/controls/edit_lines.h"
 #include "tvutil2/platform/window/controls/edit_text.h"
 #include "tvutil2/platform/window/controls/text_breaks.h"
 #include "tvutil2/platform/window/dialogs/dialogs.h"
+#include "tvutil2/platform/window/menus/menu.h"
 #include "tvutil2/platform/window/scrolling.h"
 
 #include <random>
+#include <set>
 
 #include "tests/platform/window/controls/control_fixture.h"
 
@@ -283,6 +288,100 @@ TEST_F(Edits, CutCopyPasteAndUndo) {
     SetFocus(password);
     SendMessageW(password, EM_REPLACESEL, 1, as_lparam(u"a\r\nb"));
     EXPECT_EQ(text_of(password), u"a");
+}
+
+// By the menu key and a mnemonic; Escape ends the menu where the item is greyed.
+TEST_F(Edits, HaveAMenu) {
+    SetThreadLocale(0x0409);
+    const struct {
+        DWORD style;
+        WPARAM from, to;  // what is selected
+        const char16_t* chosen;
+        const char16_t* text;
+    } cases[] = {
+        {0, 0, 4, u"t", u"two"},
+        {0, 0, 0, u"t", u"one two"},
+        {0, 0, 4, u"d", u"two"},
+        {0, 0, 4, u"p", u"kepttwo"},
+        {0, 0, 4, u"u", u"one two"},
+        {ES_READONLY, 0, 4, u"t", u"one two"},
+        {ES_READONLY, 0, 4, u"p", u"one two"},
+        {ES_READONLY, 0, 4, u"d", u"one two"},
+        {ES_PASSWORD, 0, 4, u"t", u"one two"},
+        {ES_PASSWORD, 0, 4, u"d", u"two"},
+        {ES_PASSWORD, 0, 4, u"p", u"kepttwo"},
+    };
+    auto* const keeper = add(u"Edit", kLine, {10, 60, 210, 90});
+    for (const auto& each : cases) {
+        SCOPED_TRACE(&each - cases);
+        SetWindowTextW(keeper, u"kept");
+        SendMessageW(keeper, EM_SETSEL, 0, -1);
+        SendMessageW(keeper, WM_COPY, 0, 0);
+        auto* const edit = add(u"Edit", kLine | each.style, {10, 10, 210, 38}, u"one two");
+        SetFocus(edit);
+        SendMessageW(edit, EM_SETSEL, each.from, static_cast<LPARAM>(each.to));
+        tvutil2::type_key(VK_APPS);
+        tvutil2::type_text(each.chosen);
+        tvutil2::type_key(VK_ESCAPE);
+        pump();
+        EXPECT_EQ(text_of(edit), each.text);
+        EXPECT_EQ(GetCapture(), nullptr);
+        DestroyWindow(edit);
+    }
+    // The secondary button takes the focus along; what was chosen can be undone.
+    auto* const edit = add(u"Edit", kLine, {10, 10, 210, 38}, u"one two");
+    const auto by_pointer = [&](const char16_t* chosen) {
+        tvutil2::click(on_screen(edit, {20, 10}), 1);
+        tvutil2::type_text(chosen);
+        pump();
+    };
+    by_pointer(u"a");
+    EXPECT_EQ(GetFocus(), edit);
+    EXPECT_EQ(selection_of(edit), std::pair(DWORD{0}, DWORD{7}));
+    by_pointer(u"d");
+    EXPECT_EQ(text_of(edit), u"");
+    by_pointer(u"u");
+    EXPECT_EQ(text_of(edit), u"one two");
+    SendMessageW(edit, EM_SETSEL, 2, 2);
+    tvutil2::press_key(VK_SHIFT);
+    tvutil2::type_key(VK_F10);
+    tvutil2::release_key(VK_SHIFT);
+    tvutil2::type_text(u"a");
+    pump();
+    EXPECT_EQ(selection_of(edit), std::pair(DWORD{0}, DWORD{7}));
+}
+
+// Of the menu that an edit is about to show.
+std::u16string g_menu_mnemonics;
+WNDPROC g_edit_procedure = nullptr;
+LRESULT read_menu(HWND edit, UINT message, WPARAM wparam, LPARAM lparam) {
+    if (message == WM_INITMENUPOPUP) {
+        auto* const menu = reinterpret_cast<HMENU>(wparam);
+        for (int i = 0; i < GetMenuItemCount(menu); ++i) {
+            char16_t text[100] = {};
+            GetMenuStringW(menu, static_cast<UINT>(i), text, 100, MF_BYPOSITION);
+            const auto at = std::u16string_view(text).find(u'&');
+            if (at < 99) g_menu_mnemonics += tvutil2::to_lower(text[at + 1]);
+        }
+        DestroyWindow(edit);
+        return 0;
+    }
+    return CallWindowProcW(g_edit_procedure, edit, message, wparam, lparam);
+}
+
+TEST_F(Edits, HaveAMenuInEveryLanguage) {
+    for (const auto& language : tvutil2::kLanguages) {
+        SetThreadLocale(language.id);
+        auto* const edit = add(u"Edit", kLine);
+        g_edit_procedure = reinterpret_cast<WNDPROC>(
+            SetWindowLongPtrW(edit, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(read_menu)));
+        g_menu_mnemonics.clear();
+        // The window goes while its menu opens.
+        SendMessageW(edit, WM_CONTEXTMENU, reinterpret_cast<WPARAM>(edit), -1);
+        EXPECT_FALSE(IsWindow(edit));
+        EXPECT_EQ(std::set<char16_t>(g_menu_mnemonics.begin(), g_menu_mnemonics.end()).size(), 6U)
+            << language.id;
+    }
 }
 
 TEST_F(Edits, ThePointerSelects) {

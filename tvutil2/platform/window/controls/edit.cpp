@@ -3,6 +3,7 @@
 #include "tvutil2/platform/base/clock.h"
 #include "tvutil2/platform/draw/rect.h"
 #include "tvutil2/platform/window/controls/edit_input.h"
+#include "tvutil2/platform/window/controls/edit_menu.h"
 #include "tvutil2/platform/window/dialogs/dialogs.h"
 #include "tvutil2/platform/window/focus.h"
 #include "tvutil2/platform/window/geometry.h"
@@ -392,6 +393,10 @@ bool handle_window(EditInput& edit, HWND window, UINT message, WPARAM wparam, LP
         case WM_LBUTTONUP:
         case WM_CAPTURECHANGED:
             edit.end_drag();
+            return true;
+        case WM_CONTEXTMENU:
+            edit.end_drag();
+            show_edit_menu(edit, window, lparam);
             return true;
         case WM_TIMER:
             return edit.tick(wparam);

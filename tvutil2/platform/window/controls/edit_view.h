@@ -98,6 +98,7 @@ class EditView {
     void select(std::size_t anchor, std::size_t caret, bool scrolls);
 
     [[nodiscard]] EditState& state() { return m_state; }
+    [[nodiscard]] const EditState& state() const { return m_state; }
 
     static constexpr UINT_PTR kCaretTimer = 0xFFF0;
     static constexpr UINT_PTR kDragTimer = 0xFFF1;
