@@ -34,7 +34,8 @@ enum class HandleKind : std::uint8_t {
     image_list,
     certificates,
     message,
-    memory
+    memory,
+    menu
 };
 
 namespace handle_table {

@@ -10,10 +10,6 @@
 #include "tvutil2/platform/base/export.h"
 #include "tvutil2/platform/base/types.h"
 
-inline constexpr DWORD ERROR_INVALID_MENU_HANDLE = 1401;
-inline constexpr DWORD ERROR_POPUP_ALREADY_ACTIVE = 1446;
-inline constexpr DWORD ERROR_MENU_ITEM_NOT_FOUND = 1456;
-
 inline constexpr UINT MF_BYCOMMAND = 0;
 inline constexpr UINT MF_BYPOSITION = 0x400;
 inline constexpr UINT MF_ENABLED = 0;

@@ -22,11 +22,8 @@ struct MenuItem {
     [[nodiscard]] bool is_disabled() const { return (state & MFS_GRAYED) != 0; }
 };
 
-/// Far from those that every room knows.
-inline constexpr auto kMenuKind = static_cast<HandleKind>(0x80);
-
 struct MenuObject : HandleObject {
-    static constexpr auto kHandleKind = kMenuKind;
+    static constexpr auto kHandleKind = HandleKind::menu;
     MenuObject() : HandleObject(kHandleKind) {}
 
     std::mutex lock;
