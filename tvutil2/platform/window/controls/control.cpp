@@ -41,6 +41,12 @@ DWORD style_of(HWND control) {
     return static_cast<DWORD>(GetWindowLongW(control, GWL_STYLE));
 }
 
+RECT client_of(HWND control) {
+    RECT client{};
+    GetClientRect(control, &client);
+    return client;
+}
+
 void repaint(HWND control) {
     InvalidateRect(control, nullptr, TRUE);
 }

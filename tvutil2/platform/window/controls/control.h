@@ -20,6 +20,8 @@ HBRUSH ask_colors(HWND control, HDC context, UINT message);
 /// The text as WM_GETTEXT gives it.
 [[nodiscard]] std::u16string text_of(HWND control);
 [[nodiscard]] DWORD style_of(HWND control);
+/// Its client area, in its own coordinates.
+[[nodiscard]] RECT client_of(HWND control);
 void repaint(HWND control);
 /// Of a line in the control's font, in pixels; at least 1.
 [[nodiscard]] int line_height(HWND control, const ControlState& state);

@@ -24,7 +24,6 @@ namespace {
 using Kind = EditText::Kind;
 
 constexpr UINT kDragTime = 50;
-constexpr int kWheelRows = 3;
 
 bool is_down(int key) {
     return GetKeyState(key) < 0;
@@ -386,7 +385,7 @@ void EditInput::scroll(WORD code, bool is_vertical) {
 
 bool EditInput::turn_wheel(int delta) {
     if (!is_multiline() || state().lines.count() <= rows_in_view()) return false;
-    const auto rows = -delta * kWheelRows / WHEEL_DELTA;
+    const auto rows = state().wheel.rows(delta);
     if (scroll_to_row(static_cast<std::ptrdiff_t>(state().first_row) + rows)) {
         notify_parent(m_window, EN_VSCROLL);
     }

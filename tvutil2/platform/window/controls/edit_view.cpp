@@ -359,7 +359,7 @@ void EditView::paint() {
     GetClipBox(paint, &box);
     const bool has_focus = GetFocus() == m_window;
     if (m_state.text.size() == 0 && (!has_focus || m_state.cue_stays) && !m_state.cue.empty()) {
-        SetTextColor(paint, theme().palette.placeholder);
+        SetTextColor(paint, is_disabled ? color : theme().palette.placeholder);
         auto area = format;
         DrawTextW(paint, m_state.cue.c_str(), static_cast<int>(m_state.cue.size()), &area,
                   DT_SINGLELINE | DT_VCENTER | DT_END_ELLIPSIS | DT_NOPREFIX);

@@ -5,6 +5,7 @@
 #include "tvutil2/platform/window/controls/edit_lines.h"
 #include "tvutil2/platform/window/controls/edit_text.h"
 #include "tvutil2/platform/window/controls/field.h"
+#include "tvutil2/platform/window/controls/list_rows.h"
 
 #include <optional>
 #include <string>
@@ -36,6 +37,7 @@ struct EditState : ControlState {
     int told_rows = -1, told_page = -1, told_first = -1;  ///< the scroll bars
     int told_width = -1, told_room = -1, told_x = -1;
 
+    WheelTurn wheel;
     int goal_x = -1;  ///< where up and down go
     bool caret_shows = true;
     int blinks = 0;

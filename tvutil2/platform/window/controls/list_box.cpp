@@ -27,17 +27,6 @@ namespace {
 constexpr int kRowMargin = 3;
 constexpr int kSideMargin = 8;
 constexpr DWORD kTypingTime = 1000;
-constexpr int kWheelRows = 3;
-
-RECT client_of(HWND window) {
-    RECT client{};
-    GetClientRect(window, &client);
-    return client;
-}
-
-bool takes_several(DWORD style) {
-    return (style & (LBS_MULTIPLESEL | LBS_EXTENDEDSEL)) != 0;
-}
 
 void tell(HWND window, const ListState& state, WORD code) {
     if (state.combo == nullptr && (style_of(window) & LBS_NOTIFY) != 0) notify_parent(window, code);
@@ -49,11 +38,6 @@ void repaint_row(HWND window, const ListState& state, int index) {
     InvalidateRect(window, &place, TRUE);
 }
 
-bool is_selected(const ListState& state, DWORD style, int index) {
-    if ((style & LBS_NOSEL) != 0) return false;
-    return takes_several(style) ? state.items.at(index).is_selected : state.current == index;
-}
-
 void paint_row(HDC context, const ListState& state, HWND window, int index, RECT row) {
     const auto style = style_of(window);
     const auto dpi = GetDpiForWindow(window);
@@ -63,7 +47,7 @@ void paint_row(HDC context, const ListState& state, HWND window, int index, RECT
     auto ink = is_disabled ? GetSysColor(COLOR_GRAYTEXT) : GetTextColor(context);
     auto band = row;
     InflateRect(&band, -scaled(2, dpi), -scaled(1, dpi));
-    if (is_selected(state, style, index)) {
+    if (is_list_item_selected(state, style, index)) {
         draw_round_area(context, band, 3,
                         has_focus ? GetSysColor(COLOR_HIGHLIGHT) : palette.quiet_row);
         if (has_focus) ink = GetSysColor(COLOR_HIGHLIGHTTEXT);
@@ -143,12 +127,6 @@ void toggle(HWND window, ListState& state) {
     tell(window, state, LBN_SELCHANGE);
 }
 
-int item_under(HWND window, const ListState& state, POINT point) {
-    const auto client = client_of(window);
-    if (PtInRect(&client, point) == 0) return -1;
-    return state.rows.at(client, state.items.count(), static_cast<int>(point.y));
-}
-
 // Held beyond its edges a list goes on, a row at each move.
 void drag(HWND window, ListState& state, POINT point) {
     const auto client = client_of(window);
@@ -195,7 +173,7 @@ void press(HWND window, ListState& state, POINT point, bool is_double) {
         return;
     }
     if (GetFocus() != window) SetFocus(window);
-    const auto index = item_under(window, state, point);
+    const auto index = list_item_under(window, state, point);
     if (!IsWindow(window) || index < 0) return;
     if (is_double) {
         tell(window, state, LBN_DBLCLK);
@@ -208,158 +186,12 @@ void press(HWND window, ListState& state, POINT point, bool is_double) {
 
 void release(HWND window, ListState& state, POINT point) {
     if (state.combo != nullptr) {
-        const auto index = item_under(window, state, point);
+        const auto index = list_item_under(window, state, point);
         if (index >= 0) list_chosen(state.combo, index);
         return;
     }
     if (!std::exchange(state.is_pressed, false)) return;
     if (GetCapture() == window) ReleaseCapture();
-}
-
-// Text, data and numbers of the items. False for any other message.
-bool handle_items(HWND window, ListState& state, UINT message, WPARAM wparam, LPARAM lparam,
-                  LRESULT& result) {
-    auto& items = state.items;
-    const auto index = static_cast<int>(wparam);
-    const auto* const text = reinterpret_cast<const char16_t*>(lparam);
-    result = LB_ERR;
-    switch (message) {
-        case LB_ADDSTRING:
-            result = items.add(text, (style_of(window) & LBS_SORT) != 0);
-            break;
-        case LB_INSERTSTRING:
-            result = items.insert(index, text);
-            break;
-        case LB_DELETESTRING:
-            if (!items.has(index)) return true;
-            items.remove(index);
-            if (state.current == index) state.current = -1;
-            if (state.current > index) --state.current;
-            result = items.count();
-            break;
-        case LB_RESETCONTENT:
-            items.all.clear();
-            state.current = state.anchor = state.hot = -1;
-            result = LB_OKAY;
-            break;
-        case LB_GETCOUNT:
-            result = items.count();
-            return true;
-        case LB_GETTEXT:
-            if (!items.has(index)) return true;
-            result = static_cast<LRESULT>(items.at(index).text.size());
-            items.at(index).text.copy(reinterpret_cast<char16_t*>(lparam),
-                                      items.at(index).text.size());
-            reinterpret_cast<char16_t*>(lparam)[result] = 0;
-            return true;
-        case LB_GETTEXTLEN:
-            if (items.has(index)) result = static_cast<LRESULT>(items.at(index).text.size());
-            return true;
-        case LB_GETITEMDATA:
-            if (items.has(index)) result = static_cast<LRESULT>(items.at(index).data);
-            return true;
-        case LB_SETITEMDATA:
-            if (!items.has(index)) return true;
-            items.at(index).data = static_cast<std::uintptr_t>(lparam);
-            result = LB_OKAY;
-            return true;
-        case LB_FINDSTRING:
-        case LB_FINDSTRINGEXACT:
-            result = items.find(index, text, message == LB_FINDSTRINGEXACT);
-            return true;
-        default:
-            return false;
-    }
-    arrange_list(window, state);
-    return true;
-}
-
-LRESULT set_current(HWND window, ListState& state, int index) {
-    if (index != -1 && !state.items.has(index)) return LB_ERR;
-    go_to_item(window, state, index);
-    return index == -1 ? LB_ERR : index;
-}
-
-LRESULT set_selected(HWND window, ListState& state, bool selects, int index) {
-    if (!takes_several(style_of(window)) || (index != -1 && !state.items.has(index))) return LB_ERR;
-    for (int i = 0; i < state.items.count(); ++i) {
-        if (index == -1 || i == index) state.items.at(i).is_selected = selects;
-    }
-    repaint(window);
-    return LB_OKAY;
-}
-
-LRESULT selected_items(const ListState& state, WPARAM room, int* to) {
-    WPARAM found = 0;
-    for (int i = 0; i < state.items.count(); ++i) {
-        if (!state.items.at(i).is_selected) continue;
-        if (to != nullptr && found < room) to[found] = i;
-        ++found;
-    }
-    return static_cast<LRESULT>(to != nullptr ? std::min(found, room) : found);
-}
-
-// What is selected and what shows. False for any other message.
-bool handle_selection(HWND window, ListState& state, UINT message, WPARAM wparam, LPARAM lparam,
-                      LRESULT& result) {
-    const auto index = static_cast<int>(wparam);
-    const auto style = style_of(window);
-    switch (message) {
-        case LB_SETCURSEL:
-            result = takes_several(style) ? LB_ERR : set_current(window, state, index);
-            return true;
-        case LB_GETCURSEL:
-            result = state.current;
-            return true;
-        case LB_SETSEL:
-            result = set_selected(window, state, wparam != 0, static_cast<int>(lparam));
-            return true;
-        case LB_GETSEL:
-            result = LB_ERR;
-            if (state.items.has(index)) result = is_selected(state, style, index) ? 1 : 0;
-            return true;
-        case LB_GETSELCOUNT:
-            result = takes_several(style) ? selected_items(state, 0, nullptr) : LB_ERR;
-            return true;
-        case LB_GETSELITEMS:
-            result = takes_several(style)
-                         ? selected_items(state, wparam, reinterpret_cast<int*>(lparam))
-                         : LB_ERR;
-            return true;
-        case LB_SELECTSTRING: {
-            const auto found =
-                state.items.find(index, reinterpret_cast<const char16_t*>(lparam), false);
-            result = found >= 0 ? set_current(window, state, found) : LB_ERR;
-            return true;
-        }
-        case LB_GETTOPINDEX:
-            result = state.rows.top;
-            return true;
-        case LB_SETTOPINDEX:
-            show_rows_from(window, state.rows, state.items.count(), index);
-            result = LB_OKAY;
-            return true;
-        case LB_GETITEMHEIGHT:
-            result = state.rows.height;
-            return true;
-        case LB_GETITEMRECT:
-            result = state.items.has(index) ? 1 : LB_ERR;
-            *reinterpret_cast<RECT*>(lparam) = state.rows.place(client_of(window), index);
-            return true;
-        case LB_ITEMFROMPOINT: {
-            const POINT point{GET_X_LPARAM(lparam), GET_Y_LPARAM(lparam)};
-            const auto found = item_under(window, state, point);
-            result = found >= 0 ? found : MAKELPARAM(static_cast<WORD>(state.items.count() - 1), 1);
-            return true;
-        }
-        default:
-            return false;
-    }
-}
-
-void turn_wheel(HWND window, ListState& state, int delta) {
-    const auto by = -delta * kWheelRows / WHEEL_DELTA;
-    show_rows_from(window, state.rows, state.items.count(), state.rows.top + by);
 }
 
 // The person's doings. False for any other.
@@ -377,7 +209,7 @@ bool handle_input(HWND window, ListState& state, UINT message, WPARAM wparam, LP
             if (state.is_pressed && state.combo == nullptr) {
                 drag(window, state, point);
             } else {
-                heat(window, state, item_under(window, state, point));
+                heat(window, state, list_item_under(window, state, point));
             }
             return true;
         case WM_CAPTURECHANGED:
@@ -397,16 +229,8 @@ bool handle_input(HWND window, ListState& state, UINT message, WPARAM wparam, LP
             if (found >= 0 && found != state.current) choose(window, state, found, false);
             return true;
         }
-        case WM_MOUSEWHEEL:
-            turn_wheel(window, state, GET_WHEEL_DELTA_WPARAM(wparam));
-            return true;
-        case WM_VSCROLL:
-            show_rows_from(
-                window, state.rows, state.items.count(),
-                top_after_scroll(window, state.rows, state.items.count(), LOWORD(wparam)));
-            return true;
         default:
-            return false;
+            return scroll_rows(window, state.rows, state.items.count(), message, wparam);
     }
 }
 
@@ -419,6 +243,21 @@ void create(HWND window, ListState& state) {
 }
 
 }  // namespace
+
+bool takes_several(DWORD style) {
+    return (style & (LBS_MULTIPLESEL | LBS_EXTENDEDSEL)) != 0;
+}
+
+bool is_list_item_selected(const ListState& state, DWORD style, int index) {
+    if ((style & LBS_NOSEL) != 0) return false;
+    return takes_several(style) ? state.items.at(index).is_selected : state.current == index;
+}
+
+int list_item_under(HWND window, const ListState& state, POINT point) {
+    const auto client = client_of(window);
+    if (PtInRect(&client, point) == 0) return -1;
+    return state.rows.at(client, state.items.count(), static_cast<int>(point.y));
+}
 
 int find_typed(ListState& state, char16_t character, DWORD now) {
     if (character < u' ') return -1;
@@ -453,8 +292,8 @@ LRESULT list_box_procedure(HWND window, UINT message, WPARAM wparam, LPARAM lpar
     if (!state || message == WM_NCCREATE) return DefWindowProcW(window, message, wparam, lparam);
     LRESULT result = 0;
     if (handle_field_message(window, state->field, message, wparam, lparam, result) ||
-        handle_items(window, *state, message, wparam, lparam, result) ||
-        handle_selection(window, *state, message, wparam, lparam, result)) {
+        handle_list_items(window, *state, message, wparam, lparam, result) ||
+        handle_list_selection(window, *state, message, wparam, lparam, result)) {
         if (message == WM_MOUSELEAVE) heat(window, *state, -1);
         return result;
     }

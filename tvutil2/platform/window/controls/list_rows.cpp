@@ -3,12 +3,22 @@
 #include "tvutil2/platform/window/controls/control.h"
 #include "tvutil2/platform/window/geometry.h"
 #include "tvutil2/platform/window/keys.h"
+#include "tvutil2/platform/window/mouse.h"
 #include "tvutil2/platform/window/scrolling.h"
 
 #include <algorithm>
 #include <utility>
 
 namespace tvutil2 {
+
+int WheelTurn::rows(int delta) {
+    constexpr int kRowsOfNotch = 3;
+    const bool goes_on = (delta > 0) == (m_rest < 0);
+    m_rest = (goes_on ? m_rest : 0) - delta * kRowsOfNotch;
+    const int whole = m_rest / WHEEL_DELTA;
+    m_rest -= whole * WHEEL_DELTA;
+    return whole;
+}
 
 int ListRows::in_view(const RECT& client) const {
     return std::max<int>((client.bottom - client.top - above) / height, 1);
@@ -36,8 +46,7 @@ int ListRows::top_for(const RECT& client, int row) const {
 }
 
 bool show_rows_from(HWND window, ListRows& rows, int count, int top) {
-    RECT client{};
-    GetClientRect(window, &client);
+    const auto client = client_of(window);
     const auto before = std::exchange(rows.top, std::clamp(top, 0, rows.last_top(client, count)));
     if (rows.has_bar) {
         const SCROLLINFO info{
@@ -54,9 +63,11 @@ bool show_rows_from(HWND window, ListRows& rows, int count, int top) {
     return before != rows.top;
 }
 
+namespace {
+
+// What WM_VSCROLL asks for: the first row then.
 int top_after_scroll(HWND window, const ListRows& rows, int count, WORD code) {
-    RECT client{};
-    GetClientRect(window, &client);
+    const auto client = client_of(window);
     SCROLLINFO info{};
     info.cbSize = sizeof info;
     info.fMask = SIF_TRACKPOS;
@@ -80,6 +91,21 @@ int top_after_scroll(HWND window, const ListRows& rows, int count, WORD code) {
         default:
             return rows.top;
     }
+}
+
+}  // namespace
+
+bool scroll_rows(HWND window, ListRows& rows, int count, UINT message, WPARAM wparam) {
+    if (message == WM_VSCROLL) {
+        const auto top = top_after_scroll(window, rows, count, LOWORD(wparam));
+        show_rows_from(window, rows, count, top);
+    } else if (message == WM_MOUSEWHEEL) {
+        const auto by = rows.wheel.rows(GET_WHEEL_DELTA_WPARAM(wparam));
+        show_rows_from(window, rows, count, rows.top + by);
+    } else {
+        return false;
+    }
+    return true;
 }
 
 int row_after_key(const ListRows& rows, const RECT& client, int count, int from, WPARAM key) {

@@ -1,10 +1,20 @@
 // Rows in a window, one below the other: which show, and where. What list boxes, list views and
-// trees share. For the window's thread.
+// trees share, edits as far as the wheel goes. For the window's thread.
 #pragma once
 
 #include "tvutil2/platform/base/types.h"
 
 namespace tvutil2 {
+
+/// A mouse's wheel, by which rows are scrolled.
+struct WheelTurn {
+    /// The rows to go down for WM_MOUSEWHEEL's turn; what isn't a whole row yet counts for the next
+    /// turn in that direction, since fine wheels and touch pads turn by less.
+    int rows(int delta);
+
+  private:
+    int m_rest = 0;
+};
 
 /// Lengths in pixels.
 struct ListRows {
@@ -13,6 +23,7 @@ struct ListRows {
     int above = 0;           ///< of the client area, where no rows are: a header
     bool has_bar = false;    ///< was made with WS_VSCROLL
     bool keeps_bar = false;  ///< the bar stays when it isn't needed
+    WheelTurn wheel;
 
     [[nodiscard]] int in_view(const RECT& client) const;
     /// Where a row is; outside of the client area for one that doesn't show.
@@ -26,8 +37,8 @@ struct ListRows {
 
 /// Scrolls, and tells the window's scroll bar. True when another row is the first.
 bool show_rows_from(HWND window, ListRows& rows, int count, int top);
-/// What WM_VSCROLL asks for: the first row then.
-[[nodiscard]] int top_after_scroll(HWND window, const ListRows& rows, int count, WORD code);
+/// WM_VSCROLL and WM_MOUSEWHEEL. False for any other message.
+bool scroll_rows(HWND window, ListRows& rows, int count, UINT message, WPARAM wparam);
 /// The row that a key goes to from another one; `from` for a key that goes nowhere.
 [[nodiscard]] int row_after_key(const ListRows& rows, const RECT& client, int count, int from,
                                 WPARAM key);

@@ -29,6 +29,18 @@ void go_to_item(HWND window, ListState& state, int index);
 /// Another font, size or number of items.
 void arrange_list(HWND window, ListState& state);
 
+/// -1 for none.
+[[nodiscard]] int list_item_under(HWND window, const ListState& state, POINT point);
+[[nodiscard]] bool takes_several(DWORD style);
+[[nodiscard]] bool is_list_item_selected(const ListState& state, DWORD style, int index);
+
+/// Text, data and numbers of the items; what is selected and what shows. False for any other
+/// message.
+bool handle_list_items(HWND window, ListState& state, UINT message, WPARAM wparam, LPARAM lparam,
+                       LRESULT& result);
+bool handle_list_selection(HWND window, ListState& state, UINT message, WPARAM wparam,
+                           LPARAM lparam, LRESULT& result);
+
 /// What a list tells its combo box.
 void list_chosen(HWND combo, int index);
 void list_left(HWND combo);

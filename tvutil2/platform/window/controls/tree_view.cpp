@@ -1,335 +1,20 @@
 #include "tvutil2/platform/window/controls/tree_view.h"
 
-#include "tvutil2/platform/base/clock.h"
-#include "tvutil2/platform/base/wide_text.h"
-#include "tvutil2/platform/draw/device_context.h"
-#include "tvutil2/platform/draw/look.h"
-#include "tvutil2/platform/draw/objects.h"
-#include "tvutil2/platform/draw/rect.h"
-#include "tvutil2/platform/draw/shapes.h"
-#include "tvutil2/platform/draw/text.h"
-#include "tvutil2/platform/picture/image_list.h"
-#include "tvutil2/platform/window/controls/control.h"
-#include "tvutil2/platform/window/controls/field.h"
-#include "tvutil2/platform/window/controls/list_rows.h"
-#include "tvutil2/platform/window/controls/tree_items.h"
 #include "tvutil2/platform/window/controls/tree_label.h"
+#include "tvutil2/platform/window/controls/tree_state.h"
 #include "tvutil2/platform/window/dialogs/dialogs.h"
 #include "tvutil2/platform/window/focus.h"
 #include "tvutil2/platform/window/geometry.h"
-#include "tvutil2/platform/window/keys.h"
 #include "tvutil2/platform/window/messages.h"
 #include "tvutil2/platform/window/mouse.h"
-#include "tvutil2/platform/window/paint.h"
 #include "tvutil2/platform/window/window.h"
 
 #include <algorithm>
 #include <utility>
+#include <vector>
 
 namespace tvutil2 {
 namespace {
-
-// In pixels at 96 dots an inch.
-constexpr int kRowMargin = 4;
-constexpr int kIndent = 19;
-constexpr int kSide = 4;
-constexpr int kWheelRows = 3;
-
-// What is typed in one go.
-struct TypedName {
-    static constexpr DWORD kPause = 1000;
-    std::u16string text;
-    DWORD last = 0;
-
-    void add(char16_t character, DWORD time) {
-        const bool goes_on = time - last < kPause && text != std::u16string(1, to_lower(character));
-        last = time;
-        if (!goes_on) text.clear();
-        text += to_lower(character);
-    }
-    [[nodiscard]] bool begins(const std::u16string& name) const {
-        return name.size() >= text.size() &&
-               std::equal(text.begin(), text.end(), name.begin(),
-                          [](char16_t a, char16_t b) { return a == to_lower(b); });
-    }
-};
-
-struct TreeState : ControlState {
-    TreeItems items;
-    HTREEITEM selected = nullptr;
-    HTREEITEM hot = nullptr;
-    ListRows rows;
-    FieldLook field;
-    HIMAGELIST images = nullptr;  ///< the owner's
-    bool is_frozen = false;       ///< WM_SETREDRAW: many items are on their way
-    TypedName typed;
-    HTREEITEM label_item = nullptr;  ///< whose name the person changes
-    HWND label = nullptr;
-
-    [[nodiscard]] int count() { return static_cast<int>(items.shown().size()); }
-    /// -1 for an item that doesn't show.
-    [[nodiscard]] int row_of(HTREEITEM item) {
-        const auto& shown = items.shown();
-        const auto found = std::ranges::find(shown, item);
-        return found != shown.end() ? static_cast<int>(found - shown.begin()) : -1;
-    }
-    [[nodiscard]] HTREEITEM at(int row) {
-        return row >= 0 && row < count() ? items.shown()[static_cast<std::size_t>(row)] : nullptr;
-    }
-};
-
-RECT client_of(HWND window) {
-    RECT client{};
-    GetClientRect(window, &client);
-    return client;
-}
-
-// Where the arrow of an item is, and where its text begins.
-RECT arrow_of(const TreeItem& item, RECT row, UINT dpi) {
-    row.left += scaled(kSide, dpi) + item.depth * scaled(kIndent, dpi);
-    row.right = row.left + scaled(kIndent, dpi);
-    return row;
-}
-
-// Where the text of an item is.
-RECT name_of(HWND window, TreeState& state, const TreeItem& item, RECT row) {
-    const auto dpi = GetDpiForWindow(window);
-    row.left = arrow_of(item, row, dpi).right;
-    if (state.images != nullptr) {
-        int width = 0;
-        int height = 0;
-        ImageList_GetIconSize(state.images, &width, &height);
-        row.left += width + scaled(kSide, dpi);
-    }
-    row.right -= scaled(kSide, dpi);
-    return row;
-}
-
-// The edit control stays over its item.
-void place_label(HWND window, TreeState& state) {
-    const auto* const item = state.items.find(state.label_item);
-    const auto row = state.row_of(state.label_item);
-    if (state.label == nullptr || item == nullptr || row < 0) return;
-    const auto place = label_edit_place(
-        window, name_of(window, state, *item, state.rows.place(client_of(window), row)));
-    SetWindowPos(state.label, nullptr, place.left, place.top, place.right - place.left,
-                 place.bottom - place.top, SWP_NOZORDER | SWP_NOACTIVATE);
-}
-
-void arrange(HWND window, TreeState& state) {
-    if (state.is_frozen) return;
-    state.rows.has_bar = true;
-    state.rows.height =
-        line_height(window, state) + 2 * scaled(kRowMargin, GetDpiForWindow(window));
-    show_rows_from(window, state.rows, state.count(), state.rows.top);
-    place_label(window, state);
-    repaint(window);
-}
-
-void repaint_item(HWND window, TreeState& state, HTREEITEM item) {
-    const auto row = state.row_of(item);
-    if (row < 0) return;
-    const auto place = state.rows.place(client_of(window), row);
-    InvalidateRect(window, &place, TRUE);
-}
-
-LRESULT tell(HWND window, TreeState& state, UINT code, UINT action, HTREEITEM old_item,
-             HTREEITEM new_item) {
-    NMTREEVIEWW told{};
-    told.action = action;
-    const auto describe = [&state](HTREEITEM handle, TVITEMW& to) {
-        to.hItem = handle;
-        if (const auto* const item = state.items.find(handle)) {
-            to.lParam = item->data;
-            to.state = item->is_open ? TVIS_EXPANDED : 0;
-        }
-    };
-    describe(old_item, told.itemOld);
-    describe(new_item, told.itemNew);
-    return notify_parent_of(window, told.hdr, code);
-}
-
-void show(HWND window, TreeState& state, HTREEITEM item) {
-    // What it is in opens.
-    bool opens = false;
-    const auto* const found = state.items.find(item);
-    if (found == nullptr) return;
-    for (auto* each = state.items.find(found->parent); each != nullptr;
-         each = state.items.find(each->parent)) {
-        opens = !std::exchange(each->is_open, true) || opens;
-    }
-    if (opens) {
-        state.items.changed();
-        arrange(window, state);
-    }
-    show_rows_from(window, state.rows, state.count(),
-                   state.rows.top_for(client_of(window), state.row_of(item)));
-}
-
-void select(HWND window, TreeState& state, HTREEITEM item, UINT how) {
-    state.typed.text.clear();
-    if (state.selected == item) return;
-    auto* const before = std::exchange(state.selected, item);
-    repaint_item(window, state, before);
-    if (item != nullptr) show(window, state, item);
-    repaint_item(window, state, item);
-    tell(window, state, TVN_SELCHANGEDW, how, before, item);
-}
-
-// False when nothing changes: the parent may forbid it.
-bool expand(HWND window, TreeState& state, HTREEITEM item, WPARAM how) {
-    const auto* found = state.items.find(item);
-    if (found == nullptr) return false;
-    const bool opens = how == TVE_TOGGLE ? !found->is_open : how == TVE_EXPAND;
-    const bool can_open = !found->children.empty() || found->may_have_children;
-    if (opens == found->is_open || (opens && !can_open)) return false;
-    const auto action = static_cast<UINT>(opens ? TVE_EXPAND : TVE_COLLAPSE);
-    if (tell(window, state, TVN_ITEMEXPANDINGW, action, nullptr, item) != 0) return false;
-    auto* const again = state.items.find(item);
-    if (again == nullptr || !IsWindow(window)) return false;
-    again->is_open = opens && !again->children.empty();
-    if (opens && again->children.empty()) again->may_have_children = false;
-    state.items.changed();
-    arrange(window, state);
-    // What can't be seen any more isn't selected.
-    if (!opens && state.items.is_below(state.selected, item)) {
-        select(window, state, item, TVC_UNKNOWN);
-    }
-    if (IsWindow(window)) tell(window, state, TVN_ITEMEXPANDEDW, action, nullptr, item);
-    return true;
-}
-
-void paint_item(HWND window, TreeState& state, HDC context, int index, RECT row) {
-    auto* const handle = state.at(index);
-    const auto& item = *state.items.find(handle);
-    const auto dpi = GetDpiForWindow(window);
-    const auto style = style_of(window);
-    const bool is_disabled = (style & WS_DISABLED) != 0;
-    const bool has_focus = GetFocus() == window;
-    auto ink = GetSysColor(is_disabled ? COLOR_GRAYTEXT : COLOR_WINDOWTEXT);
-    auto band = row;
-    InflateRect(&band, -scaled(2, dpi), -scaled(1, dpi));
-    if (state.selected == handle && (has_focus || (style & TVS_SHOWSELALWAYS) != 0)) {
-        draw_round_area(context, band, 3,
-                        has_focus ? GetSysColor(COLOR_HIGHLIGHT) : theme().palette.quiet_row);
-        if (has_focus) ink = GetSysColor(COLOR_HIGHLIGHTTEXT);
-    } else if (state.hot == handle && !is_disabled) {
-        draw_round_area(context, band, 3, theme().palette.hot_row);
-    }
-    const auto arrow = arrow_of(item, row, dpi);
-    if (!item.children.empty() || item.may_have_children) {
-        draw_glyph(context, arrow, item.is_open ? Glyph::down : Glyph::right, scaled(9, dpi), ink);
-    }
-    if (state.images != nullptr) {
-        int width = 0;
-        int height = 0;
-        ImageList_GetIconSize(state.images, &width, &height);
-        const auto image = state.selected == handle ? item.selected_image : item.image;
-        ImageList_Draw(state.images, image, context, static_cast<int>(arrow.right),
-                       static_cast<int>((row.top + row.bottom - height) / 2), ILD_TRANSPARENT);
-    }
-    row = name_of(window, state, item, row);
-    SetTextColor(context, ink);
-    DrawTextW(context, item.text.c_str(), static_cast<int>(item.text.size()), &row,
-              DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX | DT_END_ELLIPSIS);
-}
-
-void paint(HWND window, TreeState& state) {
-    const ControlPaint paint(window, state);
-    FillRect(paint, &paint.client(), GetSysColorBrush(COLOR_WINDOW));
-    RECT box{};
-    GetClipBox(paint, &box);
-    for (int i = state.rows.top; i < state.count(); ++i) {
-        const auto row = state.rows.place(paint.client(), i);
-        if (row.top >= box.bottom) break;
-        if (row.bottom > box.top) paint_item(window, state, paint, i, row);
-    }
-}
-
-HTREEITEM item_at(HWND window, TreeState& state, POINT point) {
-    const auto client = client_of(window);
-    if (PtInRect(&client, point) == 0) return nullptr;
-    return state.at(state.rows.at(client, state.count(), static_cast<int>(point.y)));
-}
-
-void press(HWND window, TreeState& state, POINT point, bool is_double) {
-    if (GetFocus() != window) SetFocus(window);
-    auto* const item = IsWindow(window) ? item_at(window, state, point) : nullptr;
-    const auto* const found = state.items.find(item);
-    if (found != nullptr) {
-        const auto row = state.rows.place(client_of(window), state.row_of(item));
-        const auto arrow = arrow_of(*found, row, GetDpiForWindow(window));
-        if (point.x >= arrow.left && point.x < arrow.right) {
-            expand(window, state, item, TVE_TOGGLE);
-            return;
-        }
-        select(window, state, item, TVC_BYMOUSE);
-        if (is_double && IsWindow(window)) expand(window, state, item, TVE_TOGGLE);
-    }
-    if (!IsWindow(window)) return;
-    NMHDR header{};
-    notify_parent_of(window, header, is_double ? NM_DBLCLK : NM_CLICK);
-}
-
-void press_key(HWND window, TreeState& state, WPARAM key) {
-    auto* const item = state.selected;
-    const auto* const found = state.items.find(item);
-    switch (key) {
-        case VK_LEFT:
-            if (found != nullptr && found->is_open) {
-                expand(window, state, item, TVE_COLLAPSE);
-            } else if (found != nullptr && found->parent != nullptr) {
-                select(window, state, found->parent, TVC_BYKEYBOARD);
-            }
-            return;
-        case VK_RIGHT:
-            if (found != nullptr && found->is_open) {
-                select(window, state, found->children.front(), TVC_BYKEYBOARD);
-            } else {
-                expand(window, state, item, TVE_EXPAND);
-            }
-            return;
-        case VK_ADD:
-        case VK_SUBTRACT:
-            expand(window, state, item, key == VK_ADD ? TVE_EXPAND : TVE_COLLAPSE);
-            return;
-        case VK_RETURN: {
-            NMHDR header{};
-            notify_parent_of(window, header, NM_RETURN);
-            return;
-        }
-        default: {
-            const auto to = row_after_key(state.rows, client_of(window), state.count(),
-                                          state.row_of(item), key);
-            if (auto* const next = state.at(to)) select(window, state, next, TVC_BYKEYBOARD);
-            return;
-        }
-    }
-}
-
-// The next item that begins with what was typed just now; one character again and again goes on.
-void type(HWND window, TreeState& state, char16_t character) {
-    if (is_space(character) && state.typed.text.empty()) return;
-    state.typed.add(character, static_cast<DWORD>(GetMessageTime()));
-    const auto from = state.row_of(state.selected);
-    const auto count = state.count();
-    const int first = state.typed.text.size() > 1 ? 0 : 1;
-    for (int i = first; i < count + first; ++i) {
-        auto* const item = state.at((from + i + count) % count);
-        if (!state.typed.begins(state.items.find(item)->text)) continue;
-        const auto typed = state.typed;
-        select(window, state, item, TVC_BYKEYBOARD);
-        state.typed = typed;
-        return;
-    }
-}
-
-void heat(HWND window, TreeState& state, HTREEITEM item) {
-    auto* const before = std::exchange(state.hot, item);
-    if (before == item) return;
-    repaint_item(window, state, before);
-    repaint_item(window, state, item);
-}
 
 void take_over(TreeItem& item, const TVITEMW& given) {
     if ((given.mask & TVIF_TEXT) != 0) item.text = given.pszText != nullptr ? given.pszText : u"";
@@ -345,7 +30,7 @@ LRESULT insert(HWND window, TreeState& state, const TVINSERTSTRUCTW& given) {
     TreeItem item;
     take_over(item, given.item);
     auto* const made = state.items.insert(given.hParent, given.hInsertAfter, std::move(item));
-    if (made != nullptr) arrange(window, state);
+    if (made != nullptr) arrange_tree(window, state);
     return reinterpret_cast<LRESULT>(made);
 }
 
@@ -362,7 +47,7 @@ LRESULT remove(HWND window, TreeState& state, HTREEITEM item) {
     }
     if (state.items.find(state.selected) == nullptr) state.selected = nullptr;
     state.hot = nullptr;
-    arrange(window, state);
+    arrange_tree(window, state);
     for (const auto& [handle, data] : gone) {
         NMTREEVIEWW told{};
         told.itemOld.hItem = handle;
@@ -397,12 +82,12 @@ LRESULT edit_label(HWND window, TreeState& state, HTREEITEM item) {
     NMTVDISPINFOW told{};
     told.item.hItem = item;
     if (notify_parent_of(window, told.hdr, TVN_BEGINLABELEDITW) != 0) return 0;
-    select(window, state, item, TVC_UNKNOWN);
-    show(window, state, item);
+    select_tree_item(window, state, item, TVC_UNKNOWN);
+    show_tree_item(window, state, item);
     const auto* const found = state.items.find(item);
     if (found == nullptr) return 0;
     const auto name =
-        name_of(window, state, *found, state.rows.place(client_of(window), state.row_of(item)));
+        tree_name(window, state, *found, state.rows.place(client_of(window), state.row_of(item)));
     state.label_item = item;
     state.label = open_label_edit(window, label_edit_place(window, name), found->text, state.font);
     return reinterpret_cast<LRESULT>(state.label);
@@ -437,7 +122,7 @@ bool handle_items(HWND window, TreeState& state, UINT message, WPARAM wparam, LP
             result = remove(window, state, item);
             return true;
         case TVM_EXPAND:
-            result = expand(window, state, item, wparam & TVE_TOGGLE) ? TRUE : FALSE;
+            result = expand_tree_item(window, state, item, wparam & TVE_TOGGLE) ? TRUE : FALSE;
             return true;
         case TVM_GETCOUNT:
             result = static_cast<LRESULT>(state.items.count());
@@ -448,7 +133,7 @@ bool handle_items(HWND window, TreeState& state, UINT message, WPARAM wparam, LP
             return true;
         case TVM_SELECTITEM:
             result = item == nullptr || state.items.find(item) != nullptr ? TRUE : FALSE;
-            if (result != 0) select(window, state, item, TVC_UNKNOWN);
+            if (result != 0) select_tree_item(window, state, item, TVC_UNKNOWN);
             return true;
         case TVM_GETITEMW:
             result = get_item(state, *reinterpret_cast<TVITEMW*>(lparam));
@@ -462,7 +147,7 @@ bool handle_items(HWND window, TreeState& state, UINT message, WPARAM wparam, LP
             return true;
         }
         case TVM_ENSUREVISIBLE:
-            show(window, state, item);
+            show_tree_item(window, state, item);
             result = TRUE;
             return true;
         case TVM_GETITEMRECT: {
@@ -478,7 +163,7 @@ bool handle_items(HWND window, TreeState& state, UINT message, WPARAM wparam, LP
         }
         case TVM_HITTEST: {
             auto& asked = *reinterpret_cast<TVHITTESTINFO*>(lparam);
-            asked.hItem = item_at(window, state, asked.pt);
+            asked.hItem = tree_item_at(window, state, asked.pt);
             result = reinterpret_cast<LRESULT>(asked.hItem);
             return true;
         }
@@ -494,7 +179,7 @@ bool handle_items(HWND window, TreeState& state, UINT message, WPARAM wparam, LP
         case TVM_SETIMAGELIST:
             result = reinterpret_cast<LRESULT>(
                 std::exchange(state.images, reinterpret_cast<HIMAGELIST>(lparam)));
-            arrange(window, state);
+            arrange_tree(window, state);
             return true;
         default:
             return false;
@@ -508,18 +193,18 @@ bool handle_window(HWND window, TreeState& state, UINT message, WPARAM wparam, L
     switch (message) {
         case WM_CREATE:
             state.field.color_message = WM_CTLCOLORLISTBOX;
-            arrange(window, state);
+            arrange_tree(window, state);
             return true;
         case WM_SIZE:
-            arrange(window, state);
+            arrange_tree(window, state);
             return true;
         case WM_SETREDRAW:
             state.is_frozen = wparam == 0;
             result = DefWindowProcW(window, message, wparam, lparam);
-            arrange(window, state);
+            arrange_tree(window, state);
             return true;
         case WM_PAINT:
-            paint(window, state);
+            paint_tree(window, state);
             return true;
         case WM_ERASEBKGND:
             result = TRUE;
@@ -532,7 +217,7 @@ bool handle_window(HWND window, TreeState& state, UINT message, WPARAM wparam, L
             // Somebody who comes by keyboard has to see where he is.
             auto* const first = state.items.relative(nullptr, TVGN_ROOT);
             if (message == WM_SETFOCUS && state.selected == nullptr && first != nullptr) {
-                select(window, state, first, TVC_UNKNOWN);
+                select_tree_item(window, state, first, TVC_UNKNOWN);
             }
             repaint(window);
             NMHDR header{};
@@ -540,28 +225,22 @@ bool handle_window(HWND window, TreeState& state, UINT message, WPARAM wparam, L
             return true;
         }
         case WM_KEYDOWN:
-            press_key(window, state, wparam);
+            press_tree_key(window, state, wparam);
             return true;
         case WM_CHAR:
-            type(window, state, static_cast<char16_t>(wparam));
+            type_in_tree(window, state, static_cast<char16_t>(wparam));
             return true;
         case WM_LBUTTONDOWN:
         case WM_LBUTTONDBLCLK:
-            press(window, state, point, message == WM_LBUTTONDBLCLK);
+            press_tree(window, state, point, message == WM_LBUTTONDBLCLK);
             return true;
         case WM_MOUSEMOVE:
-            heat(window, state, item_at(window, state, point));
+            heat_tree(window, state, tree_item_at(window, state, point));
             return true;
         case WM_MOUSEWHEEL:
-            show_rows_from(
-                window, state.rows, state.count(),
-                state.rows.top - GET_WHEEL_DELTA_WPARAM(wparam) * kWheelRows / WHEEL_DELTA);
-            place_label(window, state);
-            return true;
         case WM_VSCROLL:
-            show_rows_from(window, state.rows, state.count(),
-                           top_after_scroll(window, state.rows, state.count(), LOWORD(wparam)));
-            place_label(window, state);
+            scroll_rows(window, state.rows, state.count(), message, wparam);
+            place_tree_label(window, state);
             return true;
         default:
             return false;
@@ -575,7 +254,7 @@ LRESULT tree_view_procedure(HWND window, UINT message, WPARAM wparam, LPARAM lpa
     if (!state || message == WM_NCCREATE) return DefWindowProcW(window, message, wparam, lparam);
     LRESULT result = 0;
     if (handle_field_message(window, state->field, message, wparam, lparam, result)) {
-        if (message == WM_MOUSELEAVE) heat(window, *state, nullptr);
+        if (message == WM_MOUSELEAVE) heat_tree(window, *state, nullptr);
         return result;
     }
     if (handle_items(window, *state, message, wparam, lparam, result) ||
@@ -583,7 +262,7 @@ LRESULT tree_view_procedure(HWND window, UINT message, WPARAM wparam, LPARAM lpa
         return result;
     }
     if (handle_control_message(window, *state, message, wparam, lparam, result)) {
-        if (message == WM_SETFONT) arrange(window, *state);
+        if (message == WM_SETFONT) arrange_tree(window, *state);
         return result;
     }
     return DefWindowProcW(window, message, wparam, lparam);
