@@ -129,6 +129,17 @@ bool handle_input_message(HWND window, UINT message, WPARAM wparam, LPARAM lpara
         case WM_CANCELMODE:
             if (GetCapture() == window) ReleaseCapture();
             return true;
+        case WM_NCMOUSEMOVE:
+            if (static_cast<LRESULT>(wparam) == HTMENU) {
+                heat_menu_bar(window, {GET_X_LPARAM(lparam), GET_Y_LPARAM(lparam)});
+            } else {
+                cool_menu_bar(window);
+            }
+            return true;
+        case WM_MOUSEMOVE:
+        case WM_MOUSELEAVE:
+            cool_menu_bar(window);
+            return true;
         case WM_NCLBUTTONDOWN:
             press_frame(window, static_cast<LRESULT>(wparam), lparam);
             return true;

@@ -129,6 +129,13 @@ class EndUnlessMade {
     HWND m_dialog;
 };
 
+// The menu bar that a template names, which goes with the window; null where there is none.
+HMENU template_menu(const DialogTemplate& dialog, HINSTANCE instance) {
+    const bool has_menu = dialog.menu.id != 0 || !dialog.menu.text.empty();
+    if (!has_menu || (dialog.style & WS_CHILD) != 0) return nullptr;
+    return LoadMenuW(instance, dialog.menu.pointer());
+}
+
 HWND make_frame(const DialogTemplate& dialog, HINSTANCE instance, HWND parent, HFONT font,
                 UINT dpi) {
     const auto unit = unit_of(font, dpi);
@@ -141,16 +148,18 @@ HWND make_frame(const DialogTemplate& dialog, HINSTANCE instance, HWND parent, H
     }
     auto place = in_pixels(unit, dialog.x, dialog.y, dialog.width, dialog.height);
     const POINT wanted{place.left, place.top};
-    AdjustWindowRectExForDpi(&place, style, FALSE, ex_style, dpi);
+    auto* const menu = template_menu(dialog, instance);
+    AdjustWindowRectExForDpi(&place, style, menu != nullptr ? TRUE : FALSE, ex_style, dpi);
     if ((style & WS_CHILD) == 0) place = place_on_screen(place, style, parent, wanted);
     const bool has_class = dialog.class_name.id != 0 || !dialog.class_name.text.empty();
     auto* const window = CreateWindowExW(
         ex_style, has_class ? dialog.class_name.pointer() : WC_DIALOG, dialog.title.text.c_str(),
         style, place.left, place.top, place.right - place.left, place.bottom - place.top, parent,
-        nullptr, instance, nullptr);
+        menu, instance, nullptr);
     const auto state = window != nullptr ? state_of<DialogState>(window) : nullptr;
     if (!state) {
         DeleteObject(font);
+        if (IsMenu(menu)) DestroyMenu(menu);
         return nullptr;
     }
     state->font = state->set_font = font;

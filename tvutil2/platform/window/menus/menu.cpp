@@ -193,8 +193,8 @@ HMENU CreateMenu() {
 
 BOOL DestroyMenu(HMENU menu) {
     const auto items = tvutil2::items_of(menu);
-    const auto removed =
-        tvutil2::handle_table::remove(reinterpret_cast<std::uintptr_t>(menu), tvutil2::HandleKind::menu);
+    const auto removed = tvutil2::handle_table::remove(reinterpret_cast<std::uintptr_t>(menu),
+                                                       tvutil2::HandleKind::menu);
     if (!removed) return tvutil2::fail_with(ERROR_INVALID_MENU_HANDLE);
     for (const auto& item : items) {
         if (item.submenu != nullptr) DestroyMenu(item.submenu);

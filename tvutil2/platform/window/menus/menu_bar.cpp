@@ -11,12 +11,14 @@
 #include "tvutil2/platform/window/geometry.h"
 #include "tvutil2/platform/window/menus/menu_loop.h"
 #include "tvutil2/platform/window/menus/menu_window.h"
+#include "tvutil2/platform/window/mouse.h"
 #include "tvutil2/platform/window/system_metrics.h"
 #include "tvutil2/platform/window/window.h"
 #include "tvutil2/platform/window/window_states.h"
 
 #include <algorithm>
 #include <optional>
+#include <utility>
 
 namespace tvutil2 {
 namespace {
@@ -32,6 +34,20 @@ struct BarFacts {
     RECT client{};  // on the screen
     UINT dpi = 96;
 };
+
+// The item under the pointer, which a thread has one of.
+struct HotItem {
+    HWND window = nullptr;
+    int item = -1;
+};
+thread_local HotItem t_hot;
+
+void change_hot_item(const HotItem& fresh) {
+    const auto before = std::exchange(t_hot, fresh);
+    if (before.window == fresh.window && before.item == fresh.item) return;
+    if (before.window != nullptr) repaint_frame(before.window);
+    if (fresh.window != nullptr && fresh.window != before.window) repaint_frame(fresh.window);
+}
 
 std::optional<BarFacts> facts_of(HWND window) {
     const TreeLock tree;
@@ -108,18 +124,33 @@ std::vector<RECT> menu_bar_places(HWND window) {
     return places;
 }
 
+void heat_menu_bar(HWND window, POINT point) {
+    const auto places = menu_bar_places(window);
+    const auto at = std::ranges::find_if(
+        places, [&](const RECT& place) { return PtInRect(&place, point) != 0; });
+    if (at == places.end()) return cool_menu_bar(window);
+    change_hot_item({window, static_cast<int>(at - places.begin())});
+    TRACKMOUSEEVENT track{sizeof track, TME_LEAVE, window, 0};
+    TrackMouseEvent(&track);
+}
+
+void cool_menu_bar(HWND window) {
+    if (t_hot.window == window) change_hot_item({});
+}
+
 void paint_menu_bar(HDC context, HWND window, const RECT& place) {
     const auto facts = facts_of(window);
     if (!facts || is_empty(place)) return;
-    FillRect(context, &place, GetSysColorBrush(COLOR_MENU));
     const auto items = items_of(facts->menu);
     const auto bar = lay_out_menu_bar(items, place.right - place.left, facts->dpi);
     const auto selected = selected_in_menu_bar(window);
+    const auto hot = t_hot.window == window ? t_hot.item : -1;
     const MenuFont font(context, facts->dpi);
     for (std::size_t i = 0; i < items.size(); ++i) {
+        const auto index = static_cast<int>(i);
         font.choose(items[i]);
         paint_item(context, items[i], moved(bar.places[i], {place.left, place.top}), facts->dpi,
-                   static_cast<int>(i) == selected);
+                   index == selected || (index == hot && !items[i].is_disabled()));
     }
 }
 

@@ -35,7 +35,10 @@ struct MenuBar {
 [[nodiscard]] RECT menu_bar_place(HWND window);
 /// Of its items.
 [[nodiscard]] TVUTIL_API std::vector<RECT> menu_bar_places(HWND window);
-/// `place` is that of the bar, for the context.
+/// The pointer is over the bar at a place on the screen, or not over it any more.
+void heat_menu_bar(HWND window, POINT point);
+void cool_menu_bar(HWND window);
+/// On what is filled with COLOR_MENU. `place` is that of the bar, for the context.
 void paint_menu_bar(HDC context, HWND window, const RECT& place);
 
 /// What WM_SYSCOMMAND asks for: chooses from the window's bar until the person has chosen or gone

@@ -25,6 +25,8 @@ int MenuLoop::bar_item_at(POINT point) const {
 // The items as the window has made them by now (WM_INITMENU).
 bool MenuLoop::begin_bar() {
     m_bar = GetMenu(m_owner);
+    // From here on the pointer leads to what the keys lead to.
+    cool_menu_bar(m_owner);
     begin(m_bar);
     m_bar = IsWindow(m_owner) ? GetMenu(m_owner) : nullptr;
     m_bar_items = items_of(m_bar);
