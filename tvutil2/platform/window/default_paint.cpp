@@ -54,11 +54,21 @@ HBRUSH system_brush(int index) {
     return GetSysColorBrush(index);
 }
 
+// The line around a window, in pixels.
+constexpr LONG kLine = 1;
+
+// A row of the frame, up to that line at both sides: a frame that can be sized is no margin.
+void fill_across(HDC context, const Frame& frame, LONG top, LONG bottom, int color) {
+    const RECT row{kLine, top, frame.area.right - kLine, bottom};
+    FillRect(context, &row, system_brush(color));
+}
+
 void paint_caption(HDC context, HWND window, const Frame& frame) {
     const bool is_active = GetActiveWindow() == window;
     const auto sides = frame_thickness(frame.style, frame.ex_style, frame.dpi);
     RECT bar{sides.left, sides.left, frame.area.right - sides.right, sides.top};
-    FillRect(context, &bar, system_brush(is_active ? COLOR_ACTIVECAPTION : COLOR_INACTIVECAPTION));
+    fill_across(context, frame, kLine, sides.top,
+                is_active ? COLOR_ACTIVECAPTION : COLOR_INACTIVECAPTION);
     const auto color = GetSysColor(is_active ? COLOR_CAPTIONTEXT : COLOR_INACTIVECAPTIONTEXT);
     auto button = close_button_of(window);
     if (!is_empty(button)) {
@@ -80,10 +90,17 @@ void paint_caption(HDC context, HWND window, const Frame& frame) {
     DeleteObject(font);
 }
 
-void paint_menu_bar_of(HWND window, HDC context) {
+void paint_menu_bar_of(HWND window, HDC context, const Frame& frame) {
     RECT place{};
     GetWindowRect(window, &place);
-    paint_menu_bar(context, window, moved(menu_bar_place(window), {-place.left, -place.top}));
+    const auto bar = moved(menu_bar_place(window), {-place.left, -place.top});
+    if (is_empty(bar)) return;
+    if ((frame.ex_style & WS_EX_CLIENTEDGE) != 0) {
+        FillRect(context, &bar, system_brush(COLOR_MENU));
+    } else {
+        fill_across(context, frame, bar.top, bar.bottom, COLOR_MENU);
+    }
+    paint_menu_bar(context, window, bar);
 }
 
 bool has_focus_inside(HWND window) {
@@ -103,7 +120,7 @@ void paint_frame(HWND window) {
         look.is_disabled = (frame.style & WS_DISABLED) != 0;
         draw_field(context, frame.area, look,
                    GetSysColor(look.is_disabled ? COLOR_3DFACE : COLOR_WINDOW));
-        paint_menu_bar_of(window, context);
+        paint_menu_bar_of(window, context, frame);
         paint_scroll_bars(window, context);
         return;
     }
@@ -112,7 +129,7 @@ void paint_frame(HWND window) {
     FrameRect(context, &frame.area, line);
     DeleteObject(line);
     if ((frame.style & WS_CAPTION) == WS_CAPTION) paint_caption(context, window, frame);
-    paint_menu_bar_of(window, context);
+    paint_menu_bar_of(window, context, frame);
     paint_scroll_bars(window, context);
 }
 

@@ -84,9 +84,10 @@ void paint_icon(const ControlPaint& paint, HICON icon, DWORD style) {
                DI_NORMAL);
 }
 
-// The colours of areas and frames by name: the darkest, a middle one, and that of fields.
+// Areas and frames by name: the colours of frames, of quieter ones, and that of fields. Those of
+// shadows would be lost on a dark ground.
 int color_index(DWORD type) {
-    constexpr int kIndices[] = {COLOR_3DDKSHADOW, COLOR_3DSHADOW, COLOR_WINDOW};
+    constexpr int kIndices[] = {COLOR_WINDOWFRAME, COLOR_ACTIVEBORDER, COLOR_WINDOW};
     return kIndices[(type - SS_BLACKRECT) % 3];
 }
 
