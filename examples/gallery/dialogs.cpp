@@ -7,6 +7,7 @@
 #include "tvutil2/platform/window/find_windows.h"
 #include "tvutil2/platform/window/geometry.h"
 #include "tvutil2/platform/window/keys.h"
+#include "tvutil2/platform/window/menus/menu_bar.h"
 #include "tvutil2/platform/window/paint.h"
 #include "tvutil2/platform/window/show.h"
 #include "tvutil2/platform/window/simulated_input.h"
@@ -65,11 +66,16 @@ class SelectFolder : public CSelectCommandDlg {
     SelectFolder() : CSelectCommandDlg(&m_param) {
         m_param.m_strTitle = tvutil2::library_string(14056);
         m_param.m_strDescription.Format(tvutil2::library_string(14057), u"C:\\folder");
-        m_param.m_strCheck = u"Always ask";
         m_param.m_strCommand1 = tvutil2::library_string(14058);
         m_param.m_strCommand2 = tvutil2::library_string(14059);
         m_param.m_strCommand3 = tvutil2::library_string(14060);
         m_param.m_strCommand4 = tvutil2::library_string(14061);
+    }
+
+    // Its check box as the library words it.
+    BOOL OnInitDialog() override {
+        GetDlgItemText(14028, m_param.m_strCheck);
+        return CSelectCommandDlg::OnInitDialog();
     }
 
   private:
@@ -113,6 +119,11 @@ HWND point_at_button(CDialog& dialog) {
 }
 HWND press_button(CDialog& dialog) {
     tvutil2::press_button(middle_of(dialog, 10));
+    return dialog.m_hWnd;
+}
+HWND point_at_bar(CDialog& dialog) {
+    const auto place = tvutil2::menu_bar_places(dialog.m_hWnd).at(1);
+    tvutil2::move_pointer({place.left + 4, place.top + 4});
     return dialog.m_hWnd;
 }
 HWND tab_twice(CDialog& dialog) {
@@ -195,7 +206,7 @@ const std::vector<Entry>& entries() {
         {"lists", 105, false, make_lists, {{"open", open_box}}},
         {"views", 106, false, make_views},
         {"bars", 107, false, make_bars},
-        {"menus", 108, false, make_menus},
+        {"menus", 108, false, make_menus, {{"hot", point_at_bar}}},
         {"animation", 109, false, make_animation},
         {"edits", 120, false, make<Edits>},
         {"language", 14010, true, make<CChangeLangDlg>},

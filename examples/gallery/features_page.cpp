@@ -1,4 +1,5 @@
 #include "tvutil2/data/text.h"
+#include "tvutil2/platform/base/spoken.h"
 #include "tvutil2/platform/window/classes.h"
 #include "tvutil2/platform/window/controls/list_view.h"
 #include "tvutil2/platform/window/geometry.h"
@@ -20,6 +21,28 @@ void register_grid() {
     RegisterClassW(&description);
 }
 
+struct Words {
+    WORD language;
+    const char16_t *feature, *use, *yes, *no;
+};
+constexpr Words kWords[] = {
+    {0x09, u"Feature", u"Use", u"Yes", u"No"},
+    {0x0804, u"功能", u"使用", u"是", u"否"},
+    {0x04, u"功能", u"使用", u"是", u"否"},
+    {0x07, u"Funktion", u"Verwenden", u"Ja", u"Nein"},
+    {0x0A, u"Característica", u"Usar", u"Sí", u"No"},
+    {0x0C, u"Fonctionnalité", u"Utiliser", u"Oui", u"Non"},
+    {0x11, u"機能", u"使用", u"はい", u"いいえ"},
+    {0x12, u"기능", u"사용", u"예", u"아니요"},
+    {0x16, u"Recurso", u"Usar", u"Sim", u"Não"},
+    {0x19, u"Функция", u"Включена", u"Да", u"Нет"},
+    {0x1B, u"Funkcia", u"Používať", u"Áno", u"Nie"},
+};
+
+const Words& words() {
+    return tvutil2::spoken_row(kWords, LANGIDFROMLCID(GetThreadLocale()));
+}
+
 class Features : public CDialog {
   public:
     BOOL OnInitDialog() override {
@@ -27,8 +50,8 @@ class Features : public CDialog {
         ConvertStaticToHyperlink(m_hWnd, 14021);
         GetDlgItem(kGrid)->ModifyStyle(
             0, WS_BORDER | LVS_REPORT | LVS_SINGLESEL | LVS_SHOWSELALWAYS, SWP_FRAMECHANGED);
-        add_column(0, u"Feature", 4);
-        add_column(1, u"Use", 1);
+        add_column(0, words().feature, 4);
+        add_column(1, words().use, 1);
         for (int row = 0; row < static_cast<int>(m_is_on.size()); ++row) {
             LVITEMW item{};
             item.mask = LVIF_TEXT;
@@ -69,8 +92,8 @@ class Features : public CDialog {
     void show_switch(int row) {
         LVITEMW item{};
         item.iSubItem = 1;
-        item.pszText =
-            const_cast<char16_t*>(m_is_on[static_cast<std::size_t>(row)] ? u"Yes" : u"No");
+        item.pszText = const_cast<char16_t*>(m_is_on[static_cast<std::size_t>(row)] ? words().yes
+                                                                                    : words().no);
         send(LVM_SETITEMTEXTW, static_cast<WPARAM>(row), &item);
     }
 

@@ -1,5 +1,6 @@
 #include "examples/gallery/pictures.h"
 
+#include "tvutil2/data/text.h"
 #include "tvutil2/lang/language_table.h"
 #include "tvutil2/platform/base/locale.h"
 #include "tvutil2/platform/display/monitors.h"
@@ -14,6 +15,7 @@
 #include "tvutil2/platform/window/paint.h"
 #include "tvutil2/platform/window/show.h"
 #include "tvutil2/platform/window/simulated_input.h"
+#include "tvutil2/platform/window/system_commands.h"
 #include "tvutil2/platform/window/timers.h"
 
 #include <cstdio>
@@ -42,9 +44,10 @@ constexpr Look kLooks[] = {
     {"dark-100", ThemeMode::dark, 96},
     {"dark-200", ThemeMode::dark, 192},
     {"contrast-100", ThemeMode::high_contrast, 96},
+    {"contrast-200", ThemeMode::high_contrast, 192},
 };
-constexpr const char* kLanguages[] = {"en", "zh-cn", "zh-tw", "fr", "de", "ja",
-                                      "ko", "pt-br", "ru",    "sk", "es"};
+const std::string kLanguages[] = {"en", "zh-cn", "zh-tw", "fr", "de", "ja",
+                                  "ko", "pt-br", "ru",    "sk", "es"};
 
 class Pictures {
   public:
@@ -92,6 +95,8 @@ class Pictures {
     void take_message(UINT type, const char16_t* text, const std::string& name);
     void take_folders(const std::string& name);
     void take_menu(const std::string& name);
+    void take_bar(const std::string& name);
+    void take_edit_menu(const std::string& name);
 
   private:
     // What waits is painted, and what belongs to the focus is there.
@@ -113,6 +118,7 @@ struct Waiting {
     Pictures* pictures = nullptr;
     std::string name;
     HWND menu = nullptr;
+    HWND page = nullptr;
 } g_waiting;
 
 void look_at_message(HWND, UINT, UINT_PTR id, DWORD) {
@@ -169,17 +175,51 @@ void look_at_menu(HWND, UINT, UINT_PTR id, DWORD) {
     tvutil2::type_key(VK_ESCAPE);
 }
 
-void Pictures::take_menu(const std::string& name) {
+void look_at_open_menu(HWND, UINT, UINT_PTR id, DWORD) {
+    KillTimer(nullptr, id);
+    g_waiting.pictures->take(FindWindowW(u"#32768", nullptr), g_waiting.name);
+    if (g_waiting.page != nullptr) {
+        g_waiting.pictures->take(g_waiting.page, g_waiting.name + "-page");
+    }
+    tvutil2::type_key(VK_ESCAPE);
+    tvutil2::type_key(VK_ESCAPE);
+}
+
+// A page, shown for as long as that takes.
+template <class Work>
+void with_page(const char* name, const Work& work) {
     for (const auto& entry : entries()) {
-        if (entry.name != "menus") continue;
+        if (entry.name != name) continue;
         const auto page = entry.make();
         if (!page->CreateIndirect(template_of(entry))) return;
         page->ShowWindow(SW_SHOW);
-        g_waiting = {this, name};
-        SetTimer(nullptr, 0, 50, look_at_menu);
-        open_menu(*page);
+        work(*page);
         page->DestroyWindow();
     }
+}
+
+void Pictures::take_menu(const std::string& name) {
+    with_page("menus", [&](CDialog& page) {
+        g_waiting = {this, name};
+        SetTimer(nullptr, 0, 50, look_at_menu);
+        open_menu(page);
+    });
+}
+
+void Pictures::take_bar(const std::string& name) {
+    with_page("menus", [&](CDialog& page) {
+        g_waiting = {this, name, nullptr, page.m_hWnd};
+        SetTimer(nullptr, 0, 1, look_at_open_menu);
+        page.SendMessage(WM_SYSCOMMAND, SC_KEYMENU, 'e');
+    });
+}
+
+void Pictures::take_edit_menu(const std::string& name) {
+    with_page("edits", [&](CDialog& page) {
+        g_waiting = {this, name};
+        SetTimer(nullptr, 0, 1, look_at_open_menu);
+        page.SendDlgItemMessage(10, WM_CONTEXTMENU, 0, -1);
+    });
 }
 
 void take_own(Pictures& pictures) {
@@ -194,6 +234,7 @@ void take_own(Pictures& pictures) {
                               u"kept is lost.",
                               std::string("message-question-") + look.name);
         pictures.take_menu(std::string("menu-") + look.name);
+        pictures.take_bar(std::string("bar-menu-") + look.name);
     }
 }
 
@@ -218,26 +259,39 @@ void take_messages(Pictures& pictures) {
     }
 }
 
-void take_library(Pictures& pictures) {
+// What is in the person's language; `behind` ends the names.
+void take_library(Pictures& pictures, const std::string& behind) {
     for (std::size_t i = 0; i < tvutil2::kLanguages.size(); ++i) {
         SetThreadLocale(tvutil2::kLanguages[i].id);
+        const auto end = "-" + (kLanguages[i] + behind);
         for (const auto& entry : entries()) {
-            if (entry.is_library) pictures.take(entry, entry.name + "-" + kLanguages[i]);
+            if (entry.is_library) pictures.take(entry, entry.name + end);
         }
-        pictures.take_message(MB_YESNOCANCEL | MB_ICONWARNING, u"?",
-                              std::string("message-") + kLanguages[i]);
-        pictures.take_folders(kLanguages[i]);
+        CString question;
+        question.Format(tvutil2::library_string(14138), u"C:\\Programs\\Pelrin.exe");
+        pictures.take_message(MB_OKCANCEL | MB_ICONERROR, question, "message-question" + end);
+        pictures.take_message(MB_OK, tvutil2::library_string(14134), "message-names" + end);
+        pictures.take_message(MB_YESNOCANCEL | MB_ICONWARNING, u"?", "message-yes" + end);
+        pictures.take_message(MB_ABORTRETRYIGNORE, u"?", "message-abort" + end);
+        pictures.take_message(MB_CANCELTRYCONTINUE, u"?", "message-continue" + end);
+        pictures.take_folders(kLanguages[i] + behind);
+        pictures.take_edit_menu("edit-menu" + end);
     }
 }
 
 }  // namespace
 
-int write_pictures(const std::string& folder) {
+int write_pictures(const std::string& folder, bool in_every_look) {
     Pictures pictures(folder);
     take_own(pictures);
     Pictures::put_on(kLooks[0]);
     take_messages(pictures);
-    take_library(pictures);
+    take_library(pictures, "");
+    for (const auto& look : kLooks) {
+        if (!in_every_look || (look.dpi != 96 && look.dpi != 192) || &look == kLooks) continue;
+        Pictures::put_on(look);
+        take_library(pictures, std::string("-") + look.name);
+    }
     return pictures.count();
 }
 
