@@ -1,5 +1,5 @@
 #include "tvutil2/data/text.h"
-#include "tvutil2/platform/base/spoken.h"
+#include "tvutil2/platform/base/language_rows.h"
 #include "tvutil2/platform/window/classes.h"
 #include "tvutil2/platform/window/controls/list_view.h"
 #include "tvutil2/platform/window/geometry.h"
@@ -40,7 +40,7 @@ constexpr Words kWords[] = {
 };
 
 const Words& words() {
-    return tvutil2::spoken_row(kWords, LANGIDFROMLCID(GetThreadLocale()));
+    return tvutil2::row_or_english(kWords, LANGIDFROMLCID(GetThreadLocale()));
 }
 
 class Features : public CDialog {
