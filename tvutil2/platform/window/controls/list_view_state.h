@@ -12,6 +12,8 @@
 
 namespace tvutil2 {
 
+inline constexpr int kMostColumns = 1000;
+
 struct ListColumn {
     std::u16string title;
     int width = 50;

@@ -104,7 +104,7 @@ void repaint_tree_item(HWND window, TreeState& state, HTREEITEM item) {
 }
 
 void paint_tree(HWND window, TreeState& state) {
-    const ControlPaint paint_tree(window, state);
+    const ControlPaint paint(window, state);
     FillRect(paint, &paint.client(), GetSysColorBrush(COLOR_WINDOW));
     RECT box{};
     GetClipBox(paint, &box);

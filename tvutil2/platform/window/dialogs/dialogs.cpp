@@ -15,6 +15,7 @@
 #include "tvutil2/platform/window/dialogs/run_dialog.h"
 #include "tvutil2/platform/window/focus.h"
 #include "tvutil2/platform/window/geometry.h"
+#include "tvutil2/platform/window/menus/menu.h"
 #include "tvutil2/platform/window/menus/menu_loop.h"
 #include "tvutil2/platform/window/messages.h"
 #include "tvutil2/platform/window/paint.h"
