@@ -1,4 +1,6 @@
-#include "tvutil2/platform/window/menus/menu.h"
+#include "tvutil2/platform/window/geometry.h"
+#include "tvutil2/platform/window/menus/menu_bar.h"
+#include "tvutil2/platform/window/system_metrics.h"
 
 #include "examples/gallery/pages.h"
 
@@ -35,6 +37,18 @@ HMENU build_menu() {
 // A place for menus to open at: with the secondary button, or the button for it.
 class Menus : public CDialog {
   public:
+    BOOL OnInitDialog() override {
+        CDialog::OnInitDialog();
+        ::SetMenu(m_hWnd, LoadMenuW(nullptr, MAKEINTRESOURCEW(108)));
+        // The bar isn't to take the page's room.
+        RECT place{};
+        GetWindowRect(&place);
+        SetWindowPos(nullptr, 0, 0, static_cast<int>(place.right - place.left),
+                     static_cast<int>(place.bottom - place.top) +
+                         GetSystemMetricsForDpi(SM_CYMENU, GetDpiForWindow(m_hWnd)),
+                     SWP_NOMOVE | SWP_NOZORDER);
+        return TRUE;
+    }
     void open_at(POINT point) {
         auto* const menu = build_menu();
         TrackPopupMenu(menu, 0, static_cast<int>(point.x), static_cast<int>(point.y), 0, m_hWnd,

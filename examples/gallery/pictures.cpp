@@ -263,7 +263,7 @@ void take_messages(Pictures& pictures) {
 void take_library(Pictures& pictures, const std::string& behind) {
     for (std::size_t i = 0; i < tvutil2::kLanguages.size(); ++i) {
         SetThreadLocale(tvutil2::kLanguages[i].id);
-        const auto end = "-" + (kLanguages[i] + behind);
+        const auto end = std::string(1, '-') + kLanguages[i] + behind;
         for (const auto& entry : entries()) {
             if (entry.is_library) pictures.take(entry, entry.name + end);
         }
@@ -290,7 +290,7 @@ int write_pictures(const std::string& folder, bool in_every_look) {
     for (const auto& look : kLooks) {
         if (!in_every_look || (look.dpi != 96 && look.dpi != 192) || &look == kLooks) continue;
         Pictures::put_on(look);
-        take_library(pictures, std::string("-") + look.name);
+        take_library(pictures, std::string(1, '-') + look.name);
     }
     return pictures.count();
 }
