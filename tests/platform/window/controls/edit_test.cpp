@@ -432,10 +432,10 @@ TEST_F(Edits, ScrollWithWhatIsWritten) {
     // By less than a notch: what is left over counts the next time, but not for the way back.
     const std::pair<int, LRESULT> turns[] = {{50, 7}, {50, 8},  {20, 9},
                                              {30, 9}, {-40, 8}, {-80, 6}};
-    for (const auto& [delta, rows] : turns) {
+    for (const auto& [delta, scrolled] : turns) {
         tvutil2::turn_wheel(on_screen(edit, {20, 20}), delta);
         pump();
-        EXPECT_EQ(SendMessageW(edit, EM_GETFIRSTVISIBLELINE, 0, 0), first - rows);
+        EXPECT_EQ(SendMessageW(edit, EM_GETFIRSTVISIBLELINE, 0, 0), first - scrolled);
     }
     // The arrow at the bar's upper end.
     RECT client{};
