@@ -1,5 +1,6 @@
 // Every dialog of the library in every language: nothing is cut off, nothing lies on something
 // else, and no key means two things.
+#include "tvutil2/data/text.h"
 #include "tvutil2/lang/language_table.h"
 #include "tvutil2/lang/library_dialog.h"
 #include "tvutil2/platform/base/locale.h"
@@ -75,6 +76,13 @@ bool is_group(const Control& control) {
     return control.class_name == u"Button" && (control.style & BS_TYPEMASK) == BS_GROUPBOX;
 }
 
+// Beside the arrow, in a font that is larger by a quarter.
+bool link_shows_its_text(HWND dialog, const Control& control, SIZE size, UINT dpi) {
+    const auto width = size.cx - scaled(36 + 8, dpi);
+    const auto wanted = extent(dialog, control, width * 4 / 5, DT_WORDBREAK);
+    return wanted.cx * 5 / 4 <= width && wanted.cy * 5 / 4 <= size.cy;
+}
+
 // Whether the text can be read as a whole, from the way in which such a control is painted.
 bool shows_its_text(HWND dialog, const Control& control, UINT dpi) {
     const SIZE size{control.place.right - control.place.left,
@@ -85,6 +93,7 @@ bool shows_its_text(HWND dialog, const Control& control, UINT dpi) {
     }
     if (control.class_name != u"Button") return true;
     const auto type = control.style & BS_TYPEMASK;
+    if (type == BS_COMMANDLINK) return link_shows_its_text(dialog, control, size, dpi);
     const bool is_push = type <= BS_DEFPUSHBUTTON;
     const auto beside = is_push ? scaled(6, dpi) : tvutil2::check_size(dpi) + scaled(6, dpi);
     const bool has_lines = (control.style & BS_MULTILINE) != 0;
@@ -111,6 +120,17 @@ void register_missing_classes() {
         description.style = CS_GLOBALCLASS;
         description.lpszClassName = name;
         RegisterClassW(&description);
+    }
+}
+
+// The selection dialog as TvSelectCommandFolder asks.
+void fill_selection(HWND dialog) {
+    CString question;
+    question.Format(tvutil2::library_string(14057), u"C:\\Users\\somebody\\Sessions\\Archive");
+    SetDlgItemTextW(dialog, 14027, question);
+    UINT text = 14058;
+    for (const int id : {14024, 14025, 14026, 14033}) {
+        SetDlgItemTextW(dialog, id, tvutil2::library_string(text++));
     }
 }
 
@@ -172,6 +192,7 @@ TEST(LibraryDialogs, ShowAllTheirTextsInEveryLanguageAndScale) {
                     },
                     0);
                 ASSERT_NE(dialog, nullptr);
+                if (id == 14023) fill_selection(dialog);
                 expect_good(dialog, dpi);
                 expect_told(dialog);
                 DestroyWindow(dialog);

@@ -2,11 +2,13 @@
 
 #include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/draw/rect.h"
+#include "tvutil2/platform/resource/resource.h"
 #include "tvutil2/platform/window/controls/button.h"
 #include "tvutil2/platform/window/dialogs/dialog_template.h"
 #include "tvutil2/platform/window/focus.h"
 #include "tvutil2/platform/window/geometry.h"
 #include "tvutil2/platform/window/keys.h"
+#include "tvutil2/platform/window/menus/menu_bar.h"
 #include "tvutil2/platform/window/show.h"
 #include "tvutil2/platform/window/simulated_input.h"
 
@@ -18,6 +20,7 @@
 
 #include "tests/platform/window/dialogs/template_bytes.h"
 #include "tests/platform/window/trace.h"
+#include "tests/support/resource_image.h"
 
 namespace {
 
@@ -108,6 +111,31 @@ TEST_F(Dialogs, AreLaidOutInUnitsOfTheirFont) {
     EXPECT_EQ(place.top, wanted.top);
     EXPECT_NEAR(place.right, wanted.right, 1);
     EXPECT_NE(SendDlgItemMessageW(m_dialog, 10, WM_GETFONT, 0, 0), 0);
+}
+
+TEST_F(Dialogs, HaveTheMenuBarThatTheirTemplateNames) {
+    static const auto image = [] {
+        tests::ResourceImage made;
+        // Version, size of the header; flags (the last one), number and text of the item.
+        const WORD bar[] = {0, 0, 0x80, 5, u'A', 0};
+        made.add(u"#4", u"#77", 0, {reinterpret_cast<const char*>(bar), sizeof bar});
+        return made;
+    }();
+    ASSERT_TRUE(tvutil2::add_module_resources(nullptr, image.bytes().data(), image.bytes().size()));
+    const auto style = WS_POPUP | WS_CAPTION;
+    make(TemplateBytes(u"", style, 100, 50).menu(77).add(kButton, 1, 0, u"OK", 7, 7, 50, 14));
+    auto* const menu = GetMenu(m_dialog);
+    EXPECT_EQ(GetMenuItemID(menu, 0), 5U);
+    // It takes none of the client area's room.
+    RECT client{}, wanted{0, 0, 100, 50};
+    GetClientRect(m_dialog, &client);
+    MapDialogRect(m_dialog, &wanted);
+    EXPECT_EQ(client.bottom, wanted.bottom);
+    DestroyWindow(m_dialog);
+    EXPECT_FALSE(IsMenu(menu));
+    // One that isn't there is no reason to have no dialog.
+    make(TemplateBytes(u"", style, 100, 50).menu(78));
+    EXPECT_EQ(GetMenu(m_dialog), nullptr);
 }
 
 TEST_F(Dialogs, KeysMoveAmongTheControls) {

@@ -26,6 +26,12 @@ class TemplateBytes {
         put<WORD>(0);
         text(u"MS Shell Dlg");
     }
+    /// Its menu bar, by number; before its controls.
+    TemplateBytes& menu(WORD id) {
+        const WORD name[] = {0xFFFF, id};
+        m_bytes.replace(26, sizeof(WORD), reinterpret_cast<const char*>(name), sizeof name);
+        return *this;
+    }
     TemplateBytes& add(WORD code, DWORD id, DWORD style, std::u16string_view title, int x, int y,
                        int width, int height) {
         m_bytes.resize((m_bytes.size() + 3) & ~std::size_t{3});

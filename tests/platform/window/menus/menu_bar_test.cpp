@@ -127,6 +127,33 @@ TEST_F(MenuBars, FollowThePointer) {
     EXPECT_EQ(heard(), "enter popup exit ");
 }
 
+TEST_F(MenuBars, ShowWhatThePointerIsOn) {
+    const auto ink = [&](std::size_t item) {
+        pump();
+        const auto point = point_of(item);
+        return tvutil2::picture_of(m_parent)->row(static_cast<int>(point.y) - 50)[point.x - 50];
+    };
+    SetFocus(m_parent);
+    EnableMenuItem(GetMenu(m_parent), 2, MF_BYPOSITION | MF_GRAYED);
+    tvutil2::move_pointer({300, 300});
+    const auto plain = ink(0);
+    tvutil2::move_pointer(point_of(0));
+    EXPECT_NE(ink(0), plain);
+    tvutil2::move_pointer(point_of(1));
+    EXPECT_EQ(ink(0), plain);
+    EXPECT_NE(ink(1), plain);
+    tvutil2::move_pointer(point_of(2));  // which can't be chosen
+    EXPECT_EQ(ink(1), plain);
+    EXPECT_EQ(ink(2), plain);
+    // To the client area, and away.
+    for (const POINT& away : {POINT{300, 300}, POINT{900, 900}}) {
+        tvutil2::move_pointer(point_of(1));
+        EXPECT_NE(ink(1), plain);
+        tvutil2::move_pointer(away);
+        EXPECT_EQ(ink(1), plain);
+    }
+}
+
 TEST_F(MenuBars, EndWithTheirWindow) {
     SetTimer(m_parent, 1, 10, [](HWND window, UINT, UINT_PTR id, DWORD) {
         KillTimer(window, id);
