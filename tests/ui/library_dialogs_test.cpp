@@ -11,14 +11,19 @@
 #include "tvutil2/platform/draw/look.h"
 #include "tvutil2/platform/draw/rect.h"
 #include "tvutil2/platform/draw/text.h"
+#include "tvutil2/platform/files/item_list.h"
+#include "tvutil2/platform/process/message_box.h"
 #include "tvutil2/platform/window/accessibility.h"
 #include "tvutil2/platform/window/classes.h"
+#include "tvutil2/platform/window/common_dialogs/folder_dialog.h"
 #include "tvutil2/platform/window/controls/button.h"
 #include "tvutil2/platform/window/controls/static.h"
 #include "tvutil2/platform/window/dialogs/dialogs.h"
+#include "tvutil2/platform/window/find_windows.h"
 #include "tvutil2/platform/window/geometry.h"
 #include "tvutil2/platform/window/messages.h"
 #include "tvutil2/platform/window/paint.h"
+#include "tvutil2/platform/window/timers.h"
 #include "tvutil2/platform/window/window.h"
 
 #include <gtest/gtest.h>
@@ -172,12 +177,55 @@ void expect_told(HWND dialog) {
     }
 }
 
+void set_scale(UINT dpi) {
+    tvutil2::set_system_dpi(dpi);
+    tvutil2::set_monitors({{{0, 0, 4000, 3000}, {0, 0, 4000, 3000}, dpi}});
+}
+
+// In the loop of a dialog that the system shows.
+UINT g_scale = 96;
+int g_looked_at = 0;
+void look_at_dialog(HWND, UINT, UINT_PTR id, DWORD) {
+    auto* const dialog = FindWindowW(u"#32770", nullptr);
+    if (dialog == nullptr) return;
+    KillTimer(nullptr, id);
+    ++g_looked_at;
+    expect_good(dialog, g_scale);
+    const auto button = SendMessageW(dialog, DM_GETDEFID, 0, 0);
+    SendMessageW(dialog, WM_COMMAND, LOWORD(static_cast<WPARAM>(button)), 0);
+}
+
+TEST(SystemDialogs, ShowAllTheirTextsInEveryLanguageAndScale) {
+    setenv("TVUTIL_DISPLAY", "offscreen", 1);
+    for (const UINT dpi : {96U, 192U}) {
+        set_scale(dpi);
+        g_scale = dpi;
+        for (const auto& language : tvutil2::kLanguages) {
+            SetThreadLocale(language.id);
+            SCOPED_TRACE(tvutil2::to_utf8_lossy(language.name) + " at " + std::to_string(dpi));
+            CString question;
+            question.Format(tvutil2::library_string(14138), u"C:\\Programs\\Pelrin.exe");
+            for (const UINT type : {MB_OKCANCEL | MB_ICONERROR, MB_YESNOCANCEL, MB_ABORTRETRYIGNORE,
+                                    MB_CANCELTRYCONTINUE}) {
+                SetTimer(nullptr, 0, 1, look_at_dialog);
+                MessageBoxW(nullptr, question, u"?", type);
+            }
+            BROWSEINFOW asked{};
+            const auto title = tvutil2::library_string(14130);
+            asked.lpszTitle = title;
+            asked.ulFlags = BIF_USENEWUI;
+            SetTimer(nullptr, 0, 1, look_at_dialog);
+            ILFree(SHBrowseForFolderW(&asked));
+        }
+    }
+    EXPECT_EQ(g_looked_at, 2 * 11 * 5);
+}
+
 TEST(LibraryDialogs, ShowAllTheirTextsInEveryLanguageAndScale) {
     setenv("TVUTIL_DISPLAY", "offscreen", 1);
     register_missing_classes();
     for (const UINT dpi : {96U, 120U, 144U, 192U}) {
-        tvutil2::set_system_dpi(dpi);
-        tvutil2::set_monitors({{{0, 0, 4000, 3000}, {0, 0, 4000, 3000}, dpi}});
+        set_scale(dpi);
         for (const auto& language : tvutil2::kLanguages) {
             SetThreadLocale(language.id);
             for (const int id : {14010, 14012, 14013, 14014, 14023, 14029, 14034}) {

@@ -74,7 +74,9 @@ void paint(HWND window, const ProgressState& state) {
     const auto end = static_cast<LONG>(length * to / 1000000);
     const auto done = is_vertical ? RECT{bar.left, bar.bottom - end, bar.right, bar.bottom - begin}
                                   : RECT{bar.left + begin, bar.top, bar.left + end, bar.bottom};
-    draw_round_area(paint, done, kThickness / 2, theme().palette.accent);
+    const bool is_disabled = (style & WS_DISABLED) != 0;
+    draw_round_area(paint, done, kThickness / 2,
+                    is_disabled ? GetSysColor(COLOR_GRAYTEXT) : theme().palette.accent);
 }
 
 void set_moving(HWND window, ProgressState& state, bool moves, UINT milliseconds) {
