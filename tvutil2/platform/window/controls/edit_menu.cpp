@@ -1,6 +1,5 @@
 #include "tvutil2/platform/window/controls/edit_menu.h"
 
-#include "tvutil2/platform/base/global_memory.h"
 #include "tvutil2/platform/base/language_rows.h"
 #include "tvutil2/platform/draw/rect.h"
 #include "tvutil2/platform/window/clipboard.h"
