@@ -1,9 +1,12 @@
 #include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/window/find_windows.h"
 #include "tvutil2/platform/window/listing.h"
+#include "tvutil2/platform/window/listing_file.h"
 #include "tvutil2/platform/window/show.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -277,6 +280,52 @@ TEST(WindowListings, ComeBackAsTheyWereAndAreReadWithCare) {
     auto huge = whole;
     huge[20] = huge[21] = huge[22] = huge[23] = '\xFF';
     EXPECT_FALSE(decode_listing(huge));
+}
+
+// Of a process whose file system has no more room, as far as a limit on a file's size is that.
+TEST(ListingFiles, KeepTheOldListingWithoutRoomForANewOne) {
+    const auto folder = tests::new_folder();
+    const int result = tests::in_child([&] {
+        const tvutil2::Descriptor place(open(folder.c_str(), O_RDONLY | O_DIRECTORY));
+        tvutil2::ListingFile file;
+        std::signal(SIGXFSZ, SIG_IGN);
+        const rlimit limit{8192, 8192};
+        setrlimit(RLIMIT_FSIZE, &limit);
+        if (!file.open(place.get(), "1.windows")) return 1;
+        const tvutil2::Descriptor reader(openat(place.get(), "1.windows", O_RDONLY));
+        if (tvutil2::read_listing_file(reader.get())) return 2;
+        for (const std::size_t size : {100, 5000, 0, 8176}) {
+            const std::string listing(size, 'a');
+            if (!file.write(listing)) return 3;
+            if (tvutil2::read_listing_file(reader.get()) != listing) return 4;
+        }
+        if (file.write(std::string(8177, 'b'))) return 5;
+        return tvutil2::read_listing_file(reader.get()) == std::string(8176, 'a') ? 0 : 6;
+    });
+    EXPECT_EQ(result, 0);
+}
+
+TEST(ListingFiles, AreReadWholeOrNotAtAll) {
+    const auto folder = tests::new_folder();
+    const tvutil2::Descriptor place(open(folder.c_str(), O_RDONLY | O_DIRECTORY));
+    tvutil2::ListingFile file;
+    ASSERT_TRUE(file.open(place.get(), "1.windows"));
+    const tvutil2::Descriptor reader(openat(place.get(), "1.windows", O_RDWR));
+    const std::string some(70000, 'a');
+    const std::string fewer(9000, 'b');
+    ASSERT_TRUE(file.write(some));
+    std::thread writer([&] {
+        for (int i = 0; i < 300; ++i) file.write(i % 2 == 0 ? fewer : some);
+    });
+    for (int i = 0; i < 100; ++i) {
+        const auto read = tvutil2::read_listing_file(reader.get());
+        // A reader that is always in the midst of something gives up.
+        EXPECT_TRUE(!read || *read == some || *read == fewer);
+    }
+    writer.join();
+    EXPECT_EQ(tvutil2::read_listing_file(reader.get()), some);
+    ASSERT_EQ(pwrite(reader.get(), "c", 1, 5000), 1);
+    EXPECT_FALSE(tvutil2::read_listing_file(reader.get()));
 }
 
 }  // namespace

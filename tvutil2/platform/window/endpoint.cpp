@@ -64,7 +64,7 @@ class Endpoint {
         return true;
     }
 
-    [[nodiscard]] const ProcessPlace& place() const { return m_place; }
+    [[nodiscard]] ProcessPlace& place() { return m_place; }
 
     // The thread: sleeps until somebody comes, goes on, or is to have an answer.
     [[noreturn]] void run() {
@@ -336,7 +336,8 @@ std::vector<ListedWindow> windows_for_others() {
     std::vector<ListedWindow> windows;
     const TreeLock tree;
     for (auto* each = tree.table.root().first_child; each != nullptr; each = each->next) {
-        if (!is_for_others(*each)) continue;
+        // One that ends is listed no more when it is hidden: once for both steps.
+        if (!is_for_others(*each) || each->is_destroying) continue;
         windows.push_back({each->handle, each->queue.load()->thread(), each->style,
                            each->window_class->name, each->text});
     }

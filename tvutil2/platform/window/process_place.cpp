@@ -50,7 +50,7 @@ std::string number_of(DWORD process) {
 }
 
 void remove_files(int folder, const std::string& number) {
-    for (const char* const kind : {".windows", ".new", ".socket", ".lock"}) {
+    for (const char* const kind : {".windows", ".socket", ".lock"}) {
         unlinkat(folder, (number + kind).c_str(), 0);
     }
 }
@@ -79,24 +79,6 @@ void clear_away(int folder, DWORD process) {
     }
 }
 
-std::string read_whole(int file) {
-    std::string bytes;
-    char block[4096];
-    for (ssize_t size = 0; (size = read(file, block, sizeof block)) > 0;) {
-        bytes.append(block, static_cast<std::size_t>(size));
-    }
-    return bytes;
-}
-
-bool write_whole(int file, std::string_view bytes) {
-    while (!bytes.empty()) {
-        const auto size = write(file, bytes.data(), bytes.size());
-        if (size <= 0) return false;
-        bytes.remove_prefix(static_cast<std::size_t>(size));
-    }
-    return true;
-}
-
 // 0 for a name that isn't a process's lock.
 DWORD process_in(std::string_view name) {
     constexpr std::string_view kEnd = ".lock";
@@ -123,7 +105,7 @@ std::string ProcessPlace::name(const char* kind) const {
 bool ProcessPlace::open(DWORD process) {
     m_number = number_of(process);
     m_folder = Descriptor(open_runtime_folder(kFolder, false));
-    return m_folder && lock() && listen();
+    return m_folder && lock() && m_listing.open(m_folder.get(), name(".windows")) && listen();
 }
 
 // Somebody who clears away after a dead process of the same number may have the file for a moment,
@@ -151,15 +133,11 @@ bool ProcessPlace::listen() {
            ::listen(m_socket.get(), SOMAXCONN) == 0;
 }
 
-bool ProcessPlace::list(const std::vector<ListedWindow>& windows) const {
+bool ProcessPlace::list(const std::vector<ListedWindow>& windows) {
     // Whoever in this process has opened and closed the file has given up its lock.
     auto lock = whole_file(F_WRLCK);
     fcntl(m_lock.get(), F_SETLK, &lock);
-    const Descriptor file(openat(m_folder.get(), name(".new").c_str(),
-                                 O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, 0600));
-    return file && write_whole(file.get(), encode_listing(windows)) &&
-           renameat(m_folder.get(), name(".new").c_str(), m_folder.get(),
-                    name(".windows").c_str()) == 0;
+    return m_listing.write(encode_listing(windows));
 }
 
 void ProcessPlace::remove() const {
@@ -170,6 +148,7 @@ void ProcessPlace::abandon() {
     m_folder = Descriptor();
     m_lock = Descriptor();
     m_socket = Descriptor();
+    m_listing = {};
 }
 
 std::vector<DWORD> processes_with_windows() {
@@ -198,8 +177,9 @@ std::vector<ListedWindow> windows_of_process(DWORD process) {
     if (!folder || !is_alive(folder.get(), process)) return {};
     const Descriptor file(openat(folder.get(), (number_of(process) + ".windows").c_str(),
                                  O_RDONLY | O_CLOEXEC | O_NOFOLLOW));
-    if (!file) return {};
-    return decode_listing(read_whole(file.get())).value_or(std::vector<ListedWindow>());
+    const auto bytes = file ? read_listing_file(file.get()) : std::nullopt;
+    return bytes ? decode_listing(*bytes).value_or(std::vector<ListedWindow>())
+                 : std::vector<ListedWindow>();
 }
 
 Descriptor connect_to_process(DWORD process) {
@@ -221,7 +201,7 @@ Descriptor watch_listings() {
     const Descriptor folder(open_runtime_folder(kFolder, false));
     Descriptor changes(folder ? inotify_init1(IN_CLOEXEC | IN_NONBLOCK) : -1);
     const auto path = "/proc/self/fd/" + std::to_string(folder.get());
-    if (!changes || inotify_add_watch(changes.get(), path.c_str(), IN_MOVED_TO) < 0) {
+    if (!changes || inotify_add_watch(changes.get(), path.c_str(), IN_MODIFY) < 0) {
         fail_with_errno();
         return {};
     }

@@ -2,12 +2,13 @@
 // named after its number.
 //
 // NUMBER.lock is locked by the process for as long as it lives, so that the kernel says who is
-// there: a killed process has gone at once, whatever else it left. NUMBER.windows is its listing,
-// replaced as a whole. NUMBER.socket takes messages. Nobody ever waits for another process here.
+// there: a killed process has gone at once, whatever else it left. NUMBER.windows is its listing.
+// NUMBER.socket takes messages. Nobody ever waits for another process here.
 #pragma once
 
 #include "tvutil2/platform/files/host_files.h"
 #include "tvutil2/platform/window/listing.h"
+#include "tvutil2/platform/window/listing_file.h"
 
 #include <string>
 #include <vector>
@@ -19,8 +20,8 @@ class ProcessPlace {
   public:
     /// False when it can't be had: others then see none of the windows.
     bool open(DWORD process);
-    /// Replaces the listing. False when that fails; the old one stays.
-    [[nodiscard]] bool list(const std::vector<ListedWindow>& windows) const;
+    /// Replaces the listing. False when that fails; without room for more, the old one stays.
+    [[nodiscard]] bool list(const std::vector<ListedWindow>& windows);
     [[nodiscard]] int socket() const { return m_socket.get(); }
     /// Takes the files away.
     void remove() const;
@@ -34,6 +35,7 @@ class ProcessPlace {
 
     std::string m_number;
     Descriptor m_folder, m_lock, m_socket;
+    ListingFile m_listing;
 };
 
 /// The other processes that have a place and live. Takes away what dead ones left.
