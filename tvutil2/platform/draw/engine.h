@@ -77,6 +77,7 @@ struct FontRequest {
     bool is_italic = false;
     bool is_underlined = false;
     bool is_struck_out = false;
+    friend bool operator==(const FontRequest&, const FontRequest&) = default;
 };
 
 /// Pixels.

@@ -1,6 +1,7 @@
 #include "tvutil2/platform/draw/look.h"
 
 #include "tvutil2/platform/draw/context_object.h"
+#include "tvutil2/platform/draw/round_box.h"
 
 #include <algorithm>
 #include <cmath>
@@ -55,12 +56,14 @@ class Painter {
                          pixel_of(color));
     }
     void fill_round(const Box& box, double radius, COLORREF color) const {
+        if (draw_by_corners(box, radius, 0, color)) return;
         Path path;
         path.add_round_rect(box.x, box.y, box.width, box.height, radius);
         fill(path, color);
     }
     /// A frame whose outer edge is the box.
     void frame_round(const Box& box, double radius, double width, COLORREF color) const {
+        if (draw_by_corners(box, radius, width, color)) return;
         const auto middle = box.inset(width / 2);
         Path path;
         path.add_round_rect(middle.x, middle.y, middle.width, middle.height, radius - width / 2);
@@ -68,6 +71,18 @@ class Painter {
     }
 
   private:
+    bool draw_by_corners(const Box& box, double radius, double width, COLORREF color) const {
+        const auto whole = [](double value) { return static_cast<int>(std::floor(value)); };
+        const RECT at{whole(box.x), whole(box.y), whole(box.x + box.width),
+                      whole(box.y + box.height)};
+        const bool is_on_pixels = at.left == box.x && at.top == box.y &&
+                                  at.right == box.x + box.width &&
+                                  at.bottom == box.y + box.height && whole(width) == width;
+        if (!is_on_pixels || radius <= 0) return false;
+        const auto* const corner = round_corner(*m_engine, radius, whole(width));
+        return corner != nullptr && draw_round_box(m_drawing, at, *corner, pixel_of(color));
+    }
+
     Drawing m_drawing;
     Engine* m_engine;
 };

@@ -397,11 +397,34 @@ class RecentLayouts {
     Layouts m_old;
 };
 
+// Each dialog makes the same fonts anew. One that was open before has its measures, and the layouts
+// that were made with it.
+class RecentFonts {
+  public:
+    std::shared_ptr<const Font> open(PangoContext* context, const FontRequest& request) {
+        const auto known = std::ranges::find_if(
+            m_fonts, [&request](const Open& each) { return each.font && each.request == request; });
+        if (known != m_fonts.end()) return known->font;
+        auto& oldest = m_fonts[m_next++ % m_fonts.size()];
+        oldest = {request, std::make_shared<PangoFontObject>(context, request)};
+        return oldest.font;
+    }
+
+  private:
+    struct Open {
+        FontRequest request;
+        std::shared_ptr<const Font> font;
+    };
+    std::array<Open, 16> m_fonts;
+    std::size_t m_next = 0;
+};
+
 // pango's objects belong to a thread.
 struct ThreadText {
     FontMap map{pango_cairo_font_map_new()};
     Context left_to_right = make_context(map.get(), PANGO_DIRECTION_LTR);
     Context right_to_left = make_context(map.get(), PANGO_DIRECTION_RTL);
+    RecentFonts fonts;
     RecentLayouts recent;
 
     static ThreadText& get() {
@@ -413,7 +436,8 @@ struct ThreadText {
 }  // namespace
 
 std::shared_ptr<const Font> open_pango_font(const FontRequest& request) {
-    return std::make_shared<PangoFontObject>(ThreadText::get().left_to_right.get(), request);
+    auto& thread = ThreadText::get();
+    return thread.fonts.open(thread.left_to_right.get(), request);
 }
 
 std::shared_ptr<const TextLayout> lay_out_by_pango(const std::shared_ptr<const Font>& font,
