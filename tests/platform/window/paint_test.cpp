@@ -95,6 +95,44 @@ TEST_F(Painting, IsAskedForFromTheTopAndOnlyWhereItIsDue) {
     DestroyWindow(a);
 }
 
+// The search goes on where it was; what happens in front of that place counts all the same.
+TEST_F(Painting, ComesBackForWhatChangesInFrontOfIt) {
+    auto* const a = traced_window(WS_POPUP | WS_VISIBLE);
+    SetWindowPos(a, nullptr, 0, 0, 100, 100, SWP_NOZORDER);
+    HWND children[4];
+    for (int i = 0; i < 4; ++i) {
+        children[i] = traced_window(WS_CHILD | WS_VISIBLE, a);
+        MoveWindow(children[i], i * 20, 0, 20, 20, TRUE);
+    }
+    pump();
+    const auto [b, c, d, e] = children;
+    const struct {
+        std::function<void()> change;  // when C is painted
+        const char* heard;
+    } cases[]{
+        {[] {}, "B PAINT, C PAINT, D PAINT, E PAINT"},
+        {[=] { InvalidateRect(b, nullptr, FALSE); }, "B PAINT, C PAINT, B PAINT, D PAINT, E PAINT"},
+        {[=] { ShowWindow(d, SW_HIDE); }, "B PAINT, C PAINT, A PAINT, E PAINT"},
+        {[=] { DestroyWindow(c); }, "B PAINT, C PAINT, A PAINT, E PAINT"},
+    };
+    for (const auto& [change, heard] : cases) {
+        for (auto* const child : children) InvalidateRect(child, nullptr, FALSE);
+        m_trace.handler = [&](HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
+            if (message == WM_ERASEBKGND) return LRESULT{1};
+            const auto result = DefWindowProcW(window, message, wparam, lparam);
+            if (message == WM_PAINT && window == c) change();
+            return result;
+        };
+        auto all = pump();
+        for (const char* const erased : {", A ERASE", ", D ERASE"}) {
+            if (const auto at = all.find(erased); at != std::string::npos) {
+                all.erase(at, std::string_view(erased).size());
+            }
+        }
+        EXPECT_EQ(all, heard);
+    }
+}
+
 TEST_F(Painting, TellsWhetherTheBackgroundIsErased) {
     BOOL old = FALSE;
     LRESULT answer = 0;

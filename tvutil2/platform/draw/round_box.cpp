@@ -51,7 +51,8 @@ std::uint32_t mixed(std::uint32_t below, std::uint32_t above, std::uint32_t part
 // `from` is the pixel of the corner's outermost one, and the corner goes on in these directions.
 void draw_corner(const Drawing& drawing, const RoundCorner& corner, POINT from, POINT step,
                  std::uint32_t pixel) {
-    const auto last = POINT{from.x + step.x * (corner.size - 1), from.y + step.y * (corner.size - 1)};
+    const auto last =
+        POINT{from.x + step.x * (corner.size - 1), from.y + step.y * (corner.size - 1)};
     const RECT place{std::min(from.x, last.x), std::min(from.y, last.y),
                      std::max(from.x, last.x) + 1, std::max(from.y, last.y) + 1};
     for (const auto& part : drawing.clip().rects()) {
@@ -70,7 +71,8 @@ void draw_corner(const Drawing& drawing, const RoundCorner& corner, POINT from, 
 }  // namespace
 
 const RoundCorner* round_corner(Engine& engine, double radius, int line) {
-    const auto size = static_cast<int>(std::ceil(std::clamp<double>(radius, line, 2 * kLargestCorner)));
+    const auto size =
+        static_cast<int>(std::ceil(std::clamp<double>(radius, line, 2 * kLargestCorner)));
     if (size <= 0 || size > kLargestCorner) return nullptr;
     std::unique_ptr<const RoundCorner> fresh;
     for (auto& place : g_corners) {

@@ -51,8 +51,8 @@ std::optional<std::string> whole_listing(const std::string& bytes) {
 
 bool ListingFile::open(int folder, const std::string& name) {
     m_room = 0;
-    m_file = Descriptor(openat(folder, name.c_str(),
-                               O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, 0600));
+    m_file = Descriptor(
+        openat(folder, name.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, 0600));
     return static_cast<bool>(m_file);
 }
 

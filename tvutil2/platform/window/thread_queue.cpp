@@ -394,6 +394,7 @@ void ThreadQueue::retire() {
     m_timers.clear();
     forget_input(*this);
     m_has_damage = false;
+    m_painted = {};
     m_batch.clear();
     m_left = 0;
     m_next = 0;

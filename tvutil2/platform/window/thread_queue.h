@@ -130,6 +130,10 @@ class ThreadQueue {
 
     // With the lock of the tree:
     std::atomic<int> m_out_of_date{0};  ///< windows of the thread that are to be painted
+    struct {
+        Window* window = nullptr;
+        std::uint64_t changes = 0;  ///< of the tree, by then
+    } m_painted;  ///< the last one: what is out of date stands behind it unless the tree changed
     // From any thread:
     std::atomic<bool> m_has_damage{false};      ///< something painted isn't presented yet
     std::atomic<InputState*> m_input{nullptr};  ///< see input.h

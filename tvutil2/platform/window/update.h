@@ -40,7 +40,7 @@ struct Placement {
 void update_after(Window& window, const Placement& before, bool changes_order, bool changes_frame);
 
 /// The first window of the thread that is out of date, from the top; null for none.
-[[nodiscard]] Window* next_out_of_date(WindowTable& table, const ThreadQueue& queue);
+[[nodiscard]] Window* next_out_of_date(WindowTable& table, ThreadQueue& queue);
 /// What is out of date of the client area, from the window's corner.
 [[nodiscard]] Region client_update(const Window& window);
 /// Nothing of the window is out of date any more: what was.

@@ -99,6 +99,7 @@ void WindowTable::give_back(Window& record) {
 }
 
 void WindowTable::link_first(Window& parent, Window& child) {
+    ++changes;
     child.parent = &parent;
     child.previous = nullptr;
     child.next = parent.first_child;
@@ -107,6 +108,7 @@ void WindowTable::link_first(Window& parent, Window& child) {
 }
 
 void WindowTable::link_last(Window& parent, Window& child) {
+    ++changes;
     child.parent = &parent;
     child.next = nullptr;
     child.previous = parent.last_child;
@@ -115,6 +117,7 @@ void WindowTable::link_last(Window& parent, Window& child) {
 }
 
 void WindowTable::link_behind(Window& sibling, Window& child) {
+    ++changes;
     auto& parent = *sibling.parent;
     child.parent = &parent;
     child.previous = &sibling;
@@ -124,6 +127,7 @@ void WindowTable::link_behind(Window& sibling, Window& child) {
 }
 
 void WindowTable::unlink(Window& child) {
+    ++changes;
     auto& parent = *child.parent;
     (child.previous == nullptr ? parent.first_child : child.previous->next) = child.next;
     (child.next == nullptr ? parent.last_child : child.next->previous) = child.previous;

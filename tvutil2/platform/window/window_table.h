@@ -128,6 +128,9 @@ class WindowTable {
     void link_last(Window& parent, Window& child);
     void link_behind(Window& sibling, Window& child);
     void unlink(Window& child);
+    /// Counts what may put a window that is to be painted in front of others: changes of the tree,
+    /// and windows that become out of date.
+    std::uint64_t changes = 0;
     /// Every window, in the order of the records.
     template <class Work>
     void for_each(const Work& work) {
