@@ -3,7 +3,9 @@
 #include "tvutil2/data/text.h"
 #include "tvutil2/platform/base/host_path.h"
 #include "tvutil2/platform/files/item_list.h"
+#include "tvutil2/platform/window/common_dialogs/file_layout.h"
 #include "tvutil2/platform/window/common_dialogs/folder_dialog.h"
+#include "tvutil2/platform/window/controls/list_view.h"
 #include "tvutil2/platform/window/controls/tree_view.h"
 #include "tvutil2/platform/window/find_windows.h"
 
@@ -51,6 +53,9 @@ std::u16string make_folders(const std::string& below) {
 }
 
 bool has_read_folder(HWND dialog) {
+    if (auto* const rows = GetDlgItem(dialog, kFileRows)) {
+        return SendMessageW(rows, LVM_GETITEMCOUNT, 0, 0) > 1;
+    }
     auto* const tree = FindWindowExW(dialog, nullptr, WC_TREEVIEWW, nullptr);
     if (tree == nullptr) return false;
     const auto selected = SendMessageW(tree, TVM_GETNEXTITEM, TVGN_CARET, 0);

@@ -24,15 +24,28 @@ bool in_code_unit_order(std::u16string_view text) {
     return true;
 }
 
+// Whoever opens one has it for good.
+UCollator* open_collator() {
+    UErrorCode error = U_ZERO_ERROR;
+    auto* const c = ucol_open(tvutil2::default_locale_name(), &error);
+    if (U_FAILURE(error)) return nullptr;
+    ucol_setStrength(c, UCOL_TERTIARY);
+    return c;
+}
+
 // One collator for the life of the process: opening one costs milliseconds, comparing with one is
 // safe from any number of threads. Where case doesn't count the texts are lowered instead: what the
 // collator would pass over with it are all the other forms of a letter, too.
 const UCollator* collator() {
+    static const UCollator* const opened = open_collator();
+    return opened;
+}
+
+const UCollator* name_collator() {
     static const UCollator* const opened = [] {
+        auto* const c = open_collator();
         UErrorCode error = U_ZERO_ERROR;
-        auto* c = ucol_open(tvutil2::default_locale_name(), &error);
-        if (U_FAILURE(error)) return static_cast<UCollator*>(nullptr);
-        ucol_setStrength(c, UCOL_TERTIARY);
+        if (c != nullptr) ucol_setAttribute(c, UCOL_NUMERIC_COLLATION, UCOL_ON, &error);
         return c;
     }();
     return opened;
@@ -187,6 +200,29 @@ int MulDiv(int number, int numerator, int denominator) {
 }
 
 namespace tvutil2 {
+
+std::string name_order_key(std::u16string_view name) {
+    const auto* const c = name_collator();
+    std::string key(4 * name.size() + 16, '\0');
+    const auto fill = [&] {
+        return static_cast<std::size_t>(ucol_getSortKey(
+            c, name.data(), static_cast<std::int32_t>(name.size()),
+            reinterpret_cast<std::uint8_t*>(key.data()), static_cast<std::int32_t>(key.size())));
+    };
+    if (c != nullptr) {
+        const auto size = fill();
+        const bool fits = size <= key.size();
+        key.resize(size);
+        if (!fits) fill();
+        return key;
+    }
+    key.clear();
+    for (const auto unit : name) {
+        key += static_cast<char>(to_lower(unit) >> 8);
+        key += static_cast<char>(to_lower(unit) & 0xFF);
+    }
+    return key;
+}
 
 bool is_space(char16_t c) {
     if (c < 0x80) return c == u' ' || (c >= 0x09 && c <= 0x0D);

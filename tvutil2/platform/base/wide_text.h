@@ -4,6 +4,9 @@
 #include "tvutil2/platform/base/export.h"
 #include "tvutil2/platform/base/types.h"
 
+#include <string>
+#include <string_view>
+
 /// Units before the zero; 0 for null.
 TVUTIL_API int lstrlenW(const char16_t* text);
 
@@ -37,6 +40,9 @@ TVUTIL_API int MulDiv(int number, int numerator, int denominator);
 
 namespace tvutil2 {
 
+/// Bytes in the order that a list of names has: that of lstrcmpW, but hyphens and apostrophes are
+/// like other marks, and numbers count by their value ("page 9" comes before "page 10").
+[[nodiscard]] TVUTIL_API std::string name_order_key(std::u16string_view name);
 /// White space as the platform's run-time library sees it in 16-bit text.
 [[nodiscard]] TVUTIL_API bool is_space(char16_t c);
 /// Simple case mapping of one unit; a unit without a one-unit partner stays.

@@ -36,38 +36,10 @@ FILETIME file_time(const timespec& time) {
     return file_time_of(time.tv_sec, time.tv_nsec);
 }
 
-// False with errno set when the entry isn't there, or its name has no room.
-bool describe(int folder, const char* host_name, std::u16string_view name, WIN32_FIND_DATAW& data) {
-    struct stat info {};
-    if (name.size() >= MAX_PATH) {
-        errno = ENAMETOOLONG;
-        return false;
-    }
-    if (fstatat(folder, host_name, &info, AT_SYMLINK_NOFOLLOW) != 0) return false;
-    const bool is_link = S_ISLNK(info.st_mode);
-    if (is_link) fstatat(folder, host_name, &info, 0);  // what leads nowhere stays as it is
-    data = {};
-    data.dwFileAttributes = attributes_of(info, name_in(host_name));
-    if (is_link) {
-        data.dwFileAttributes &= ~FILE_ATTRIBUTE_NORMAL;
-        data.dwFileAttributes |= FILE_ATTRIBUTE_REPARSE_POINT;
-    }
-    // The recorded time of creation would cost a second call for each name.
-    data.ftCreationTime = file_time(info.st_mtim);
-    data.ftLastAccessTime = file_time(info.st_atim);
-    data.ftLastWriteTime = file_time(info.st_mtim);
-    if (!S_ISDIR(info.st_mode)) {
-        data.nFileSizeLow = static_cast<DWORD>(info.st_size);
-        data.nFileSizeHigh = static_cast<DWORD>(static_cast<std::uint64_t>(info.st_size) >> 32);
-    }
-    name.copy(data.cFileName, name.size());
-    return true;
-}
-
 bool SearchObject::next(WIN32_FIND_DATAW& data) {
     while (m_next < m_names.size()) {
         const auto& entry = m_names[m_next++];
-        if (describe(m_folder.get(), entry.host_name.c_str(), entry.name, data)) return true;
+        if (describe_name(m_folder.get(), entry.host_name.c_str(), entry.name, data)) return true;
     }
     return false;
 }
@@ -90,7 +62,7 @@ HANDLE find_one(std::u16string_view path, WIN32_FIND_DATAW& data) {
         SetLastError(ERROR_FILE_NOT_FOUND);
         return INVALID_HANDLE_VALUE;
     }
-    if (!describe(AT_FDCWD, host->c_str(), *name, data)) {
+    if (!describe_name(AT_FDCWD, host->c_str(), *name, data)) {
         fail_at(*host);
         return INVALID_HANDLE_VALUE;
     }
@@ -147,6 +119,34 @@ BOOL FindNextFileW(HANDLE handle, WIN32_FIND_DATAW* data) {
 
 BOOL FindClose(HANDLE handle) {
     return tvutil2::close_handle_of<tvutil2::SearchObject>(handle);
+}
+
+bool tvutil2::describe_name(int folder, const char* host_name, std::u16string_view name,
+                            WIN32_FIND_DATAW& data) {
+    struct stat info {};
+    if (name.size() >= MAX_PATH) {
+        errno = ENAMETOOLONG;
+        return false;
+    }
+    if (fstatat(folder, host_name, &info, AT_SYMLINK_NOFOLLOW) != 0) return false;
+    const bool is_link = S_ISLNK(info.st_mode);
+    if (is_link) fstatat(folder, host_name, &info, 0);  // what leads nowhere stays as it is
+    data = {};
+    data.dwFileAttributes = attributes_of(info, name_in(host_name));
+    if (is_link) {
+        data.dwFileAttributes &= ~FILE_ATTRIBUTE_NORMAL;
+        data.dwFileAttributes |= FILE_ATTRIBUTE_REPARSE_POINT;
+    }
+    // The recorded time of creation would cost a second call for each name.
+    data.ftCreationTime = file_time(info.st_mtim);
+    data.ftLastAccessTime = file_time(info.st_atim);
+    data.ftLastWriteTime = file_time(info.st_mtim);
+    if (!S_ISDIR(info.st_mode)) {
+        data.nFileSizeLow = static_cast<DWORD>(info.st_size);
+        data.nFileSizeHigh = static_cast<DWORD>(static_cast<std::uint64_t>(info.st_size) >> 32);
+    }
+    name.copy(data.cFileName, name.size());
+    return true;
 }
 
 bool tvutil2::is_found(const char16_t* path) {

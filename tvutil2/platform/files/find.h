@@ -4,6 +4,8 @@
 #include "tvutil2/platform/base/export.h"
 #include "tvutil2/platform/base/types.h"
 
+#include <string_view>
+
 /// What a search says about a name. A link has the attributes, size and times of what it leads to,
 /// and FILE_ATTRIBUTE_REPARSE_POINT; one that leads nowhere has its own.
 struct WIN32_FIND_DATAW {
@@ -40,6 +42,11 @@ TVUTIL_API BOOL FindNextFileW(HANDLE search, WIN32_FIND_DATAW* data);
 TVUTIL_API BOOL FindClose(HANDLE search);
 
 namespace tvutil2 {
+
+/// What a search says about a name in a host folder that is open. False with errno set when it
+/// isn't there, or when `name`, which is what the platform calls it, has no room.
+[[nodiscard]] bool describe_name(int folder, const char* host_name, std::u16string_view name,
+                                 WIN32_FIND_DATAW& data);
 
 /// Whether a search for the path finds anything.
 [[nodiscard]] bool is_found(const char16_t* path);

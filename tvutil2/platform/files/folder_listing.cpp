@@ -44,14 +44,22 @@ Descriptor open_folder(const std::string& path) {
     return Descriptor(open(path.empty() ? "/" : path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
 }
 
-bool list_host_folder(int folder, std::vector<HostEntry>& listed) {
+bool visit_host_folder(int folder,
+                       const std::function<bool(const char* name, unsigned char)>& see) {
     const auto entries = stream_of(folder);
     if (!entries) return false;
     while (const auto* entry = readdir(entries.get())) {
         const std::string_view name(entry->d_name);
-        if (name != "." && name != "..") listed.push_back({std::string(name), entry->d_type});
+        if (name != "." && name != ".." && !see(entry->d_name, entry->d_type)) break;
     }
     return true;
+}
+
+bool list_host_folder(int folder, std::vector<HostEntry>& listed) {
+    return visit_host_folder(folder, [&](const char* name, unsigned char type) {
+        listed.push_back({name, type});
+        return true;
+    });
 }
 
 bool list_folder(int folder, const NamePattern& pattern, std::vector<ListedName>& names) {

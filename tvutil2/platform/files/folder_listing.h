@@ -4,6 +4,7 @@
 #include "tvutil2/platform/files/host_files.h"
 #include "tvutil2/platform/files/name_pattern.h"
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -22,6 +23,11 @@ struct HostEntry {
     std::string name;
     unsigned char type;  ///< DT_ value of dirent.h; DT_UNKNOWN where the file system doesn't tell
 };
+
+/// Shows each name, whatever its bytes, with its type as in HostEntry, as the host reads it, until
+/// `see` gives false; "." and ".." are left out. False with errno set when the folder can't be
+/// read.
+bool visit_host_folder(int folder, const std::function<bool(const char* name, unsigned char)>& see);
 
 /// All names, whatever their bytes, but "." and "..", in the order of the directory. False with
 /// errno set.

@@ -255,6 +255,18 @@ UCollator* ucol_open(const char* locale, UErrorCode* error) {
     return real(locale, error);
 }
 
+void ucol_setAttribute(UCollator* collator, UColAttribute attribute, UColAttributeValue value,
+                       UErrorCode* error) {
+    LATE(icu_collation, ucol_setAttribute);
+    real(collator, attribute, value, error);
+}
+
+std::int32_t ucol_getSortKey(const UCollator* collator, const UChar* text, std::int32_t size,
+                             std::uint8_t* key, std::int32_t room) {
+    LATE(icu_collation, ucol_getSortKey);
+    return real(collator, text, size, key, room);
+}
+
 void ucol_setStrength(UCollator* collator, UCollationStrength strength) {
     LATE(icu_collation, ucol_setStrength);
     real(collator, strength);

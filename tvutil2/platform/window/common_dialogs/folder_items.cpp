@@ -5,6 +5,7 @@
 #include "tvutil2/platform/draw/rect.h"
 #include "tvutil2/platform/files/known_folders.h"
 #include "tvutil2/platform/window/common_dialogs/folder_words.h"
+#include "tvutil2/platform/window/common_dialogs/shown_name.h"
 #include "tvutil2/platform/window/focus.h"
 #include "tvutil2/platform/window/geometry.h"
 #include "tvutil2/platform/window/keys.h"
@@ -59,17 +60,6 @@ bool is_below(const std::map<HTREEITEM, FolderNode>& nodes, HTREEITEM item, HTRE
 }
 
 }  // namespace
-
-std::u16string shown_name(std::u16string name) {
-    for (auto& unit : name) {
-        const bool is_control = unit < 0x20 || (unit >= 0x7F && unit < 0xA0);
-        const bool breaks_lines = unit == 0x2028 || unit == 0x2029;
-        const bool turns = unit == 0x061C || unit == 0x200E || unit == 0x200F ||
-                           (unit >= 0x202A && unit <= 0x202E) || (unit >= 0x2066 && unit <= 0x2069);
-        if (is_control || breaks_lines || turns) unit = 0xFFFD;
-    }
-    return name;
-}
 
 FolderItems::FolderItems(HWND tree, FolderQuestions& questions, bool with_files, LANGID language)
     : m_tree(tree), m_disk(questions), m_wishes{with_files, {}}, m_language(language) {}

@@ -91,7 +91,4 @@ class FolderItems {
     std::vector<HTREEITEM> m_bases;  ///< items with a path of their own
 };
 
-/// A name as it may be shown: without characters that break lines or turn the reading direction.
-[[nodiscard]] std::u16string shown_name(std::u16string name);
-
 }  // namespace tvutil2

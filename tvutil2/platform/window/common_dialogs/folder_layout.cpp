@@ -1,13 +1,9 @@
 #include "tvutil2/platform/window/common_dialogs/folder_layout.h"
 
-#include "tvutil2/platform/draw/device_context.h"
-#include "tvutil2/platform/draw/objects.h"
-#include "tvutil2/platform/draw/text.h"
-#include "tvutil2/platform/draw/theme.h"
 #include "tvutil2/platform/process/message_box.h"
+#include "tvutil2/platform/window/common_dialogs/dialog_measures.h"
 #include "tvutil2/platform/window/common_dialogs/folder_words.h"
 #include "tvutil2/platform/window/controls/button.h"
-#include "tvutil2/platform/window/controls/combo_box.h"
 #include "tvutil2/platform/window/controls/control.h"
 #include "tvutil2/platform/window/controls/edit.h"
 #include "tvutil2/platform/window/controls/static.h"
@@ -21,88 +17,40 @@
 #include "tvutil2/platform/window/window.h"
 
 #include <algorithm>
-#include <string>
 
 namespace tvutil2 {
 namespace {
 
 // In pixels at 96 dots an inch.
-constexpr int kMargin = 12;
-constexpr int kGap = 8;
 constexpr int kUsualWidth = 380;
 constexpr int kUsualTree = 300;
 constexpr int kLeastTree = 80;
 
-// What the words take, measured in the dialog's font.
-class Measures {
-  public:
-    explicit Measures(HWND dialog)
-        : m_dialog(dialog), m_dpi(GetDpiForWindow(dialog)), m_context(GetDC(dialog)) {
-        m_before = SelectObject(m_context,
-                                reinterpret_cast<HFONT>(SendMessageW(dialog, WM_GETFONT, 0, 0)));
-    }
-    ~Measures() {
-        SelectObject(m_context, m_before);
-        ReleaseDC(m_dialog, m_context);
-    }
-    Measures(const Measures&) = delete;
-    Measures& operator=(const Measures&) = delete;
-
-    [[nodiscard]] LONG length(int pixels) const { return scaled(pixels, m_dpi); }
-    [[nodiscard]] bool has(int id) const { return GetDlgItem(m_dialog, id) != nullptr; }
-    /// 0 for what isn't there.
-    [[nodiscard]] LONG width_of(int id) const {
-        if (!has(id)) return 0;
-        return text_extent(m_context, text_of(GetDlgItem(m_dialog, id)).c_str(), 0, DT_SINGLELINE)
-            .cx;
-    }
-    [[nodiscard]] LONG title_height(LONG width) const {
-        const auto text = text_of(GetDlgItem(m_dialog, kFolderTitle));
-        return text.empty() ? 0
-                            : text_extent(m_context, text.c_str(), width,
-                                          DT_WORDBREAK | DT_EDITCONTROL | DT_NOPREFIX)
-                                  .cy;
-    }
-    [[nodiscard]] SIZE button(int id) const {
-        return {std::max(length(80), width_of(id) + length(24)), line() + length(9)};
-    }
-    [[nodiscard]] LONG field_height() const { return line() + length(9); }
-    [[nodiscard]] LONG line() const {
-        TEXTMETRICW metrics{};
-        GetTextMetricsW(m_context, &metrics);
-        return metrics.tmHeight;
-    }
-
-    /// The rows below the tree, with the gaps above them and the margin below.
-    [[nodiscard]] LONG below_tree() const {
-        const auto rows = (has(kFolderEdit) ? 1 : 0) + (has(kFolderTypes) ? 1 : 0);
-        return rows * (field_height() + length(kGap)) + length(kMargin) + button(IDOK).cy +
-               length(kMargin);
-    }
-    [[nodiscard]] LONG least_width() const {
-        auto width = 2 * length(kMargin) + button(IDOK).cx + length(kGap) + button(IDCANCEL).cx;
-        if (has(kFolderMake)) width += button(kFolderMake).cx + 2 * length(kGap);
-        return width;
-    }
-
-  private:
-    HWND m_dialog;
-    UINT m_dpi;
-    HDC m_context;
-    HGDIOBJ m_before;
-};
-
-void place(HWND dialog, int id, LONG x, LONG y, LONG width, LONG height) {
-    SetWindowPos(GetDlgItem(dialog, id), nullptr, x, y, std::max<LONG>(width, 0),
-                 std::max<LONG>(height, 0), SWP_NOZORDER | SWP_NOACTIVATE);
+LONG title_height(const DialogMeasures& measures, HWND dialog, LONG width) {
+    return measures.text_height(text_of(GetDlgItem(dialog, kFolderTitle)).c_str(), width);
 }
 
-SIZE with_frame(HWND dialog, LONG width, LONG height) {
-    RECT frame{0, 0, width, height};
-    AdjustWindowRectExForDpi(&frame, static_cast<DWORD>(GetWindowLongW(dialog, GWL_STYLE)), FALSE,
-                             static_cast<DWORD>(GetWindowLongW(dialog, GWL_EXSTYLE)),
-                             GetDpiForWindow(dialog));
-    return {frame.right - frame.left, frame.bottom - frame.top};
+// The rows below the tree, with the gaps above them and the margin below.
+LONG below_tree(const DialogMeasures& measures) {
+    const auto margin = measures.length(kDialogMargin);
+    const auto row =
+        measures.has(kFolderEdit) ? measures.field_height() + measures.length(kDialogGap) : 0;
+    return row + 2 * margin + measures.button(IDOK).cy;
+}
+
+LONG least_width(const DialogMeasures& measures) {
+    const auto gap = measures.length(kDialogGap);
+    auto width = 2 * measures.length(kDialogMargin) + measures.button(IDOK).cx + gap +
+                 measures.button(IDCANCEL).cx;
+    if (measures.has(kFolderMake)) width += measures.button(kFolderMake).cx + 2 * gap;
+    return width;
+}
+
+// With a tree of that height, in pixels at 96 dots an inch.
+SIZE size_with(HWND dialog, const DialogMeasures& measures, LONG width, int tree) {
+    const auto title = title_height(measures, dialog, width - 2 * measures.length(kDialogMargin));
+    return measures.with_frame(
+        width, title + measures.length(2 * kDialogMargin + tree) + below_tree(measures));
 }
 
 // In the order in which Tab goes through them.
@@ -120,17 +68,12 @@ void add_parts(HWND dialog, const FolderParts& parts, LANGID language) {
         add_control(dialog, u"Edit", u"", WS_TABSTOP | WS_BORDER | ES_AUTOHSCROLL, nowhere,
                     kFolderEdit);
     }
-    if (parts.has_types) {
-        add_control(dialog, u"Static", parts.types_label, 0, nowhere, kFolderTypesLabel);
-        add_control(dialog, u"ComboBox", u"", WS_TABSTOP | WS_VSCROLL | CBS_DROPDOWNLIST,
-                    RECT{0, 0, 100, 200}, kFolderTypes);
-    }
     if (parts.has_make) {
         add_control(dialog, u"Button", word(FolderWord::make_folder), WS_TABSTOP, nowhere,
                     kFolderMake);
     }
-    const auto* const ok = parts.ok != nullptr ? parts.ok : message_word(IDOK, language);
-    add_control(dialog, u"Button", ok, WS_TABSTOP | BS_DEFPUSHBUTTON, nowhere, IDOK);
+    add_control(dialog, u"Button", message_word(IDOK, language), WS_TABSTOP | BS_DEFPUSHBUTTON,
+                nowhere, IDOK);
     add_control(dialog, u"Button", message_word(IDCANCEL, language), WS_TABSTOP, nowhere, IDCANCEL);
     SendMessageW(dialog, DM_SETDEFID, IDOK, 0);
 }
@@ -138,11 +81,8 @@ void add_parts(HWND dialog, const FolderParts& parts, LANGID language) {
 }  // namespace
 
 SIZE least_folder_dialog(HWND dialog) {
-    const Measures measures(dialog);
-    const auto width = measures.least_width();
-    const auto title = measures.title_height(width - 2 * measures.length(kMargin));
-    return with_frame(dialog, width,
-                      title + measures.length(2 * kMargin + kLeastTree) + measures.below_tree());
+    const DialogMeasures measures(dialog);
+    return size_with(dialog, measures, least_width(measures), kLeastTree);
 }
 
 void build_folder_dialog(HWND dialog, const FolderParts& parts, LANGID language) {
@@ -150,12 +90,9 @@ void build_folder_dialog(HWND dialog, const FolderParts& parts, LANGID language)
     add_parts(dialog, parts, language);
     SIZE size{};
     {
-        const Measures measures(dialog);
-        const auto width = std::max(measures.least_width(), measures.length(kUsualWidth));
-        const auto title = measures.title_height(width - 2 * measures.length(kMargin));
-        size =
-            with_frame(dialog, width,
-                       title + measures.length(2 * kMargin + kUsualTree) + measures.below_tree());
+        const DialogMeasures measures(dialog);
+        const auto width = std::max(least_width(measures), measures.length(kUsualWidth));
+        size = size_with(dialog, measures, width, kUsualTree);
     }
     SetWindowPos(dialog, nullptr, 0, 0, size.cx, size.cy,
                  SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
@@ -165,42 +102,29 @@ void build_folder_dialog(HWND dialog, const FolderParts& parts, LANGID language)
 
 void lay_out_folder_dialog(HWND dialog) {
     if (GetDlgItem(dialog, IDCANCEL) == nullptr) return;
-    const Measures measures(dialog);
+    const DialogMeasures measures(dialog);
     RECT client{};
     GetClientRect(dialog, &client);
-    const auto margin = measures.length(kMargin);
-    const auto gap = measures.length(kGap);
+    const auto margin = measures.length(kDialogMargin);
+    const auto gap = measures.length(kDialogGap);
     const auto inside = client.right - 2 * margin;
-    const auto title = measures.title_height(inside);
-    place(dialog, kFolderTitle, margin, margin, inside, title);
+    const auto title = title_height(measures, dialog, inside);
+    measures.place(kFolderTitle, margin, margin, inside, title);
     const auto tree_top = margin + (title > 0 ? title + gap : 0);
-    const auto tree_bottom = client.bottom - measures.below_tree();
-    place(dialog, kFolderTree, margin, tree_top, inside, tree_bottom - tree_top);
+    const auto tree_bottom = client.bottom - below_tree(measures);
+    measures.place(kFolderTree, margin, tree_top, inside, tree_bottom - tree_top);
+    measures.place_row(kFolderLabel, measures.width_of(kFolderLabel), kFolderEdit, margin,
+                       tree_bottom + gap, client.right - margin);
 
     const auto ok = measures.button(IDOK);
     const auto cancel = measures.button(IDCANCEL);
     const auto row = client.bottom - margin - ok.cy;
-    auto top = tree_bottom + gap;
-    const auto label =
-        std::max(measures.width_of(kFolderLabel), measures.width_of(kFolderTypesLabel));
-    const auto place_row = [&](int label_id, int id) {
-        if (!measures.has(id)) return;
-        const auto height = measures.field_height();
-        place(dialog, label_id, margin, top + (height - measures.line()) / 2, label,
-              measures.line());
-        // A drop-down list's height is its open list's too.
-        const auto room = id == kFolderTypes ? 8 * height : height;
-        place(dialog, id, margin + label + gap, top, inside - label - gap, room);
-        top += height + gap;
-    };
-    place_row(kFolderLabel, kFolderEdit);
-    place_row(kFolderTypesLabel, kFolderTypes);
     const auto cancel_left = client.right - margin - cancel.cx;
-    place(dialog, IDCANCEL, cancel_left, row, cancel.cx, cancel.cy);
-    place(dialog, IDOK, cancel_left - gap - ok.cx, row, ok.cx, ok.cy);
+    measures.place(IDCANCEL, cancel_left, row, cancel.cx, cancel.cy);
+    measures.place(IDOK, cancel_left - gap - ok.cx, row, ok.cx, ok.cy);
     if (measures.has(kFolderMake)) {
         const auto make = measures.button(kFolderMake);
-        place(dialog, kFolderMake, margin, row, make.cx, make.cy);
+        measures.place(kFolderMake, margin, row, make.cx, make.cy);
     }
     RedrawWindow(dialog, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN);
 }

@@ -11,17 +11,11 @@ inline constexpr int kFolderTree = 0x3741;
 inline constexpr int kFolderLabel = 0x3745;
 inline constexpr int kFolderEdit = 0x3744;
 inline constexpr int kFolderMake = 0x3746;
-inline constexpr int kFolderTypesLabel = 0x3747;
-inline constexpr int kFolderTypes = 0x3748;
 
-/// Null for what there is none of.
 struct FolderParts {
     const char16_t* caption = u"";
     const char16_t* title = u"";           ///< above the tree
-    const char16_t* edit_label = nullptr;  ///< of an edit box
-    const char16_t* types_label = nullptr;
-    const char16_t* ok = nullptr;  ///< instead of the usual word
-    bool has_types = false;        ///< a drop-down list
+    const char16_t* edit_label = nullptr;  ///< of an edit box; null for none
     bool has_make = false;
 };
 

@@ -1,21 +1,15 @@
 #include "tvutil2/platform/window/common_dialogs/folder_questions.h"
 
-#include "tvutil2/platform/base/folder_id.h"
-#include "tvutil2/platform/base/host_path.h"
 #include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/base/service_thread.h"
-#include "tvutil2/platform/base/wide_text.h"
 #include "tvutil2/platform/files/files.h"
-#include "tvutil2/platform/files/find.h"
-#include "tvutil2/platform/files/name_pattern.h"
+#include "tvutil2/platform/window/common_dialogs/folder_places.h"
+#include "tvutil2/platform/window/common_dialogs/folder_reading.h"
 #include "tvutil2/platform/window/messages.h"
 
-#include <algorithm>
 #include <atomic>
 #include <deque>
 #include <mutex>
-#include <set>
-#include <string_view>
 #include <system_error>
 #include <utility>
 
@@ -23,67 +17,6 @@ namespace tvutil2 {
 namespace {
 
 constexpr int kMostNames = 1000;
-
-// The folders from the root down to this one.
-std::set<FolderId> folders_above(const std::u16string& path) {
-    std::set<FolderId> ids;
-    for (auto end = path.find(u'\\'); end != std::u16string::npos;
-         end = path.find(u'\\', end + 1)) {
-        if (const auto id = folder_id(path.substr(0, end + 1).c_str())) ids.insert(*id);
-    }
-    if (const auto id = folder_id(path.c_str())) ids.insert(*id);
-    return ids;
-}
-
-bool is_dots(std::u16string_view name) {
-    return name == u"." || name == u"..";
-}
-
-FolderEntry entry_of(const WIN32_FIND_DATAW& data) {
-    FolderEntry entry{data.cFileName};
-    entry.is_folder = (data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
-    entry.is_hidden = (data.dwFileAttributes & FILE_ATTRIBUTE_HIDDEN) != 0;
-    return entry;
-}
-
-bool comes_before(const FolderEntry& a, const FolderEntry& b) {
-    if (a.is_folder != b.is_folder) return a.is_folder;
-    return lstrcmpiW(a.name.c_str(), b.name.c_str()) < 0;
-}
-
-FolderAnswer list_folder_of(const std::u16string& path, const FileWishes& wishes,
-                            const std::atomic<bool>& is_wanted) {
-    FolderAnswer answer;
-    answer.path = path;
-    WIN32_FIND_DATAW data;
-    auto* const search = FindFirstFileW(joined(path, u"*").c_str(), &data);
-    if (search == INVALID_HANDLE_VALUE) {
-        // An empty root has not even dots.
-        answer.error = GetLastError() == ERROR_FILE_NOT_FOUND ? 0 : GetLastError();
-        return answer;
-    }
-    const std::vector<NamePattern> patterns(wishes.patterns.begin(), wishes.patterns.end());
-    const auto is_wished = [&](const std::u16string& name) {
-        const auto upper = upper_of(name);
-        return wishes.with_files &&
-               (patterns.empty() || std::ranges::any_of(patterns, [&](const NamePattern& each) {
-                    return each.matches(upper);
-                }));
-    };
-    const auto above = folders_above(path);
-    do {
-        auto entry = entry_of(data);
-        if (is_dots(entry.name) || (!entry.is_folder && !is_wished(entry.name))) continue;
-        if ((data.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 && entry.is_folder) {
-            const auto id = folder_id(joined(path, entry.name).c_str());
-            entry.leads_back = id && above.contains(*id);
-        }
-        answer.entries.push_back(std::move(entry));
-    } while (is_wanted && FindNextFileW(search, &data));
-    FindClose(search);
-    std::ranges::stable_sort(answer.entries, comes_before);
-    return answer;
-}
 
 FolderEntry look_at_one(const std::u16string& path) {
     FolderEntry entry{path};
@@ -140,6 +73,7 @@ struct FolderQuestions::Shared {
     UINT message = 0;
     std::deque<FolderAnswer> answers;
     std::atomic<bool> is_wanted = true;
+    std::atomic<std::uint64_t> reading = 0;  ///< the folder that is read for a list
 
     void put(FolderAnswer answer) {
         const std::lock_guard guard(lock);
@@ -159,14 +93,14 @@ FolderQuestions::~FolderQuestions() {
     m_shared->is_wanted = false;
 }
 
-std::uint64_t FolderQuestions::ask(std::function<FolderAnswer()> answer) {
+std::uint64_t FolderQuestions::start(std::function<void(std::uint64_t, const Put&)> work) {
     const auto question = ++m_last;
-    const auto put = [shared = m_shared, question](FolderAnswer given) {
+    const Put put = [shared = m_shared, question](FolderAnswer given) {
         given.question = question;
         shared->put(std::move(given));
     };
     try {
-        start_service_thread([put, answer = std::move(answer)] { put(answer()); });
+        start_service_thread([put, question, work = std::move(work)] { work(question, put); });
     } catch (const std::system_error&) {
         FolderAnswer none;
         none.error = ERROR_NOT_ENOUGH_MEMORY;
@@ -175,9 +109,30 @@ std::uint64_t FolderQuestions::ask(std::function<FolderAnswer()> answer) {
     return question;
 }
 
+std::uint64_t FolderQuestions::ask(std::function<FolderAnswer()> answer) {
+    return start([answer = std::move(answer)](std::uint64_t, const Put& put) { put(answer()); });
+}
+
 std::uint64_t FolderQuestions::list(std::u16string path, const FileWishes& wishes) {
     return ask([path = std::move(path), wishes, shared = m_shared] {
-        return list_folder_of(path, wishes, shared->is_wanted);
+        return list_folder_of(path, wishes, [&] { return shared->is_wanted.load(); });
+    });
+}
+
+std::uint64_t FolderQuestions::read(std::u16string path) {
+    m_shared->reading = m_last + 1;
+    return start(
+        [path = std::move(path), shared = m_shared](std::uint64_t question, const Put& put) {
+            read_folder(
+                path, [&] { return shared->is_wanted && shared->reading == question; }, put);
+        });
+}
+
+std::uint64_t FolderQuestions::places() {
+    return ask([] {
+        FolderAnswer answer;
+        answer.places = places_of_person();
+        return answer;
     });
 }
 
@@ -219,10 +174,6 @@ std::optional<FolderAnswer> FolderQuestions::take() {
     auto answer = std::move(m_shared->answers.front());
     m_shared->answers.pop_front();
     return answer;
-}
-
-std::u16string joined(const std::u16string& folder, const std::u16string& name) {
-    return folder.ends_with(u'\\') ? folder + name : folder + u'\\' + name;
 }
 
 }  // namespace tvutil2

@@ -1,7 +1,8 @@
-// What the folder dialog asks of the disk, on threads of its own: what hangs there, hangs alone.
+// What the dialogs for folders and files ask of the disk, on threads of its own: what hangs there,
+// hangs alone.
 #pragma once
 
-#include "tvutil2/platform/base/types.h"
+#include "tvutil2/platform/window/common_dialogs/folder_entry.h"
 
 #include <functional>
 #include <memory>
@@ -10,28 +11,6 @@
 #include <vector>
 
 namespace tvutil2 {
-
-struct FolderEntry {
-    std::u16string name;
-    bool is_folder = false;
-    bool is_hidden = false;
-    bool leads_back = false;  ///< a link to a folder that it is in
-    bool is_there = true;
-    bool has_folder = true;  ///< what it lies in is there
-};
-
-/// Which files are listed beside the folders.
-struct FileWishes {
-    bool with_files = false;
-    std::vector<std::u16string> patterns;  ///< none for all of them
-};
-
-struct FolderAnswer {
-    std::uint64_t question = 0;
-    DWORD error = 0;
-    std::u16string path;  ///< of what was asked for, or was made
-    std::vector<FolderEntry> entries;
-};
 
 /// Belongs to the dialog's thread; what is under way when it goes is thrown away.
 class FolderQuestions {
@@ -45,6 +24,11 @@ class FolderQuestions {
     // The number of the question.
     /// What is in a folder, in the order of the person's language, folders first.
     std::uint64_t list(std::u16string path, const FileWishes& wishes);
+    /// All that is in a folder, in several answers, each in the order of a list (read_folder). The
+    /// folder that was read before is read no further.
+    std::uint64_t read(std::u16string path);
+    /// Where the person may want to go: home, what is kept there, drives, and what is mounted.
+    std::uint64_t places();
     /// Whether there is a folder.
     std::uint64_t probe(std::u16string path);
     /// What is under each of the paths, which become the entries' names: with the extension where
@@ -59,13 +43,12 @@ class FolderQuestions {
 
   private:
     struct Shared;
+    using Put = std::function<void(FolderAnswer)>;
+    std::uint64_t start(std::function<void(std::uint64_t question, const Put& put)> work);
     std::uint64_t ask(std::function<FolderAnswer()> answer);
 
     std::shared_ptr<Shared> m_shared;
     std::uint64_t m_last = 0;
 };
-
-/// A name in a folder.
-[[nodiscard]] std::u16string joined(const std::u16string& folder, const std::u16string& name);
 
 }  // namespace tvutil2

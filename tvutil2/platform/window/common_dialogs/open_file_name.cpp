@@ -3,8 +3,8 @@
 #include "tvutil2/platform/base/host_path.h"
 #include "tvutil2/platform/base/wide_text.h"
 #include "tvutil2/platform/files/full_path.h"
+#include "tvutil2/platform/window/common_dialogs/file_dialog.h"
 #include "tvutil2/platform/window/common_dialogs/file_filters.h"
-#include "tvutil2/platform/window/common_dialogs/file_name_dialog.h"
 #include "tvutil2/platform/window/dialogs/desktop_files.h"
 #include "tvutil2/platform/window/screen.h"
 
@@ -39,6 +39,17 @@ FileQuestion question_of(const OPENFILENAMEW& asked, bool saves) {
     question.asks_to_replace = saves && (asked.Flags & OFN_OVERWRITEPROMPT) != 0;
     question.shows_hidden = (asked.Flags & OFN_FORCESHOWHIDDEN) != 0;
     return question;
+}
+
+FileNameRules rules_of(const OPENFILENAMEW& asked, bool saves) {
+    const auto has = [&](DWORD flag) { return (asked.Flags & flag) != 0; };
+    FileNameRules rules;
+    rules.extension = text_at(asked.lpstrDefExt);
+    rules.asks_to_create = !saves && has(OFN_CREATEPROMPT);
+    rules.file_must_exist = !saves && (has(OFN_FILEMUSTEXIST) || rules.asks_to_create);
+    rules.path_must_exist = has(OFN_PATHMUSTEXIST) || rules.file_must_exist;
+    if (!saves && !has(OFN_HIDEREADONLY)) rules.is_read_only = has(OFN_READONLY);
+    return rules;
 }
 
 // Where to begin: the folder of the name at first, or the one that the caller names.
@@ -127,12 +138,12 @@ bool choose(OPENFILENAMEW* asked, bool saves) {
     if (display() == nullptr) return fail(CDERR_DIALOGFAILURE);
     auto question = question_of(*asked, saves);
     const auto folder = first_folder(*asked, question.name);
-    FileNameRules rules;
-    rules.extension = text_at(asked->lpstrDefExt);
-    rules.file_must_exist = !saves && (asked->Flags & OFN_FILEMUSTEXIST) != 0;
-    rules.path_must_exist = (asked->Flags & (OFN_PATHMUSTEXIST | OFN_FILEMUSTEXIST)) != 0;
     auto chosen = ask_desktop(question, folder);
-    if (!chosen) chosen = ask_for_files(question, folder.empty() ? folder : full(folder), rules);
+    if (!chosen) {
+        chosen =
+            FileDialog(question, folder.empty() ? folder : full(folder), rules_of(*asked, saves))
+                .ask();
+    }
     return !chosen->paths.empty() && give(*asked, *chosen);
 }
 

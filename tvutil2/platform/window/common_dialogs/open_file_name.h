@@ -51,7 +51,10 @@ inline constexpr DWORD OFN_ALLOWMULTISELECT = 0x200;
 /// Set when the file hasn't the default extension.
 inline constexpr DWORD OFN_EXTENSIONDIFFERENT = 0x400;
 inline constexpr DWORD OFN_PATHMUSTEXIST = 0x800;
+/// Only what is there can be opened; passed over for what is saved.
 inline constexpr DWORD OFN_FILEMUSTEXIST = 0x1000;
+/// Asks whether a file to open that isn't there is to be made; that is the caller's to do.
+inline constexpr DWORD OFN_CREATEPROMPT = 0x2000;
 inline constexpr DWORD OFN_EXPLORER = 0x80000;
 inline constexpr DWORD OFN_FORCESHOWHIDDEN = 0x10000000;
 

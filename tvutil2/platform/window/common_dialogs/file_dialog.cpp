@@ -1,0 +1,337 @@
+#include "tvutil2/platform/window/common_dialogs/file_dialog.h"
+
+#include "tvutil2/platform/window/common_dialogs/file_layout.h"
+#include "tvutil2/platform/window/common_dialogs/file_names.h"
+#include "tvutil2/platform/window/common_dialogs/file_words.h"
+#include "tvutil2/platform/window/common_dialogs/shown_name.h"
+#include "tvutil2/platform/window/controls/button.h"
+#include "tvutil2/platform/window/controls/combo_box.h"
+#include "tvutil2/platform/window/controls/control.h"
+#include "tvutil2/platform/window/dialogs/dialogs.h"
+#include "tvutil2/platform/window/focus.h"
+#include "tvutil2/platform/window/geometry.h"
+#include "tvutil2/platform/window/keys.h"
+#include "tvutil2/platform/window/messages.h"
+#include "tvutil2/platform/window/window.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace tvutil2 {
+namespace {
+
+/// Posted once for however many items the selection gains and loses at once.
+constexpr UINT kSelectionChanged = WM_APP + 2;
+
+bool has_focus(HWND control) {
+    auto* const focus = GetFocus();
+    return focus != nullptr && (focus == control || IsChild(control, focus) != 0);
+}
+
+}  // namespace
+
+FileDialog::FileDialog(const FileQuestion& question, std::u16string folder, FileNameRules rules)
+    : m_question(question), m_rules(std::move(rules)), m_folder(std::move(folder)) {}
+
+ChosenNames FileDialog::ask() {
+    return run(m_question.owner, WS_THICKFRAME) == IDOK ? std::move(m_chosen) : ChosenNames{};
+}
+
+void FileDialog::build() {
+    FileParts parts;
+    parts.caption = m_question.title.empty()
+                        ? word(saves() ? FolderWord::save_caption : FolderWord::open_caption)
+                        : m_question.title.c_str();
+    parts.ok = word(saves() ? FolderWord::save : FolderWord::open);
+    parts.has_types = !m_question.filters.empty();
+    parts.has_read_only = m_rules.is_read_only.has_value();
+    parts.takes_several = m_question.takes_several;
+    build_file_dialog(window(), parts, language());
+    m_places = std::make_unique<FilePlaces>(item(kFilePlaces), icons(), language());
+    m_list = std::make_unique<FileList>(item(kFileRows), icons(), language());
+    m_list->show_hidden(m_question.shows_hidden);
+    add_filters();
+    if (m_rules.is_read_only.value_or(false)) {
+        CheckDlgButton(window(), kFileReadOnly, BST_CHECKED);
+    }
+    m_finding_places = disk().places();
+    if (!m_folder.empty()) go_to(m_folder);
+    fill_name(m_question.name, {m_question.name});
+    back_to_name();
+}
+
+void FileDialog::lay_out() {
+    lay_out_file_dialog(window());
+    if (m_places) m_places->arrange();
+}
+
+SIZE FileDialog::least_size() const {
+    return least_file_dialog(window());
+}
+
+void FileDialog::add_filters() {
+    for (const auto& filter : m_question.filters) {
+        SendMessageW(item(kFileTypes), CB_ADDSTRING, 0,
+                     reinterpret_cast<LPARAM>(filter.name.c_str()));
+    }
+    SendMessageW(item(kFileTypes), CB_SETCURSEL, m_question.filter, 0);
+    m_chosen.filter = m_question.filter;
+    if (m_question.filter < m_question.filters.size()) {
+        m_list->show_files(m_question.filters[m_question.filter].patterns);
+    }
+}
+
+void FileDialog::type_changed() {
+    const auto index = SendMessageW(item(kFileTypes), CB_GETCURSEL, 0, 0);
+    if (index < 0 || index >= static_cast<LRESULT>(m_question.filters.size())) return;
+    m_chosen.filter = static_cast<std::size_t>(index);
+    m_list->show_files(m_question.filters[m_chosen.filter].patterns);
+}
+
+// What was on its way to another folder is let go.
+void FileDialog::go_to(const std::u16string& folder, std::set<std::u16string> selects) {
+    m_folder = folder;
+    m_judging = 0;
+    SetDlgItemTextW(window(), kFilePath, shown_name(folder).c_str());
+    m_list->begin(std::move(selects));
+    m_places->follow(folder);
+    m_reading = disk().read(folder);
+}
+
+void FileDialog::go_to_typed() {
+    const auto typed = text_of(item(kFilePath));
+    if (const auto path = path_in(m_folder, typed)) {
+        go_to(*path);
+        SetFocus(m_list->window());
+    } else {
+        say(word(FolderWord::is_not_there), typed, MB_OK | MB_ICONWARNING);
+    }
+}
+
+void FileDialog::go_up() {
+    if (m_folder.empty()) return;
+    const auto above = folder_above(m_folder);
+    if (above != m_folder) go_to(above, {m_folder.substr(m_folder.rfind(u'\\') + 1)});
+}
+
+void FileDialog::read_again() {
+    if (m_folder.empty()) return;
+    std::set<std::u16string> names;
+    for (const auto* const entry : m_list->selected()) names.insert(entry->name);
+    go_to(m_folder, std::move(names));
+}
+
+void FileDialog::make_folder() {
+    if (m_folder.empty() || m_making != 0) return;
+    m_making = disk().make(m_folder, word(FolderWord::new_folder));
+}
+
+void FileDialog::take_made(const FolderAnswer& answer) {
+    m_making = 0;
+    if (answer.error != 0) {
+        say(word(FolderWord::cannot_be_made), answer.path, MB_OK | MB_ICONWARNING);
+        return;
+    }
+    go_to(m_folder, {answer.path.substr(answer.path.rfind(u'\\') + 1)});
+    SetFocus(m_list->window());
+}
+
+void FileDialog::fill_name(std::u16string text, std::vector<std::u16string> names) {
+    SetDlgItemTextW(window(), kFileName, text.c_str());
+    m_name_text = std::move(text);
+    m_name_names = std::move(names);
+}
+
+// Files go into the field; folders are none that could be opened in their place.
+void FileDialog::selection_changed() {
+    m_is_selection_told = false;
+    std::vector<std::u16string> names;
+    for (const auto* const entry : m_list->selected()) {
+        if (!entry->is_folder) names.push_back(entry->name);
+    }
+    if (names.empty()) return;
+    auto text = shown_name(typed_names(names));
+    fill_name(std::move(text), std::move(names));
+}
+
+// A folder is entered, a file chosen.
+void FileDialog::activate() {
+    const auto* const entry = m_list->focused();
+    if (entry == nullptr) return;
+    if (entry->is_folder) return go_to(joined(m_folder, entry->name));
+    selection_changed();
+    accept();
+}
+
+LRESULT FileDialog::notified(NMHDR& header) {
+    if (m_list && header.hwndFrom == m_list->window()) {
+        if (m_list->notified(header) || m_list->is_filling()) return 0;
+        if (header.code == LVN_ITEMCHANGED && !std::exchange(m_is_selection_told, true)) {
+            PostMessageW(window(), kSelectionChanged, 0, 0);
+        }
+        if (header.code == LVN_ITEMACTIVATE) activate();
+    }
+    if (m_places && header.hwndFrom == m_places->window() && header.code == NM_CLICK) {
+        if (const auto place = m_places->selected(); !place.empty()) go_to(place);
+    }
+    return 0;
+}
+
+void FileDialog::commanded(int id, WORD code) {
+    switch (id) {
+        case IDOK:
+            return press_ok();
+        case IDCANCEL:
+            EndDialog(window(), IDCANCEL);
+            return;
+        case kFileUp:
+            return go_up();
+        case kFileMake:
+            return make_folder();
+        case kFileTypes:
+            if (code == CBN_SELCHANGE) type_changed();
+            return;
+        default:
+            return;
+    }
+}
+
+void FileDialog::answered(FolderAnswer answer) {
+    const auto question = answer.question;
+    if (question == m_reading) {
+        m_list->take(std::move(answer));
+    } else if (question == m_finding_places) {
+        m_places->take(std::move(answer.places));
+        if (m_folder.empty()) go_to(m_places->usual());
+        m_places->follow(m_folder);
+    } else if (question == m_making) {
+        take_made(answer);
+    } else if (question == m_judging) {
+        m_judging = 0;
+        judge(answer);
+    }
+}
+
+bool FileDialog::hear_other(UINT message, WPARAM /*wparam*/, LPARAM /*lparam*/) {
+    if (message != kSelectionChanged) return false;
+    selection_changed();
+    return true;
+}
+
+bool FileDialog::takes_list_key(WPARAM key) {
+    if (key == VK_BACK) {
+        go_up();
+    } else if (key == 'A' && GetKeyState(VK_CONTROL) < 0 && m_question.takes_several) {
+        m_list->select_all();
+    } else {
+        return false;
+    }
+    return true;
+}
+
+bool FileDialog::takes_key(const MSG& message) {
+    const auto key = message.wParam;
+    const bool with_control = GetKeyState(VK_CONTROL) < 0;
+    if (message.message == WM_SYSKEYDOWN) {
+        if (key != VK_UP) return false;
+        go_up();
+    } else if (key == VK_F5) {
+        read_again();
+    } else if (with_control && key == 'H') {
+        m_list->show_hidden(!m_list->shows_hidden());
+    } else if (with_control && key == 'L') {
+        SetFocus(item(kFilePath));
+    } else if (with_control && GetKeyState(VK_SHIFT) < 0 && key == 'N') {
+        make_folder();
+    } else {
+        return message.hwnd == m_list->window() && takes_list_key(key);
+    }
+    return true;
+}
+
+bool FileDialog::takes(const MSG& message) {
+    if (!m_list || IsChild(window(), message.hwnd) == 0) return false;
+    const bool is_key = message.message == WM_KEYDOWN || message.message == WM_SYSKEYDOWN;
+    if (is_key) return takes_key(message);
+    if (message.message != WM_CHAR || message.hwnd != m_list->window()) return false;
+    const auto character = static_cast<char16_t>(message.wParam);
+    if (character > u' ') m_list->type(character);
+    return character > u' ';
+}
+
+// Enter means what the person is at.
+void FileDialog::press_ok() {
+    if (has_focus(item(kFilePath))) return go_to_typed();
+    if (has_focus(m_places->window())) {
+        if (const auto place = m_places->selected(); !place.empty()) go_to(place);
+        return;
+    }
+    const auto selected = m_list->selected();
+    const bool is_at_folder = selected.size() == 1 && selected[0]->is_folder;
+    if (is_at_folder && has_focus(m_list->window())) return activate();
+    accept();
+}
+
+// Names that can't stand in a field as they are come from the selection.
+std::vector<std::u16string> FileDialog::wanted_names() const {
+    const auto typed = text_of(item(kFileName));
+    if (typed == m_name_text && !typed.empty()) return m_name_names;
+    return names_in(typed, m_question.takes_several);
+}
+
+void FileDialog::accept() {
+    std::vector<std::u16string> paths;
+    for (const auto& name : wanted_names()) {
+        const auto path = path_in(m_folder, name);
+        if (!path) {
+            say(word(FolderWord::is_not_there), name, MB_OK | MB_ICONWARNING);
+            return;
+        }
+        paths.push_back(*path);
+    }
+    if (!paths.empty()) m_judging = disk().look_at(std::move(paths), m_rules.extension);
+}
+
+bool FileDialog::may_be(const FolderEntry& found) const {
+    const auto asks = [&](const char16_t* text, UINT icon) {
+        return say(text, found.name, MB_YESNO | icon | MB_DEFBUTTON2) == IDYES;
+    };
+    if (!found.has_folder && m_rules.path_must_exist) {
+        say(word(FolderWord::is_not_there), folder_above(found.name), MB_OK | MB_ICONWARNING);
+        return false;
+    }
+    if (!found.is_there && m_rules.asks_to_create) {
+        return asks(file_word(FileWord::creates, language()), MB_ICONQUESTION);
+    }
+    if (!found.is_there && m_rules.file_must_exist) {
+        say(file_word(FileWord::is_not_there, language()), found.name, MB_OK | MB_ICONWARNING);
+        return false;
+    }
+    const bool replaces = saves() && found.is_there && m_question.asks_to_replace;
+    return !replaces || asks(word(FolderWord::replaces), MB_ICONWARNING);
+}
+
+void FileDialog::judge(const FolderAnswer& answer) {
+    if (answer.entries.size() == 1 && answer.entries[0].is_folder) {
+        fill_name(saves() ? m_question.name : u"", {m_question.name});
+        return go_to(answer.entries[0].name);
+    }
+    const auto may_not = [this](const FolderEntry& found) {
+        return found.is_folder || !may_be(found);
+    };
+    if (std::ranges::any_of(answer.entries, may_not)) return back_to_name();
+    choose(answer.entries);
+}
+
+void FileDialog::choose(const std::vector<FolderEntry>& found) {
+    for (const auto& each : found) m_chosen.paths.push_back(each.name);
+    m_chosen.is_read_only = IsDlgButtonChecked(window(), kFileReadOnly) == BST_CHECKED;
+    EndDialog(window(), IDOK);
+}
+
+void FileDialog::back_to_name() {
+    SetFocus(item(kFileName));
+    SendMessageW(item(kFileName), CB_SETEDITSEL, 0, MAKELPARAM(0, -1));
+}
+
+}  // namespace tvutil2

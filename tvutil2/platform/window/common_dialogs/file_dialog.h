@@ -1,0 +1,93 @@
+// Our own dialog for files, where the desktop has none.
+#pragma once
+
+#include "tvutil2/platform/display/driver.h"
+#include "tvutil2/platform/window/common_dialogs/disk_dialog.h"
+#include "tvutil2/platform/window/common_dialogs/file_list.h"
+#include "tvutil2/platform/window/common_dialogs/file_places.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tvutil2 {
+
+struct FileNameRules {
+    std::u16string extension;  ///< for names without one; without a dot
+    bool file_must_exist = false;
+    bool path_must_exist = false;
+    bool asks_to_create = false;         ///< what isn't there
+    std::optional<bool> is_read_only{};  ///< what a check box for that says at first, if any
+};
+
+struct ChosenNames {
+    std::vector<std::u16string> paths;  ///< platform paths; none when the person cancels
+    std::size_t filter = 0;
+    bool is_read_only = false;
+};
+
+class FileDialog : public DiskDialog {
+  public:
+    /// The question's folder is not looked at; `folder` is a platform path, or empty for the usual
+    /// one.
+    FileDialog(const FileQuestion& question, std::u16string folder, FileNameRules rules);
+
+    /// Nothing was chosen when the person cancels or nobody can be asked.
+    [[nodiscard]] ChosenNames ask();
+
+  private:
+    void build() override;
+    void lay_out() override;
+    [[nodiscard]] SIZE least_size() const override;
+    LRESULT notified(NMHDR& header) override;
+    void commanded(int id, WORD code) override;
+    void answered(FolderAnswer answer) override;
+    bool hear_other(UINT message, WPARAM wparam, LPARAM lparam) override;
+    bool takes(const MSG& message) override;
+
+    [[nodiscard]] bool saves() const { return m_question.kind == FileQuestion::Kind::save; }
+    void add_filters();
+
+    // Where the dialog is.
+    void go_to(const std::u16string& folder, std::set<std::u16string> selects = {});
+    void go_to_typed();
+    void go_up();
+    void read_again();
+    void make_folder();
+    void take_made(const FolderAnswer& answer);
+
+    // What is selected.
+    void selection_changed();
+    void fill_name(std::u16string text, std::vector<std::u16string> names);
+    void type_changed();
+    void activate();
+    bool takes_key(const MSG& message);
+    bool takes_list_key(WPARAM key);
+
+    // From OK to the answer.
+    void press_ok();
+    void accept();
+    [[nodiscard]] std::vector<std::u16string> wanted_names() const;
+    void judge(const FolderAnswer& answer);
+    [[nodiscard]] bool may_be(const FolderEntry& found) const;
+    void choose(const std::vector<FolderEntry>& found);
+    void back_to_name();
+
+    const FileQuestion& m_question;
+    const FileNameRules m_rules;
+    std::u16string m_folder;  ///< what names hang on
+    std::unique_ptr<FileList> m_list;
+    std::unique_ptr<FilePlaces> m_places;
+    std::u16string m_name_text;                ///< what the selection has put into the field,
+    std::vector<std::u16string> m_name_names;  ///< and stands for
+    bool m_is_selection_told = false;
+    // What is under way; 0 for nothing.
+    std::uint64_t m_reading = 0;
+    std::uint64_t m_finding_places = 0;
+    std::uint64_t m_making = 0;
+    std::uint64_t m_judging = 0;
+    ChosenNames m_chosen;
+};
+
+}  // namespace tvutil2

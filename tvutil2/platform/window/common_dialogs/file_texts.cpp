@@ -1,0 +1,78 @@
+#include "tvutil2/platform/window/common_dialogs/file_texts.h"
+
+#include "tvutil2/platform/base/clock.h"
+#include "tvutil2/platform/system/date_format.h"
+#include "tvutil2/platform/window/common_dialogs/file_rows.h"
+#include "tvutil2/platform/window/common_dialogs/file_words.h"
+#include "tvutil2/platform/window/common_dialogs/shown_name.h"
+
+#include <ctime>
+#include <string>
+
+namespace tvutil2 {
+namespace {
+
+std::u16string digits(std::uint64_t number) {
+    const auto text = std::to_string(number);
+    return {text.begin(), text.end()};
+}
+
+// Two digits, with a zero in front.
+std::u16string two_digits(int number) {
+    return digits(static_cast<std::uint64_t>(number + 100)).substr(1);
+}
+
+}  // namespace
+
+std::u16string size_text(std::uint64_t bytes, LANGID language) {
+    constexpr std::uint64_t kStep = 1024;
+    auto unit = static_cast<std::uint8_t>(FileWord::bytes);
+    auto tenths = bytes;
+    std::u16string number = digits(bytes);
+    if (bytes >= kStep) {
+        // Tenths of the unit, rounded once.
+        std::uint64_t size = 1;
+        do {
+            size *= kStep;
+            ++unit;
+            const auto whole = bytes / size;
+            const auto rest = bytes % size;
+            tenths = whole * 10 + (rest * 10 + size / 2) / size;
+        } while (tenths >= kStep * 10 && unit < static_cast<std::uint8_t>(FileWord::terabytes));
+        number = digits(tenths >= 100 ? (tenths + 5) / 10 : tenths / 10);
+        if (tenths < 100) number += file_word(FileWord::decimal_mark, language) + digits(tenths % 10);
+    }
+    return number + u'\xA0' + file_word(static_cast<FileWord>(unit), language);
+}
+
+std::u16string time_text(const FILETIME& time, LANGID language) {
+    constexpr std::uint64_t kTicksOfSecond = 10000000;
+    const auto seconds = ticks_of(time) / kTicksOfSecond;
+    const auto epoch = ticks_of(file_time_of(std::int64_t{0}, 0)) / kTicksOfSecond;
+    if (seconds < epoch) return {};
+    const auto since = static_cast<__time64_t>(seconds - epoch);
+    std::tm parts{};
+    if (_localtime64_s(&parts, &since) != 0) return {};
+    const SYSTEMTIME date{static_cast<WORD>(parts.tm_year + 1900),
+                          static_cast<WORD>(parts.tm_mon + 1),
+                          static_cast<WORD>(parts.tm_wday),
+                          static_cast<WORD>(parts.tm_mday),
+                          0,
+                          0,
+                          0,
+                          0};
+    char16_t text[32];
+    const auto* const picture = file_word(FileWord::date, language);
+    if (GetDateFormatW(LOCALE_USER_DEFAULT, 0, &date, picture, text, 32) == 0) return {};
+    return text + (u' ' + two_digits(parts.tm_hour) + u':' + two_digits(parts.tm_min));
+}
+
+std::u16string type_text(const FolderEntry& entry, LANGID language) {
+    if (entry.is_folder) return file_word(FileWord::folder, language);
+    const auto extension = extension_of(entry);
+    if (extension.empty()) return file_word(FileWord::file, language);
+    std::u16string text = file_word(FileWord::typed_file, language);
+    return text.replace(text.find(u"%s"), 2, shown_name(extension));
+}
+
+}  // namespace tvutil2

@@ -1,0 +1,16 @@
+#include "tvutil2/platform/window/common_dialogs/shown_name.h"
+
+namespace tvutil2 {
+
+std::u16string shown_name(std::u16string name) {
+    for (auto& unit : name) {
+        const bool is_control = unit < 0x20 || (unit >= 0x7F && unit < 0xA0);
+        const bool breaks_lines = unit == 0x2028 || unit == 0x2029;
+        const bool turns = unit == 0x061C || unit == 0x200E || unit == 0x200F ||
+                           (unit >= 0x202A && unit <= 0x202E) || (unit >= 0x2066 && unit <= 0x2069);
+        if (is_control || breaks_lines || turns) unit = 0xFFFD;
+    }
+    return name;
+}
+
+}  // namespace tvutil2
