@@ -8,6 +8,7 @@
 #include "tvutil2/platform/window/controls/list_view.h"
 #include "tvutil2/platform/window/controls/tree_view.h"
 #include "tvutil2/platform/window/find_windows.h"
+#include "tvutil2/platform/window/window.h"
 
 #include <filesystem>
 #include <fstream>
@@ -53,7 +54,7 @@ std::u16string make_folders(const std::string& below) {
 }
 
 bool has_read_folder(HWND dialog) {
-    if (auto* const rows = GetDlgItem(dialog, kFileRows)) {
+    if (auto* const rows = GetDlgItem(dialog, tvutil2::kFileRows)) {
         return SendMessageW(rows, LVM_GETITEMCOUNT, 0, 0) > 1;
     }
     auto* const tree = FindWindowExW(dialog, nullptr, WC_TREEVIEWW, nullptr);

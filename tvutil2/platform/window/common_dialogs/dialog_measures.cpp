@@ -28,8 +28,8 @@ DialogMeasures::DialogMeasures(HWND dialog)
     : m_dialog(dialog),
       m_dpi(GetDpiForWindow(dialog)),
       m_context(GetDC(dialog)),
-      m_before(SelectObject(m_context,
-                            reinterpret_cast<HFONT>(SendMessageW(dialog, WM_GETFONT, 0, 0)))),
+      m_before(
+          SelectObject(m_context, reinterpret_cast<HFONT>(SendMessageW(dialog, WM_GETFONT, 0, 0)))),
       m_line(line_of(m_context)) {}
 
 DialogMeasures::~DialogMeasures() {

@@ -27,8 +27,8 @@ DiskDialog::~DiskDialog() {
 }
 
 INT_PTR DiskDialog::run(HWND owner, DWORD frame) {
-    const auto made = empty_template(WS_POPUP | WS_CAPTION | WS_SYSMENU | WS_CLIPCHILDREN |
-                                     DS_CENTER | frame);
+    const auto made =
+        empty_template(WS_POPUP | WS_CAPTION | WS_SYSMENU | WS_CLIPCHILDREN | DS_CENTER | frame);
     const auto pump = [&](HWND window) {
         return pump_dialog(window, [&](const MSG& message) { return takes(message); });
     };

@@ -62,7 +62,8 @@ void add_file_parts(HWND dialog, const FileParts& parts, LANGID language) {
 
 // The rows below the list, with the gaps above them and the margin below.
 LONG below_list(const DialogMeasures& measures) {
-    const auto rows = 1 + (measures.has(kFileTypes) ? 1 : 0) + (measures.has(kFileReadOnly) ? 1 : 0);
+    const auto rows =
+        1 + (measures.has(kFileTypes) ? 1 : 0) + (measures.has(kFileReadOnly) ? 1 : 0);
     return rows * (measures.field_height() + measures.length(kDialogGap)) +
            2 * measures.length(kDialogMargin) + measures.button(IDOK).cy;
 }

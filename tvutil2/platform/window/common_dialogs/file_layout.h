@@ -7,14 +7,14 @@ namespace tvutil2 {
 
 // Ids of the controls beside IDOK and IDCANCEL: those that programs know them by, as far as there
 // are any.
-inline constexpr int kFileName = 0x047C;  // cmb13
-inline constexpr int kFileNameLabel = 0x0442;  // stc3
-inline constexpr int kFileTypes = 0x0470;  // cmb1
+inline constexpr int kFileName = 0x047C;        // cmb13
+inline constexpr int kFileNameLabel = 0x0442;   // stc3
+inline constexpr int kFileTypes = 0x0470;       // cmb1
 inline constexpr int kFileTypesLabel = 0x0441;  // stc2
-inline constexpr int kFilePath = 0x0471;  // cmb2
-inline constexpr int kFilePathLabel = 0x0443;  // stc4
-inline constexpr int kFileRows = 0x0460;  // lst1
-inline constexpr int kFileReadOnly = 0x0410;  // chx1
+inline constexpr int kFilePath = 0x0471;        // cmb2
+inline constexpr int kFilePathLabel = 0x0443;   // stc4
+inline constexpr int kFileRows = 0x0460;        // lst1
+inline constexpr int kFileReadOnly = 0x0410;    // chx1
 inline constexpr int kFilePlaces = 0x3751;
 inline constexpr int kFileUp = 0x3752;
 inline constexpr int kFileMake = 0x3753;

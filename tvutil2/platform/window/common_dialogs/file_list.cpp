@@ -167,7 +167,7 @@ std::u16string FileList::text_of_row(int row, int column) const {
 
 void FileList::describe(LVITEMW& asked) {
     if ((asked.mask & LVIF_IMAGE) != 0) {
-        const auto icon = !has(asked.iItem)                   ? FolderIcon::none
+        const auto icon = !has(asked.iItem)                  ? FolderIcon::none
                           : m_rows.at(asked.iItem).is_folder ? FolderIcon::folder
                                                              : FolderIcon::file;
         asked.iImage = static_cast<int>(icon);

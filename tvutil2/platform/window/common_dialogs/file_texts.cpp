@@ -40,7 +40,8 @@ std::u16string size_text(std::uint64_t bytes, LANGID language) {
             tenths = whole * 10 + (rest * 10 + size / 2) / size;
         } while (tenths >= kStep * 10 && unit < static_cast<std::uint8_t>(FileWord::terabytes));
         number = digits(tenths >= 100 ? (tenths + 5) / 10 : tenths / 10);
-        if (tenths < 100) number += file_word(FileWord::decimal_mark, language) + digits(tenths % 10);
+        if (tenths < 100)
+            number += file_word(FileWord::decimal_mark, language) + digits(tenths % 10);
     }
     return number + u'\xA0' + file_word(static_cast<FileWord>(unit), language);
 }

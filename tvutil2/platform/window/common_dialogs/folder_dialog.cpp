@@ -10,6 +10,7 @@
 #include "tvutil2/platform/window/controls/control.h"
 #include "tvutil2/platform/window/controls/edit.h"
 #include "tvutil2/platform/window/controls/tree_view.h"
+#include "tvutil2/platform/window/dialogs/dialogs.h"
 #include "tvutil2/platform/window/focus.h"
 #include "tvutil2/platform/window/keys.h"
 #include "tvutil2/platform/window/messages.h"

@@ -9,7 +9,7 @@
 namespace tvutil2 {
 
 struct FolderEntry {
-    std::u16string name;
+    std::u16string name = {};
     bool is_folder = false;
     bool is_hidden = false;
     bool leads_back = false;  ///< a link to a folder that it is in
@@ -17,7 +17,7 @@ struct FolderEntry {
     bool has_folder = true;  ///< what it lies in is there
     std::uint64_t size = 0;  ///< bytes; of a folder 0
     FILETIME changed{};
-    std::string key;  ///< name_order_key, where the folder was read for a list
+    std::string key = {};  ///< name_order_key, where the folder was read for a list
 };
 
 /// Which files are listed beside the folders.

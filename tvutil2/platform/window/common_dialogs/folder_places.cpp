@@ -18,9 +18,9 @@ namespace tvutil2 {
 namespace {
 
 // File systems that lie on another machine.
-constexpr std::string_view kRemote[] = {"9p",      "afs",  "ceph",       "cifs",        "davfs",
-                                        "fuse.sshfs", "ncpfs", "nfs",    "nfs4",        "smb3",
-                                        "smbfs",   "sshfs", "fuse.rclone", "fuse.s3fs", "fuse.davfs2"};
+constexpr std::string_view kRemote[] = {
+    "9p",   "afs",  "ceph",  "cifs",  "davfs",       "fuse.sshfs", "ncpfs",      "nfs",
+    "nfs4", "smb3", "smbfs", "sshfs", "fuse.rclone", "fuse.s3fs",  "fuse.davfs2"};
 constexpr std::string_view kRoomsOfMounts[] = {"/media/", "/mnt/", "/run/media/"};
 
 // The fields of a line, up to the next space.
@@ -49,8 +49,8 @@ std::string unescaped(std::string_view field) {
     return text;
 }
 
-// "36 35 98:0 /root /mount/point options optional... - type source more": the mount point; empty for
-// one that isn't a person's.
+// "36 35 98:0 /root /mount/point options optional... - type source more": the mount point; empty
+// for one that isn't a person's.
 std::string mount_of_use(std::string_view line) {
     std::array<std::string_view, 5> fields;
     for (auto& field : fields) field = next_field(line);

@@ -9,13 +9,13 @@
 
 namespace tvutil2 {
 
-/// Home first; the desktop and the other folders of the person as far as they are there; the drives;
-/// what is mounted for the person to use: below /media, /mnt and /run/media, and other machines'
-/// folders. Asks the disk, but nothing of what is mounted.
+/// Home first; the desktop and the other folders of the person as far as they are there; the
+/// drives; what is mounted for the person to use: below /media, /mnt and /run/media, and other
+/// machines' folders. Asks the disk, but nothing of what is mounted.
 [[nodiscard]] std::vector<FolderPlace> places_of_person();
 
-/// The mount points among the lines of a host's /proc/self/mountinfo that are of use to a person, in
-/// their order.
+/// The mount points among the lines of a host's /proc/self/mountinfo that are of use to a person,
+/// in their order.
 [[nodiscard]] std::vector<std::string> mounts_of_use(std::string_view lines);
 
 }  // namespace tvutil2
