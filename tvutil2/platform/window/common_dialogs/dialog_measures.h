@@ -21,7 +21,8 @@ class DialogMeasures {
     [[nodiscard]] LONG width_of(int id) const;
     [[nodiscard]] LONG text_height(const char16_t* text, LONG width) const;
     [[nodiscard]] SIZE button(int id) const;
-    [[nodiscard]] LONG field_height() const { return line() + length(9); }
+    /// That of boxes with a list.
+    [[nodiscard]] LONG field_height() const { return line() * 14 / 8; }
     [[nodiscard]] LONG line() const { return m_line; }
 
     void place(int id, LONG x, LONG y, LONG width, LONG height) const;

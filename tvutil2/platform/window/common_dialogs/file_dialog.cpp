@@ -10,7 +10,6 @@
 #include "tvutil2/platform/window/dialogs/dialogs.h"
 #include "tvutil2/platform/window/focus.h"
 #include "tvutil2/platform/window/geometry.h"
-#include "tvutil2/platform/window/keys.h"
 #include "tvutil2/platform/window/messages.h"
 #include "tvutil2/platform/window/window.h"
 
@@ -22,6 +21,14 @@ namespace {
 
 /// Posted once for however many items the selection gains and loses at once.
 constexpr UINT kSelectionChanged = WM_APP + 2;
+
+// What is typed with wildcards, and is no file's name.
+std::u16string pattern_in(const FolderAnswer& answer) {
+    if (answer.entries.size() != 1 || answer.entries[0].is_there) return {};
+    const auto& path = answer.entries[0].name;
+    auto name = path.substr(path.rfind(u'\\') + 1);
+    return NamePattern::has_wildcards(name) ? name : std::u16string{};
+}
 
 bool has_focus(HWND control) {
     auto* const focus = GetFocus();
@@ -51,6 +58,7 @@ void FileDialog::build() {
     m_list = std::make_unique<FileList>(item(kFileRows), icons(), language());
     m_list->show_hidden(m_question.shows_hidden);
     add_filters();
+    add_drop_downs();
     if (m_rules.is_read_only.value_or(false)) {
         CheckDlgButton(window(), kFileReadOnly, BST_CHECKED);
     }
@@ -79,6 +87,25 @@ void FileDialog::add_filters() {
     if (m_question.filter < m_question.filters.size()) {
         m_list->show_files(m_question.filters[m_question.filter].patterns);
     }
+}
+
+void FileDialog::add_drop_downs() {
+    m_names = std::make_unique<DropDown>(item(kFileName), true, [this](const auto& typed) {
+        constexpr std::size_t kMostNames = 12;
+        auto names = m_list->names_like(typed, kMostNames);
+        // Such a name can be chosen in the list alone.
+        std::erase_if(names, [](const auto& name) { return shown_name(name) != name; });
+        return names;
+    });
+    m_above = std::make_unique<DropDown>(item(kFilePath), false, [this](const auto&) {
+        std::vector<std::u16string> folders;
+        for (auto folder = m_folder;
+             !folder.empty() && (folders.empty() || folder != folders.back());
+             folder = folder_above(folder)) {
+            folders.push_back(folder);
+        }
+        return folders;
+    });
 }
 
 void FileDialog::type_changed() {
@@ -191,6 +218,12 @@ void FileDialog::commanded(int id, WORD code) {
         case kFileTypes:
             if (code == CBN_SELCHANGE) type_changed();
             return;
+        case kFileName:
+            if (m_names) m_names->heard(code);
+            return;
+        case kFilePath:
+            if (m_above && m_above->heard(code)) go_to_typed();
+            return;
         default:
             return;
     }
@@ -216,47 +249,6 @@ bool FileDialog::hear_other(UINT message, WPARAM /*wparam*/, LPARAM /*lparam*/) 
     if (message != kSelectionChanged) return false;
     selection_changed();
     return true;
-}
-
-bool FileDialog::takes_list_key(WPARAM key) {
-    if (key == VK_BACK) {
-        go_up();
-    } else if (key == 'A' && GetKeyState(VK_CONTROL) < 0 && m_question.takes_several) {
-        m_list->select_all();
-    } else {
-        return false;
-    }
-    return true;
-}
-
-bool FileDialog::takes_key(const MSG& message) {
-    const auto key = message.wParam;
-    const bool with_control = GetKeyState(VK_CONTROL) < 0;
-    if (message.message == WM_SYSKEYDOWN) {
-        if (key != VK_UP) return false;
-        go_up();
-    } else if (key == VK_F5) {
-        read_again();
-    } else if (with_control && key == 'H') {
-        m_list->show_hidden(!m_list->shows_hidden());
-    } else if (with_control && key == 'L') {
-        SetFocus(item(kFilePath));
-    } else if (with_control && GetKeyState(VK_SHIFT) < 0 && key == 'N') {
-        make_folder();
-    } else {
-        return message.hwnd == m_list->window() && takes_list_key(key);
-    }
-    return true;
-}
-
-bool FileDialog::takes(const MSG& message) {
-    if (!m_list || IsChild(window(), message.hwnd) == 0) return false;
-    const bool is_key = message.message == WM_KEYDOWN || message.message == WM_SYSKEYDOWN;
-    if (is_key) return takes_key(message);
-    if (message.message != WM_CHAR || message.hwnd != m_list->window()) return false;
-    const auto character = static_cast<char16_t>(message.wParam);
-    if (character > u' ') m_list->type(character);
-    return character > u' ';
 }
 
 // Enter means what the person is at.
@@ -316,6 +308,10 @@ void FileDialog::judge(const FolderAnswer& answer) {
         fill_name(saves() ? m_question.name : u"", {m_question.name});
         return go_to(answer.entries[0].name);
     }
+    if (const auto pattern = pattern_in(answer); !pattern.empty()) {
+        m_list->show_files({pattern});
+        return back_to_name();
+    }
     const auto may_not = [this](const FolderEntry& found) {
         return found.is_folder || !may_be(found);
     };
@@ -325,7 +321,9 @@ void FileDialog::judge(const FolderAnswer& answer) {
 
 void FileDialog::choose(const std::vector<FolderEntry>& found) {
     for (const auto& each : found) m_chosen.paths.push_back(each.name);
-    m_chosen.is_read_only = IsDlgButtonChecked(window(), kFileReadOnly) == BST_CHECKED;
+    if (m_rules.is_read_only) {
+        m_chosen.is_read_only = IsDlgButtonChecked(window(), kFileReadOnly) == BST_CHECKED;
+    }
     EndDialog(window(), IDOK);
 }
 

@@ -3,6 +3,7 @@
 
 #include "tvutil2/platform/display/driver.h"
 #include "tvutil2/platform/window/common_dialogs/disk_dialog.h"
+#include "tvutil2/platform/window/common_dialogs/drop_down.h"
 #include "tvutil2/platform/window/common_dialogs/file_list.h"
 #include "tvutil2/platform/window/common_dialogs/file_places.h"
 
@@ -24,7 +25,8 @@ struct FileNameRules {
 struct ChosenNames {
     std::vector<std::u16string> paths;  ///< platform paths; none when the person cancels
     std::size_t filter = 0;
-    bool is_read_only = false;
+    /// What the check box says, where there is one.
+    std::optional<bool> is_read_only = std::nullopt;
 };
 
 class FileDialog : public DiskDialog {
@@ -48,6 +50,7 @@ class FileDialog : public DiskDialog {
 
     [[nodiscard]] bool saves() const { return m_question.kind == FileQuestion::Kind::save; }
     void add_filters();
+    void add_drop_downs();
 
     // Where the dialog is.
     void go_to(const std::u16string& folder, std::set<std::u16string> selects = {});
@@ -64,6 +67,7 @@ class FileDialog : public DiskDialog {
     void activate();
     bool takes_key(const MSG& message);
     bool takes_list_key(WPARAM key);
+    void close_offers(WPARAM key);
 
     // From OK to the answer.
     void press_ok();
@@ -79,6 +83,8 @@ class FileDialog : public DiskDialog {
     std::u16string m_folder;  ///< what names hang on
     std::unique_ptr<FileList> m_list;
     std::unique_ptr<FilePlaces> m_places;
+    std::unique_ptr<DropDown> m_names;         ///< like what is typed
+    std::unique_ptr<DropDown> m_above;         ///< the folders above
     std::u16string m_name_text;                ///< what the selection has put into the field,
     std::vector<std::u16string> m_name_names;  ///< and stands for
     bool m_is_selection_told = false;

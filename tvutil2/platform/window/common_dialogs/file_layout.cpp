@@ -21,11 +21,11 @@ namespace tvutil2 {
 namespace {
 
 // In pixels at 96 dots an inch.
-constexpr int kUsualDialogWidth = 740;
+constexpr int kUsualDialogWidth = 770;
 constexpr int kUsualList = 300;
 constexpr int kLeastList = 100;
 constexpr int kLeastListWidth = 200;
-constexpr int kPlacesWidth = 150;
+constexpr int kPlacesWidth = 170;
 
 // In the order in which Tab goes through them.
 void add_file_parts(HWND dialog, const FileParts& parts, LANGID language) {
@@ -88,7 +88,8 @@ LONG least_dialog_width(const DialogMeasures& measures) {
 void lay_out_top(const DialogMeasures& measures, LONG left, LONG right) {
     const auto up = measures.button(kFileUp);
     const auto top = measures.length(kDialogMargin);
-    measures.place(kFileUp, right - up.cx, top, up.cx, up.cy);
+    measures.place(kFileUp, right - up.cx, top + (measures.field_height() - up.cy) / 2, up.cx,
+                   up.cy);
     measures.place_row(kFilePathLabel, measures.width_of(kFilePathLabel), kFilePath, left, top,
                        right - up.cx - measures.length(kDialogGap));
 }

@@ -48,19 +48,30 @@ struct FileList::Selection {
 FileList::FileList(HWND list, HIMAGELIST icons, LANGID language)
     : m_list(list), m_language(language) {
     SendMessageW(list, LVM_SETIMAGELIST, LVSIL_SMALL, reinterpret_cast<LPARAM>(icons));
-    add_columns();
+    for (std::size_t i = 0; i < std::size(kColumns); ++i) {
+        add_column(i, scaled(kColumns[i].width, GetDpiForWindow(list)));
+    }
 }
 
-void FileList::add_columns() {
+void FileList::add_column(std::size_t index, int width) {
+    std::u16string title = file_word(kColumns[index].word, m_language);
+    const auto order = m_rows.order();
+    if (static_cast<std::size_t>(order.column) == index) {
+        title += order.is_descending ? u" \x25BE" : u" \x25B4";
+    }
+    LVCOLUMNW column{};
+    column.mask = LVCF_TEXT | LVCF_WIDTH | LVCF_FMT;
+    column.pszText = title.data();
+    column.cx = width;
+    column.fmt = kColumns[index].format;
+    SendMessageW(m_list, LVM_INSERTCOLUMNW, index, reinterpret_cast<LPARAM>(&column));
+}
+
+void FileList::title_columns() {
     for (std::size_t i = 0; i < std::size(kColumns); ++i) {
-        const auto& each = kColumns[i];
-        std::u16string title = file_word(each.word, m_language);
-        LVCOLUMNW column{};
-        column.mask = LVCF_TEXT | LVCF_WIDTH | LVCF_FMT;
-        column.pszText = title.data();
-        column.cx = scaled(each.width, GetDpiForWindow(m_list));
-        column.fmt = each.format;
-        SendMessageW(m_list, LVM_INSERTCOLUMNW, i, reinterpret_cast<LPARAM>(&column));
+        const auto width = SendMessageW(m_list, LVM_GETCOLUMNWIDTH, i, 0);
+        SendMessageW(m_list, LVM_DELETECOLUMN, i, 0);
+        add_column(i, static_cast<int>(width));
     }
 }
 
@@ -102,6 +113,7 @@ void FileList::order_by(FileColumn column) {
     const auto before = selection();
     const auto order = m_rows.order();
     m_rows.order_by({column, order.column == column && !order.is_descending});
+    title_columns();
     show(before);
 }
 

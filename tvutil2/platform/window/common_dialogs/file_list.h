@@ -41,7 +41,9 @@ class FileList {
 
   private:
     struct Selection;
-    void add_columns();
+    void add_column(std::size_t index, int width);
+    /// The order's mark is in a title.
+    void title_columns();
     void describe(LVITEMW& asked);
     [[nodiscard]] std::u16string text_of_row(int row, int column) const;
     void order_by(FileColumn column);

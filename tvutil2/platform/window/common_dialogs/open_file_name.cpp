@@ -120,6 +120,9 @@ bool give(OPENFILENAMEW& asked, const ChosenNames& chosen) {
         has_extension && !several ? static_cast<WORD>(asked.nFileOffset + dot + 1) : WORD{0};
     asked.nFilterIndex = static_cast<DWORD>(chosen.filter + 1);
     asked.Flags &= ~OFN_EXTENSIONDIFFERENT;
+    if (chosen.is_read_only) {
+        asked.Flags = (asked.Flags & ~OFN_READONLY) | (*chosen.is_read_only ? OFN_READONLY : 0);
+    }
     const auto wanted = text_at(asked.lpstrDefExt);
     if (!wanted.empty() &&
         (!has_extension || _wcsicmp(name.c_str() + dot + 1, wanted.c_str()) != 0)) {

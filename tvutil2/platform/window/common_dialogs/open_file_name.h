@@ -1,9 +1,12 @@
 // GetOpenFileNameW and GetSaveFileNameW: the person chooses files.
 //
 // On a desktop that has a dialog of its own for that, it is the desktop's. Elsewhere it is one of
-// ours, with folders and files in a tree, read on threads of their own, a box for the name, and one
-// for the filter; there several files are typed, each between double quotes. Hooks and templates
-// have no dialog to be in yet, and are passed over.
+// ours: a list of the folder, which fills while it is read, on a thread of its own; places beside
+// it, boxes for the folder, for the name, under which names like it are offered, and for the
+// filter. Several files are selected, or typed, each between double quotes; a name with wildcards
+// that is no file's filters the list. Backspace and Alt+Up go up, F5 reads again, Ctrl+H shows what
+// is hidden, Ctrl+L goes to the folder's box, Ctrl+Shift+N makes a folder. Hooks and templates have
+// no dialog to be in yet, and are passed over.
 #pragma once
 
 #include "tvutil2/platform/base/export.h"
@@ -38,9 +41,11 @@ struct OPENFILENAMEW {
     DWORD FlagsEx;
 };
 
+/// What the check box says, at first and at the end; as the caller gave it where there is none.
 inline constexpr DWORD OFN_READONLY = 0x1;
 /// Asks before a file is chosen to be saved to that is there.
 inline constexpr DWORD OFN_OVERWRITEPROMPT = 0x2;
+/// No check box for reading only, which a dialog for opening has otherwise.
 inline constexpr DWORD OFN_HIDEREADONLY = 0x4;
 /// The current folder never changes.
 inline constexpr DWORD OFN_NOCHANGEDIR = 0x8;
