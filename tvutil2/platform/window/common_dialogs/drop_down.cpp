@@ -17,6 +17,11 @@ bool DropDown::is_open() const {
     return SendMessageW(m_box, CB_GETDROPPEDSTATE, 0, 0) != 0;
 }
 
+void DropDown::select(std::size_t first, std::size_t last) {
+    SendMessageW(m_box, CB_SETEDITSEL, 0,
+                 MAKELPARAM(static_cast<WORD>(first), static_cast<WORD>(last)));
+}
+
 // A box whose list closes goes back to what was chosen before, which is nothing here.
 void DropDown::keep_text(const std::function<void()>& change) {
     DWORD first = 0;
@@ -28,7 +33,7 @@ void DropDown::keep_text(const std::function<void()>& change) {
     change();
     if (text_of(m_box) != text) SetWindowTextW(m_box, text.c_str());
     m_is_busy = false;
-    SendMessageW(m_box, CB_SETEDITSEL, 0, MAKELPARAM(first, last));
+    select(first, last);
 }
 
 void DropDown::close() {
@@ -76,8 +81,7 @@ std::optional<std::u16string> DropDown::heard(WORD code) {
         case CBN_CLOSEUP:
             if (std::exchange(m_is_taken, false)) return text_of(m_box);
             SetWindowTextW(m_box, m_typed.c_str());
-            SendMessageW(m_box, CB_SETEDITSEL, 0,
-                         MAKELPARAM(m_typed.size(), m_typed.size()));
+            select(m_typed.size(), m_typed.size());
             return std::nullopt;
         default:
             return std::nullopt;

@@ -29,6 +29,7 @@ class DropDown {
   private:
     void typed();
     void fill(const std::vector<std::u16string>& offers);
+    void select(std::size_t first, std::size_t last);
     void keep_text(const std::function<void()>& change);
 
     HWND m_box;
