@@ -24,24 +24,22 @@ std::u16string two_digits(int number) {
 
 }  // namespace
 
+// Tenths below ten, whole ones above: each rounded from the bytes.
 std::u16string size_text(std::uint64_t bytes, LANGID language) {
     constexpr std::uint64_t kStep = 1024;
     auto unit = static_cast<std::uint8_t>(FileWord::bytes);
-    auto tenths = bytes;
-    std::u16string number = digits(bytes);
-    if (bytes >= kStep) {
-        // Tenths of the unit, rounded once.
-        std::uint64_t size = 1;
-        do {
-            size *= kStep;
-            ++unit;
-            const auto whole = bytes / size;
-            const auto rest = bytes % size;
-            tenths = whole * 10 + (rest * 10 + size / 2) / size;
-        } while (tenths >= kStep * 10 && unit < static_cast<std::uint8_t>(FileWord::terabytes));
-        number = digits(tenths >= 100 ? (tenths + 5) / 10 : tenths / 10);
-        if (tenths < 100)
-            number += file_word(FileWord::decimal_mark, language) + digits(tenths % 10);
+    std::uint64_t size = 1;
+    const auto rounded = [&](std::uint64_t times) {
+        return bytes / size * times + (bytes % size * times + size / 2) / size;
+    };
+    while (rounded(1) >= kStep && unit < static_cast<std::uint8_t>(FileWord::terabytes)) {
+        size *= kStep;
+        ++unit;
+    }
+    auto number = digits(rounded(1));
+    if (const auto tenths = rounded(10); size > 1 && tenths < 100) {
+        number =
+            digits(tenths / 10) + file_word(FileWord::decimal_mark, language) + digits(tenths % 10);
     }
     return number + u'\xA0' + file_word(static_cast<FileWord>(unit), language);
 }
