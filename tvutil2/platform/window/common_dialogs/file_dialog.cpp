@@ -62,10 +62,15 @@ void FileDialog::build() {
     if (m_rules.is_read_only.value_or(false)) {
         CheckDlgButton(window(), kFileReadOnly, BST_CHECKED);
     }
+    if (!make_part()) {
+        EndDialog(window(), -1);
+        return;
+    }
     m_finding_places = disk().places();
     if (!m_folder.empty()) go_to(m_folder);
     fill_name(m_question.name, {m_question.name});
     back_to_name();
+    begin_part();
 }
 
 void FileDialog::lay_out() {
@@ -113,6 +118,7 @@ void FileDialog::type_changed() {
     if (index < 0 || index >= static_cast<LRESULT>(m_question.filters.size())) return;
     m_chosen.filter = static_cast<std::size_t>(index);
     m_list->show_files(m_question.filters[m_chosen.filter].patterns);
+    if (m_part != nullptr) m_part->tell_filter(m_chosen.filter);
 }
 
 // What was on its way to another folder is let go.
@@ -123,6 +129,7 @@ void FileDialog::go_to(const std::u16string& folder, std::set<std::u16string> se
     m_list->begin(std::move(selects));
     m_places->follow(folder);
     m_reading = disk().read(folder);
+    tell_part(CDN_FOLDERCHANGE);
 }
 
 void FileDialog::go_to_typed() {
@@ -179,6 +186,7 @@ void FileDialog::selection_changed() {
     if (names.empty()) return;
     auto text = shown_name(typed_names(names));
     fill_name(std::move(text), std::move(names));
+    tell_part(CDN_SELCHANGE);
 }
 
 // A folder is entered, a file chosen.
@@ -245,8 +253,8 @@ void FileDialog::answered(FolderAnswer answer) {
     }
 }
 
-bool FileDialog::hear_other(UINT message, WPARAM /*wparam*/, LPARAM /*lparam*/) {
-    if (message != kSelectionChanged) return false;
+bool FileDialog::hear_other(UINT message, WPARAM wparam, LPARAM lparam) {
+    if (message != kSelectionChanged) return hear_program(message, wparam, lparam);
     selection_changed();
     return true;
 }
@@ -323,6 +331,10 @@ void FileDialog::choose(const std::vector<FolderEntry>& found) {
     for (const auto& each : found) m_chosen.paths.push_back(each.name);
     if (m_rules.is_read_only) {
         m_chosen.is_read_only = IsDlgButtonChecked(window(), kFileReadOnly) == BST_CHECKED;
+    }
+    if (part_refuses()) {
+        m_chosen.paths.clear();
+        return back_to_name();
     }
     EndDialog(window(), IDOK);
 }

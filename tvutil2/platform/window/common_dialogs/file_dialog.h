@@ -4,9 +4,11 @@
 #include "tvutil2/platform/display/driver.h"
 #include "tvutil2/platform/window/common_dialogs/disk_dialog.h"
 #include "tvutil2/platform/window/common_dialogs/drop_down.h"
+#include "tvutil2/platform/window/common_dialogs/file_hook.h"
 #include "tvutil2/platform/window/common_dialogs/file_list.h"
 #include "tvutil2/platform/window/common_dialogs/file_places.h"
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -34,6 +36,9 @@ class FileDialog : public DiskDialog {
     /// The question's folder is not looked at; `folder` is a platform path, or empty for the usual
     /// one.
     FileDialog(const FileQuestion& question, std::u16string folder, FileNameRules rules);
+    /// Gives the dialog a part of the caller's, which outlives it; before it is asked. `give` puts
+    /// what was chosen into the caller's record, and gives false where it doesn't fit.
+    void add_part(FileHook& part, std::function<bool(const ChosenNames&)> give);
 
     /// Nothing was chosen when the person cancels or nobody can be asked.
     [[nodiscard]] ChosenNames ask();
@@ -78,8 +83,19 @@ class FileDialog : public DiskDialog {
     void choose(const std::vector<FolderEntry>& found);
     void back_to_name();
 
+    // The caller's part.
+    [[nodiscard]] bool make_part();
+    void begin_part();
+    void tell_part(UINT code);
+    [[nodiscard]] bool part_refuses();
+    [[nodiscard]] HWND control_of(WPARAM id) const;
+    [[nodiscard]] std::u16string file_path() const;
+    bool hear_program(UINT message, WPARAM wparam, LPARAM lparam);
+
     const FileQuestion& m_question;
-    const FileNameRules m_rules;
+    FileNameRules m_rules;
+    FileHook* m_part = nullptr;
+    std::function<bool(const ChosenNames&)> m_give;
     std::u16string m_folder;  ///< what names hang on
     std::unique_ptr<FileList> m_list;
     std::unique_ptr<FilePlaces> m_places;

@@ -60,6 +60,14 @@ void add_file_parts(HWND dialog, const FileParts& parts, LANGID language) {
     SendMessageW(dialog, DM_SETDEFID, IDOK, 0);
 }
 
+// Of the caller's own part, which stays as large as it is.
+SIZE size_of_part(HWND dialog) {
+    RECT place{};
+    auto* const part = GetDlgItem(dialog, kFilePart);
+    if (part == nullptr || GetWindowRect(part, &place) == 0) return {};
+    return {place.right - place.left, place.bottom - place.top};
+}
+
 // The rows below the list, with the gaps above them and the margin below.
 LONG below_list(const DialogMeasures& measures) {
     const auto rows =
@@ -72,9 +80,9 @@ LONG above_list(const DialogMeasures& measures) {
     return measures.length(kDialogMargin + kDialogGap) + measures.field_height();
 }
 
-SIZE file_dialog_size(const DialogMeasures& measures, LONG width, int list) {
-    return measures.with_frame(width,
-                               above_list(measures) + measures.length(list) + below_list(measures));
+SIZE file_dialog_size(const DialogMeasures& measures, const SIZE& part, LONG width, int list) {
+    const auto own = above_list(measures) + measures.length(list) + below_list(measures);
+    return measures.with_frame(std::max(width, part.cx), own + part.cy);
 }
 
 LONG least_dialog_width(const DialogMeasures& measures) {
@@ -122,18 +130,23 @@ void lay_out_buttons(const DialogMeasures& measures, LONG left, LONG right, LONG
 
 SIZE least_file_dialog(HWND dialog) {
     const DialogMeasures measures(dialog);
-    return file_dialog_size(measures, least_dialog_width(measures), kLeastList);
+    return file_dialog_size(measures, size_of_part(dialog), least_dialog_width(measures),
+                            kLeastList);
 }
 
 void build_file_dialog(HWND dialog, const FileParts& parts, LANGID language) {
     SetWindowTextW(dialog, parts.caption);
     add_file_parts(dialog, parts, language);
+    size_file_dialog(dialog);
+}
+
+void size_file_dialog(HWND dialog) {
     SIZE size{};
     {
         const DialogMeasures measures(dialog);
         const auto width =
             std::max(least_dialog_width(measures), measures.length(kUsualDialogWidth));
-        size = file_dialog_size(measures, width, kUsualList);
+        size = file_dialog_size(measures, size_of_part(dialog), width, kUsualList);
     }
     SetWindowPos(dialog, nullptr, 0, 0, size.cx, size.cy,
                  SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
@@ -150,14 +163,17 @@ void lay_out_file_dialog(HWND dialog) {
     const auto gap = measures.length(kDialogGap);
     const auto right = client.right - margin;
     const auto top = above_list(measures);
-    const auto bottom = client.bottom - below_list(measures);
+    const auto part = size_of_part(dialog);
+    const auto end = client.bottom - part.cy;
+    const auto bottom = end - below_list(measures);
     const auto places = measures.length(kPlacesWidth);
     lay_out_top(measures, margin, right);
     measures.place(kFilePlaces, margin, top, places, bottom - top);
     const auto list = margin + places + gap;
     measures.place(kFileRows, list, top, right - list, bottom - top);
     lay_out_fields(measures, margin, bottom + gap, right);
-    lay_out_buttons(measures, margin, right, client.bottom - margin);
+    lay_out_buttons(measures, margin, right, end - margin);
+    measures.place(kFilePart, 0, end, part.cx, part.cy);
     RedrawWindow(dialog, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN);
 }
 

@@ -18,6 +18,7 @@ inline constexpr int kFileReadOnly = 0x0410;    // chx1
 inline constexpr int kFilePlaces = 0x3751;
 inline constexpr int kFileUp = 0x3752;
 inline constexpr int kFileMake = 0x3753;
+inline constexpr int kFilePart = 0x3754;  // the caller's own
 
 struct FileParts {
     const char16_t* caption = u"";
@@ -29,6 +30,8 @@ struct FileParts {
 
 /// Makes the controls, gives the dialog its caption and its usual size, and lays it out.
 void build_file_dialog(HWND dialog, const FileParts& parts, LANGID language);
+/// Gives it its usual size, and lays it out.
+void size_file_dialog(HWND dialog);
 /// After its size has changed.
 void lay_out_file_dialog(HWND dialog);
 /// The size, with its frame, that all parts need.

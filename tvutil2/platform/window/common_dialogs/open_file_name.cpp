@@ -134,6 +134,18 @@ bool give(OPENFILENAMEW& asked, const ChosenNames& chosen) {
     return true;
 }
 
+ChosenNames ask_with_part(FileDialog& dialog, OPENFILENAMEW& asked) {
+    FileHook part(asked);
+    if (const auto error = part.find(); error != 0) {
+        g_error = error;
+        return {};
+    }
+    dialog.add_part(part, [&](const ChosenNames& chosen) { return give(asked, chosen); });
+    auto chosen = dialog.ask();
+    if (part.has_failed()) g_error = CDERR_INITIALIZATION;
+    return chosen;
+}
+
 bool choose(OPENFILENAMEW* asked, bool saves) {
     g_error = 0;
     if (asked == nullptr || asked->lStructSize != sizeof *asked) return fail(CDERR_STRUCTSIZE);
@@ -141,11 +153,12 @@ bool choose(OPENFILENAMEW* asked, bool saves) {
     if (display() == nullptr) return fail(CDERR_DIALOGFAILURE);
     auto question = question_of(*asked, saves);
     const auto folder = first_folder(*asked, question.name);
-    auto chosen = ask_desktop(question, folder);
+    const bool has_part = FileHook::is_wanted(*asked);
+    auto chosen = has_part ? std::nullopt : ask_desktop(question, folder);
     if (!chosen) {
-        chosen =
-            FileDialog(question, folder.empty() ? folder : full(folder), rules_of(*asked, saves))
-                .ask();
+        FileDialog dialog(question, folder.empty() ? folder : full(folder),
+                          rules_of(*asked, saves));
+        chosen = has_part ? ask_with_part(dialog, *asked) : dialog.ask();
     }
     return !chosen->paths.empty() && give(*asked, *chosen);
 }

@@ -5,8 +5,7 @@
 // it, boxes for the folder, for the name, under which names like it are offered, and for the
 // filter. Several files are selected, or typed, each between double quotes; a name with wildcards
 // that is no file's filters the list. Backspace and Alt+Up go up, F5 reads again, Ctrl+H shows what
-// is hidden, Ctrl+L goes to the folder's box, Ctrl+Shift+N makes a folder. Hooks and templates have
-// no dialog to be in yet, and are passed over.
+// is hidden, Ctrl+L goes to the folder's box, Ctrl+Shift+N makes a folder.
 #pragma once
 
 #include "tvutil2/platform/base/export.h"
@@ -49,6 +48,7 @@ inline constexpr DWORD OFN_OVERWRITEPROMPT = 0x2;
 inline constexpr DWORD OFN_HIDEREADONLY = 0x4;
 /// The current folder never changes.
 inline constexpr DWORD OFN_NOCHANGEDIR = 0x8;
+/// The dialog has a part of the caller's own (open_file_hook.h), and is never the desktop's.
 inline constexpr DWORD OFN_ENABLEHOOK = 0x20;
 inline constexpr DWORD OFN_ENABLETEMPLATE = 0x40;
 /// Several files: folder and names, each ended by a zero, and one more at the end.
@@ -64,13 +64,20 @@ inline constexpr DWORD OFN_EXPLORER = 0x80000;
 inline constexpr DWORD OFN_FORCESHOWHIDDEN = 0x10000000;
 
 inline constexpr DWORD CDERR_STRUCTSIZE = 0x0001;
+inline constexpr DWORD CDERR_INITIALIZATION = 0x0002;
+inline constexpr DWORD CDERR_NOTEMPLATE = 0x0003;
+inline constexpr DWORD CDERR_FINDRESFAILURE = 0x0006;
+inline constexpr DWORD CDERR_LOADRESFAILURE = 0x0007;
+inline constexpr DWORD CDERR_NOHOOK = 0x000B;
 inline constexpr DWORD CDERR_DIALOGFAILURE = 0xFFFF;
 /// The size that is needed stands in the first unit of lpstrFile.
 inline constexpr DWORD FNERR_BUFFERTOOSMALL = 0x3003;
 
 /// Non-zero when something was chosen, with lpstrFile, the offsets, nFilterIndex and lpstrFileTitle
-/// set. 0 when the person cancels, there is no display (CDERR_DIALOGFAILURE), or it doesn't fit
-/// (FNERR_BUFFERTOOSMALL): CommDlgExtendedError tells which.
+/// set. 0 when the person cancels, there is no display (CDERR_DIALOGFAILURE), it doesn't fit
+/// (FNERR_BUFFERTOOSMALL), or the caller's part has no hook, no template, or one that isn't there,
+/// can't be read or can't be made (CDERR_NOHOOK and those before it): CommDlgExtendedError tells
+/// which.
 TVUTIL_API BOOL GetOpenFileNameW(OPENFILENAMEW* asked);
 TVUTIL_API BOOL GetSaveFileNameW(OPENFILENAMEW* asked);
 /// Why the thread's last choice failed; 0 when it didn't, or was cancelled.

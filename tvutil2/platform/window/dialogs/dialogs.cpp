@@ -350,6 +350,16 @@ INT_PTR run_dialog(const DialogRun& given, const std::function<bool(HWND)>& pump
     return result;
 }
 
+HWND make_child_dialog(const DialogRun& given) {
+    auto dialog = read_at(given.dialog_template);
+    if (!dialog) return nullptr;
+    dialog->style &= ~(WS_POPUP | WS_CAPTION | WS_SYSMENU | WS_THICKFRAME | WS_DISABLED);
+    dialog->style |= WS_CHILD | WS_VISIBLE | WS_CLIPSIBLINGS | DS_CONTROL;
+    dialog->ex_style = 0;
+    dialog->menu = dialog->class_name = {};
+    return make_dialog(given.instance, *dialog, given.parent, given.procedure, given.parameter);
+}
+
 bool pump_dialog(HWND dialog, const std::function<bool(const MSG&)>& takes) {
     MSG message;
     if (GetMessageW(&message, nullptr, 0, 0) <= 0) {

@@ -19,6 +19,10 @@ struct DialogRun {
 /// dispatches each message. It gives false for WM_QUIT, and has posted it again then.
 [[nodiscard]] INT_PTR run_dialog(const DialogRun& dialog, const std::function<bool(HWND)>& pump);
 
+/// A dialog as a visible child without a frame, whatever its template says; null on failure, as
+/// CreateDialogIndirectParamW.
+[[nodiscard]] HWND make_child_dialog(const DialogRun& dialog);
+
 /// The pump of a dialog that nobody else has a say in. `takes` sees each message first, and gives
 /// true for those that it keeps.
 [[nodiscard]] bool pump_dialog(HWND dialog, const std::function<bool(const MSG&)>& takes = {});
