@@ -1,6 +1,8 @@
 // The desktop's own dialog for files, worked by hand.
 #include "tvutil2/platform/window/dialogs/desktop_files.h"
 
+#include "tvutil2/platform/base/host_path.h"
+#include "tvutil2/platform/window/common_dialogs/open_file_name.h"
 #include "tvutil2/platform/window/focus.h"
 #include "tvutil2/platform/window/show.h"
 
@@ -153,6 +155,39 @@ TEST_F(DesktopFiles, AreWrittenSeveralAndFolders) {
     answer = ask(desktop, asked, [&](const auto&) { press_with(desktop, XK_Alt_L, XK_s); });
     ASSERT_TRUE(answer);
     EXPECT_EQ(answer->paths, Paths{m_folder + "/below"});
+}
+
+TEST_F(DesktopFiles, AreSavedWithTheExtensionThatTheyLack) {
+    auto& desktop = PrivateDesktop::start();
+    const auto folder = tvutil2::platform_path(m_folder).value();
+    char16_t file[300] = u"two";
+    OPENFILENAMEW asked{};
+    asked.lStructSize = sizeof asked;
+    asked.lpstrTitle = u"Choose \u00e4";
+    asked.lpstrInitialDir = folder.c_str();
+    asked.lpstrFile = file;
+    asked.nMaxFile = 300;
+    asked.lpstrDefExt = u"txt";
+    asked.Flags = OFN_OVERWRITEPROMPT;
+    // The one that is there is to stay; then the dialog comes again, and another name is typed.
+    const std::string typed[] = {"\n", "\n", "other\n"};
+    static std::size_t step;
+    static std::function<void()> work;
+    step = 0;
+    std::string before;
+    work = [&] {
+        const auto clients = desktop.clients();
+        const auto now = clients.empty() ? "" : std::to_string(clients.back().id);
+        if (step == std::size(typed) || now.empty() || now == before) return;
+        before = now;
+        // In the place of the name that is there.
+        if (step + 1 == std::size(typed)) press_with(desktop, XK_Control_L, XK_a);
+        type(desktop, typed[step++]);
+    };
+    const auto timer = SetTimer(nullptr, 0, 200, [](HWND, UINT, UINT_PTR, DWORD) { work(); });
+    EXPECT_TRUE(GetSaveFileNameW(&asked));
+    KillTimer(nullptr, timer);
+    EXPECT_EQ(std::u16string(file), folder + u"\\other.txt");
 }
 
 TEST_F(DesktopFiles, AreThePortalsAffairWhereThatAnswers) {

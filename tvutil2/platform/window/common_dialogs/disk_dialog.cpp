@@ -40,10 +40,7 @@ HWND DiskDialog::item(int id) const {
 }
 
 int DiskDialog::say(const char16_t* text, const std::u16string& path, UINT type) const {
-    std::u16string said = text;
-    if (const auto place = said.find(u"%s"); place != std::u16string::npos) {
-        said.replace(place, 2, shown_name(path));
-    }
+    const auto said = text_with_path(text, path);
     return MessageBoxW(m_window, said.c_str(), text_of(m_window).c_str(), type);
 }
 

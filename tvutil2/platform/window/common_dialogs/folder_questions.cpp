@@ -5,6 +5,7 @@
 #include "tvutil2/platform/files/files.h"
 #include "tvutil2/platform/window/common_dialogs/folder_places.h"
 #include "tvutil2/platform/window/common_dialogs/folder_reading.h"
+#include "tvutil2/platform/window/common_dialogs/look_at_file.h"
 #include "tvutil2/platform/window/messages.h"
 
 #include <atomic>
@@ -18,27 +19,10 @@ namespace {
 
 constexpr int kMostNames = 1000;
 
-FolderEntry look_at_one(const std::u16string& path) {
-    FolderEntry entry{path};
-    const auto attributes = GetFileAttributesW(path.c_str());
-    entry.is_there = attributes != INVALID_FILE_ATTRIBUTES;
-    entry.is_folder = entry.is_there && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
-    const auto folder = path.substr(0, path.rfind(u'\\') + 1);
-    entry.has_folder = GetFileAttributesW(folder.c_str()) != INVALID_FILE_ATTRIBUTES;
-    return entry;
-}
-
 FolderAnswer look_at_all(const std::vector<std::u16string>& paths,
                          const std::u16string& extension) {
     FolderAnswer answer;
-    for (const auto& path : paths) {
-        auto entry = look_at_one(path);
-        const auto name = path.substr(path.rfind(u'\\') + 1);
-        if (!entry.is_there && !extension.empty() && name.find(u'.') == std::u16string::npos) {
-            entry = look_at_one(std::u16string(path).append(u".").append(extension));
-        }
-        answer.entries.push_back(std::move(entry));
-    }
+    for (const auto& path : paths) answer.entries.push_back(look_at_file(path, extension));
     return answer;
 }
 

@@ -1,11 +1,9 @@
 #include "tvutil2/platform/window/common_dialogs/open_file_name.h"
 
-#include "tvutil2/platform/base/host_path.h"
 #include "tvutil2/platform/base/wide_text.h"
 #include "tvutil2/platform/files/full_path.h"
-#include "tvutil2/platform/window/common_dialogs/file_dialog.h"
+#include "tvutil2/platform/window/common_dialogs/desktop_choice.h"
 #include "tvutil2/platform/window/common_dialogs/file_filters.h"
-#include "tvutil2/platform/window/dialogs/desktop_files.h"
 #include "tvutil2/platform/window/screen.h"
 
 #include <algorithm>
@@ -67,18 +65,6 @@ std::u16string full(const std::u16string& path) {
     char16_t buffer[4096];
     const auto length = GetFullPathNameW(path.c_str(), 4096, buffer, nullptr);
     return length > 0 && length < 4096 ? std::u16string(buffer, length) : path;
-}
-
-std::optional<ChosenNames> ask_desktop(FileQuestion question, const std::u16string& folder) {
-    if (const auto host = host_path(folder)) question.folder = *host;
-    const auto answer = choose_files(std::move(question));
-    if (!answer) return std::nullopt;
-    ChosenNames chosen;
-    chosen.filter = answer->filter;
-    for (const auto& path : answer->paths) {
-        if (auto text = platform_path(path)) chosen.paths.push_back(std::move(*text));
-    }
-    return chosen;
 }
 
 // The name behind the last backslash begins there.
@@ -154,10 +140,10 @@ bool choose(OPENFILENAMEW* asked, bool saves) {
     auto question = question_of(*asked, saves);
     const auto folder = first_folder(*asked, question.name);
     const bool has_part = FileHook::is_wanted(*asked);
-    auto chosen = has_part ? std::nullopt : ask_desktop(question, folder);
+    const auto rules = rules_of(*asked, saves);
+    auto chosen = has_part ? std::nullopt : ask_desktop(question, folder, rules);
     if (!chosen) {
-        FileDialog dialog(question, folder.empty() ? folder : full(folder),
-                          rules_of(*asked, saves));
+        FileDialog dialog(question, folder.empty() ? folder : full(folder), rules);
         chosen = has_part ? ask_with_part(dialog, *asked) : dialog.ask();
     }
     return !chosen->paths.empty() && give(*asked, *chosen);

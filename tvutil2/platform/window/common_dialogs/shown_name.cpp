@@ -13,4 +13,11 @@ std::u16string shown_name(std::u16string name) {
     return name;
 }
 
+std::u16string text_with_path(std::u16string text, const std::u16string& path) {
+    if (const auto place = text.find(u"%s"); place != std::u16string::npos) {
+        text.replace(place, 2, shown_name(path));
+    }
+    return text;
+}
+
 }  // namespace tvutil2

@@ -9,4 +9,7 @@ namespace tvutil2 {
 /// or turn the reading direction.
 [[nodiscard]] std::u16string shown_name(std::u16string name);
 
+/// The text with a path, as it is shown, in the place of "%s".
+[[nodiscard]] std::u16string text_with_path(std::u16string text, const std::u16string& path);
+
 }  // namespace tvutil2
