@@ -29,7 +29,15 @@ enum class AccessibleRole : std::uint8_t {
     scroll_bar,
     progress,
     menu,
+    menu_bar,
+    menu_item,
     custom
+};
+
+/// Of progress bars and scroll bars.
+struct AccessibleRange {
+    int least = 0, most = 0, now = 0;
+    friend bool operator==(const AccessibleRange&, const AccessibleRange&) = default;
 };
 
 struct AccessibleState {
@@ -57,6 +65,7 @@ struct Accessible {
     int level = 0;  ///< of an item in a tree; the uppermost have 1
     int caret = 0;  ///< where text is typed next in `value`, in units
     AccessibleState state;
+    AccessibleRange range;
     RECT place{};  ///< on the screen
     std::vector<Accessible> children;
 };

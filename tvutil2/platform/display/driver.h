@@ -54,12 +54,14 @@ struct RawInput {
         form,      ///< or minimised, maximised or restored it
         scale,     ///< the window is on a monitor of another scale now
         look,      ///< colours or fonts of the desktop have changed
+        focus,     ///< the keyboard is wanted in a control, by somebody who doesn't see it
         describe,  ///< somebody who doesn't see the window asks what is in it
         lost       ///< the display has gone: nothing is shown any more
     };
 
     Kind kind = Kind::pointer_move;
-    HWND window = nullptr;  ///< the top-level window; null for the one in front
+    HWND window = nullptr;   ///< the top-level window; null for the one in front
+    HWND control = nullptr;  ///< in it, for the focus
     POINT point{};
     int key = 0;  ///< a virtual key
     int scan_code = 0;

@@ -1,7 +1,7 @@
 #include "tvutil2/platform/window/accessibility.h"
 
-#include "tvutil2/platform/base/wide_text.h"
 #include "tvutil2/platform/window/accessible_items.h"
+#include "tvutil2/platform/window/accessible_menus.h"
 #include "tvutil2/platform/window/class_table.h"
 #include "tvutil2/platform/window/controls/button.h"
 #include "tvutil2/platform/window/controls/combo_box.h"
@@ -12,6 +12,7 @@
 #include "tvutil2/platform/window/dialogs/dialogs.h"
 #include "tvutil2/platform/window/focus.h"
 #include "tvutil2/platform/window/geometry.h"
+#include "tvutil2/platform/window/menus/menu_bar.h"
 #include "tvutil2/platform/window/messages.h"
 #include "tvutil2/platform/window/scrolling.h"
 #include "tvutil2/platform/window/show.h"
@@ -68,19 +69,6 @@ Role role_of(HWND window, DWORD style) {
     return (style & WS_CHILD) == 0 ? Role::window : Role::custom;
 }
 
-// A text without the mark of its mnemonic, and that.
-std::u16string without_mark(const std::u16string& text, char16_t& mnemonic) {
-    std::u16string plain;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        if (text[i] == u'&') {
-            if (++i == text.size()) break;
-            if (text[i] != u'&') mnemonic = to_lower(text[i]);
-        }
-        plain += text[i];
-    }
-    return plain;
-}
-
 // Whose name is what they say themselves, and not a label's.
 bool names_itself(Role role) {
     switch (role) {
@@ -116,6 +104,20 @@ std::u16string value_of(HWND window, Role role) {
         default:
             return {};
     }
+}
+
+AccessibleRange range_of(HWND window, Role role) {
+    AccessibleRange range;
+    if (role == Role::progress) {
+        range.least = static_cast<int>(SendMessageW(window, PBM_GETRANGE, TRUE, 0));
+        range.most = static_cast<int>(SendMessageW(window, PBM_GETRANGE, FALSE, 0));
+        range.now = static_cast<int>(SendMessageW(window, PBM_GETPOS, 0, 0));
+    } else if (role == Role::scroll_bar) {
+        SendMessageW(window, SBM_GETRANGE, reinterpret_cast<WPARAM>(&range.least),
+                     reinterpret_cast<LPARAM>(&range.most));
+        range.now = static_cast<int>(SendMessageW(window, SBM_GETPOS, 0, 0));
+    }
+    return range;
 }
 
 AccessibleState state_of_control(HWND window, Role role, DWORD style) {
@@ -167,8 +169,9 @@ Accessible describe(HWND window, int depth) {
     const auto style = style_of(window);
     found.window = window;
     found.role = role_of(window, style);
-    if (names_itself(found.role)) found.name = without_mark(text_of(window), found.mnemonic);
+    if (names_itself(found.role)) found.name = without_mnemonic(text_of(window), found.mnemonic);
     found.value = value_of(window, found.role);
+    found.range = range_of(window, found.role);
     found.state = state_of_control(window, found.role, style);
     GetWindowRect(window, &found.place);
     if (found.role == Role::edit) {
@@ -183,6 +186,10 @@ Accessible describe(HWND window, int depth) {
          each = GetWindow(each, GW_HWNDNEXT)) {
         found.children.push_back(describe(each, depth + 1));
     }
+    if (depth == 0 && GetMenu(window) != nullptr) {
+        found.children.insert(found.children.begin(), accessible_menu_bar(window));
+    }
+    if (found.role == Role::menu) describe_menu(found);
     name_by_labels(found.children);
     return found;
 }

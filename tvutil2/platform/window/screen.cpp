@@ -5,6 +5,7 @@
 #include "tvutil2/platform/display/monitors.h"
 #include "tvutil2/platform/draw/theme.h"
 #include "tvutil2/platform/window/accessibility.h"
+#include "tvutil2/platform/window/focus.h"
 #include "tvutil2/platform/window/geometry.h"
 #include "tvutil2/platform/window/input.h"
 #include "tvutil2/platform/window/messages.h"
@@ -198,6 +199,9 @@ void follow_desktop(const RawInput& input) {
             break;
         case RawInput::Kind::look:
             follow_look(input.window);
+            break;
+        case RawInput::Kind::focus:
+            if (IsWindowVisible(input.control) != 0) SetFocus(input.control);
             break;
         case RawInput::Kind::describe:
             tell_content(input.window);

@@ -14,6 +14,7 @@ namespace tvutil2 {
 struct AccessibleWishes {
     std::function<void()> describe;                ///< what is in the windows, from now on
     std::function<void(const RECT& place)> press;  ///< what is there
+    std::function<void(HWND control)> focus;       ///< the keyboard in it
 };
 
 /// A drawing area whose accessible object has the controls as its children. It has none before it

@@ -1,12 +1,13 @@
 #include "tvutil2/platform/display/module/accessible_part.h"
 
+#include "tvutil2/platform/display/module/accessible_roles.h"
 #include "tvutil2/platform/display/module/accessible_text.h"
 #include "tvutil2/platform/display/module/desktop_look.h"
 
 #include <algorithm>
-#include <array>
 #include <memory>
 #include <utility>
+#include <vector>
 
 namespace tvutil2 {
 namespace {
@@ -23,79 +24,6 @@ const GQuark g_content = g_quark_from_static_string("tvutil2-part");
 
 Content& content_of(gpointer object) {
     return *static_cast<Content*>(g_object_get_qdata(G_OBJECT(object), g_content));
-}
-
-AtkRole role_of(const Accessible& told) {
-    switch (told.role) {
-        case AccessibleRole::window:
-        case AccessibleRole::dialog:
-            return ATK_ROLE_PANEL;
-        case AccessibleRole::push_button:
-            return ATK_ROLE_PUSH_BUTTON;
-        case AccessibleRole::check_box:
-            return ATK_ROLE_CHECK_BOX;
-        case AccessibleRole::radio_button:
-            return ATK_ROLE_RADIO_BUTTON;
-        case AccessibleRole::group:
-            return ATK_ROLE_GROUPING;
-        case AccessibleRole::label:
-            return ATK_ROLE_LABEL;
-        case AccessibleRole::picture:
-            return ATK_ROLE_IMAGE;
-        case AccessibleRole::separator:
-            return ATK_ROLE_SEPARATOR;
-        case AccessibleRole::edit:
-            return told.state.is_multiline ? ATK_ROLE_TEXT : ATK_ROLE_ENTRY;
-        case AccessibleRole::password:
-            return ATK_ROLE_PASSWORD_TEXT;
-        case AccessibleRole::list:
-            return ATK_ROLE_LIST;
-        case AccessibleRole::list_item:
-            return ATK_ROLE_LIST_ITEM;
-        case AccessibleRole::tree:
-            return ATK_ROLE_TREE;
-        case AccessibleRole::tree_item:
-            return ATK_ROLE_TREE_ITEM;
-        case AccessibleRole::combo_box:
-            return ATK_ROLE_COMBO_BOX;
-        case AccessibleRole::scroll_bar:
-            return ATK_ROLE_SCROLL_BAR;
-        case AccessibleRole::progress:
-            return ATK_ROLE_PROGRESS_BAR;
-        case AccessibleRole::menu:
-            return ATK_ROLE_MENU;
-        case AccessibleRole::custom:
-            break;
-    }
-    return ATK_ROLE_UNKNOWN;
-}
-
-bool is_item(const Accessible& told) {
-    return told.role == AccessibleRole::list_item || told.role == AccessibleRole::tree_item;
-}
-
-using States = std::array<std::pair<AtkStateType, bool>, 16>;
-
-States states_of(const Accessible& told) {
-    const auto& state = told.state;
-    const bool is_field =
-        told.role == AccessibleRole::edit || told.role == AccessibleRole::password;
-    return {{{ATK_STATE_VISIBLE, state.is_visible},
-             {ATK_STATE_SHOWING, state.is_visible},
-             {ATK_STATE_ENABLED, state.is_enabled},
-             {ATK_STATE_SENSITIVE, state.is_enabled},
-             {ATK_STATE_FOCUSABLE, state.is_focusable || is_item(told)},
-             {ATK_STATE_FOCUSED, state.has_focus},
-             {ATK_STATE_CHECKED, state.is_checked},
-             {ATK_STATE_INDETERMINATE, state.is_mixed},
-             {ATK_STATE_DEFAULT, state.is_default},
-             {ATK_STATE_READ_ONLY, state.is_read_only},
-             {ATK_STATE_EDITABLE, is_field && !state.is_read_only},
-             {ATK_STATE_MULTI_LINE, state.is_multiline},
-             {ATK_STATE_SELECTABLE, is_item(told)},
-             {ATK_STATE_SELECTED, state.is_selected},
-             {ATK_STATE_EXPANDABLE, state.is_expandable || told.role == AccessibleRole::combo_box},
-             {ATK_STATE_EXPANDED, state.is_expanded}}};
 }
 
 // ---- what ATK asks of an object
@@ -151,6 +79,15 @@ void get_extents(AtkComponent* component, gint* x, gint* y, gint* width, gint* h
     *y -= top;
 }
 
+gboolean grab_focus(AtkComponent* component) {
+    const auto& content = content_of(component);
+    const auto& state = content.told.state;
+    const bool is_in_list = is_item(content.told) && content.told.role != AccessibleRole::menu_item;
+    if (content.is_gone || !state.is_enabled || (!state.is_focusable && !is_in_list)) return FALSE;
+    content.wishes->focus(content.told.window);
+    return TRUE;
+}
+
 const char* action_name(AtkAction* action, gint index) {
     if (index != 0) return nullptr;
     return content_of(action).told.role == AccessibleRole::check_box ? "toggle" : "click";
@@ -171,6 +108,7 @@ gint count_actions(AtkAction* action) {
         case AccessibleRole::combo_box:
         case AccessibleRole::list_item:
         case AccessibleRole::tree_item:
+        case AccessibleRole::menu_item:
             return 1;
         default:
             return 0;
@@ -180,6 +118,18 @@ gint count_actions(AtkAction* action) {
 AccessibleText text_of(gpointer object) {
     const auto& told = content_of(object).told;
     return {told.value, told.caret};
+}
+
+// Which of the items in view are selected.
+std::vector<int> selected_of(gpointer list) {
+    const auto& parts = content_of(list).parts;
+    std::vector<int> selected;
+    for (int i = 0; i < parts.count(); ++i) {
+        const std::unique_ptr<AtkObject, decltype(&g_object_unref)> item(parts.at(i),
+                                                                         &g_object_unref);
+        if (content_of(item.get()).told.state.is_selected) selected.push_back(i);
+    }
+    return selected;
 }
 
 GType register_type(const char* name, GType parent, GClassInitFunc init) {
@@ -211,6 +161,7 @@ GType part_type() {
             });
         add_interface<AtkComponentIface>(made, ATK_TYPE_COMPONENT, [](AtkComponentIface& table) {
             table.get_extents = get_extents;
+            table.grab_focus = grab_focus;
         });
         add_interface<AtkActionIface>(made, ATK_TYPE_ACTION, [](AtkActionIface& table) {
             table.get_n_actions = count_actions;
@@ -232,8 +183,68 @@ GType text_type() {
     return type;
 }
 
+GType value_type() {
+    static const auto type = [] {
+        const auto made = register_type("Tvutil2ValuePart", part_type(), nullptr);
+        add_interface<AtkValueIface>(made, ATK_TYPE_VALUE, [](AtkValueIface& table) {
+            table.get_value_and_text = [](AtkValue* value, gdouble* now, gchar** text) {
+                *now = content_of(value).told.range.now;
+                *text = nullptr;
+            };
+            table.get_range = [](AtkValue* value) {
+                const auto& range = content_of(value).told.range;
+                return atk_range_new(range.least, range.most, nullptr);
+            };
+        });
+        return made;
+    }();
+    return type;
+}
+
+GType list_type() {
+    static const auto type = [] {
+        const auto made = register_type("Tvutil2ListPart", part_type(), nullptr);
+        add_interface<AtkSelectionIface>(made, ATK_TYPE_SELECTION, [](AtkSelectionIface& table) {
+            table.get_selection_count = [](AtkSelection* list) {
+                return static_cast<gint>(selected_of(list).size());
+            };
+            table.is_child_selected = [](AtkSelection* list, gint index) -> gboolean {
+                const auto selected = selected_of(list);
+                return std::find(selected.begin(), selected.end(), index) != selected.end();
+            };
+            table.ref_selection = [](AtkSelection* list, gint index) -> AtkObject* {
+                const auto selected = selected_of(list);
+                const auto at = static_cast<std::size_t>(index);
+                return at < selected.size() ? content_of(list).parts.at(selected[at]) : nullptr;
+            };
+            table.add_selection = [](AtkSelection* list, gint index) -> gboolean {
+                const std::unique_ptr<AtkObject, decltype(&g_object_unref)> item(
+                    content_of(list).parts.at(index), &g_object_unref);
+                return item ? do_action(ATK_ACTION(item.get()), 0) : FALSE;
+            };
+        });
+        return made;
+    }();
+    return type;
+}
+
 bool is_text(const Accessible& told) {
     return told.role == AccessibleRole::edit;
+}
+
+GType type_of(const Accessible& told) {
+    switch (told.role) {
+        case AccessibleRole::edit:
+            return text_type();
+        case AccessibleRole::progress:
+        case AccessibleRole::scroll_bar:
+            return value_type();
+        case AccessibleRole::list:
+        case AccessibleRole::tree:
+            return list_type();
+        default:
+            return part_type();
+    }
 }
 
 // ---- what changes
@@ -271,13 +282,17 @@ void change(AtkObject* part, Accessible now) {
     if (is_text(told)) {
         tell_text_change(part, {before.value, before.caret}, {told.value, told.caret});
     }
+    if (before.range != told.range) g_object_notify(G_OBJECT(part), "accessible-value");
     tell_states(part, before, told);
+    const bool is_list = ATK_IS_SELECTION(part);
+    const auto selected = is_list ? selected_of(part) : std::vector<int>{};
     content.parts.follow(part, std::move(children), content.wishes);
+    if (is_list && selected_of(part) != selected) g_signal_emit_by_name(part, "selection-changed");
 }
 
 AtkObject* make(AtkObject* parent, Accessible told,
                 const std::shared_ptr<const AccessibleWishes>& wishes) {
-    auto* const part = ATK_OBJECT(g_object_new(is_text(told) ? text_type() : part_type(), nullptr));
+    auto* const part = ATK_OBJECT(g_object_new(type_of(told), nullptr));
     auto* const content = new Content;
     content->wishes = wishes;
     auto children = std::move(told.children);
@@ -298,7 +313,7 @@ void let_go(AtkObject* part) {
 }
 
 bool is_same(const Accessible& a, const Accessible& b) {
-    return a.window == b.window && a.item == b.item && is_text(a) == is_text(b);
+    return a.window == b.window && a.item == b.item && type_of(a) == type_of(b);
 }
 
 }  // namespace

@@ -228,7 +228,14 @@ AccessibleWishes DesktopDriver::wishes_for(HWND window) {
     return {[this] {
                 if (!m_is_asked.exchange(true)) tell_all(RawInput::Kind::describe);
             },
-            [this, window](const RECT& place) { press(window, place); }};
+            [this, window](const RECT& place) { press(window, place); },
+            [this, window](HWND control) {
+                RawInput news;
+                news.kind = RawInput::Kind::focus;
+                news.window = window;
+                news.control = control;
+                put(std::move(news));
+            }};
 }
 
 // As a person would.
