@@ -65,7 +65,8 @@ AtspiAccessible* application(guint process) {
 
 void say_tree(AtspiAccessible* root) {
     walk(root, 0, [](AtspiAccessible* object, int depth) {
-        auto line = std::string(static_cast<std::size_t>(depth), ' ') + role_of(object) + " '" +
+        if (depth == 0) return false;
+        auto line = std::string(static_cast<std::size_t>(depth - 1), ' ') + role_of(object) + " '" +
                     name_of(object) + "'";
         auto* const states = atspi_accessible_get_state_set(object);
         constexpr std::pair<AtspiStateType, const char*> kStates[] = {
