@@ -40,8 +40,8 @@ Cost cost_so_far() {
 
 // Lets the program's loop run.
 void run_for(UINT milliseconds) {
-    const auto timer = SetTimer(nullptr, 0, milliseconds,
-                                [](HWND, UINT, UINT_PTR, DWORD) { PostQuitMessage(0); });
+    const auto timer =
+        SetTimer(nullptr, 0, milliseconds, [](HWND, UINT, UINT_PTR, DWORD) { PostQuitMessage(0); });
     MSG message;
     while (GetMessageW(&message, nullptr, 0, 0)) {
         TranslateMessage(&message);
@@ -69,9 +69,8 @@ int main(int count, char** arguments) {
     const int seconds = count > 1 ? std::max(std::atoi(arguments[1]), 1) : 5;
     bench::profile_folder();
     setenv("TVUTIL_DISPLAY", "desktop", 1);
-    auto* const window =
-        CreateWindowExW(0, u"#32770", u"Idle", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 100, 100, 400, 300,
-                        nullptr, nullptr, nullptr, nullptr);
+    auto* const window = CreateWindowExW(0, u"#32770", u"Idle", WS_OVERLAPPEDWINDOW | WS_VISIBLE,
+                                         100, 100, 400, 300, nullptr, nullptr, nullptr, nullptr);
     bool is_met = measure("a window", seconds);
     auto* const edit = CreateWindowExW(0, u"Edit", u"text", WS_CHILD | WS_VISIBLE, 10, 10, 200, 24,
                                        window, nullptr, nullptr, nullptr);
