@@ -2,6 +2,7 @@
 // wanted.
 #pragma once
 
+#include "tvutil2/platform/base/export.h"
 #include "tvutil2/platform/files/name_pattern.h"
 #include "tvutil2/platform/window/common_dialogs/folder_entry.h"
 
@@ -14,7 +15,7 @@ struct FileOrder {
     bool is_descending = false;
 };
 
-class FileRows {
+class TVUTIL_API FileRows {
   public:
     void clear();
     /// Takes a part of a folder. What it costs goes with the part, and little with what is there.

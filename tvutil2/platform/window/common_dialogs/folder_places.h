@@ -1,6 +1,7 @@
 // Where a person may want to go in a dialog for files.
 #pragma once
 
+#include "tvutil2/platform/base/export.h"
 #include "tvutil2/platform/window/common_dialogs/folder_entry.h"
 
 #include <string>
@@ -16,6 +17,6 @@ namespace tvutil2 {
 
 /// The mount points among the lines of a host's /proc/self/mountinfo that are of use to a person,
 /// in their order.
-[[nodiscard]] std::vector<std::string> mounts_of_use(std::string_view lines);
+[[nodiscard]] TVUTIL_API std::vector<std::string> mounts_of_use(std::string_view lines);
 
 }  // namespace tvutil2
