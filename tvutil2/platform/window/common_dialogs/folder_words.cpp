@@ -28,7 +28,7 @@ constexpr Words kWords[] = {
       u"資料夾「%s」不存在。", u"開啟", u"另存新檔", u"開啟", u"儲存", u"檔案名稱(&N)：",
       u"檔案類型(&T)：", u"「%s」已存在。要取代嗎？"}},
     {0x07,
-     {u"Ordner suchen", u"&Neuen Ordner erstellen", u"&Ordner:", u"Neuer Ordner", u"Schreibtisch",
+     {u"Ordner suchen", u"N&euen Ordner erstellen", u"&Ordner:", u"Neuer Ordner", u"Schreibtisch",
       u"Persönlicher Ordner", u"Dokumente", u"Computer", u"Wird gelesen …",
       u"Dieser Ordner kann nicht gelesen werden", u"Hier kann kein Ordner erstellt werden.",
       u"Der Ordner „%s“ ist nicht vorhanden.", u"Öffnen", u"Speichern unter", u"Öffnen",
