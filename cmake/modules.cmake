@@ -14,6 +14,7 @@ function(tvutil2_own_module name)
   set(target tvutil2_${name})
   add_library(${target} MODULE ${module_SOURCES})
   tvutil2_shipped_target(${target})
+  tvutil2_build_by_folder(${target})
   set_target_properties(${target} PROPERTIES PREFIX "" OUTPUT_NAME tvutil2-${name}
                                              LIBRARY_OUTPUT_DIRECTORY ${tvutil2_modules_folder})
   target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR})

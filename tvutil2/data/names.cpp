@@ -1,6 +1,7 @@
 #include "tvutil2/data/names.h"
 
 #include "tvutil2/data/folder_search.h"
+#include "tvutil2/data/text_view.h"
 #include "tvutil2/framework/collections.h"
 #include "tvutil2/platform/base/wide_text.h"
 
@@ -11,10 +12,6 @@
 using tvutil2::FolderSearch;
 
 namespace {
-
-std::u16string_view view(const char16_t* text) {
-    return text != nullptr ? text : u"";
-}
 
 std::u16string pattern_in(const char16_t* folder, std::u16string_view pattern) {
     std::u16string path(view(folder));

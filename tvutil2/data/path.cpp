@@ -1,5 +1,6 @@
 #include "tvutil2/data/path.h"
 
+#include "tvutil2/data/text_view.h"
 #include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/base/wide_text.h"
 #include "tvutil2/platform/files/find.h"
@@ -17,10 +18,6 @@
 namespace {
 
 constexpr auto kNone = std::u16string_view::npos;
-
-std::u16string_view view(const char16_t* text) {
-    return text != nullptr ? text : u"";
-}
 
 bool is_absolute(std::u16string_view path) {
     return path.starts_with(u"\\\\") || (path.size() >= 2 && path[1] == u':');

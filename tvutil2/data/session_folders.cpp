@@ -4,6 +4,7 @@
 #include "tvutil2/data/folder_search.h"
 #include "tvutil2/data/folders.h"
 #include "tvutil2/data/path.h"
+#include "tvutil2/data/text_view.h"
 #include "tvutil2/data/user_data.h"
 #include "tvutil2/frame/startup.h"
 #include "tvutil2/lang/resource_language.h"
@@ -37,13 +38,9 @@ constexpr struct {
 // What a session file's name ends in. VNC sessions alone are no reason to ask.
 constexpr std::array<std::u16string_view, 4> kSessionEndings{u"lmcs", u"ombs", u"pln", u"dvf"};
 
-std::u16string_view text_of(const char16_t* text) {
-    return text != nullptr ? text : u"";
-}
-
 bool is_suite_kind(const CString& kind) {
-    constexpr std::array kKinds{u"Lumsey", u"Ombrelia", u"VNC"};
-    return std::any_of(kKinds.begin(), kKinds.end(),
+    constexpr std::array kSuiteKinds{u"Lumsey", u"Ombrelia", u"VNC"};
+    return std::any_of(kSuiteKinds.begin(), kSuiteKinds.end(),
                        [&](const char16_t* suite) { return kind.CompareNoCase(suite) == 0; });
 }
 
@@ -118,7 +115,7 @@ Change change(const char16_t* folder, const char16_t* kind, HWND owner) {
 
 void GetSessionFilesExt(const char16_t* kind, CString& extension) {
     const auto found = std::find_if(std::begin(kExtensions), std::end(kExtensions),
-                                    [&](const auto& entry) { return entry.kind == text_of(kind); });
+                                    [&](const auto& entry) { return entry.kind == view(kind); });
     extension = found != std::end(kExtensions) ? found->extension : u"";
 }
 
@@ -155,9 +152,9 @@ CString GetSharedSessionPath(int lumsey) {
 
 int ExistSessionFile(const char16_t* folder) {
     // Empty, it would be the root.
-    if (text_of(folder).empty()) return 0;
+    if (view(folder).empty()) return 0;
     // By a list and not by recursion: the depth of a folder is the person's.
-    std::vector<std::u16string> folders{std::u16string(text_of(folder))};
+    std::vector<std::u16string> folders{std::u16string(view(folder))};
     while (!folders.empty()) {
         const auto path = std::move(folders.back()) + u'\\';
         folders.pop_back();

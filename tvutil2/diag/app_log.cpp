@@ -61,10 +61,6 @@ CString formatted_time(const std::tm& parts, const char16_t* format) {
     return text;
 }
 
-std::string_view bytes_of(std::u16string_view text) {
-    return {reinterpret_cast<const char*>(text.data()), text.size() * sizeof(char16_t)};
-}
-
 std::u16string_view text_or_empty(const char16_t* text) {
     return text != nullptr ? std::u16string_view(text, text_length(text)) : std::u16string_view();
 }

@@ -62,10 +62,6 @@ class LogFile {
     HANDLE m_file;
 };
 
-std::string_view bytes_of(std::u16string_view text) {
-    return {reinterpret_cast<const char*>(text.data()), text.size() * sizeof(char16_t)};
-}
-
 // Where the last whole line of a file ends; 0 when it has none.
 LONGLONG end_of_last_line(const LogFile& file, LONGLONG size) {
     constexpr LONGLONG kBlock = 65536;

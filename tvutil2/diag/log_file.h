@@ -30,4 +30,9 @@ enum class Sweep { keep, remove, back_up };
 /// Sweeps the files of a folder. Folders stay, and so does a log whose backup's name is taken.
 TVUTIL_API void sweep_logs(const char16_t* folder);
 
+/// A text as it stands in the files.
+[[nodiscard]] inline std::string_view bytes_of(std::u16string_view text) {
+    return {reinterpret_cast<const char*>(text.data()), text.size() * sizeof(char16_t)};
+}
+
 }  // namespace tvutil2

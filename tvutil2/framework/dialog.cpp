@@ -1,6 +1,7 @@
 #include "tvutil2/framework/dialog.h"
 
 #include "tvutil2/framework/app.h"
+#include "tvutil2/framework/window_handle.h"
 #include "tvutil2/framework/wnd_creation.h"
 #include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/resource/resource.h"
@@ -19,10 +20,6 @@ namespace {
 
 CWnd* parent_or_main(CWnd* parent) {
     return parent != nullptr ? parent : AfxGetMainWnd();
-}
-
-HWND handle_of(const CWnd* window) {
-    return window != nullptr ? window->m_hWnd : nullptr;
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 // class hasn't got.
 #include "tvutil2/framework/app.h"
 #include "tvutil2/framework/graphics.h"
+#include "tvutil2/framework/window_handle.h"
 #include "tvutil2/framework/wnd.h"
 #include "tvutil2/platform/display/monitors.h"
 #include "tvutil2/platform/process/message_box.h"
@@ -17,10 +18,6 @@
 #include <string>
 
 namespace {
-
-HWND handle_of(const CWnd* window) {
-    return window != nullptr ? window->m_hWnd : nullptr;
-}
 
 POINT* corners(RECT* rect) {
     return reinterpret_cast<POINT*>(rect);

@@ -1,14 +1,13 @@
 #include "tvutil2/lang/language_choice.h"
 
 #include "tvutil2/lang/language_key.h"
+#include "tvutil2/lang/language_table.h"
 #include "tvutil2/lang/resource_language.h"
 #include "tvutil2/platform/base/clock.h"
 #include "tvutil2/platform/base/locale.h"
 
 namespace tvutil2 {
 namespace {
-
-constexpr WORD kEnglish = 0x0409;
 
 void take_user(const LanguageKey& key, LanguageSource source, LanguageChoice& choice) {
     const auto number = key.number(LanguageKey::kUser);

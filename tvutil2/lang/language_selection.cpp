@@ -15,11 +15,10 @@
 #include <clocale>
 #include <iterator>
 
+using tvutil2::kEnglish;
 using tvutil2::LanguageKey;
 
 namespace {
-
-constexpr WORD kEnglish = 0x0409;
 
 // Empty for a module that has no path, or a longer one than fits.
 CString satellite_path(HINSTANCE module, const char16_t* suffix) {

@@ -29,6 +29,8 @@ inline constexpr std::array<Language, 11> kLanguages{{
     {0x0C0A, u"Spanish", u"ESN.dll"},
 }};
 
+inline constexpr WORD kEnglish = 0x0409;
+
 /// The row for a language; English for one that isn't spoken. Of Chinese, all but the simplified
 /// one read the traditional one.
 [[nodiscard]] inline const Language& spoken_language(LANGID language) {

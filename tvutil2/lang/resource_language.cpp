@@ -3,6 +3,7 @@
 #include "tvutil2/framework/app.h"
 #include "tvutil2/lang/language_choice.h"
 #include "tvutil2/lang/language_key.h"
+#include "tvutil2/lang/language_table.h"
 #include "tvutil2/platform/base/locale.h"
 #include "tvutil2/platform/resource/resource.h"
 #include "tvutil2/platform/window/dialogs/dialogs.h"
@@ -10,11 +11,10 @@
 
 #include <algorithm>
 
+using tvutil2::kEnglish;
 using tvutil2::LanguageKey;
 
 namespace {
-
-constexpr WORD kEnglish = 0x0409;
 
 // Primary languages that there are resources for, English apart, and what they map to; 0 keeps the
 // sub-language.

@@ -41,7 +41,7 @@ struct CloseFolder {
 };
 using OpenFolder = std::unique_ptr<DIR, CloseFolder>;
 
-std::optional<FolderId> id_of(const OpenFolder& folder) {
+std::optional<FolderId> folder_id_of(const OpenFolder& folder) {
     struct stat info {};
     if (fstat(dirfd(folder.get()), &info) != 0) return std::nullopt;
     return folder_id(info);
@@ -267,7 +267,7 @@ std::optional<std::string> find_without_case(const std::string& folder, std::str
     });
     if (count >= kWorthKeeping && changes_are_local(entries)) {
         const std::lock_guard guard(shared.lock);
-        const auto id = id_of(entries);
+        const auto id = folder_id_of(entries);
         if (id && shared.folders.is_asked_often(*id)) shared.folders.keep(entries, *id);
     }
     return best;

@@ -10,11 +10,6 @@
 namespace tvutil2::codepage {
 namespace {
 
-void add(Progress& progress, Progress part) {
-    progress.taken += part.taken;
-    progress.made += part.made;
-}
-
 // ---- To 16-bit text ----
 
 // Where the characters of a block begin, those of four bytes by themselves, and how many bytes they
@@ -167,7 +162,7 @@ Progress put_plainly(const std::uint32_t* bytes_of, std::u16string_view units, c
     return to_four_bytes<false>(bytes_of, units, to, room, calm);
 }
 
-constexpr FourBytesKernel kPortable{"portable", put_plainly};
+constexpr FourBytesKernel kPortableFourBytes{"portable", put_plainly};
 
 #if defined(__x86_64__)
 
@@ -189,7 +184,7 @@ TARGET Progress put_by_16(const std::uint32_t* bytes_of, std::u16string_view uni
             const auto part = to_four_bytes<false>(bytes_of, {from, kBlock + 1}, to + progress.made,
                                                    room - progress.made, calm);
             if (part.taken == 0) break;
-            add(progress, part);
+            progress += part;
             continue;
         }
         const __mmask64 used = _mm512_test_epi8_mask(bytes, bytes);
@@ -199,12 +194,14 @@ TARGET Progress put_by_16(const std::uint32_t* bytes_of, std::u16string_view uni
         const bool has_long = _mm512_cmpgt_epu32_mask(bytes, _mm512_set1_epi32(0xFFFF)) != 0;
         calm = has_long ? 0 : calm + kBlock;
     }
-    add(progress, to_four_bytes<false>(bytes_of, units.substr(progress.taken), to + progress.made,
-                                       room - progress.made, calm));
+    progress += to_four_bytes<false>(bytes_of, units.substr(progress.taken), to + progress.made,
+                                     room - progress.made, calm);
     return progress;
 }
 
-constexpr FourBytesKernel kVbmi2{"AVX-512 VBMI2", put_by_16};
+constexpr FourBytesKernel kVbmi2FourBytes{"AVX-512 VBMI2", put_by_16};
+
+#undef TARGET
 
 #endif
 
@@ -212,13 +209,13 @@ constexpr FourBytesKernel kVbmi2{"AVX-512 VBMI2", put_by_16};
 
 std::span<const FourBytesKernel> four_bytes_kernels() {
 #if defined(__x86_64__)
-    static constexpr FourBytesKernel kAll[] = {kPortable, kVbmi2};
+    static constexpr FourBytesKernel kAll[] = {kPortableFourBytes, kVbmi2FourBytes};
     static const bool has_all = __builtin_cpu_supports("avx512bw") != 0 &&
                                 __builtin_cpu_supports("avx512vl") != 0 &&
                                 __builtin_cpu_supports("avx512vbmi2") != 0;
     return {kAll, has_all ? 2U : 1U};
 #else
-    static constexpr FourBytesKernel kAll[] = {kPortable};
+    static constexpr FourBytesKernel kAll[] = {kPortableFourBytes};
     return kAll;
 #endif
 }

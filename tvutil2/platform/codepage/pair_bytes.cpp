@@ -50,7 +50,7 @@ Progress put_plainly(const std::uint16_t* bytes, std::u16string_view units, char
     });
 }
 
-constexpr PairBytesKernel kPortable{"portable", put_plainly};
+constexpr PairBytesKernel kPortablePairBytes{"portable", put_plainly};
 
 #if defined(__x86_64__)
 
@@ -87,7 +87,9 @@ Progress put_by_16(const std::uint16_t* bytes, std::u16string_view units, char* 
     });
 }
 
-constexpr PairBytesKernel kVbmi2{"AVX-512 VBMI2", put_by_16};
+constexpr PairBytesKernel kVbmi2PairBytes{"AVX-512 VBMI2", put_by_16};
+
+#undef TARGET
 
 #endif
 
@@ -99,12 +101,12 @@ std::span<const PairBytesKernel> pair_bytes_kernels() {
         std::size_t count;
     };
     static const auto available = [] {
-        Available kernels{{kPortable}, 1};
+        Available kernels{{kPortablePairBytes}, 1};
 #if defined(__x86_64__)
         const bool has_all = __builtin_cpu_supports("avx512bw") != 0 &&
                              __builtin_cpu_supports("avx512vl") != 0 &&
                              __builtin_cpu_supports("avx512vbmi2") != 0;
-        if (has_all) kernels.list[kernels.count++] = kVbmi2;
+        if (has_all) kernels.list[kernels.count++] = kVbmi2PairBytes;
 #endif
         return kernels;
     }();

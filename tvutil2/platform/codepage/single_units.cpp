@@ -27,7 +27,7 @@ void put_plainly(const char16_t* units, const char* from, std::size_t size, char
     for (; i < size; ++i) to[i] = units[static_cast<unsigned char>(from[i])];
 }
 
-constexpr SingleUnitsKernel kPortable{"portable", put_plainly};
+constexpr SingleUnitsKernel kPortableSingleUnits{"portable", put_plainly};
 
 #if defined(__x86_64__)
 
@@ -79,7 +79,9 @@ TARGET void put_by_64(const char16_t* units, const char* from, std::size_t size,
     put_plainly(units, from + i, size - i, to + i);
 }
 
-constexpr SingleUnitsKernel kVbmi{"AVX-512 VBMI", put_by_64};
+constexpr SingleUnitsKernel kVbmiSingleUnits{"AVX-512 VBMI", put_by_64};
+
+#undef TARGET
 
 #endif
 
@@ -91,10 +93,10 @@ std::span<const SingleUnitsKernel> single_units_kernels() {
         std::size_t count;
     };
     static const auto available = [] {
-        Available kernels{{kPortable}, 1};
+        Available kernels{{kPortableSingleUnits}, 1};
 #if defined(__x86_64__)
         if (__builtin_cpu_supports("avx512bw") != 0 && __builtin_cpu_supports("avx512vbmi") != 0) {
-            kernels.list[kernels.count++] = kVbmi;
+            kernels.list[kernels.count++] = kVbmiSingleUnits;
         }
 #endif
         return kernels;

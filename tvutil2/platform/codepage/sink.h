@@ -10,6 +10,12 @@ namespace tvutil2::codepage {
 struct Progress {
     std::size_t taken = 0;
     std::size_t made = 0;
+
+    Progress& operator+=(Progress part) {
+        taken += part.taken;
+        made += part.made;
+        return *this;
+    }
 };
 
 /// Counts.

@@ -103,21 +103,16 @@ Progress put_pair_units(const PageTable& page, std::string_view bytes, char16_t*
     return progress;
 }
 
-void add(Progress& progress, Progress part) {
-    progress.taken += part.taken;
-    progress.made += part.made;
-}
-
 // One loop where characters are short, another one where they are long, in turns.
 Progress put_units_of_all_lengths(const PageTable& page, std::string_view bytes, char16_t* to,
                                   std::size_t room) {
     Progress progress;
     for (bool goes_on = true; goes_on;) {
-        add(progress, put_pair_units(page, bytes.substr(progress.taken), to + progress.made,
-                                     room - progress.made));
+        progress += put_pair_units(page, bytes.substr(progress.taken), to + progress.made,
+                                   room - progress.made);
         const auto part = put_four_byte_units(page, bytes.substr(progress.taken),
                                               to + progress.made, room - progress.made);
-        add(progress, part);
+        progress += part;
         goes_on = part.taken != 0;
     }
     return progress;
@@ -128,11 +123,11 @@ Progress put_bytes_of_all_lengths(const PageTable& page, std::u16string_view uni
     const auto& kernel = pair_bytes_kernels().back();
     Progress progress;
     for (bool goes_on = true; goes_on;) {
-        add(progress, kernel.put(page.bytes(), units.substr(progress.taken), to + progress.made,
-                                 room - progress.made));
+        progress += kernel.put(page.bytes(), units.substr(progress.taken), to + progress.made,
+                               room - progress.made);
         const auto part = put_four_byte_bytes(page, units.substr(progress.taken),
                                               to + progress.made, room - progress.made);
-        add(progress, part);
+        progress += part;
         goes_on = part.taken != 0;
     }
     return progress;
@@ -151,7 +146,7 @@ Progress count_known_units(const PageTable& page, std::string_view bytes) {
     for (;;) {
         const auto part = put_multibyte_units(page, bytes.substr(progress.taken), scratch, 1024);
         if (part.taken == 0) break;
-        add(progress, part);
+        progress += part;
     }
     return progress;
 }

@@ -487,4 +487,6 @@ const Utf8Kernel kAvx2Utf8{"AVX2", count_units, to_units, count_bytes, to_bytes}
 
 }  // namespace tvutil2::codepage
 
+#undef TARGET
+
 #endif

@@ -140,13 +140,6 @@ Made copy_to_new(int from, const struct stat& info, const std::string& to) {
     return fail_at(to), Made::failed;
 }
 
-// What a link leads to is what gets replaced.
-std::string behind_links(const std::string& path) {
-    const std::unique_ptr<char, decltype(&std::free)> real(realpath(path.c_str(), nullptr),
-                                                           &std::free);
-    return real ? real.get() : path;
-}
-
 bool may_replace(const std::string& to, const struct stat& from, struct stat& info,
                  Descriptor& claim) {
     if (stat(to.c_str(), &info) != 0) return fail_at(to);

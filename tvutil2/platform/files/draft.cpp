@@ -16,6 +16,7 @@
 #include <chrono>
 #include <cstdint>
 #include <cstdlib>
+#include <memory>
 #include <mutex>
 #include <vector>
 
@@ -67,7 +68,7 @@ class Sweeps {
 };
 
 constinit Sweeps g_sweeps;
-const ForkLock g_fork_safe(g_sweeps.lock, ForkRank::area);
+const ForkLock g_sweeps_fork_safe(g_sweeps.lock, ForkRank::area);
 
 // Deletes a draft that nobody holds. Another account's can't be opened, and stays.
 void delete_if_abandoned(int folder, const char* name) {
@@ -161,6 +162,12 @@ bool Draft::take_place_of(const std::string& name) {
     if (renameat(m_folder, m_name.c_str(), m_folder, name.c_str()) != 0) return false;
     m_name.clear();
     return true;
+}
+
+std::string behind_links(const std::string& path) {
+    const std::unique_ptr<char, decltype(&std::free)> real(realpath(path.c_str(), nullptr),
+                                                           &std::free);
+    return real ? real.get() : path;
 }
 
 }  // namespace tvutil2

@@ -44,4 +44,7 @@ class Draft {
     Descriptor m_file;
 };
 
+/// What a link leads to, which is what gets replaced; `path` itself where there is nothing.
+[[nodiscard]] std::string behind_links(const std::string& path);
+
 }  // namespace tvutil2

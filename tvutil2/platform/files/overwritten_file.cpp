@@ -2,6 +2,7 @@
 
 #include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/files/files.h"
+#include "tvutil2/platform/files/replaced_file.h"
 #include "tvutil2/platform/files/sharing.h"
 
 #include <fcntl.h>
@@ -20,7 +21,6 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr std::size_t kLargest = std::size_t{1} << 30;
 constexpr auto kLongestWait = std::chrono::seconds(5);
 // Beside the marks of sharing modes. Programs of different releases meet here: it never changes.
 constexpr off_t kTurnByte = 0x7FFFFFFFFFFFFF10;
@@ -60,7 +60,8 @@ constexpr int kFlags = O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
 bool is_sound(int file, struct stat& info) {
     if (fstat(file, &info) != 0) return fail_with_errno();
     if (!S_ISREG(info.st_mode)) return fail_with(ERROR_ACCESS_DENIED);
-    if (static_cast<std::size_t>(info.st_size) > kLargest) return fail_with(ERROR_FILE_TOO_LARGE);
+    if (static_cast<std::size_t>(info.st_size) > kLargestContent)
+        return fail_with(ERROR_FILE_TOO_LARGE);
     return may_be_read(file);
 }
 
@@ -75,7 +76,7 @@ bool read_all(int file, std::size_t expected, std::string& bytes) {
         if (count < 0) return fail_with_errno();
         size += static_cast<std::size_t>(count);
         if (count == 0) break;
-        if (size > kLargest) return fail_with(ERROR_FILE_TOO_LARGE);
+        if (size > kLargestContent) return fail_with(ERROR_FILE_TOO_LARGE);
         if (size == bytes.size()) bytes.resize(size + std::max(size / 2, std::size_t{4096}));
     }
     bytes.resize(size);
@@ -216,7 +217,7 @@ bool OverwrittenFile::overwrite(const ContentEdit& edit, bool flush) {
     }
     const auto content = edit(old);
     if (!content) return true;
-    if (content->size() > kLargest) return fail_with(ERROR_FILE_TOO_LARGE);
+    if (content->size() > kLargestContent) return fail_with(ERROR_FILE_TOO_LARGE);
     if (!reserve(content->size()) || !put(*content, old)) {
         const auto error = GetLastError();
         if (!old.empty() && !is_at_size_limit(0)) overwrite_all(m_file.get(), old);

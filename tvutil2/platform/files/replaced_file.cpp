@@ -24,8 +24,6 @@
 namespace tvutil2 {
 namespace {
 
-constexpr std::size_t kLargest = std::size_t{1} << 30;
-
 // The file may grow meanwhile, and some of /proc have more than they tell.
 bool read_all(int file, std::string& bytes) {
     std::size_t size = 0;
@@ -36,7 +34,7 @@ bool read_all(int file, std::string& bytes) {
         if (count < 0) return fail_with_errno();
         size += static_cast<std::size_t>(count);
         if (count == 0) break;
-        if (size > kLargest) return fail_with(ERROR_FILE_TOO_LARGE);
+        if (size > kLargestContent) return fail_with(ERROR_FILE_TOO_LARGE);
     }
     bytes.resize(size);
     return true;
@@ -53,7 +51,7 @@ Descriptor open_file(const std::string& path, struct stat& info) {
         SetLastError(ERROR_ACCESS_DENIED);
         return {};
     }
-    if (static_cast<std::size_t>(info.st_size) > kLargest) {
+    if (static_cast<std::size_t>(info.st_size) > kLargestContent) {
         SetLastError(ERROR_FILE_TOO_LARGE);
         return {};
     }
@@ -117,13 +115,6 @@ bool replace(const Turn& turn, const std::string& path, const struct stat* old,
 bool may_be_written(const std::string& path, const struct stat& info) {
     return (!is_read_only(info) && access(path.c_str(), W_OK) == 0) ||
            fail_with(ERROR_ACCESS_DENIED);
-}
-
-// What a link leads to is what gets replaced.
-std::string behind_links(const std::string& path) {
-    const std::unique_ptr<char, decltype(&std::free)> real(realpath(path.c_str(), nullptr),
-                                                           &std::free);
-    return real ? real.get() : path;
 }
 
 }  // namespace

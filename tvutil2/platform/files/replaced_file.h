@@ -11,6 +11,7 @@
 #include "tvutil2/platform/base/export.h"
 
 #include <chrono>
+#include <cstddef>
 #include <functional>
 #include <optional>
 #include <string>
@@ -19,8 +20,12 @@ struct stat;
 
 namespace tvutil2 {
 
+/// The most bytes of a file that is read whole.
+inline constexpr std::size_t kLargestContent = std::size_t{1} << 30;
+
 /// The content of a host file that is no folder, pipe or device, that no handle keeps from being
-/// read and that has at most a gigabyte, and what stat tells of it. False with the last error.
+/// read and that has at most `kLargestContent`, and what stat tells of it. False with the last
+/// error.
 bool read_whole_file(const std::string& path, struct stat& info, std::string& bytes);
 
 /// What is to stand in the place of the content; nothing leaves the file as it is.

@@ -17,7 +17,7 @@ namespace {
 
 // Threads need no second attempt against one another.
 constinit std::mutex g_one_at_a_time;
-const ForkLock g_fork_safe(g_one_at_a_time, ForkRank::area);
+const ForkLock g_sharing_fork_safe(g_one_at_a_time, ForkRank::area);
 
 // The bytes' order lets the usual claims be one or two runs. Programs of different releases meet
 // on these offsets: they never change.

@@ -63,13 +63,13 @@ std::string candidate(std::string_view name, unsigned attempt) {
     return text + std::to_string(std::random_device()());
 }
 
-struct Place {
+struct TrashPlace {
     std::string file;
     std::string information;
 };
 
 // The information file comes first and reserves the name. False with errno set.
-bool reserve(const std::string& path, Place& place) {
+bool reserve(const std::string& path, TrashPlace& place) {
     const auto trash = trash_folder();
     if (!make_host_folders(trash + "/files", true) || !make_host_folders(trash + "/info", true)) {
         return false;
@@ -106,7 +106,7 @@ bool reserve(const std::string& path, Place& place) {
 }  // namespace
 
 void move_to_trash(TreeWork& work, const std::string& path) {
-    Place place;
+    TrashPlace place;
     if (!reserve(path, place)) {
         fail_with_errno();
         return work.fail();

@@ -32,7 +32,7 @@ class ConsoleInput : public tvutil2::HandleObject {
     tvutil2::Descriptor m_terminal;
 };
 
-constinit std::mutex g_lock;
+constinit std::mutex g_handler_lock;
 HANDLE g_input = nullptr;  // with the lock
 
 // The terminal that a process is controlled from (proc(5), stat): 0 for none.
@@ -79,7 +79,7 @@ bool type(int terminal, char16_t character, char16_t& high) {
 }  // namespace
 
 BOOL AttachConsole(DWORD process) {
-    const std::lock_guard guard(g_lock);
+    const std::lock_guard guard(g_handler_lock);
     if (g_input != nullptr) return fail_with(ERROR_ACCESS_DENIED);
     dev_t terminal = 0;
     if (!terminal_of(process, terminal)) return fail_with(ERROR_INVALID_PARAMETER);
@@ -94,14 +94,14 @@ BOOL AttachConsole(DWORD process) {
 }
 
 BOOL FreeConsole() {
-    const std::lock_guard guard(g_lock);
+    const std::lock_guard guard(g_handler_lock);
     if (g_input == nullptr) return fail_with(ERROR_INVALID_PARAMETER);
     tvutil2::close_handle_of<ConsoleInput>(std::exchange(g_input, nullptr));
     return TRUE;
 }
 
 HANDLE GetStdHandle(DWORD which) {
-    const std::lock_guard guard(g_lock);
+    const std::lock_guard guard(g_handler_lock);
     if (which != STD_INPUT_HANDLE || g_input == nullptr) {
         return fail_with(ERROR_INVALID_HANDLE), nullptr;
     }

@@ -23,10 +23,6 @@ bool is_file(const std::string& path) {
     return stat(path.c_str(), &info) == 0 && S_ISREG(info.st_mode);
 }
 
-bool has_folder(std::u16string_view name) {
-    return name.find_first_of(u"\\/:") != std::u16string_view::npos;
-}
-
 bool has_extension(std::u16string_view name) {
     const auto last = name.find_last_of(u"\\/:.");
     return last != std::u16string_view::npos && name[last] == u'.';

@@ -14,8 +14,8 @@
 
 namespace {
 
-constinit std::mutex g_lock;
-const tvutil2::ForkLock g_fork_safe(g_lock, tvutil2::ForkRank::area);
+constinit std::mutex g_environment_lock;
+const tvutil2::ForkLock g_fork_safe(g_environment_lock, tvutil2::ForkRank::area);
 
 // The name under which the host has the variable.
 std::optional<std::string> host_name(const std::u16string& name) {
@@ -41,7 +41,7 @@ bool is_valid_name(const char16_t* name) {
 DWORD GetEnvironmentVariableW(const char16_t* name, char16_t* buffer, DWORD size) {
     std::u16string value;
     {
-        const std::lock_guard guard(g_lock);
+        const std::lock_guard guard(g_environment_lock);
         const auto found = is_valid_name(name) ? host_name(name) : std::nullopt;
         const char* text = found ? std::getenv(found->c_str()) : nullptr;
         if (text == nullptr) return tvutil2::fail_with(ERROR_ENVVAR_NOT_FOUND);
@@ -56,7 +56,7 @@ DWORD GetEnvironmentVariableW(const char16_t* name, char16_t* buffer, DWORD size
 
 BOOL SetEnvironmentVariableW(const char16_t* name, const char16_t* value) {
     if (!is_valid_name(name)) return tvutil2::fail_with(ERROR_INVALID_PARAMETER);
-    const std::lock_guard guard(g_lock);
+    const std::lock_guard guard(g_environment_lock);
     const auto found = host_name(name);
     if (value == nullptr) {
         if (!found) return tvutil2::fail_with(ERROR_ENVVAR_NOT_FOUND);

@@ -161,10 +161,6 @@ HMODULE executable_instance() {
     return instance;
 }
 
-bool is_separator(char16_t c) {
-    return c == u'\\' || c == u'/';
-}
-
 std::u16string_view file_name(std::u16string_view path) {
     const auto separator = path.find_last_of(u"\\/");
     return separator == std::u16string_view::npos ? path : path.substr(separator + 1);
@@ -180,10 +176,6 @@ std::u16string completed(const char16_t* name) {
         full += u".dll";
     }
     return full;
-}
-
-bool has_folder(std::u16string_view name) {
-    return std::any_of(name.begin(), name.end(), is_separator) || name.find(u':') != name.npos;
 }
 
 template <class Matches>

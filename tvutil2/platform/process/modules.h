@@ -8,6 +8,8 @@
 #include "tvutil2/platform/base/export.h"
 #include "tvutil2/platform/base/types.h"
 
+#include <string_view>
+
 /// Bits of SetDefaultDllDirectories.
 inline constexpr DWORD LOAD_LIBRARY_SEARCH_APPLICATION_DIR = 0x0200;
 inline constexpr DWORD LOAD_LIBRARY_SEARCH_USER_DIRS = 0x0400;
@@ -44,6 +46,11 @@ TVUTIL_API BOOL FreeLibrary(HMODULE module);
 TVUTIL_API FARPROC GetProcAddress(HMODULE module, const char* name);
 
 namespace tvutil2 {
+
+/// Whether the name of a program or module says where it lies.
+[[nodiscard]] inline bool has_folder(std::u16string_view name) {
+    return name.find_first_of(u"\\/:") != std::u16string_view::npos;
+}
 
 /// What GetProcAddress gave, under its real type, and the way back.
 template <class Function>

@@ -2,6 +2,7 @@
 
 #include "tvutil2/platform/base/descriptor.h"
 #include "tvutil2/platform/base/last_error.h"
+#include "tvutil2/platform/registry/host_error.h"
 #include "tvutil2/platform/registry/registry.h"
 
 #include <fcntl.h>
@@ -222,10 +223,6 @@ LONG platform_error(sqlite3* connection, int code) {
             // What isn't a database, is damaged, or lacks our tables.
             return static_cast<LONG>(ERROR_REGISTRY_CORRUPT);
     }
-}
-
-LONG errno_error() {
-    return static_cast<LONG>(errno == EFBIG ? ERROR_DISK_FULL : error_from_errno(errno));
 }
 
 // An empty file of the right owner and mode for SQLite to fill; it takes the mode of its companion

@@ -1,6 +1,7 @@
 #include "tvutil2/platform/registry/signal_page.h"
 
 #include "tvutil2/platform/base/last_error.h"
+#include "tvutil2/platform/registry/host_error.h"
 #include "tvutil2/platform/registry/store_file.h"
 
 #include <fcntl.h>
@@ -19,10 +20,6 @@ namespace {
 
 constexpr std::size_t kPageSize = 4096;
 constexpr int kOpenFlags = O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY;
-
-LONG errno_error() {
-    return static_cast<LONG>(errno == EFBIG ? ERROR_DISK_FULL : error_from_errno(errno));
-}
 
 // Room is claimed on the disk: what the kernel can't write into a hole on a full one is lost.
 bool has_whole_page(int file, bool may_write) {

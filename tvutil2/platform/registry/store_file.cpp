@@ -14,16 +14,16 @@
 namespace tvutil2 {
 namespace {
 
-constexpr auto kSuccess = static_cast<LONG>(ERROR_SUCCESS);
-constexpr auto kDenied = static_cast<LONG>(ERROR_ACCESS_DENIED);
-constexpr auto kNotFound = static_cast<LONG>(ERROR_FILE_NOT_FOUND);
+constexpr auto kDone = static_cast<LONG>(ERROR_SUCCESS);
+constexpr auto kRefused = static_cast<LONG>(ERROR_ACCESS_DENIED);
+constexpr auto kMissing = static_cast<LONG>(ERROR_FILE_NOT_FOUND);
 constexpr mode_t kOthersWrite = S_IWGRP | S_IWOTH;
 constexpr mode_t kMachineFolderMode = 0755;
 constexpr const char* kFiles[] = {"", "-wal", "-shm", "-signal", "-journal"};
 
-LONG errno_error() {
+LONG folder_error() {
     const bool is_missing = errno == ENOENT || errno == ENOTDIR;
-    return is_missing ? kNotFound : static_cast<LONG>(error_from_errno(errno));
+    return is_missing ? kMissing : static_cast<LONG>(error_from_errno(errno));
 }
 
 std::int64_t nanoseconds() {
@@ -35,17 +35,17 @@ std::int64_t nanoseconds() {
 // A folder made under a careless umask is put right by whoever owns it.
 LONG check_machine_folder(const std::string& folder) {
     struct stat info {};
-    if (::lstat(folder.c_str(), &info) != 0) return errno_error();
-    if (!S_ISDIR(info.st_mode)) return kDenied;
+    if (::lstat(folder.c_str(), &info) != 0) return folder_error();
+    if (!S_ISDIR(info.st_mode)) return kRefused;
     if ((info.st_mode & kOthersWrite) != 0 && info.st_uid == geteuid()) {
         const Descriptor opened(
             ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
         if (!opened || ::fchmod(opened.get(), kMachineFolderMode) != 0 ||
             ::fstat(opened.get(), &info) != 0) {
-            return errno_error();
+            return folder_error();
         }
     }
-    return is_trusted_file(info) ? kSuccess : kDenied;
+    return is_trusted_file(info) ? kDone : kRefused;
 }
 
 }  // namespace
@@ -60,31 +60,31 @@ StoreFile::StoreFile(std::string folder, bool is_private)
 // Nobody else's in between: the mode of the machine's folder is widened once it is there.
 LONG StoreFile::make_folder() const {
     const auto parent = m_folder.substr(0, m_folder.find_last_of('/'));
-    if (!parent.empty() && !make_host_folders(parent, m_is_private)) return errno_error();
-    if (::mkdir(m_folder.c_str(), 0700) != 0) return errno == EEXIST ? kSuccess : errno_error();
+    if (!parent.empty() && !make_host_folders(parent, m_is_private)) return folder_error();
+    if (::mkdir(m_folder.c_str(), 0700) != 0) return errno == EEXIST ? kDone : folder_error();
     const Descriptor made(
         ::open(m_folder.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
     const bool is_done =
         made && ::fchmod(made.get(), m_is_private ? S_IRWXU : kMachineFolderMode) == 0;
-    return is_done ? kSuccess : errno_error();
+    return is_done ? kDone : folder_error();
 }
 
 LONG StoreFile::check(std::string& real) const {
     if (!m_is_private) {
-        if (const auto error = check_machine_folder(m_folder); error != kSuccess) return error;
+        if (const auto error = check_machine_folder(m_folder); error != kDone) return error;
     }
     char folder[PATH_MAX];
-    if (::realpath(m_folder.c_str(), folder) == nullptr) return errno_error();
+    if (::realpath(m_folder.c_str(), folder) == nullptr) return folder_error();
     real = std::string(folder) + m_path.substr(m_folder.size());
     for (const std::string suffix : kFiles) {
         struct stat info {};
         if (::lstat((real + suffix).c_str(), &info) != 0) {
-            if (errno != ENOENT || suffix.empty()) return errno_error();
+            if (errno != ENOENT || suffix.empty()) return folder_error();
         } else if (S_ISLNK(info.st_mode) || (!m_is_private && !is_trusted_file(info))) {
-            return kDenied;
+            return kRefused;
         }
     }
-    return kSuccess;
+    return kDone;
 }
 
 // What is pinned is what counts, whatever lies at the path by now. Closing a descriptor of this

@@ -59,7 +59,7 @@ std::string os_release() {
     for (const auto* path : {"/etc/os-release", "/usr/lib/os-release"}) {
         const Descriptor file(open(path, O_RDONLY | O_CLOEXEC));
         std::string content(kMost, '\0');
-        const auto size = file ? read(file.get(), content.data(), content.size()) : -1;
+        const auto size = file ? ::read(file.get(), content.data(), content.size()) : -1;
         if (size < 0) continue;
         content.resize(static_cast<std::size_t>(size));
         return content;

@@ -23,12 +23,6 @@ namespace {
 
 constexpr auto kSystem = "the system failed";
 
-std::string behind_links(const std::string& path) {
-    const std::unique_ptr<char, decltype(&std::free)> real(realpath(path.c_str(), nullptr),
-                                                           &std::free);
-    return real ? real.get() : path;
-}
-
 bool copy_front(const FileBytes& from, std::uint64_t size, int to) {
     constexpr std::uint64_t kBlock = std::uint64_t{256} << 10U;
     std::vector<std::byte> block(std::min(kBlock, size));

@@ -6,6 +6,7 @@
 #include "tvutil2/platform/window/controls/tree_view.h"
 #include "tvutil2/platform/window/geometry.h"
 #include "tvutil2/platform/window/messages.h"
+#include "tvutil2/platform/window/parameters.h"
 #include "tvutil2/platform/window/window.h"
 
 #include <cstring>
@@ -25,10 +26,6 @@ struct Items {
     std::function<bool(int)> is_selected;
     int focused = -1;
 };
-
-LPARAM as_lparam(const void* pointer) {
-    return reinterpret_cast<LPARAM>(pointer);
-}
 
 std::u16string list_box_text(HWND window, int index) {
     const auto row = static_cast<WPARAM>(index);

@@ -19,7 +19,7 @@ namespace {
 
 constexpr int kMaxClassExtra = 40;
 constexpr int kMaxWindowExtra = 4096;
-constexpr std::size_t kMaxName = 255;
+constexpr std::size_t kMaxClassName = 255;
 constexpr ATOM kFirstAtom = 0xC000;
 
 struct Classes {
@@ -121,7 +121,7 @@ bool is_valid(const WNDCLASSEXW& given) {
            given.cbClsExtra <= kMaxClassExtra && given.cbWndExtra >= 0 &&
            given.cbWndExtra <= kMaxWindowExtra && given.lpszClassName != nullptr &&
            !IS_INTRESOURCE(given.lpszClassName) && *given.lpszClassName != 0 &&
-           std::u16string_view(given.lpszClassName).size() <= kMaxName;
+           std::u16string_view(given.lpszClassName).size() <= kMaxClassName;
 }
 
 std::shared_ptr<WindowClass> make_class(const WNDCLASSEXW& given) {

@@ -7,6 +7,7 @@
 #include "tvutil2/platform/window/keys.h"
 #include "tvutil2/platform/window/menus/menu_loop.h"
 #include "tvutil2/platform/window/messages.h"
+#include "tvutil2/platform/window/parameters.h"
 #include "tvutil2/platform/window/screen.h"
 #include "tvutil2/platform/window/window.h"
 #include "tvutil2/platform/window/window_states.h"
@@ -17,10 +18,6 @@ namespace tvutil2 {
 namespace {
 
 std::atomic<std::uintptr_t> g_front{0};
-
-LPARAM as_lparam(HWND window) {
-    return reinterpret_cast<LPARAM>(window);
-}
 
 bool is_own(const Window& record) {
     return record.queue == ThreadQueue::current_or_null();

@@ -1,4 +1,5 @@
 // The frame around a client area: its size, and what it answers.
+#include "tvutil2/platform/draw/rect.h"
 #include "tvutil2/platform/window/geometry.h"
 #include "tvutil2/platform/window/hit_test.h"
 #include "tvutil2/platform/window/menus/menu_bar.h"
@@ -37,11 +38,6 @@ bool find_facts(HWND window, FrameFacts& facts) {
     return true;
 }
 
-bool holds(const RECT& rect, POINT point) {
-    return point.x >= rect.left && point.x < rect.right && point.y >= rect.top &&
-           point.y < rect.bottom;
-}
-
 // The edges of a window that can be sized, with corners that are easy to hit.
 LRESULT hit_edge(const FrameFacts& facts, POINT point) {
     const auto frame = frame_thickness(facts.style, facts.ex_style, facts.dpi);
@@ -67,11 +63,11 @@ LRESULT hit_edge(const FrameFacts& facts, POINT point) {
 
 LRESULT hit_test(HWND window, POINT point) {
     FrameFacts facts;
-    if (!find_facts(window, facts) || !holds(facts.window, point)) return HTNOWHERE;
+    if (!find_facts(window, facts) || PtInRect(&facts.window, point) == 0) return HTNOWHERE;
     if ((facts.style & WS_THICKFRAME) != 0 && (facts.style & (WS_MAXIMIZE | WS_MINIMIZE)) == 0) {
         if (const auto edge = hit_edge(facts, point); edge != HTNOWHERE) return edge;
     }
-    if (holds(facts.client, point)) return HTCLIENT;
+    if (PtInRect(&facts.client, point) != 0) return HTCLIENT;
     const bool is_beside = point.y >= facts.client.top && point.y < facts.client.bottom;
     const bool is_below = point.x >= facts.client.left && point.x < facts.client.right;
     const auto bar = GetSystemMetricsForDpi(SM_CXVSCROLL, facts.dpi);
@@ -83,10 +79,11 @@ LRESULT hit_test(HWND window, POINT point) {
         point.y < facts.client.bottom + bar) {
         return HTHSCROLL;
     }
-    if (holds(menu_bar_place(window), point)) return HTMENU;
+    const auto menu_bar = menu_bar_place(window);
+    if (PtInRect(&menu_bar, point) != 0) return HTMENU;
     if ((facts.style & WS_CAPTION) != WS_CAPTION || point.y >= facts.client.top) return HTBORDER;
     const auto button = close_button_of(window);
-    return holds(button, point) ? HTCLOSE : HTCAPTION;
+    return PtInRect(&button, point) != 0 ? HTCLOSE : HTCAPTION;
 }
 
 void calculate_client(HWND window, RECT& rect) {

@@ -1,6 +1,7 @@
 #include "tvutil2/platform/window/geometry.h"
 
 #include "tvutil2/platform/base/last_error.h"
+#include "tvutil2/platform/draw/rect.h"
 #include "tvutil2/platform/window/system_metrics.h"
 #include "tvutil2/platform/window/window_states.h"
 
@@ -47,11 +48,6 @@ bool is_shown(const Window& window) {
 
 namespace {
 
-bool holds(const RECT& rect, POINT point) {
-    return point.x >= rect.left && point.x < rect.right && point.y >= rect.top &&
-           point.y < rect.bottom;
-}
-
 // Where a window's client area is on the screen; false with ERROR_INVALID_WINDOW_HANDLE.
 bool find_client_corner(const TreeLock& tree, HWND window, POINT& corner) {
     corner = {};
@@ -66,12 +62,12 @@ bool find_client_corner(const TreeLock& tree, HWND window, POINT& corner) {
 Window* deepest_at(Window& parent, POINT point, std::span<const HWND> without) {
     for (auto* each = parent.first_child; each != nullptr; each = each->next) {
         if ((each->style & (WS_VISIBLE | WS_DISABLED | WS_MINIMIZE)) != WS_VISIBLE ||
-            !holds(each->rect, point) ||
+            PtInRect(&each->rect, point) == 0 ||
             std::find(without.begin(), without.end(), each->hwnd()) != without.end()) {
             continue;
         }
         const POINT inside{point.x - each->rect.left, point.y - each->rect.top};
-        if (!holds(each->client, inside)) return each;
+        if (PtInRect(&each->client, inside) == 0) return each;
         auto* const child =
             deepest_at(*each, {inside.x - each->client.left, inside.y - each->client.top}, without);
         return child != nullptr ? child : each;
@@ -86,7 +82,8 @@ HWND deepest_window(Window& window, POINT point, std::span<const HWND> without) 
     const POINT inside{point.x - corner.x, point.y - corner.y};
     const auto& client = window.client;
     const RECT area{0, 0, client.right - client.left, client.bottom - client.top};
-    auto* const child = holds(area, inside) ? deepest_at(window, inside, without) : nullptr;
+    auto* const child =
+        PtInRect(&area, inside) != 0 ? deepest_at(window, inside, without) : nullptr;
     return child != nullptr ? child->hwnd() : window.hwnd();
 }
 
@@ -172,11 +169,12 @@ HWND ChildWindowFromPoint(HWND parent, POINT point) {
     const auto* const record = tree.find(parent);
     if (record == nullptr) return nullptr;
     const auto& client = record->client;
-    if (!tvutil2::holds({0, 0, client.right - client.left, client.bottom - client.top}, point)) {
+    const RECT area{0, 0, client.right - client.left, client.bottom - client.top};
+    if (PtInRect(&area, point) == 0) {
         return nullptr;
     }
     const auto* child = record->first_child;
-    while (child != nullptr && !tvutil2::holds(child->rect, point)) child = child->next;
+    while (child != nullptr && PtInRect(&child->rect, point) == 0) child = child->next;
     return child != nullptr ? child->hwnd() : parent;
 }
 

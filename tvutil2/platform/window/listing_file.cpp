@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::size_t kBlock = 4096;
 
-struct Header {
+struct ListingHeader {
     std::uint64_t size, checksum;
 };
 
@@ -38,7 +38,7 @@ std::string read_from_start(int file) {
 }
 
 std::optional<std::string> whole_listing(const std::string& bytes) {
-    Header header;
+    ListingHeader header;
     if (bytes.size() < sizeof header) return std::nullopt;
     std::memcpy(&header, bytes.data(), sizeof header);
     if (header.size > bytes.size() - sizeof header) return std::nullopt;
@@ -66,7 +66,7 @@ bool ListingFile::make_room(std::size_t size) {
 }
 
 bool ListingFile::write(std::string_view bytes) {
-    const Header header{bytes.size(), checksum_of(bytes)};
+    const ListingHeader header{bytes.size(), checksum_of(bytes)};
     std::string all(reinterpret_cast<const char*>(&header), sizeof header);
     all.append(bytes);
     if (!make_room(all.size())) return false;

@@ -5,7 +5,7 @@
 
 namespace {
 
-constexpr std::size_t kMaxName = 255;
+constexpr std::size_t kMaxPropertyName = 255;
 
 // The key of a name; empty with ERROR_INVALID_PARAMETER for none. A number has a key that is no
 // text.
@@ -15,7 +15,7 @@ std::u16string key_of(const char16_t* name) {
         return {u'\0', static_cast<char16_t>(number)};
     }
     auto key = name != nullptr ? tvutil2::folded_name(name) : std::u16string();
-    if (key.size() > kMaxName) key.clear();
+    if (key.size() > kMaxPropertyName) key.clear();
     if (key.empty()) SetLastError(ERROR_INVALID_PARAMETER);
     return key;
 }

@@ -13,7 +13,7 @@ namespace {
 
 constexpr UINT kFirst = 0xC000;
 constexpr UINT kLast = 0xFFFF;
-constexpr std::size_t kMaxName = 255;
+constexpr std::size_t kMaxMessageName = 255;
 
 // A name as a line holds it: four hexadecimal digits for each of its units, without case.
 std::string line_of(const char16_t* name) {
@@ -55,7 +55,7 @@ UINT number_in(std::string_view text, std::string_view line) {
 
 UINT RegisterWindowMessageW(const char16_t* name) {
     const auto line = name != nullptr ? line_of(name) : std::string();
-    if (line.empty() || line.size() > kMaxName * 4) {
+    if (line.empty() || line.size() > kMaxMessageName * 4) {
         SetLastError(ERROR_INVALID_PARAMETER);
         return 0;
     }

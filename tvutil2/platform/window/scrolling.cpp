@@ -13,6 +13,7 @@
 #include "tvutil2/platform/window/messages.h"
 #include "tvutil2/platform/window/mouse.h"
 #include "tvutil2/platform/window/paint.h"
+#include "tvutil2/platform/window/parameters.h"
 #include "tvutil2/platform/window/scroll_bars.h"
 #include "tvutil2/platform/window/show.h"
 #include "tvutil2/platform/window/timers.h"
@@ -214,10 +215,6 @@ int set_info(HWND window, int bar, const SCROLLINFO& info) {
     if (changes) ShowScrollBar(window, bar, state.is_needed() ? TRUE : FALSE);
     repaint_bar(window, bar);
     return state.position;
-}
-
-LPARAM as_lparam(const void* pointer) {
-    return reinterpret_cast<LPARAM>(pointer);
 }
 
 }  // namespace

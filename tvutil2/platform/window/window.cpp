@@ -4,6 +4,7 @@
 #include "tvutil2/platform/window/messages.h"
 #include "tvutil2/platform/window/remote.h"
 #include "tvutil2/platform/window/thread_queue.h"
+#include "tvutil2/platform/window/window_states.h"
 #include "tvutil2/platform/window/window_table.h"
 
 #include <cstring>
@@ -13,10 +14,6 @@ using tvutil2::TreeLock;
 using tvutil2::Window;
 
 namespace {
-
-bool is_child(const Window& window) {
-    return (window.style & (WS_CHILD | WS_POPUP)) == WS_CHILD;
-}
 
 HWND handle_of(const Window* window) {
     return window != nullptr ? window->hwnd() : nullptr;

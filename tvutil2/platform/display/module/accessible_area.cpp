@@ -10,7 +10,7 @@
 namespace tvutil2 {
 namespace {
 
-struct Content {
+struct AreaContent {
     std::shared_ptr<const AccessibleWishes> wishes;
     bool is_wanted = false;
     AccessibleParts parts;
@@ -18,19 +18,19 @@ struct Content {
 
 constexpr auto kContent = "tvutil2-content";
 
-Content* content_of(gpointer area) {
-    return static_cast<Content*>(g_object_get_data(G_OBJECT(area), kContent));
+AreaContent* area_content_of(gpointer area) {
+    return static_cast<AreaContent*>(g_object_get_data(G_OBJECT(area), kContent));
 }
 
 // Null once the widget has gone.
-Content* content_of(AtkObject* object) {
+AreaContent* area_content_of(AtkObject* object) {
     auto* const widget = gtk_accessible_get_widget(GTK_ACCESSIBLE(object));
-    return widget != nullptr ? content_of(static_cast<gpointer>(widget)) : nullptr;
+    return widget != nullptr ? area_content_of(static_cast<gpointer>(widget)) : nullptr;
 }
 
 // Somebody looks.
-Content* looked_at(AtkObject* object) {
-    auto* const content = content_of(object);
+AreaContent* looked_at(AtkObject* object) {
+    auto* const content = area_content_of(object);
     if (content != nullptr && !content->is_wanted) {
         content->is_wanted = true;
         content->wishes->describe();
@@ -38,12 +38,12 @@ Content* looked_at(AtkObject* object) {
     return content;
 }
 
-gint count_children(AtkObject* object) {
+gint count_area_children(AtkObject* object) {
     const auto* const content = looked_at(object);
     return content != nullptr ? content->parts.count() : 0;
 }
 
-AtkObject* child_at(AtkObject* object, gint index) {
+AtkObject* area_child_at(AtkObject* object, gint index) {
     const auto* const content = looked_at(object);
     return content != nullptr ? content->parts.at(index) : nullptr;
 }
@@ -56,8 +56,8 @@ GType object_type() {
             GTK_TYPE_WIDGET_ACCESSIBLE, "Tvutil2AreaAccessible", parent.class_size,
             [](gpointer made, gpointer) {
                 auto* const object_class = ATK_OBJECT_CLASS(made);
-                object_class->get_n_children = count_children;
-                object_class->ref_child = child_at;
+                object_class->get_n_children = count_area_children;
+                object_class->ref_child = area_child_at;
             },
             parent.instance_size, nullptr, G_TYPE_FLAG_NONE);
     }();
@@ -83,15 +83,15 @@ GType area_type() {
 
 GtkWidget* new_accessible_area(AccessibleWishes wishes) {
     auto* const area = GTK_WIDGET(g_object_new(area_type(), nullptr));
-    auto* const content = new Content;
+    auto* const content = new AreaContent;
     content->wishes = std::make_shared<const AccessibleWishes>(std::move(wishes));
     g_object_set_data_full(G_OBJECT(area), kContent, content,
-                           [](gpointer data) { delete static_cast<Content*>(data); });
+                           [](gpointer data) { delete static_cast<AreaContent*>(data); });
     return area;
 }
 
 void describe_area(GtkWidget* area, const Accessible& window) {
-    auto* const content = content_of(static_cast<gpointer>(area));
+    auto* const content = area_content_of(static_cast<gpointer>(area));
     content->parts.follow(gtk_widget_get_accessible(area), window.children, content->wishes);
 }
 

@@ -36,7 +36,7 @@ XmlPlace place_of(xmlNode* node) {
 struct ContextEnd {
     void operator()(xmlXPathContext* context) const { xmlXPathFreeContext(context); }
 };
-struct ObjectEnd {
+struct XPathEnd {
     void operator()(xmlXPathObject* object) const { xmlXPathFreeObject(object); }
 };
 struct ParserEnd {
@@ -80,7 +80,7 @@ class Tree final : public XmlTree {
         context->error = say_nothing;
         context->node = from != nullptr ? node_of(from) : reinterpret_cast<xmlNode*>(m_document);
         const NothingPrinted quiet;
-        const std::unique_ptr<xmlXPathObject, ObjectEnd> result(
+        const std::unique_ptr<xmlXPathObject, XPathEnd> result(
             xmlXPathEvalExpression(xml(path), context.get()));
         if (!result || result->type != XPATH_NODESET) return false;
         auto* const nodes = result->nodesetval;

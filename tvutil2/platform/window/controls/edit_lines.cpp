@@ -12,10 +12,6 @@ constexpr std::size_t kLongestWhole = 1024;
 constexpr std::size_t kPart = 512;
 constexpr std::size_t kWrapped = 512;
 
-bool is_line_end(char16_t unit) {
-    return unit == u'\r' || unit == u'\n';
-}
-
 std::size_t line_end(std::u16string_view text, std::size_t from) {
     const auto found = text.find_first_of(u"\r\n", from);
     return found == std::u16string_view::npos ? text.size() : found;

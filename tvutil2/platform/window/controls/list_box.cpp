@@ -25,7 +25,7 @@ namespace tvutil2 {
 namespace {
 
 constexpr int kRowMargin = 3;
-constexpr int kSideMargin = 8;
+constexpr int kItemMargin = 8;
 constexpr DWORD kTypingTime = 1000;
 
 void tell(HWND window, const ListState& state, WORD code) {
@@ -58,7 +58,7 @@ void paint_row(HDC context, const ListState& state, HWND window, int index, RECT
         draw_focus_ring(context, band);
     }
     const auto before = SetTextColor(context, ink);
-    InflateRect(&row, -scaled(kSideMargin, dpi), 0);
+    InflateRect(&row, -scaled(kItemMargin, dpi), 0);
     const auto& text = state.items.at(index).text;
     DrawTextW(context, text.c_str(), static_cast<int>(text.size()), &row,
               DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX | DT_END_ELLIPSIS);

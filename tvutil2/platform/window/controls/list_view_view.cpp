@@ -20,8 +20,8 @@ namespace tvutil2 {
 namespace {
 
 // In pixels at 96 dots an inch.
-constexpr int kRowMargin = 4;
-constexpr int kSide = 8;
+constexpr int kCellMargin = 4;
+constexpr int kCellSide = 8;
 constexpr int kGap = 4;
 constexpr int kCellWidth = 96;
 constexpr int kEdge = 4;
@@ -68,7 +68,7 @@ int ListViewView::row_count() const {
 
 void ListViewView::arrange() {
     const auto line = line_height(m_window, m_state);
-    const auto margin = scaled(kRowMargin, m_dpi);
+    const auto margin = scaled(kCellMargin, m_dpi);
     m_state.rows.has_bar = true;
     if (shows_icons()) {
         const auto images = size_of_images(m_state.large);
@@ -192,7 +192,8 @@ int ListViewView::width_for(int column) const {
     const auto image = column == 0 && m_state.small != nullptr
                            ? size_of_images(m_state.small).cx + scaled(kGap, m_dpi)
                            : 0;
-    return std::min<int>(width + image + 2 * scaled(kSide, m_dpi), scaled(kWidestColumn, m_dpi));
+    return std::min<int>(width + image + 2 * scaled(kCellSide, m_dpi),
+                         scaled(kWidestColumn, m_dpi));
 }
 
 void ListViewView::show(int index) {
@@ -230,7 +231,7 @@ COLORREF ListViewView::paint_band(HDC context, int index, RECT band) const {
 void ListViewView::paint_row(HDC context, int index) {
     auto row = place_of(index);
     SetTextColor(context, paint_band(context, index, row));
-    const auto side = scaled(kSide, m_dpi);
+    const auto side = scaled(kCellSide, m_dpi);
     const auto images = size_of_images(m_state.small);
     auto left = row.left;
     const auto columns = std::max<std::size_t>(m_state.columns.size(), 1);
@@ -256,7 +257,7 @@ void ListViewView::paint_row(HDC context, int index) {
 void ListViewView::paint_icon(HDC context, int index) {
     auto cell = place_of(index);
     SetTextColor(context, paint_band(context, index, cell));
-    const auto margin = scaled(kRowMargin, m_dpi);
+    const auto margin = scaled(kCellMargin, m_dpi);
     const auto images = size_of_images(m_state.large);
     if (m_state.large != nullptr) {
         ImageList_Draw(m_state.large, image_of(index), context,
@@ -275,7 +276,7 @@ void ListViewView::paint_header(HDC context) const {
     FillRect(context, &area, GetSysColorBrush(COLOR_WINDOW));
     auto* const brush = CreateSolidBrush(theme().palette.divider);
     const auto line = std::max(scaled(1, m_dpi), 1);
-    const auto side = scaled(kSide, m_dpi);
+    const auto side = scaled(kCellSide, m_dpi);
     SetTextColor(context, GetSysColor(has_style(WS_DISABLED) ? COLOR_GRAYTEXT : COLOR_WINDOWTEXT));
     LONG left = -m_state.scroll_x;
     for (std::size_t i = 0; i < m_state.columns.size(); ++i) {

@@ -14,9 +14,6 @@ constexpr std::size_t kReach = 256;
 bool is_blank(char16_t unit) {
     return unit == u' ' || unit == u'\t' || unit == u'\u00A0' || unit == u'\u3000';
 }
-bool is_line_end(char16_t unit) {
-    return unit == u'\r' || unit == u'\n';
-}
 
 // Each such unit is a character of its own where both neighbours are such ones.
 bool is_plain(char16_t unit) {

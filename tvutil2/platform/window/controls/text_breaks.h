@@ -13,6 +13,10 @@
 
 namespace tvutil2 {
 
+[[nodiscard]] inline bool is_line_end(char16_t unit) {
+    return unit == u'\r' || unit == u'\n';
+}
+
 /// The next place for a caret; the text's size at its end.
 [[nodiscard]] TVUTIL_API std::size_t next_character(std::u16string_view text, std::size_t at);
 [[nodiscard]] TVUTIL_API std::size_t previous_character(std::u16string_view text, std::size_t at);

@@ -16,9 +16,9 @@ namespace tvutil2 {
 namespace {
 
 // In pixels at 96 dots an inch.
-constexpr int kRowMargin = 4;
+constexpr int kTreeMargin = 4;
 constexpr int kIndent = 19;
-constexpr int kSide = 4;
+constexpr int kTreeSide = 4;
 
 void paint_tree_item(HWND window, TreeState& state, HDC context, int index, RECT row) {
     auto* const handle = state.at(index);
@@ -58,7 +58,7 @@ void paint_tree_item(HWND window, TreeState& state, HDC context, int index, RECT
 }  // namespace
 
 RECT tree_arrow(const TreeItem& item, RECT row, UINT dpi) {
-    row.left += scaled(kSide, dpi) + item.depth * scaled(kIndent, dpi);
+    row.left += scaled(kTreeSide, dpi) + item.depth * scaled(kIndent, dpi);
     row.right = row.left + scaled(kIndent, dpi);
     return row;
 }
@@ -70,9 +70,9 @@ RECT tree_name(HWND window, TreeState& state, const TreeItem& item, RECT row) {
         int width = 0;
         int height = 0;
         ImageList_GetIconSize(state.images, &width, &height);
-        row.left += width + scaled(kSide, dpi);
+        row.left += width + scaled(kTreeSide, dpi);
     }
-    row.right -= scaled(kSide, dpi);
+    row.right -= scaled(kTreeSide, dpi);
     return row;
 }
 
@@ -90,7 +90,7 @@ void arrange_tree(HWND window, TreeState& state) {
     if (state.is_frozen) return;
     state.rows.has_bar = true;
     state.rows.height =
-        line_height(window, state) + 2 * scaled(kRowMargin, GetDpiForWindow(window));
+        line_height(window, state) + 2 * scaled(kTreeMargin, GetDpiForWindow(window));
     show_rows_from(window, state.rows, state.count(), state.rows.top);
     place_tree_label(window, state);
     repaint(window);

@@ -24,9 +24,9 @@ namespace tvutil2 {
 namespace {
 
 // In pixels at 96 dots an inch.
-constexpr int kEdge = 4;    // beside the first item
-constexpr int kMargin = 9;  // beside each text
-constexpr int kInset = 2;   // above and below what marks an item
+constexpr int kBarEdge = 4;  // beside the first item
+constexpr int kMargin = 9;   // beside each text
+constexpr int kInset = 2;    // above and below what marks an item
 
 // What a bar is laid out by.
 struct BarFacts {
@@ -83,7 +83,7 @@ MenuBar lay_out_menu_bar(const std::vector<MenuItem>& items, int width, UINT dpi
     MenuBar bar;
     if (items.empty()) return bar;
     const int row = GetSystemMetricsForDpi(SM_CYMENU, dpi);
-    const int edge = scaled(kEdge, dpi);
+    const int edge = scaled(kBarEdge, dpi);
     auto* const context = CreateCompatibleDC(nullptr);
     {
         const MenuFont font(context, dpi);

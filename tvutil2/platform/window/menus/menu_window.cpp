@@ -19,7 +19,7 @@ namespace tvutil2 {
 namespace {
 
 // In pixels at 96 dots an inch.
-constexpr int kEdge = 4;       // around all items
+constexpr int kPopupEdge = 4;  // around all items
 constexpr int kRowMargin = 6;  // above and below a text
 constexpr int kGutter = 32;    // in front of the texts, for checks
 constexpr int kBehind = 28;    // behind them, for arrows
@@ -45,7 +45,7 @@ SIZE measure(HWND window, MenuWindowState& state) {
         TEXTMETRICW metrics{};
         GetTextMetricsW(context, &metrics);
         const int height = metrics.tmHeight + 2 * scaled(kRowMargin, state.dpi);
-        int top = scaled(kEdge, state.dpi);
+        int top = scaled(kPopupEdge, state.dpi);
         for (const auto& item : state.items) {
             state.tops.push_back(top);
             top += item.is_separator() ? scaled(kSeparator, state.dpi) : height;
@@ -58,9 +58,9 @@ SIZE measure(HWND window, MenuWindowState& state) {
     }
     ReleaseDC(window, context);
     const int gap = shortcuts > 0 ? scaled(kShortcutGap, state.dpi) : 0;
-    const int width = 2 * scaled(kEdge, state.dpi) + scaled(kGutter, state.dpi) + state.text_width +
-                      gap + shortcuts + scaled(kBehind, state.dpi);
-    return {width, state.tops.back() + scaled(kEdge, state.dpi)};
+    const int width = 2 * scaled(kPopupEdge, state.dpi) + scaled(kGutter, state.dpi) +
+                      state.text_width + gap + shortcuts + scaled(kBehind, state.dpi);
+    return {width, state.tops.back() + scaled(kPopupEdge, state.dpi)};
 }
 
 // All of it where the person can see it.
@@ -128,7 +128,7 @@ void paint_item(HDC context, const MenuWindowState& state, std::size_t index, RE
 }
 
 RECT row_of(const MenuWindowState& state, const RECT& client, std::size_t index) {
-    const auto edge = scaled(kEdge, state.dpi);
+    const auto edge = scaled(kPopupEdge, state.dpi);
     return {client.left + edge, state.tops[index] - state.scrolled, client.right - edge,
             state.tops[index + 1] - state.scrolled};
 }
@@ -248,7 +248,7 @@ void scroll_menu(HWND window, int by) {
     if (!state) return;
     RECT client{};
     GetClientRect(window, &client);
-    const auto most = state->tops.back() + scaled(kEdge, state->dpi) - client.bottom;
+    const auto most = state->tops.back() + scaled(kPopupEdge, state->dpi) - client.bottom;
     state->scrolled = std::clamp(state->scrolled + by, 0, std::max<int>(most, 0));
     InvalidateRect(window, nullptr, FALSE);
 }
