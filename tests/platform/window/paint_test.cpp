@@ -105,7 +105,9 @@ TEST_F(Painting, ComesBackForWhatChangesInFrontOfIt) {
         MoveWindow(children[i], i * 20, 0, 20, 20, TRUE);
     }
     pump();
-    const auto [b, c, d, e] = children;
+    auto* const b = children[0];
+    auto* const c = children[1];
+    auto* const d = children[2];
     const struct {
         std::function<void()> change;  // when C is painted
         const char* heard;
@@ -115,12 +117,12 @@ TEST_F(Painting, ComesBackForWhatChangesInFrontOfIt) {
         {[=] { ShowWindow(d, SW_HIDE); }, "B PAINT, C PAINT, A PAINT, E PAINT"},
         {[=] { DestroyWindow(c); }, "B PAINT, C PAINT, A PAINT, E PAINT"},
     };
-    for (const auto& [change, heard] : cases) {
+    for (const auto& row : cases) {
         for (auto* const child : children) InvalidateRect(child, nullptr, FALSE);
         m_trace.handler = [&](HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
             if (message == WM_ERASEBKGND) return LRESULT{1};
             const auto result = DefWindowProcW(window, message, wparam, lparam);
-            if (message == WM_PAINT && window == c) change();
+            if (message == WM_PAINT && window == c) row.change();
             return result;
         };
         auto all = pump();
@@ -129,7 +131,7 @@ TEST_F(Painting, ComesBackForWhatChangesInFrontOfIt) {
                 all.erase(at, std::string_view(erased).size());
             }
         }
-        EXPECT_EQ(all, heard);
+        EXPECT_EQ(all, row.heard);
     }
 }
 

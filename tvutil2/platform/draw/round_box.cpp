@@ -4,6 +4,8 @@
 #include <array>
 #include <atomic>
 #include <cmath>
+#include <cstddef>
+#include <cstdlib>
 #include <memory>
 
 namespace tvutil2 {
@@ -30,9 +32,9 @@ std::unique_ptr<const RoundCorner> make_corner(Engine& engine, double radius, in
     }
     auto corner = std::make_unique<RoundCorner>(RoundCorner{radius, line, size, {}});
     for (int y = 0; y < size; ++y) {
+        const auto* const row = pixels.data() + std::ptrdiff_t{y} * side;
         for (int x = 0; x < size; ++x) {
-            corner->coverage.push_back(
-                static_cast<std::uint8_t>(pixels[static_cast<std::size_t>(y * side + x)] >> 24U));
+            corner->coverage.push_back(static_cast<std::uint8_t>(row[x] >> 24U));
         }
     }
     return corner;
@@ -60,7 +62,7 @@ void draw_corner(const Drawing& drawing, const RoundCorner& corner, POINT from, 
         for (auto y = cut.top; y < cut.bottom; ++y) {
             auto* const row = drawing.surface().row(y);
             const auto* const coverage =
-                corner.coverage.data() + std::abs(y - from.y) * corner.size;
+                corner.coverage.data() + std::abs(std::ptrdiff_t{y} - from.y) * corner.size;
             for (auto x = cut.left; x < cut.right; ++x) {
                 row[x] = mixed(row[x], pixel, coverage[std::abs(x - from.x)]);
             }
