@@ -19,7 +19,7 @@ std::u16string digits(std::uint64_t number) {
 
 // Two digits, with a zero in front.
 std::u16string two_digits(int number) {
-    return digits(static_cast<std::uint64_t>(number + 100)).substr(1);
+    return digits(static_cast<std::uint64_t>(number) + 100).substr(1);
 }
 
 }  // namespace
