@@ -7,7 +7,7 @@
 namespace tvutil2::codepage {
 namespace {
 
-constexpr char16_t kNone = 0xFFFF;
+constexpr char16_t kUndefined = 0xFFFF;
 
 // The DOS page of the Arabic standard ASMO 708: its letters are those of ISO 8859-6, between them
 // lie French letters and the line drawing of the PC.
@@ -103,7 +103,7 @@ constexpr Difference kDifferences[] = {
     {862, 0xE6, 0xE6, u'\u00B5'},
     {863, 0xE6, 0xE6, u'\u00B5'},
     // Isolated forms where ICU has medial ones, and the mark itself instead of its spacing form.
-    {864, 0x9F, 0x9F, kNone},
+    {864, 0x9F, 0x9F, kUndefined},
     {864, 0xD7, 0xD7, u'\uFEC1'},
     {864, 0xD8, 0xD8, u'\uFEC5'},
     {864, 0xF1, 0xF1, u'\u0651'},

@@ -341,7 +341,7 @@ void FileDialog::choose(const std::vector<FolderEntry>& found) {
 
 void FileDialog::back_to_name() {
     SetFocus(item(kFileName));
-    SendMessageW(item(kFileName), CB_SETEDITSEL, 0, MAKELPARAM(0, -1));
+    SendMessageW(item(kFileName), CB_SETEDITSEL, 0, MAKELPARAM(0, 0xFFFF));
 }
 
 }  // namespace tvutil2

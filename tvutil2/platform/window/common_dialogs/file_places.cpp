@@ -15,19 +15,19 @@
 namespace tvutil2 {
 namespace {
 
-using Kind = FolderPlace::Kind;
+using PlaceKind = FolderPlace::Kind;
 
 std::u16string name_of(const FolderPlace& place, LANGID language) {
     switch (place.kind) {
-        case Kind::home:
+        case PlaceKind::home:
             return folder_word(FolderWord::home, language);
-        case Kind::desktop:
+        case PlaceKind::desktop:
             return folder_word(FolderWord::desktop, language);
-        case Kind::documents:
+        case PlaceKind::documents:
             return folder_word(FolderWord::documents, language);
-        case Kind::downloads:
+        case PlaceKind::downloads:
             return file_word(FileWord::downloads, language);
-        case Kind::drive:
+        case PlaceKind::drive:
             return place.path.size() == 3 ? place.path.substr(0, 2) : place.path;
         default:
             return shown_name(place.path.substr(place.path.rfind(u'\\') + 1));
@@ -35,8 +35,8 @@ std::u16string name_of(const FolderPlace& place, LANGID language) {
 }
 
 FolderIcon icon_of(const FolderPlace& place) {
-    if (place.kind == Kind::desktop) return FolderIcon::desktop;
-    const bool is_device = place.kind == Kind::drive || place.kind == Kind::mount;
+    if (place.kind == PlaceKind::desktop) return FolderIcon::desktop;
+    const bool is_device = place.kind == PlaceKind::drive || place.kind == PlaceKind::mount;
     return is_device ? FolderIcon::drive : FolderIcon::folder;
 }
 
@@ -79,7 +79,7 @@ std::u16string FilePlaces::selected() const {
 }
 
 std::u16string FilePlaces::usual() const {
-    const auto documents = std::ranges::find(m_places, Kind::documents, &FolderPlace::kind);
+    const auto documents = std::ranges::find(m_places, PlaceKind::documents, &FolderPlace::kind);
     if (documents != m_places.end()) return documents->path;
     return m_places.empty() ? u"" : m_places.front().path;
 }
