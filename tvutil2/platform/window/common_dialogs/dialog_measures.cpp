@@ -6,6 +6,7 @@
 #include "tvutil2/platform/draw/theme.h"
 #include "tvutil2/platform/window/controls/control.h"
 #include "tvutil2/platform/window/dialogs/built_dialog.h"
+#include "tvutil2/platform/window/dialogs/dialog_state.h"
 #include "tvutil2/platform/window/geometry.h"
 #include "tvutil2/platform/window/messages.h"
 #include "tvutil2/platform/window/paint.h"
@@ -79,6 +80,12 @@ SIZE DialogMeasures::with_frame(LONG width, LONG height) const {
     AdjustWindowRectExForDpi(&frame, static_cast<DWORD>(GetWindowLongW(m_dialog, GWL_STYLE)), FALSE,
                              static_cast<DWORD>(GetWindowLongW(m_dialog, GWL_EXSTYLE)), m_dpi);
     return {frame.right - frame.left, frame.bottom - frame.top};
+}
+
+void resize_in_the_middle(HWND dialog, SIZE size) {
+    SetWindowPos(dialog, nullptr, 0, 0, size.cx, size.cy,
+                 SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
+    centre_dialog(dialog);
 }
 
 }  // namespace tvutil2

@@ -39,6 +39,9 @@ class DialogMeasures {
     LONG m_line;
 };
 
+/// Gives a dialog its first size, and its place in the middle of its owner.
+void resize_in_the_middle(HWND dialog, SIZE size);
+
 // In pixels at 96 dots an inch.
 inline constexpr int kDialogMargin = 12;
 inline constexpr int kDialogGap = 8;

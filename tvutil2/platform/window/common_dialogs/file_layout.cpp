@@ -8,7 +8,6 @@
 #include "tvutil2/platform/window/controls/combo_box.h"
 #include "tvutil2/platform/window/controls/list_view.h"
 #include "tvutil2/platform/window/dialogs/built_dialog.h"
-#include "tvutil2/platform/window/dialogs/dialog_state.h"
 #include "tvutil2/platform/window/dialogs/message_words.h"
 #include "tvutil2/platform/window/geometry.h"
 #include "tvutil2/platform/window/messages.h"
@@ -148,9 +147,7 @@ void size_file_dialog(HWND dialog) {
             std::max(least_dialog_width(measures), measures.length(kUsualDialogWidth));
         size = file_dialog_size(measures, size_of_part(dialog), width, kUsualList);
     }
-    SetWindowPos(dialog, nullptr, 0, 0, size.cx, size.cy,
-                 SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
-    centre_dialog(dialog);
+    resize_in_the_middle(dialog, size);
     lay_out_file_dialog(dialog);
 }
 

@@ -9,7 +9,6 @@
 #include "tvutil2/platform/window/controls/static.h"
 #include "tvutil2/platform/window/controls/tree_view.h"
 #include "tvutil2/platform/window/dialogs/built_dialog.h"
-#include "tvutil2/platform/window/dialogs/dialog_state.h"
 #include "tvutil2/platform/window/dialogs/message_words.h"
 #include "tvutil2/platform/window/geometry.h"
 #include "tvutil2/platform/window/messages.h"
@@ -94,9 +93,7 @@ void build_folder_dialog(HWND dialog, const FolderParts& parts, LANGID language)
         const auto width = std::max(least_width(measures), measures.length(kUsualWidth));
         size = size_with(dialog, measures, width, kUsualTree);
     }
-    SetWindowPos(dialog, nullptr, 0, 0, size.cx, size.cy,
-                 SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
-    centre_dialog(dialog);
+    resize_in_the_middle(dialog, size);
     lay_out_folder_dialog(dialog);
 }
 
