@@ -29,12 +29,14 @@ using tests::await;
 
 constexpr auto kLauncher = "/usr/libexec/at-spi-bus-launcher";
 
-// The session's bus starts the one of accessibility.
+// The session's bus starts the one of accessibility, whose socket would else lie where those of all
+// tests lie.
 void offer_accessibility() {
     const auto services = tests::profile_folder() + "/home/.local/share/dbus-1/services";
     std::filesystem::create_directories(services);
     tests::write_file(services + "/org.a11y.Bus.service",
-                      std::string("[D-BUS Service]\nName=org.a11y.Bus\nExec=") + kLauncher + "\n");
+                      "[D-BUS Service]\nName=org.a11y.Bus\nExec=/usr/bin/env XDG_RUNTIME_DIR=" +
+                          tests::new_folder() + " " + kLauncher + "\n");
 }
 
 class Reader {
