@@ -1,11 +1,14 @@
 #include "tvutil2/platform/watch/directory_changes.h"
 
+#include "tvutil2/platform/base/descriptor.h"
 #include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/base/utf.h"
 #include "tvutil2/platform/files/files.h"
 #include "tvutil2/platform/objects/objects.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -180,6 +183,35 @@ TEST(DirectoryChanges, NamesAreToldInTheirOrder) {
     EXPECT_EQ(reader.read_to("end2"), (Changes{{2, "full/inner"}, {2, "full"}}));
 }
 
+// However deep a tree is: its folders are looked at with few descriptors.
+TEST(DirectoryChanges, ADeepTreeIsFollowedOrALossIsTold) {
+    const auto folder = tests::new_folder();
+    std::string deep = folder;
+    for (int i = 0; i < 100; ++i) deep += "/d";
+    std::filesystem::create_directories(deep);
+    rlimit limit{};
+    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &limit), 0);
+    const auto allow = [&limit](int descriptors) {
+        const rlimit lower{static_cast<rlim_t>(descriptors), limit.rlim_max};
+        ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &lower), 0);
+    };
+    const tvutil2::Descriptor next(open("/dev/null", O_RDONLY | O_CLOEXEC));
+    allow(next.get() + 30);
+    Reader reader(folder);
+    touch(deep + "/file");
+    reader.wait();
+    ASSERT_EQ(reader.changes.size(), 1U);
+    EXPECT_TRUE(reader.changes[0].path.ends_with("/d/file"));
+    // Without any descriptor what is in a new folder can't be known.
+    ASSERT_TRUE(reader.read());
+    allow(0);
+    mkdir((folder + "/new").c_str(), 0700);
+    reader.wait();
+    EXPECT_EQ(reader.bytes, 0U);
+    EXPECT_EQ(reader.error, ERROR_SUCCESS);
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &limit), 0);
+}
+
 TEST(DirectoryChanges, ContentIsToldToWhoAsksForIt) {
     const auto folder = tests::new_folder();
     touch(folder + "/file");
@@ -215,10 +247,15 @@ TEST(DirectoryChanges, WhatIsToldAddsUpToTheTree) {
                     folders.insert(folders.end(), {path, path + "/x", path + "/x/y"});
                 } else if (kind < 7) {
                     touch(root + path);
-                } else if (kind < 9) {
+                } else if (kind < 8) {
                     touch(root + path);
                     rename((root + path).c_str(),
                            (root + any_folder() + "/m" + path.substr(path.rfind('/') + 1)).c_str());
+                } else if (kind == 8) {
+                    // As programs do that have a folder ready before it gets its name.
+                    std::filesystem::create_directories(root + path + "/x");
+                    touch(root + path + "/x/y");
+                    rename((root + path).c_str(), (root + path + "r").c_str());
                 } else if (folders.size() > 1) {
                     const auto victim = folders[1 + random() % (folders.size() - 1)];
                     std::filesystem::remove_all(root + victim);
@@ -233,19 +270,23 @@ TEST(DirectoryChanges, WhatIsToldAddsUpToTheTree) {
             touch(root + "/end");
         });
         std::set<std::string> told;
+        std::set<std::string> renamed;  // what a folder takes along, by its name in there
         for (const auto& change : reader.read_to("end")) {
-            switch (change.action) {
-                case FILE_ACTION_ADDED:
-                case FILE_ACTION_RENAMED_NEW_NAME:
-                    EXPECT_TRUE(told.insert(change.path).second) << change.path;
-                    break;
-                default:
-                    // What was in a folder that went before it was listed is told to go unheard of.
-                    told.erase(change.path);
-                    std::erase_if(told, [&](const auto& path) {
-                        return path.starts_with(change.path + "/");
-                    });
+            if (change.action == FILE_ACTION_ADDED ||
+                change.action == FILE_ACTION_RENAMED_NEW_NAME) {
+                EXPECT_TRUE(told.insert(change.path).second) << change.path;
+                for (const auto& name : std::exchange(renamed, {})) told.insert(change.path + name);
+                continue;
             }
+            // What was in a folder that went before it was listed is told to go unheard of.
+            told.erase(change.path);
+            std::erase_if(told, [&](const auto& path) {
+                const bool is_below = path.starts_with(change.path + "/");
+                if (is_below && change.action == FILE_ACTION_RENAMED_OLD_NAME) {
+                    renamed.insert(path.substr(change.path.size()));
+                }
+                return is_below;
+            });
         }
         changer.join();
         EXPECT_EQ(told, real);

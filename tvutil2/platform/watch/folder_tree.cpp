@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <map>
 #include <optional>
 #include <set>
@@ -107,8 +108,25 @@ class FolderTree::Node final : public FolderSubscriber {
     void remove(std::string_view name) {
         const auto found = m_folders.find(name);
         if (found != m_folders.end()) m_folders.erase(found);
+        const auto missed = m_missed.find(name);
+        if (missed != m_missed.end()) m_missed.erase(missed);
     }
-    void remove_all() { m_folders.clear(); }
+    void remove_all() {
+        m_folders.clear();
+        m_missed.clear();
+    }
+
+    /// Remembers a folder that isn't found: it is gone, or one on the way to it has another name,
+    /// of which the host will tell.
+    void note_missed(const std::string& name, bool tells_content) {
+        m_missed[name] = tells_content;
+    }
+    void look_for_missed() {
+        for (const auto& [name, tells_content] : std::exchange(m_missed, {})) {
+            m_tree.add_folder(*this, name, tells_content);
+        }
+        for (const auto& [name, folder] : m_folders) folder->look_for_missed();
+    }
 
     /// Remembers an entry that is told though the host's own record of it may still come.
     void note_told(const char* name) {
@@ -138,17 +156,21 @@ class FolderTree::Node final : public FolderSubscriber {
         for (const auto& [name, folder] : m_folders) folder->set_prefix();
     }
 
-    // A folder that is followed goes on being followed under another name.
-    void take_over(Node& from, std::string_view old_name, std::string_view new_name) {
+    // A folder that is followed goes on being followed under another name. One that had that name
+    // before it could be followed is as good as new, unless it has been told by the other name.
+    void take_over(Node& from, std::string_view old_name, std::string_view new_name, bool is_news) {
         auto moved = from.m_folders.extract(std::string(old_name));
+        from.remove(old_name);
+        if (moved.empty() && !is_news) return;
         remove(new_name);
-        if (moved.empty()) return m_tree.add_folder(*this, std::string(new_name), false);
+        if (moved.empty()) return m_tree.add_folder(*this, std::string(new_name), true);
         auto& folder = *moved.mapped();
         folder.m_parent = this;
         folder.m_name = new_name;
         folder.set_prefix();
         moved.key() = new_name;
         m_folders.insert(std::move(moved));
+        folder.look_for_missed();
     }
 
     FolderTree& m_tree;
@@ -156,6 +178,7 @@ class FolderTree::Node final : public FolderSubscriber {
     std::string m_name;
     std::optional<std::u16string> m_prefix;
     std::map<std::string, std::unique_ptr<Node>, std::less<>> m_folders;
+    std::map<std::string, bool, std::less<>> m_missed;
     std::set<std::string, std::less<>> m_listed;
 };
 
@@ -193,7 +216,7 @@ void FolderTree::Node::on_move(FolderSubscriber* from, std::string_view old_name
     }
     if (!is_folder || !m_tree.m_subtree) return;
     if (left != nullptr && reached != nullptr) {
-        reached->take_over(*left, old_name, new_name);
+        reached->take_over(*left, old_name, new_name, is_news);
     } else if (left != nullptr) {
         left->remove(old_name);
     } else if (is_news) {
@@ -269,14 +292,24 @@ bool FolderTree::follow(Node& node, bool tells_content) {
     const auto mask = host_mask(m_filter, m_subtree) | (node.is_root() ? 0U : IN_DONT_FOLLOW);
     if (!hub.watch(node, node.path(), mask)) return false;
     if (++m_followed % kFoldersAtOnce == 0) hub.collect();
-    if (m_subtree) follow_content(node, tells_content);
+    return !m_subtree || follow_content(node, tells_content);
+}
+
+bool FolderTree::follow_content(Node& node, bool tells_content) {
+    const auto folders = folders_in(node, tells_content);
+    if (!folders) return false;
+    for (const auto& name : *folders) add_folder(node, name, tells_content);
     return true;
 }
 
-void FolderTree::follow_content(Node& node, bool tells_content) {
-    const OpenFolder folder(opendir(node.path().c_str()));
-    if (!folder) return;
-    while (const auto* const entry = readdir(folder.get())) {
+// Closed before any of them is followed: a deep tree takes no more descriptors than a flat one.
+std::optional<std::vector<std::string>> FolderTree::folders_in(Node& node, bool tells_content) {
+    std::vector<std::string> folders;
+    const auto path = node.path();
+    const OpenFolder folder(opendir(path.c_str()));
+    if (!folder && errno == ENOENT) return fail_at(path), std::nullopt;
+    if (!folder && (errno == EMFILE || errno == ENFILE || errno == ENOMEM)) lose_below();
+    while (const auto* const entry = folder ? readdir(folder.get()) : nullptr) {
         const std::string_view name(entry->d_name);
         if (name == "." || name == "..") continue;
         const bool is_folder = is_folder_entry(folder.get(), *entry);
@@ -284,17 +317,24 @@ void FolderTree::follow_content(Node& node, bool tells_content) {
             node.note_told(entry->d_name);
             tell(FILE_ACTION_ADDED, name_kind(is_folder), node, name);
         }
-        if (is_folder) add_folder(node, entry->d_name, tells_content);
+        if (is_folder) folders.emplace_back(name);
     }
+    return folders;
 }
 
-// A folder that is gone by now, or may not be listed, is passed over. One that can't be watched for
-// want of watches, or can't be found because everything was moved, is a loss.
+// A folder that may not be listed is passed over. One that can't be watched for want of watches, or
+// can't be found because everything was moved, is a loss.
 void FolderTree::add_folder(Node& parent, const std::string& name, bool tells_content) {
     if (follow(parent.add(name), tells_content)) return;
     const auto error = GetLastError();
     parent.remove(name);
-    if (error != ERROR_NO_SYSTEM_RESOURCES && !m_is_adrift) return;
+    if (error == ERROR_NO_SYSTEM_RESOURCES || m_is_adrift) return lose_below();
+    if (error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND) {
+        parent.note_missed(name, tells_content);
+    }
+}
+
+void FolderTree::lose_below() {
     if (!std::exchange(m_is_short, true) && m_is_told) m_listener.on_lost();
 }
 

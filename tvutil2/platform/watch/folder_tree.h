@@ -6,8 +6,10 @@
 #include "tvutil2/platform/watch/inotify_hub.h"
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace tvutil2 {
 
@@ -57,10 +59,13 @@ class FolderTree {
     [[nodiscard]] bool begin();
     void begin_again();
     // Watches a folder and what is in it; `tells_content`: as added. False with the last error when
-    // the folder itself can't be watched.
+    // the folder itself can't be watched, or found.
     bool follow(Node& node, bool tells_content);
-    void follow_content(Node& node, bool tells_content);
+    bool follow_content(Node& node, bool tells_content);
+    // The names of the folders in a folder; nothing when it isn't found.
+    std::optional<std::vector<std::string>> folders_in(Node& node, bool tells_content);
     void add_folder(Node& parent, const std::string& name, bool tells_content);
+    void lose_below();
     void tell(DWORD action, DWORD kinds, const Node& folder, std::string_view name);
     void on_root_moved();
     void end();
