@@ -42,14 +42,15 @@ void store(const std::vector<Value>& values) {
 TEST(Environment, NamesThisSystemUntilTheRegistryDoes) {
     const auto name = TvGetOSFriendlyName();
     EXPECT_GT(name.Find(u" Build "), 0);
-    EXPECT_GT(TvGetOSBuildVersion(), 0U);
+    const auto host_build = TvGetOSBuildVersion();
+    EXPECT_GT(host_build, 0U);
     const std::u16string longest(1023, u'x');
     const struct {
         std::vector<Value> values;
         std::u16string name;
         unsigned int build;
     } cases[] = {
-        {{}, u" Build ", 0},
+        {{}, std::u16string(name.View()), host_build},
         {{{u"ProductName", zeroed(u"Windows 10 Pro")},
           {u"CurrentBuildNumber", zeroed(u"19045")},
           {u"DisplayVersion", zeroed(u"22H2")}},

@@ -25,7 +25,7 @@ struct Facts {
     CString product, build, display;
 };
 
-CString fact(HKEY key, const char16_t* name) {
+std::optional<CString> fact(HKEY key, const char16_t* name) {
     std::array<char16_t, 1024> text{};
     DWORD type = 0;
     DWORD size = sizeof text;
@@ -33,21 +33,31 @@ CString fact(HKEY key, const char16_t* name) {
         RegQueryValueExW(key, name, nullptr, &type, reinterpret_cast<BYTE*>(text.data()), &size);
     const bool is_text = error == ERROR_SUCCESS && (type == REG_SZ || type == REG_EXPAND_SZ);
     const std::size_t units = size / sizeof(char16_t);
-    if (!is_text || size % sizeof(char16_t) != 0 || units == 0 || text[units - 1] != 0) return {};
+    if (!is_text || size % sizeof(char16_t) != 0 || units == 0 || text[units - 1] != 0) {
+        return std::nullopt;
+    }
     return text.data();
 }
 
-// Nothing when the registry can't be read.
+// Nothing when the registry can't be read. The host's where the key has no facts: it may be there
+// for the sake of keys below it, such as those of the networks.
 std::optional<Facts> facts() {
     tvutil2::OpenKey key;
     const auto error = key.open(HKEY_LOCAL_MACHINE, kFactsKey, KEY_READ);
-    if (error == ERROR_FILE_NOT_FOUND) {
-        const auto host = tvutil2::host_facts();
-        return Facts{host.product.c_str(), host.build.c_str(), {}};
+    if (error != ERROR_SUCCESS && error != ERROR_FILE_NOT_FOUND) return std::nullopt;
+    const bool is_there = error == ERROR_SUCCESS;
+    const auto read = [&](const char16_t* name) {
+        return is_there ? fact(key.get(), name) : std::nullopt;
+    };
+    const auto product = read(u"ProductName");
+    const auto build = read(u"CurrentBuildNumber");
+    const auto display = read(u"DisplayVersion");
+    if (product || build || display) {
+        return Facts{product.value_or(CString()), build.value_or(CString()),
+                     display.value_or(CString())};
     }
-    if (error != ERROR_SUCCESS) return std::nullopt;
-    return Facts{fact(key.get(), u"ProductName"), fact(key.get(), u"CurrentBuildNumber"),
-                 fact(key.get(), u"DisplayVersion")};
+    const auto host = tvutil2::host_facts();
+    return Facts{host.product.c_str(), host.build.c_str(), {}};
 }
 
 // A name that is asked for until the system tells it, and then kept.

@@ -6,7 +6,7 @@
 //
 // The system's facts are the text values "ProductName", "CurrentBuildNumber" and "DisplayVersion"
 // of HKLM\SOFTWARE\Microsoft\Windows NT\CurrentVersion: up to 1,023 units that end in a zero;
-// anything else is as good as missing. Where the machine has no such key they are the host's own:
+// anything else is as good as missing. Where the machine has none of the three they are the host's:
 // the distribution with its version, and the kernel's release.
 #pragma once
 
