@@ -1,6 +1,7 @@
 // Owner of a file descriptor of the host.
 #pragma once
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -9,11 +10,25 @@
 
 namespace tvutil2 {
 
-/// Closes what it holds; the last error and errno are the caller's to look at before.
+/// A descriptor that isn't one of the standard files', and the same open file. In a program that
+/// has closed one of those, the host gives its number to the next file that is opened, and all that
+/// the program prints would go there.
+[[nodiscard]] inline int beyond_standard_files(int descriptor) {
+    if (descriptor < 0 || descriptor > STDERR_FILENO) return descriptor;
+    const bool is_inherited = (::fcntl(descriptor, F_GETFD) & FD_CLOEXEC) == 0;
+    const int moved =
+        ::fcntl(descriptor, is_inherited ? F_DUPFD : F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+    if (moved < 0) return descriptor;
+    ::close(descriptor);
+    return moved;
+}
+
+/// Closes what it holds; the last error and errno are the caller's to look at before. What it is
+/// given may get another number, see beyond_standard_files.
 class Descriptor {
   public:
     Descriptor() = default;
-    explicit Descriptor(int value) : m_value(value) {}
+    explicit Descriptor(int value) : m_value(beyond_standard_files(value)) {}
     Descriptor(Descriptor&& other) noexcept : m_value(std::exchange(other.m_value, -1)) {}
     Descriptor& operator=(Descriptor&& other) noexcept {
         std::swap(m_value, other.m_value);

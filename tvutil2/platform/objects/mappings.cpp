@@ -21,14 +21,11 @@ constexpr std::uint64_t kGranularity = 65536;
 class Mapping : public SharedObject {
   public:
     static constexpr auto kHandleKind = HandleKind::mapping;
-    /// Owns `file`, if it isn't -1.
-    Mapping(std::unique_ptr<SharedBlock> block, std::u16string name, int file)
-        : SharedObject(kHandleKind, std::move(block), std::move(name)), m_file(file) {}
-    ~Mapping() override {
-        if (m_file >= 0) close(m_file);
-    }
+    /// `file` is empty for memory.
+    Mapping(std::unique_ptr<SharedBlock> block, std::u16string name, Descriptor file)
+        : SharedObject(kHandleKind, std::move(block), std::move(name)), m_file(std::move(file)) {}
     [[nodiscard]] WaitableObject* waitable() override { return nullptr; }
-    [[nodiscard]] int file_descriptor() const override { return m_file; }
+    [[nodiscard]] int file_descriptor() const override { return m_file.get(); }
 
     // Null with the last error.
     [[nodiscard]] void* map(DWORD access, std::uint64_t offset, std::size_t bytes) const {
@@ -39,8 +36,8 @@ class Mapping : public SharedObject {
             return nullptr;
         }
         const int protection = PROT_READ | (writes || is_copy ? PROT_WRITE : 0);
-        const int descriptor = m_file >= 0 ? m_file : block().descriptor();
-        const auto start = offset + (m_file >= 0 ? 0 : SharedBlock::kHeaderSize);
+        const int descriptor = m_file ? m_file.get() : block().descriptor();
+        const auto start = offset + (m_file ? 0 : SharedBlock::kHeaderSize);
         void* const view = mmap(nullptr, bytes, protection, is_copy ? MAP_PRIVATE : MAP_SHARED,
                                 descriptor, static_cast<off_t>(start));
         if (view != MAP_FAILED) return view;
@@ -59,7 +56,7 @@ class Mapping : public SharedObject {
     [[nodiscard]] bool is_available(const ThreadRecord& /*thread*/) const override { return false; }
 
   private:
-    int m_file;
+    Descriptor m_file;
 };
 
 // The views of the process, which keep their mappings.
@@ -143,8 +140,8 @@ named_objects::Beginning beginning_of(const Source& source, DWORD protection) {
         header.device = source.info.st_dev;
         header.inode = source.info.st_ino;
     };
-    beginning.make = [](auto block, auto key, int descriptor) {
-        return std::make_shared<Mapping>(std::move(block), std::move(key), descriptor);
+    beginning.make = [](auto block, auto key, Descriptor file) {
+        return std::make_shared<Mapping>(std::move(block), std::move(key), std::move(file));
     };
     return beginning;
 }

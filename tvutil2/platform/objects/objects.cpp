@@ -48,7 +48,7 @@ HANDLE enter_named(HandleKind kind, const char16_t* name, bool may_create, DWORD
     tvutil2::named_objects::Beginning beginning;
     beginning.traits = traits;
     beginning.set_up = [state](tvutil2::BlockHeader& header) { header.state = state; };
-    beginning.make = [](auto block, auto key, int /*file*/) {
+    beginning.make = [](auto block, auto key, tvutil2::Descriptor /*file*/) {
         return std::make_shared<Shared>(std::move(block), std::move(key));
     };
     auto object = tvutil2::named_objects::open(kind, name, may_create, beginning, on_new);

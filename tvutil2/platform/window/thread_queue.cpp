@@ -1,6 +1,7 @@
 #include "tvutil2/platform/window/thread_queue.h"
 
 #include "tvutil2/platform/base/clock.h"
+#include "tvutil2/platform/base/descriptor.h"
 #include "tvutil2/platform/base/fork_lock.h"
 #include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/objects/objects.h"
@@ -240,7 +241,9 @@ bool ThreadQueue::wait_for_answer(const SentMessage& message, bool is_deaf, DWOR
 bool ThreadQueue::wait_for_connection(int connection, bool writes, bool is_deaf,
                                       DWORD milliseconds) {
     // Kept for good: who wakes may come late.
-    if (m_wake < 0) m_wake = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+    if (m_wake < 0) {
+        m_wake = beyond_standard_files(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
+    }
     const int wake = m_wake;
     const auto start = GetTickCount();
     for (;;) {

@@ -41,32 +41,27 @@ std::string hash_of(const std::u16string& name) {
 }
 
 std::string read_whole(int folder, const std::string& name) {
-    const int file = openat(folder, name.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
+    const Descriptor file(
+        openat(folder, name.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
     std::string bytes;
-    if (file < 0) return bytes;
     char block[4096];
-    for (ssize_t got = 0; bytes.size() < kMaxFile && (got = read(file, block, sizeof block)) > 0;) {
+    for (ssize_t got = 0;
+         bytes.size() < kMaxFile && (got = read(file.get(), block, sizeof block)) > 0;) {
         bytes.append(block, static_cast<std::size_t>(got));
     }
-    close(file);
     return bytes;
 }
 
 // A lock that is gone with its process, and that a child doesn't inherit.
-int open_locked(int folder) {
-    const int file = openat(folder, "lock", O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
-    if (file < 0) {
-        fail_with_errno();
-        return -1;
-    }
+Descriptor open_locked(int folder) {
+    Descriptor file(openat(folder, "lock", O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
     struct flock lock {};
     lock.l_type = F_WRLCK;
     lock.l_whence = SEEK_SET;
-    while (fcntl(file, F_SETLKW, &lock) != 0) {
-        if (errno == EINTR) continue;
+    while (!file || fcntl(file.get(), F_SETLKW, &lock) != 0) {
+        if (file && errno == EINTR) continue;
         fail_with_errno();
-        close(file);
-        return -1;
+        return {};
     }
     return file;
 }
@@ -104,25 +99,21 @@ std::string format_holders(const std::vector<Holder>& holders) {
 
 HolderFile::HolderFile(const std::u16string& name)
     : m_folder(open_runtime_folder("objects", false)), m_name(hash_of(name)) {
-    if (m_folder < 0) {
+    if (!m_folder) {
         fail_with_errno();
         return;
     }
-    m_lock = open_locked(m_folder);
-    if (m_lock < 0) return;
-    const auto bytes = read_whole(m_folder, m_name);
+    m_lock = open_locked(m_folder.get());
+    if (!m_lock) return;
+    const auto bytes = read_whole(m_folder.get(), m_name);
     m_size = bytes.size();
     m_holders = parse_holders(bytes);
 }
 
-HolderFile::~HolderFile() {
-    if (m_lock >= 0) close(m_lock);
-    if (m_folder >= 0) close(m_folder);
-}
-
 bool HolderFile::save() {
     if (m_holders.empty()) {
-        return unlinkat(m_folder, m_name.c_str(), 0) == 0 || errno == ENOENT || fail_with_errno();
+        return unlinkat(m_folder.get(), m_name.c_str(), 0) == 0 || errno == ENOENT ||
+               fail_with_errno();
     }
     const auto bytes = format_holders(m_holders);
     const bool fits = m_size > 0 && m_size <= kOneWrite && bytes.size() <= kOneWrite;
@@ -131,29 +122,26 @@ bool HolderFile::save() {
 
 // A new file for each change is most of what a second start of a program waits for, on a disk.
 bool HolderFile::overwrite(const std::string& bytes) const {
-    const int file = openat(m_folder, m_name.c_str(), O_WRONLY | O_CLOEXEC | O_NOFOLLOW);
-    if (file < 0) return false;
+    const Descriptor file(
+        openat(m_folder.get(), m_name.c_str(), O_WRONLY | O_CLOEXEC | O_NOFOLLOW));
     // Between the two, records behind the new end are read once more. They are hints like all.
-    const bool is_written =
-        pwrite(file, bytes.data(), bytes.size(), 0) == static_cast<ssize_t>(bytes.size()) &&
-        (bytes.size() >= m_size || ftruncate(file, static_cast<off_t>(bytes.size())) == 0);
-    close(file);
-    return is_written;
+    return file &&
+           pwrite(file.get(), bytes.data(), bytes.size(), 0) ==
+               static_cast<ssize_t>(bytes.size()) &&
+           (bytes.size() >= m_size || ftruncate(file.get(), static_cast<off_t>(bytes.size())) == 0);
 }
 
 bool HolderFile::replace(const std::string& bytes) const {
     const auto fresh = m_name + ".new";
-    const int file = openat(m_folder, fresh.c_str(),
-                            O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, 0600);
-    if (file < 0) return fail_with_errno();
-    const bool is_written =
-        write(file, bytes.data(), bytes.size()) == static_cast<ssize_t>(bytes.size());
-    close(file);
-    if (!is_written) {
-        unlinkat(m_folder, fresh.c_str(), 0);
+    const int folder = m_folder.get();
+    const Descriptor file(
+        openat(folder, fresh.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, 0600));
+    if (!file) return fail_with_errno();
+    if (write(file.get(), bytes.data(), bytes.size()) != static_cast<ssize_t>(bytes.size())) {
+        unlinkat(folder, fresh.c_str(), 0);
         return fail_with(ERROR_DISK_FULL);
     }
-    return renameat(m_folder, fresh.c_str(), m_folder, m_name.c_str()) == 0 || fail_with_errno();
+    return renameat(folder, fresh.c_str(), folder, m_name.c_str()) == 0 || fail_with_errno();
 }
 
 }  // namespace tvutil2

@@ -6,6 +6,7 @@
 // one that comes by.
 #pragma once
 
+#include "tvutil2/platform/base/descriptor.h"
 #include "tvutil2/platform/base/export.h"
 #include "tvutil2/platform/base/types.h"
 
@@ -32,12 +33,11 @@ struct Holder {
 class HolderFile {
   public:
     explicit HolderFile(const std::u16string& name);
-    ~HolderFile();
     HolderFile(const HolderFile&) = delete;
     HolderFile& operator=(const HolderFile&) = delete;
 
     /// False with the last error when the folder isn't to be had, or isn't the user's alone.
-    [[nodiscard]] bool is_open() const { return m_lock >= 0; }
+    [[nodiscard]] bool is_open() const { return static_cast<bool>(m_lock); }
     [[nodiscard]] std::vector<Holder>& holders() { return m_holders; }
     /// Writes the file, which is whole before and behind that however this process ends, or removes
     /// it when nobody holds any of its names. False with the last error.
@@ -47,9 +47,9 @@ class HolderFile {
     [[nodiscard]] bool overwrite(const std::string& bytes) const;
     [[nodiscard]] bool replace(const std::string& bytes) const;
 
-    int m_folder;
+    Descriptor m_folder;
     std::string m_name;
-    int m_lock = -1;
+    Descriptor m_lock;
     std::size_t m_size = 0;  ///< bytes of the file; 0 without one
     std::vector<Holder> m_holders;
 };

@@ -74,23 +74,21 @@ std::u16string key_of(std::u16string_view name) {
 }
 
 // The descriptor that a holder has beside the block's, if it is that of the file in the header.
-int open_file_of(const Holder& holder, const BlockHeader& header) {
+Descriptor open_file_of(const Holder& holder, const BlockHeader& header) {
     const auto path =
         "/proc/" + std::to_string(holder.process) + "/fd/" + std::to_string(holder.file_descriptor);
-    int file = ::open(path.c_str(), O_RDWR | O_CLOEXEC | O_NOCTTY | O_NONBLOCK);
-    if (file < 0) file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK);
+    constexpr int kFlags = O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
+    Descriptor file(::open(path.c_str(), O_RDWR | kFlags));
+    if (!file) file = Descriptor(::open(path.c_str(), O_RDONLY | kFlags));
     struct stat info {};
-    if (file >= 0 &&
-        (fstat(file, &info) != 0 || info.st_dev != header.device || info.st_ino != header.inode)) {
-        close(file);
-        file = -1;
-    }
-    return file;
+    const bool is_same = file && fstat(file.get(), &info) == 0 && info.st_dev == header.device &&
+                         info.st_ino == header.inode;
+    return is_same ? std::move(file) : Descriptor();
 }
 
 struct Found {
     std::unique_ptr<SharedBlock> block;
-    int file = -1;
+    Descriptor file;
 };
 
 // The first holder that is still there. Those of the name that aren't are dropped.
@@ -101,7 +99,7 @@ Found find_holder(std::vector<Holder>& holders, const std::u16string& key) {
         auto block = SharedBlock::open(holder.process, holder.descriptor, holder.inode);
         if (!block) return true;
         const bool has_file = block->header().inode != 0;
-        if (has_file && (found.file = open_file_of(holder, block->header())) < 0) return true;
+        if (has_file && !(found.file = open_file_of(holder, block->header()))) return true;
         found.block = std::move(block);
         return false;
     });
@@ -122,8 +120,9 @@ Found make_new(HandleKind kind, const Beginning& beginning) {
     if (beginning.file < 0) return made;
     // Not a duplicate: that would keep the handle's sharing mode.
     const auto path = "/proc/self/fd/" + std::to_string(beginning.file);
-    made.file = ::open(path.c_str(), (beginning.writes_file ? O_RDWR : O_RDONLY) | O_CLOEXEC);
-    if (made.file >= 0) return made;
+    const int access = beginning.writes_file ? O_RDWR : O_RDONLY;
+    made.file = Descriptor(::open(path.c_str(), access | O_CLOEXEC));
+    if (made.file) return made;
     fail_with_errno();
     return {};
 }
@@ -158,11 +157,8 @@ std::shared_ptr<SharedObject> open(HandleKind kind, const char16_t* name, bool m
         found = make_new(kind, beginning);
         if (!found.block) return nullptr;
     }
-    if (found.block->kind() != kind) {
-        if (found.file >= 0) close(found.file);
-        return refuse(ERROR_INVALID_HANDLE);
-    }
-    object = beginning.make(std::move(found.block), key, found.file);
+    if (found.block->kind() != kind) return refuse(ERROR_INVALID_HANDLE);
+    object = beginning.make(std::move(found.block), key, std::move(found.file));
     file.holders().push_back(record_of(*object));
     if (!file.save()) {
         object->forget_name();
@@ -178,7 +174,7 @@ std::shared_ptr<SharedObject> make_unnamed(HandleKind kind, const Beginning& beg
     auto made = make_new(kind, beginning);
     if (!made.block) return nullptr;
     SetLastError(ERROR_SUCCESS);
-    return beginning.make(std::move(made.block), {}, made.file);
+    return beginning.make(std::move(made.block), {}, std::move(made.file));
 }
 
 bool is_only_holder(const SharedObject& object) {

@@ -13,11 +13,12 @@ struct Beginning {
     std::uint64_t size = 0;
     /// Runs before anyone else can reach the object; may be empty.
     std::function<void(BlockHeader&)> set_up;
-    /// Makes the process's object of a block. `file` is the descriptor beside the block's, -1
-    /// without; the object owns it.
-    std::function<std::shared_ptr<SharedObject>(std::unique_ptr<SharedBlock>, std::u16string, int)>
+    /// Makes the process's object of a block. `file` is the descriptor beside the block's, empty
+    /// without.
+    std::function<std::shared_ptr<SharedObject>(std::unique_ptr<SharedBlock>, std::u16string,
+                                                Descriptor file)>
         make;
-    int file = -1;             ///< of a new object, which opens it anew
+    int file = -1;             ///< of a new object, which opens it anew; -1 without
     bool writes_file = false;  ///< and for writing
 };
 

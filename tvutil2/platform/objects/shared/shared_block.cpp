@@ -42,12 +42,12 @@ bool is_sound(const BlockHeader& header, std::uint64_t file_size) {
 
 std::unique_ptr<SharedBlock> SharedBlock::create(HandleKind kind, DWORD traits,
                                                  std::uint64_t size) {
-    std::unique_ptr<SharedBlock> block(
-        new SharedBlock(memfd_create("tvutil2-object", MFD_CLOEXEC | MFD_ALLOW_SEALING)));
+    std::unique_ptr<SharedBlock> block(new SharedBlock(
+        Descriptor(memfd_create("tvutil2-object", MFD_CLOEXEC | MFD_ALLOW_SEALING))));
     const auto whole = size + kHeaderSize;
-    if (block->m_descriptor < 0 || whole < size ||
-        ftruncate(block->m_descriptor, static_cast<off_t>(whole)) != 0 ||
-        fcntl(block->m_descriptor, F_ADD_SEALS, kSeals) != 0 || !block->map()) {
+    if (!block->m_descriptor || whole < size ||
+        ftruncate(block->descriptor(), static_cast<off_t>(whole)) != 0 ||
+        fcntl(block->descriptor(), F_ADD_SEALS, kSeals) != 0 || !block->map()) {
         SetLastError(errno == EMFILE || errno == ENFILE ? ERROR_TOO_MANY_OPEN_FILES
                                                         : ERROR_NOT_ENOUGH_MEMORY);
         return nullptr;
@@ -62,13 +62,13 @@ std::unique_ptr<SharedBlock> SharedBlock::create(HandleKind kind, DWORD traits,
 
 std::unique_ptr<SharedBlock> SharedBlock::open(int process, int descriptor, std::uint64_t inode) {
     const auto path = path_of(process, descriptor);
-    std::unique_ptr<SharedBlock> block(
-        new SharedBlock(::open(path.c_str(), O_RDWR | O_CLOEXEC | O_NOCTTY | O_NONBLOCK)));
+    std::unique_ptr<SharedBlock> block(new SharedBlock(
+        Descriptor(::open(path.c_str(), O_RDWR | O_CLOEXEC | O_NOCTTY | O_NONBLOCK))));
     struct stat info {};
-    if (block->m_descriptor < 0 || fstat(block->m_descriptor, &info) != 0 ||
-        !S_ISREG(info.st_mode) || info.st_ino != inode ||
-        static_cast<std::size_t>(info.st_size) < kHeaderSize || !is_sealed(block->m_descriptor) ||
-        !block->map() || !is_sound(block->header(), static_cast<std::uint64_t>(info.st_size))) {
+    if (!block->m_descriptor || fstat(block->descriptor(), &info) != 0 || !S_ISREG(info.st_mode) ||
+        info.st_ino != inode || static_cast<std::size_t>(info.st_size) < kHeaderSize ||
+        !is_sealed(block->descriptor()) || !block->map() ||
+        !is_sound(block->header(), static_cast<std::uint64_t>(info.st_size))) {
         return nullptr;
     }
     block->adopt();
@@ -87,10 +87,10 @@ void SharedBlock::adopt() {
 
 bool SharedBlock::map() {
     struct stat info {};
-    if (fstat(m_descriptor, &info) != 0) return false;
+    if (fstat(descriptor(), &info) != 0) return false;
     m_inode = info.st_ino;
     void* const memory =
-        mmap(nullptr, kHeaderSize, PROT_READ | PROT_WRITE, MAP_SHARED, m_descriptor, 0);
+        mmap(nullptr, kHeaderSize, PROT_READ | PROT_WRITE, MAP_SHARED, descriptor(), 0);
     if (memory == MAP_FAILED) return false;
     m_header = static_cast<BlockHeader*>(memory);
     return true;
@@ -98,7 +98,6 @@ bool SharedBlock::map() {
 
 SharedBlock::~SharedBlock() {
     if (m_header != nullptr) munmap(m_header, kHeaderSize);
-    if (m_descriptor >= 0) close(m_descriptor);
 }
 
 }  // namespace tvutil2

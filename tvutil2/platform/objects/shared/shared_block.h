@@ -6,6 +6,7 @@
 // host allows to processes of the same user alone.
 #pragma once
 
+#include "tvutil2/platform/base/descriptor.h"
 #include "tvutil2/platform/base/handle_table.h"
 #include "tvutil2/platform/objects/shared/robust_word.h"
 
@@ -54,17 +55,17 @@ class SharedBlock {
 
     [[nodiscard]] BlockHeader& header() const { return *m_header; }
     [[nodiscard]] HandleKind kind() const { return static_cast<HandleKind>(m_header->kind); }
-    [[nodiscard]] int descriptor() const { return m_descriptor; }
+    [[nodiscard]] int descriptor() const { return m_descriptor.get(); }
     [[nodiscard]] std::uint64_t inode() const { return m_inode; }
     /// As it was when the block was opened, whatever a holder writes into the header.
     [[nodiscard]] std::uint64_t size() const { return m_size; }
     [[nodiscard]] DWORD traits() const { return m_traits; }
 
   private:
-    explicit SharedBlock(int descriptor) : m_descriptor(descriptor) {}
+    explicit SharedBlock(Descriptor descriptor) : m_descriptor(std::move(descriptor)) {}
     bool map();
 
-    int m_descriptor;
+    Descriptor m_descriptor;
     BlockHeader* m_header = nullptr;
     std::uint64_t m_inode = 0;
     std::uint64_t m_size = 0;
