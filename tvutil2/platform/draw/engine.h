@@ -123,6 +123,14 @@ class TextLayout {
     TextLayout(const TextLayout&) = delete;
     TextLayout& operator=(const TextLayout&) = delete;
 
+    /// What a unit of the text takes of a line. Of a character, that is its first unit's.
+    struct Unit {
+        std::uint16_t advance : 13;  ///< pixels
+        std::uint16_t begins_character : 1;
+        std::uint16_t may_begin_line : 1;
+        std::uint16_t is_blank : 1;
+    };
+
     /// At least 1.
     [[nodiscard]] virtual int line_count() const = 0;
     /// Pixels that the line advances by, blanks at its end included.
@@ -140,6 +148,8 @@ class TextLayout {
     /// The next such place behind `unit`, and the one before it.
     [[nodiscard]] virtual std::size_t next_caret(std::size_t unit) const = 0;
     [[nodiscard]] virtual std::size_t previous_caret(std::size_t unit) const = 0;
+    /// Of a paragraph in one line, one for each unit, in the order of the text.
+    [[nodiscard]] virtual std::vector<Unit> units() const = 0;
 };
 
 /// Any thread. What fails for lack of memory gives null or does nothing.

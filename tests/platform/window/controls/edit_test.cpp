@@ -3,8 +3,6 @@
 #include "tvutil2/lang/language_table.h"
 #include "tvutil2/platform/base/locale.h"
 #include "tvutil2/platform/base/wide_text.h"
-#include "tvutil2/platform/draw/device_context.h"
-#include "tvutil2/platform/window/controls/edit_lines.h"
 #include "tvutil2/platform/window/controls/edit_text.h"
 #include "tvutil2/platform/window/controls/text_breaks.h"
 #include "tvutil2/platform/window/dialogs/dialogs.h"
@@ -72,45 +70,6 @@ TEST(EditText, IsUndoneStepByStep) {
     EXPECT_FALSE(text.can_undo());
     while (text.can_redo()) text.redo();
     EXPECT_EQ(text.text(), states.back());
-}
-
-// Rows that follow changes are those that the text would have from the start.
-TEST(EditLines, FollowChanges) {
-    auto* const context = CreateCompatibleDC(nullptr);
-    std::minstd_rand random(3);
-    const auto number = [&](std::size_t below) { return std::size_t{random()} % below; };
-    constexpr std::u16string_view kPieces[] = {
-        u"word ", u"\r\n", u"\r", u"\n", u"verylongword", u"e\u0301", u" ", u"\u05D0\u05D1 "};
-    for (const int width : {-1, 60, 300}) {
-        for (const bool is_one_line : {false, true}) {
-            if (is_one_line && width >= 0) continue;
-            SCOPED_TRACE(width);
-            const tvutil2::RowFont font{context, false, 0, width};
-            tvutil2::EditLines lines;
-            EditText text;
-            text.set(std::u16string(is_one_line ? 3000 : 700, u'x'));
-            lines.reset(text.text(), font, is_one_line);
-            for (int i = 0; i < 80; ++i) {
-                const auto start = number(text.size() + 1);
-                const auto length = number(4) == 0 ? number(1500) : number(8);
-                text.select(start, std::min(text.size(), start + length));
-                std::u16string by;
-                for (auto n = number(4); n > 0; --n) by += kPieces[number(std::size(kPieces))];
-                if (number(20) == 0) by += std::u16string(1200, u'y');
-                const auto change = text.replace(by, EditText::Kind::other);
-                lines.change(text.text(), font, change);
-                tvutil2::EditLines fresh;
-                fresh.reset(text.text(), font, is_one_line);
-                ASSERT_EQ(lines.count(), fresh.count()) << i;
-                for (std::size_t row = 0; row < fresh.count(); ++row) {
-                    ASSERT_EQ(lines.row(row), fresh.row(row)) << i << " " << row;
-                }
-                const auto at = number(text.size() + 1);
-                ASSERT_LT(lines.place_at(text.text(), font, lines.row_of(at), 20), text.size() + 1);
-            }
-        }
-    }
-    DeleteDC(context);
 }
 
 class Edits : public tests::ControlTest {

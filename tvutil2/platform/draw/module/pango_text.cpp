@@ -136,6 +136,7 @@ class Utf8Text {
     }
 
     [[nodiscard]] const std::string& bytes() const { return m_bytes; }
+    [[nodiscard]] std::size_t units() const { return m_units; }
     [[nodiscard]] int byte_of(std::size_t unit) const {
         if (unit >= m_units) return static_cast<int>(m_bytes.size());
         return m_offsets.empty() ? static_cast<int>(unit) : m_offsets[unit];
@@ -256,7 +257,45 @@ class PangoParagraph : public TextLayout {
         return stepped(unit, -1);
     }
 
+    [[nodiscard]] std::vector<Unit> units() const override {
+        std::vector<Unit> units(m_text.units());
+        int count = 0;
+        const auto* const breaks = pango_layout_get_log_attrs_readonly(m_layout.get(), &count);
+        const auto widths = character_widths(static_cast<std::size_t>(count));
+        const auto* at = m_text.bytes().data();
+        int x = 0;
+        std::size_t character = 0;
+        for (std::size_t unit = 0; unit < units.size(); ++character) {
+            const auto width = pixels(x + widths[character]) - pixels(x);
+            x += widths[character];
+            const auto& here = breaks[character];
+            auto& told = units[unit];
+            told.advance = static_cast<unsigned>(std::clamp(width, 0, kWidest)) & kWidest;
+            told.begins_character = here.is_char_break != 0;
+            told.may_begin_line = here.is_line_break != 0;
+            told.is_blank = here.is_white != 0;
+            const auto* const next = g_utf8_next_char(at);
+            unit += next - at == 4 ? 2 : 1;
+            at = next;
+        }
+        return units;
+    }
+
   private:
+    static constexpr int kWidest = 0x1FFF;
+
+    // In the drawing library's units, in the order of the text.
+    [[nodiscard]] std::vector<int> character_widths(std::size_t count) const {
+        std::vector<int> widths(count);
+        const auto* const text = m_text.bytes().data();
+        for (const auto* run = get(0)->runs; run != nullptr; run = run->next) {
+            auto* const glyphs = static_cast<PangoGlyphItem*>(run->data);
+            const auto first = g_utf8_pointer_to_offset(text, text + glyphs->item->offset);
+            pango_glyph_item_get_logical_widths(glyphs, text, widths.data() + first);
+        }
+        return widths;
+    }
+
     [[nodiscard]] PangoLayoutLine* get(int line) const {
         return pango_layout_get_line_readonly(m_layout.get(),
                                               std::clamp(line, 0, line_count() - 1));

@@ -1,6 +1,5 @@
 #include "tvutil2/platform/window/controls/edit_lines.h"
 
-#include "tvutil2/platform/base/locale.h"
 #include "tvutil2/platform/window/controls/text_breaks.h"
 
 #include <algorithm>
@@ -10,7 +9,6 @@ namespace {
 
 constexpr std::size_t kLongestWhole = 1024;
 constexpr std::size_t kPart = 512;
-constexpr std::size_t kWrapped = 512;
 
 std::size_t line_end(std::u16string_view text, std::size_t from) {
     const auto found = text.find_first_of(u"\r\n", from);
@@ -32,18 +30,6 @@ std::size_t good_end(std::u16string_view text, std::size_t start, std::size_t si
     return end > start ? end - start : size;
 }
 
-TextOptions options_of(const RowFont& font, bool wraps) {
-    TextOptions options;
-    options.language = static_cast<LANGID>(GetThreadLocale() & 0xFFFF);
-    options.is_right_to_left = font.is_right_to_left;
-    options.tab_width = font.tab_width;
-    if (wraps) {
-        options.wrap_width = font.wrap_width;
-        options.breaks_words = true;
-    }
-    return options;
-}
-
 bool runs_both_ways(std::u16string_view text) {
     return std::ranges::any_of(text, [](char16_t unit) {
         return (unit >= 0x590 && unit < 0x900) || (unit >= 0xD800 && unit < 0xDC00) ||
@@ -54,7 +40,7 @@ bool runs_both_ways(std::u16string_view text) {
 }  // namespace
 
 EditLines::Layout EditLines::lay_out(std::u16string_view text, const RowFont& font) {
-    const auto options = options_of(font, false);
+    const auto options = row_options(font);
     // Shorter ones are kept below.
     if (text.size() <= 160) return lay_out_text(font.context, text, options);
     for (const auto& each : m_kept) {
@@ -75,9 +61,9 @@ int EditLines::measure(std::u16string_view text, const RowFont& font, std::size_
 }
 
 void EditLines::add_line(std::u16string_view text, const RowFont& font, Range line,
-                         std::size_t next, std::vector<Row>& rows) const {
+                         std::size_t next, const Rest& rest, std::vector<Row>& rows) const {
     if (font.wrap_width >= 0) {
-        wrap(text, font, line, next, ~std::size_t{0}, 0, rows);
+        wrap(text, font.wrap_width, line, next, rest, rows);
         return;
     }
     Row row{line.start, line.end, next};
@@ -92,39 +78,22 @@ void EditLines::add_line(std::u16string_view text, const RowFont& font, Range li
     rows.push_back(std::move(row));
 }
 
-bool EditLines::is_old_start(std::size_t at, std::size_t from, std::ptrdiff_t moved) const {
-    if (from >= m_rows.size()) return false;
-    const auto old = static_cast<std::size_t>(static_cast<std::ptrdiff_t>(at) - moved);
-    const auto found = std::ranges::lower_bound(m_rows.begin() + static_cast<std::ptrdiff_t>(from),
-                                                m_rows.end(), old, {}, &Row::start);
+bool EditLines::is_old_start(std::size_t at, const Rest& rest) const {
+    if (at < rest.from) return false;
+    const auto old = at - rest.moved;
+    const auto found = std::ranges::lower_bound(m_rows, old, {}, &Row::start);
     return found != m_rows.end() && found->start == old;
 }
 
 // Ends early where a row begins that began there before the change, which only moved it.
-void EditLines::wrap(std::u16string_view text, const RowFont& font, Range line, std::size_t next,
-                     std::size_t sync_from, std::ptrdiff_t moved, std::vector<Row>& rows) const {
-    const auto options = options_of(font, true);
-    const auto whole = text.substr(0, line.end);
-    auto block = kWrapped;
+void EditLines::wrap(std::u16string_view text, int wrap_width, Range line, std::size_t next,
+                     const Rest& rest, std::vector<Row>& rows) const {
     auto at = line.start;
     do {
-        const auto size = line.end - at <= block ? line.end - at : good_end(whole, at, block);
-        const auto layout = lay_out_text(font.context, text.substr(at, size), options);
-        const bool is_last = at + size == line.end;
-        const auto lines = layout ? layout->line_count() : 1;
-        if (lines == 1 && !is_last && block < Engine::kLongestText) {
-            block *= 2;
-            continue;
-        }
-        const auto begin = at;
-        // The last one may go on in the next block.
-        const auto whole_lines = is_last || lines == 1 ? lines : lines - 1;
-        for (int i = 0; i < whole_lines; ++i) {
-            const auto end = i + 1 < lines ? begin + layout->line_start(i + 1) : begin + size;
-            rows.push_back({at, end, end});
-            at = end;
-            if (at < line.end && is_old_start(at, sync_from, moved)) return;
-        }
+        const auto end = m_wrapping.row_end(text, wrap_width, at, line.end);
+        rows.push_back({at, end, end});
+        at = end;
+        if (at < line.end && is_old_start(at, rest)) return;
     } while (at < line.end);
     rows.back().next = next;
 }
@@ -134,10 +103,11 @@ void EditLines::reset(std::u16string_view text, const RowFont& font, bool is_one
     m_is_one_line = is_one_line;
     m_widest = 0;
     m_kept = {};
+    if (font.wrap_width >= 0) m_wrapping.reset(text, font);
     for (std::size_t at = 0;;) {
         const auto end = is_one_line ? text.size() : line_end(text, at);
         const auto next = is_one_line ? end : behind_line_end(text, end);
-        add_line(text, font, {at, end}, next, m_rows);
+        add_line(text, font, {at, end}, next, {}, m_rows);
         if (end == next) break;
         at = next;
     }
@@ -195,35 +165,31 @@ bool EditLines::change_within(std::u16string_view text, const EditText::Change& 
 
 void EditLines::change(std::u16string_view text, const RowFont& font,
                        const EditText::Change& change) {
-    if (m_is_one_line && font.wrap_width < 0) {
+    if (m_is_one_line) {
         if (!change_within(text, change)) reset(text, font, true);
         return;
     }
     if (change_within(text, change)) return;
-    auto first = row_of(change.at);
+    if (font.wrap_width >= 0) m_wrapping.change(text, font, change);
+    const auto reach = font.wrap_width >= 0 ? Wrapping::kReach : 0;
+    auto first = row_of(change.at - std::min(change.at, reach));
     // What comes to stand behind a CR may belong to it; a word may fit into the row before now.
-    const bool follows_return = change.at > 0 && text[change.at - 1] == u'\r';
+    const auto start = m_rows[first].start;
+    const bool follows_return = start > 0 && text[start - 1] == u'\r';
     if (first > 0 && (follows_return || !m_rows[first - 1].ends_line())) --first;
-    const auto last = row_of(change.at + change.removed);
-    auto stop = last;
+    auto stop = row_of(change.at + change.removed);
     while (stop + 1 < m_rows.size() && !m_rows[stop].ends_line()) ++stop;
-    const auto moved = static_cast<std::ptrdiff_t>(change.inserted - change.removed);
-    const auto limit = m_rows[stop].next + static_cast<std::size_t>(moved);
+    const Rest rest{change.at + change.inserted + reach, change.inserted - change.removed};
+    const auto limit = m_rows[stop].next + rest.moved;
     std::vector<Row> fresh;
     auto kept = stop + 1;
     for (auto at = m_rows[first].start;;) {
         const auto end = line_end(text, at);
         const auto next = behind_line_end(text, end);
-        if (font.wrap_width >= 0) {
-            wrap(text, font, {at, end}, next, last + 1, moved, fresh);
-            const auto reached = fresh.back().next;
-            if (reached < end) {
-                kept =
-                    row_of(static_cast<std::size_t>(static_cast<std::ptrdiff_t>(reached) - moved));
-                break;
-            }
-        } else {
-            add_line(text, font, {at, end}, next, fresh);
+        add_line(text, font, {at, end}, next, rest, fresh);
+        if (const auto reached = fresh.back().next; reached < end) {
+            kept = row_of(reached - rest.moved);
+            break;
         }
         // A text's last line ends without anything; one that ended so may go on now.
         if (next >= limit && (kept < m_rows.size() || end == next)) break;
@@ -231,12 +197,16 @@ void EditLines::change(std::u16string_view text, const RowFont& font,
     }
     for (auto i = kept; i < m_rows.size(); ++i) {
         for (auto* const each : {&m_rows[i].start, &m_rows[i].end, &m_rows[i].next}) {
-            *each = static_cast<std::size_t>(static_cast<std::ptrdiff_t>(*each) + moved);
+            *each += rest.moved;
         }
     }
+    put_rows(first, kept, std::move(fresh));
+}
+
+// In place of those before `kept`. Mostly they are as many as before: then nothing moves.
+void EditLines::put_rows(std::size_t first, std::size_t kept, std::vector<Row>&& fresh) {
     const auto begin = m_rows.begin() + static_cast<std::ptrdiff_t>(first);
     const auto end = m_rows.begin() + static_cast<std::ptrdiff_t>(kept);
-    // Mostly as many as before: then nothing moves.
     const auto same = std::min(static_cast<std::ptrdiff_t>(fresh.size()), end - begin);
     std::move(fresh.begin(), fresh.begin() + same, begin);
     if (begin + same != end) {

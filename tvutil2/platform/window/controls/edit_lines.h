@@ -1,6 +1,6 @@
 // How the text of an edit control lies in rows, and where its characters stand in them.
 //
-// Rows end with the text's lines (CR LF, LF, CR) and, where it wraps, at a width. A change lays out
+// Rows end with the text's lines (CR LF, LF, CR) and, where it wraps, at a width. A change measures
 // anew what it touches, whatever the text's size: rows without wrapping that are longer than 1024
 // units are kept in parts, each shaped by itself. Lengths in pixels. For one thread.
 #pragma once
@@ -9,6 +9,7 @@
 #include "tvutil2/platform/draw/draw_types.h"
 #include "tvutil2/platform/draw/text.h"
 #include "tvutil2/platform/window/controls/edit_text.h"
+#include "tvutil2/platform/window/controls/wrapping.h"
 
 #include <array>
 #include <memory>
@@ -17,14 +18,6 @@
 #include <vector>
 
 namespace tvutil2 {
-
-/// Where the text is measured and drawn. Without the drawing module everything is 0 wide.
-struct RowFont {
-    HDC context = nullptr;
-    bool is_right_to_left = false;
-    int tab_width = 0;
-    int wrap_width = -1;  ///< -1: rows end with lines only
-};
 
 class TVUTIL_API EditLines {
   public:
@@ -79,12 +72,19 @@ class TVUTIL_API EditLines {
     Layout lay_out(std::u16string_view text, const RowFont& font);
     int measure(std::u16string_view text, const RowFont& font, std::size_t start, Part& part);
     bool change_within(std::u16string_view text, const EditText::Change& change);
+    // From where on the old rows hold if one begins where a new one does, and how far they moved.
+    struct Rest {
+        std::size_t from = ~std::size_t{0};
+        std::size_t moved = 0;  ///< what is negative wraps around
+    };
     void add_line(std::u16string_view text, const RowFont& font, Range line, std::size_t next,
-                  std::vector<Row>& rows) const;
-    void wrap(std::u16string_view text, const RowFont& font, Range line, std::size_t next,
-              std::size_t sync_from, std::ptrdiff_t moved, std::vector<Row>& rows) const;
-    [[nodiscard]] bool is_old_start(std::size_t at, std::size_t from, std::ptrdiff_t moved) const;
+                  const Rest& rest, std::vector<Row>& rows) const;
+    void wrap(std::u16string_view text, int wrap_width, Range line, std::size_t next,
+              const Rest& rest, std::vector<Row>& rows) const;
+    [[nodiscard]] bool is_old_start(std::size_t at, const Rest& rest) const;
+    void put_rows(std::size_t first, std::size_t kept, std::vector<Row>&& fresh);
 
+    Wrapping m_wrapping;
     std::vector<Row> m_rows{Row{}};
     bool m_is_one_line = true;
     int m_widest = 0;
