@@ -1,6 +1,7 @@
 // Drawing beside plain cairo and pango on the same kind of pixels: rectangles, copies, and text as
 // a control writes it (measured, then drawn, again at each repaint) and as a list scrolls (each
 // line once).
+#include "tvutil2/platform/draw/blend.h"
 #include "tvutil2/platform/draw/blit.h"
 #include "tvutil2/platform/draw/device_context.h"
 #include "tvutil2/platform/draw/objects.h"

@@ -3,6 +3,7 @@
 #include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/draw/device_context.h"
 #include "tvutil2/platform/draw/objects.h"
+#include "tvutil2/platform/draw/surface.h"
 
 #include <gtest/gtest.h>
 

@@ -7,7 +7,6 @@
 
 #include "tvutil2/platform/base/export.h"
 #include "tvutil2/platform/draw/draw_types.h"
-#include "tvutil2/platform/draw/surface.h"
 
 // Raster operations: bits 16 to 23 tell the result for each of the eight combinations of a bit of
 // pattern, source and target, the pattern being the selected brush. All 256 are carried out.
@@ -33,12 +32,3 @@ TVUTIL_API BOOL PatBlt(HDC target, int x, int y, int width, int height, DWORD op
 TVUTIL_API BOOL StretchBlt(HDC target, int x, int y, int width, int height, HDC source,
                            int source_x, int source_y, int source_width, int source_height,
                            DWORD operation);
-
-namespace tvutil2 {
-
-/// Draws a part of some pixels, which nobody changes meanwhile, over what is there, scaled
-/// smoothly; a rectangle that stands the wrong way round is mirrored. False with
-/// ERROR_MOD_NOT_FOUND where the drawing module isn't installed.
-TVUTIL_API bool draw_surface(HDC context, const RECT& to, const Surface& pixels, const RECT& part);
-
-}  // namespace tvutil2

@@ -1,7 +1,7 @@
 #include "tvutil2/platform/picture/icons.h"
 
 #include "tvutil2/platform/base/fork_lock.h"
-#include "tvutil2/platform/draw/blit.h"
+#include "tvutil2/platform/draw/blend.h"
 #include "tvutil2/platform/draw/context_object.h"
 #include "tvutil2/platform/draw/shapes.h"
 #include "tvutil2/platform/draw/theme.h"

@@ -1,6 +1,6 @@
 #include "tvutil2/platform/picture/image_list.h"
 
-#include "tvutil2/platform/draw/blit.h"
+#include "tvutil2/platform/draw/blend.h"
 #include "tvutil2/platform/draw/engine.h"
 #include "tvutil2/platform/draw/graphics_object.h"
 #include "tvutil2/platform/draw/objects.h"

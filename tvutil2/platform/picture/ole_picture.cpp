@@ -2,7 +2,7 @@
 
 #include "tvutil2/platform/base/counted.h"
 #include "tvutil2/platform/base/wide_text.h"
-#include "tvutil2/platform/draw/blit.h"
+#include "tvutil2/platform/draw/blend.h"
 #include "tvutil2/platform/draw/rect.h"
 #include "tvutil2/platform/draw/theme.h"
 #include "tvutil2/platform/picture/decoder.h"
