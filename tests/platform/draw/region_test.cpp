@@ -93,6 +93,18 @@ TEST(Region, CombinesAsSetsOfPixels) {
     }
 }
 
+TEST(Region, HoldsManyRectanglesTogether) {
+    std::mt19937 random(21);
+    const auto number = [&] { return static_cast<LONG>(random() % kSide); };
+    for (std::size_t count = 0; count < 40; ++count) {
+        std::vector<RECT> rects(count);
+        for (auto& rect : rects) rect = {number(), number(), number(), number()};
+        Region one_by_one;
+        for (const auto& rect : rects) one_by_one.unite(rect);
+        ASSERT_EQ(Region::of(rects), one_by_one) << count;
+    }
+}
+
 TEST(Region, StopsAtTheFarthestCoordinates) {
     constexpr auto kMost = std::numeric_limits<LONG>::max();
     constexpr auto kLeast = std::numeric_limits<LONG>::min();

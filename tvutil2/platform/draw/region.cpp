@@ -111,6 +111,15 @@ Region::Region(const RECT& rect) {
     if (!tvutil2::is_empty(cut)) m_bounds = cut;
 }
 
+// By halves: one after the other, each would walk over all before it.
+Region Region::of(std::span<const RECT> rects) {
+    if (rects.empty()) return {};
+    if (rects.size() == 1) return Region(rects[0]);
+    auto region = of(rects.first(rects.size() / 2));
+    region.unite(of(rects.subspan(rects.size() / 2)));
+    return region;
+}
+
 bool Region::contains(POINT point) const {
     if (PtInRect(&m_bounds, point) == FALSE) return false;
     return std::ranges::any_of(rects(), [&](const RECT& r) { return PtInRect(&r, point) != 0; });

@@ -21,6 +21,8 @@ class TVUTIL_API Region {
 
     Region() = default;
     explicit Region(const RECT& rect);
+    /// Any number together, which may overlap.
+    [[nodiscard]] static Region of(std::span<const RECT> rects);
 
     [[nodiscard]] bool is_empty() const { return m_bounds.left >= m_bounds.right; }
     [[nodiscard]] bool is_rectangle() const { return m_rects.empty() && !is_empty(); }

@@ -92,6 +92,13 @@ HDC lend(const TreeLock& /*tree*/, Window& window, POINT corner, Region clip) {
     return context;
 }
 
+// To show what lies between many pieces costs less than to keep them apart.
+void add_damage(Region& damage, const Region& part) {
+    constexpr std::size_t kMostPieces = 64;
+    damage.unite(part);
+    if (damage.rects().size() > kMostPieces) damage = Region(damage.bounds());
+}
+
 // False for what isn't lent. What it has drawn is presented later.
 bool take_back(HDC context) {
     Loan loan{};
@@ -110,7 +117,7 @@ bool take_back(HDC context) {
     if (window == nullptr) return true;
     auto& top = top_level_of(*window);
     if (top.top == nullptr) return true;
-    top.top->damage.unite(loan.clip);
+    add_damage(top.top->damage, loan.clip);
     auto* const queue = top.queue.load(std::memory_order_relaxed);
     if (!queue->m_has_damage.exchange(true)) queue->tell(ThreadQueue::painting);
     return true;
