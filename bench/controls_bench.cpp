@@ -2,21 +2,21 @@
 #include "tvutil2/platform/window/controls/edit.h"
 #include "tvutil2/platform/window/focus.h"
 #include "tvutil2/platform/window/keys.h"
-#include "tvutil2/platform/window/messages.h"
-#include "tvutil2/platform/window/show.h"
 #include "tvutil2/platform/window/simulated_input.h"
-#include "tvutil2/platform/window/window.h"
 
 #include <benchmark/benchmark.h>
 
-#include <QApplication>
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QPlainTextEdit>
-#include <cstdlib>
 #include <string>
 
+#include "bench/support/widgets.h"
+
 namespace {
+
+using bench::application;
+using bench::run_dry;
 
 constexpr int kUnits = 100000;
 constexpr int kWidth = 600;
@@ -43,18 +43,8 @@ std::u16string long_prose() {
     return text;
 }
 
-void run_dry() {
-    MSG message;
-    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
-        TranslateMessage(&message);
-        DispatchMessageW(&message);
-    }
-}
-
 void key_ours(benchmark::State& state, DWORD style, const std::u16string& text) {
-    setenv("TVUTIL_DISPLAY", "offscreen", 1);
-    auto* const top = CreateWindowExW(0, u"#32770", u"", WS_POPUP | WS_VISIBLE, 0, 0, kWidth,
-                                      kHeight, nullptr, nullptr, nullptr, nullptr);
+    auto* const top = bench::open_window(kWidth, kHeight);
     auto* const edit = CreateWindowExW(0, u"Edit", u"", style | WS_BORDER | WS_CHILD | WS_VISIBLE,
                                        0, 0, kWidth, kHeight, top, nullptr, nullptr, nullptr);
     SendMessageW(edit, EM_LIMITTEXT, 0, 0);
@@ -91,16 +81,6 @@ void key_in_equal_rows_ours(benchmark::State& state) {
     key_ours(state, ES_MULTILINE | ES_AUTOVSCROLL | WS_VSCROLL, long_text(true));
 }
 BENCHMARK(key_in_equal_rows_ours)->Name("a key in 100,000 that wrap alike|ours");
-
-QApplication& application() {
-    setenv("QT_QPA_PLATFORM", "offscreen", 1);
-    setenv("QT_LOGGING_RULES", "*=false", 1);
-    static int count = 1;
-    static char name[] = "bench";
-    static char* arguments[] = {name, nullptr};
-    static QApplication only(count, arguments);
-    return only;
-}
 
 template <class Widget>
 void key_in_qt(benchmark::State& state, Widget& widget) {

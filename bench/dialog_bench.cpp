@@ -13,7 +13,6 @@
 #include <benchmark/benchmark.h>
 
 #include <QAbstractTableModel>
-#include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDialog>
@@ -26,19 +25,18 @@
 #include <cstdlib>
 #include <string>
 
+#include "bench/support/widgets.h"
 #include "tests/platform/window/dialogs/template_bytes.h"
 
 namespace {
+
+using bench::application;
+using bench::run_dry;
 
 constexpr int kRows = 10;
 constexpr int kListRows = 100000;
 constexpr int kWidth = 700;
 constexpr int kHeight = 500;
-
-void run_dry() {
-    MSG message;
-    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) DispatchMessageW(&message);
-}
 
 // In rows: a label, a field, and a button of one kind or another.
 std::string dialog_template() {
@@ -81,16 +79,6 @@ void dialog_ours(benchmark::State& state, bool is_alone) {
 BENCHMARK_CAPTURE(dialog_ours, beside, false)->Name("a dialog of 30 controls|ours");
 BENCHMARK_CAPTURE(dialog_ours, alone, true)->Name("a dialog of 30 controls, alone|ours");
 
-QApplication& application() {
-    setenv("QT_QPA_PLATFORM", "offscreen", 1);
-    setenv("QT_LOGGING_RULES", "*=false", 1);
-    static int count = 1;
-    static char name[] = "bench";
-    static char* arguments[] = {name, nullptr};
-    static QApplication only(count, arguments);
-    return only;
-}
-
 void dialog_qt(benchmark::State& state) {
     application();
     for (auto _ : state) {
@@ -119,9 +107,7 @@ std::u16string cell(int row, int column) {
 
 // Three rows each time, painted.
 void scroll_ours(benchmark::State& state) {
-    setenv("TVUTIL_DISPLAY", "offscreen", 1);
-    auto* const top = CreateWindowExW(0, u"#32770", u"", WS_POPUP | WS_VISIBLE, 0, 0, kWidth,
-                                      kHeight, nullptr, nullptr, nullptr, nullptr);
+    auto* const top = bench::open_window(kWidth, kHeight);
     auto* const list = CreateWindowExW(0, WC_LISTVIEWW, u"", LVS_REPORT | WS_CHILD | WS_VISIBLE, 0,
                                        0, kWidth, kHeight, top, nullptr, nullptr, nullptr);
     for (int column = 0; column < 3; ++column) {
@@ -184,25 +170,29 @@ BENCHMARK(scroll_qt)->Name("a notch in a list of 100,000 rows|Qt Widgets");
 constexpr int kManyColumns = 100;
 constexpr int kManyWidth = 20;
 constexpr int kManyHeight = 12;
+constexpr int kManyGap = 2;
 
-void many_ours(benchmark::State& state, int count) {
+void many_ours(benchmark::State& state, int count, DWORD style) {
     setenv("TVUTIL_DISPLAY", "offscreen", 1);
     for (auto _ : state) {
         auto* const top = CreateWindowExW(
-            0, u"#32770", u"Many", WS_POPUP | WS_CAPTION, 0, 0, kManyColumns * kManyWidth,
+            0, u"#32770", u"Many", WS_POPUP | WS_CAPTION | style, 0, 0, kManyColumns * kManyWidth,
             count / kManyColumns * kManyHeight + 50, nullptr, nullptr, nullptr, nullptr);
         for (int i = 0; i < count; ++i) {
             CreateWindowExW(0, i % 2 == 0 ? u"Static" : u"Button", u"a", WS_CHILD | WS_VISIBLE,
                             i % kManyColumns * kManyWidth, i / kManyColumns * kManyHeight,
-                            kManyWidth, kManyHeight, top, nullptr, nullptr, nullptr);
+                            kManyWidth - kManyGap, kManyHeight - kManyGap, top, nullptr, nullptr,
+                            nullptr);
         }
         ShowWindow(top, SW_SHOW);
         run_dry();
         DestroyWindow(top);
     }
 }
-BENCHMARK_CAPTURE(many_ours, thousand, 1000)->Name("1,000 controls in one window|ours");
-BENCHMARK_CAPTURE(many_ours, ten_thousand, 10000)->Name("10,000 controls in one window|ours");
+BENCHMARK_CAPTURE(many_ours, thousand, 1000, 0)->Name("1,000 controls in one window|ours");
+BENCHMARK_CAPTURE(many_ours, ten_thousand, 10000, 0)->Name("10,000 controls in one window|ours");
+BENCHMARK_CAPTURE(many_ours, kept_out, 10000, WS_CLIPCHILDREN)
+    ->Name("10,000 controls that their window keeps out of|ours");
 
 void many_qt(benchmark::State& state, int count) {
     application();
@@ -213,7 +203,7 @@ void many_qt(benchmark::State& state, int count) {
             auto* const widget = i % 2 == 0 ? static_cast<QWidget*>(new QLabel("a", &dialog))
                                             : new QPushButton("a", &dialog);
             widget->setGeometry(i % kManyColumns * kManyWidth, i / kManyColumns * kManyHeight,
-                                kManyWidth, kManyHeight);
+                                kManyWidth - kManyGap, kManyHeight - kManyGap);
         }
         dialog.show();
         QApplication::processEvents();
@@ -221,5 +211,7 @@ void many_qt(benchmark::State& state, int count) {
 }
 BENCHMARK_CAPTURE(many_qt, thousand, 1000)->Name("1,000 controls in one window|Qt Widgets");
 BENCHMARK_CAPTURE(many_qt, ten_thousand, 10000)->Name("10,000 controls in one window|Qt Widgets");
+BENCHMARK_CAPTURE(many_qt, kept_out, 10000)
+    ->Name("10,000 controls that their window keeps out of|Qt Widgets");
 
 }  // namespace
