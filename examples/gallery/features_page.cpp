@@ -61,13 +61,19 @@ class Features : public CDialog {
             send(LVM_INSERTITEMW, 0, &item);
             show_switch(row);
         }
+        add_description();
+        select(1);
         return TRUE;
     }
 
   protected:
     LRESULT on_notify(WPARAM id, LPARAM header) {
         const auto& change = *reinterpret_cast<const NMLISTVIEW*>(header);
-        if (id != kGrid || change.hdr.code != LVN_ITEMACTIVATE || change.iItem < 0) return 0;
+        if (id != kGrid || change.iItem < 0) return 0;
+        if (change.hdr.code == LVN_ITEMCHANGED && (change.uNewState & LVIS_SELECTED) != 0) {
+            describe(change.iItem);
+        }
+        if (change.hdr.code != LVN_ITEMACTIVATE) return 0;
         auto& is_on = m_is_on.at(static_cast<std::size_t>(change.iItem));
         is_on = !is_on;
         show_switch(change.iItem);
@@ -77,6 +83,7 @@ class Features : public CDialog {
 
   private:
     static constexpr int kGrid = 14020;
+    static constexpr int kDescription = 10;
 
     LRESULT send(UINT message, WPARAM first, const void* second) {
         return SendDlgItemMessage(kGrid, message, first, reinterpret_cast<LPARAM>(second));
@@ -97,6 +104,33 @@ class Features : public CDialog {
         send(LVM_SETITEMTEXTW, static_cast<WPARAM>(row), &item);
     }
 
+    // What a row has no room for is told below the rows, as lists of properties do.
+    void add_description() {
+        auto* const grid = GetDlgItem(kGrid);
+        RECT rows{};
+        grid->GetWindowRect(&rows);
+        ScreenToClient(&rows);
+        RECT length{0, 0, 4, 34};  // the gap, and the description's height
+        MapDialogRect(&length);
+        const RECT text{rows.left, rows.bottom - length.bottom, rows.right, rows.bottom};
+        m_description.Create(WS_CHILD | WS_VISIBLE | WS_BORDER | ES_MULTILINE | ES_READONLY, text,
+                             this, kDescription);
+        m_description.SetFont(GetFont());
+        rows.bottom = text.top - length.right;
+        grid->MoveWindow(&rows);
+    }
+    void select(WPARAM row) {
+        LVITEMW item{};
+        item.state = item.stateMask = LVIS_SELECTED | LVIS_FOCUSED;
+        send(LVM_SETITEMSTATE, row, &item);
+    }
+    void describe(int row) {
+        auto text = tvutil2::library_string(static_cast<UINT>(14050 + row));
+        text.Replace(u"\n", u"\r\n");
+        m_description.SetWindowText(text);
+    }
+
+    CEdit m_description;
     std::array<bool, 6> m_is_on{false, true};
 };
 

@@ -17,13 +17,14 @@
 #include "tvutil2/platform/window/simulated_input.h"
 #include "tvutil2/platform/window/system_commands.h"
 #include "tvutil2/platform/window/timers.h"
+#include "tvutil2/platform/window/window.h"
 
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 
 #include "examples/gallery/dialogs.h"
-#include "examples/gallery/edits.h"
+#include "examples/gallery/disk_dialogs.h"
 #include "examples/gallery/pages.h"
 
 namespace gallery {
@@ -93,7 +94,7 @@ class Pictures {
     }
 
     void take_message(UINT type, const char16_t* text, const std::string& name);
-    void take_folders(const std::string& name);
+    void take_disk_dialogs(const std::string& name, bool in_a_language);
     void take_menu(const std::string& name);
     void take_bar(const std::string& name);
     void take_edit_menu(const std::string& name);
@@ -119,6 +120,7 @@ struct Waiting {
     std::string name;
     HWND menu = nullptr;
     HWND page = nullptr;
+    HWND (*reach)(HWND dialog) = nullptr;
 } g_waiting;
 
 void look_at_message(HWND, UINT, UINT_PTR id, DWORD) {
@@ -135,15 +137,26 @@ void Pictures::take_message(UINT type, const char16_t* text, const std::string& 
     MessageBoxW(nullptr, text, u"Gallery", type);
 }
 
-void look_at_folders(HWND, UINT, UINT_PTR id, DWORD) {
-    auto* const dialog = FindWindowW(u"#32770", nullptr);
-    if (!has_read_folder(dialog)) return;
-    KillTimer(nullptr, id);
-    g_waiting.pictures->take(dialog, g_waiting.name);
-    tvutil2::type_key(VK_ESCAPE);
+// With what it says, if it says something.
+void close_disk_dialog(HWND front) {
+    auto* const below = GetWindow(front, GW_OWNER);
+    if (below != nullptr) {
+        SendMessageW(front, WM_COMMAND,
+                     LOWORD(static_cast<WPARAM>(SendMessageW(front, DM_GETDEFID, 0, 0))), 0);
+    }
+    SendMessageW(below != nullptr ? below : front, WM_COMMAND, IDCANCEL, 0);
 }
 
-void Pictures::take_folders(const std::string& name) {
+void look_at_disk_dialog(HWND, UINT, UINT_PTR id, DWORD) {
+    auto* const front = FindWindowW(u"#32770", nullptr);
+    auto* const shown = g_waiting.reach(front);
+    if (shown == nullptr) return;
+    KillTimer(nullptr, id);
+    g_waiting.pictures->take(shown, g_waiting.name);
+    close_disk_dialog(front);
+}
+
+void Pictures::take_disk_dialogs(const std::string& name, bool in_a_language) {
     // Not below the pictures: what the caller has there stays his.
     auto below = (std::filesystem::temp_directory_path() / "gallery.XXXXXX").string();
     if (mkdtemp(below.data()) == nullptr) {
@@ -151,12 +164,12 @@ void Pictures::take_folders(const std::string& name) {
         return;
     }
     const auto folder = make_folders(below);
-    g_waiting = {this, "folders-" + name};
-    SetTimer(nullptr, 0, 1, look_at_folders);
-    browse_folders(folder);
-    g_waiting = {this, "files-" + name};
-    SetTimer(nullptr, 0, 1, look_at_folders);
-    browse_files(folder);
+    for (const auto& each : disk_pictures()) {
+        if (in_a_language && !each.is_in_every_language) continue;
+        g_waiting = {this, each.name + "-" + name, nullptr, nullptr, each.reach};
+        SetTimer(nullptr, 0, 1, look_at_disk_dialog);
+        each.open(folder);
+    }
     std::filesystem::remove_all(below);
 }
 
@@ -228,7 +241,7 @@ void take_own(Pictures& pictures) {
         for (const auto& entry : entries()) {
             if (!entry.is_library) pictures.take(entry, entry.name + "-" + look.name);
         }
-        pictures.take_folders(look.name);
+        pictures.take_disk_dialogs(look.name, false);
         pictures.take_message(MB_YESNOCANCEL | MB_ICONQUESTION,
                               u"Do you want to keep the changes to the session?\n\nWhat isn't "
                               u"kept is lost.",
@@ -274,7 +287,7 @@ void take_library(Pictures& pictures, const std::string& behind) {
         pictures.take_message(MB_YESNOCANCEL | MB_ICONWARNING, u"?", "message-yes" + end);
         pictures.take_message(MB_ABORTRETRYIGNORE, u"?", "message-abort" + end);
         pictures.take_message(MB_CANCELTRYCONTINUE, u"?", "message-continue" + end);
-        pictures.take_folders(kLanguages[i] + behind);
+        pictures.take_disk_dialogs(kLanguages[i] + behind, true);
         pictures.take_edit_menu("edit-menu" + end);
     }
 }
