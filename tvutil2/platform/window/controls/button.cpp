@@ -170,7 +170,7 @@ void paint_check(HWND window, const ControlPaint& paint, const ButtonState& stat
     if (GetFocus() != window || text.empty()) return;
     RECT ring = area;
     DrawTextW(paint, text.c_str(), static_cast<int>(text.size()), &ring, format | DT_CALCRECT);
-    InflateRect(&ring, scaled(3, paint.dpi()), scaled(1, paint.dpi()));
+    InflateRect(&ring, scaled(4, paint.dpi()), scaled(1, paint.dpi()));
     RECT inside{};
     if (IntersectRect(&inside, &ring, &paint.client()) != 0) draw_focus_ring(paint, inside);
 }
