@@ -15,8 +15,11 @@
 #include "tvutil2/platform/process/message_box.h"
 #include "tvutil2/platform/window/accessibility.h"
 #include "tvutil2/platform/window/classes.h"
+#include "tvutil2/platform/window/common_dialogs/file_layout.h"
 #include "tvutil2/platform/window/common_dialogs/folder_dialog.h"
+#include "tvutil2/platform/window/common_dialogs/open_file_name.h"
 #include "tvutil2/platform/window/controls/button.h"
+#include "tvutil2/platform/window/controls/list_view.h"
 #include "tvutil2/platform/window/controls/static.h"
 #include "tvutil2/platform/window/dialogs/dialogs.h"
 #include "tvutil2/platform/window/find_windows.h"
@@ -32,6 +35,8 @@
 #include <map>
 #include <string>
 #include <vector>
+
+#include "tests/support/profile.h"
 
 namespace {
 
@@ -182,21 +187,73 @@ void set_scale(UINT dpi) {
     tvutil2::set_monitors({{{0, 0, 4000, 3000}, {0, 0, 4000, 3000}, dpi}});
 }
 
+// Names have what the titles and texts beside them leave.
+void expect_columns_fit(HWND list) {
+    RECT client{};
+    GetClientRect(list, &client);
+    auto names = client.right - client.left;
+    for (WPARAM column = 1; column < 4; ++column) {
+        const auto width = SendMessageW(list, LVM_GETCOLUMNWIDTH, column, 0);
+        names -= static_cast<LONG>(width);
+        constexpr LPARAM kAsNeeded = -1;
+        SendMessageW(list, LVM_SETCOLUMNWIDTH, column, kAsNeeded);
+        EXPECT_LE(SendMessageW(list, LVM_GETCOLUMNWIDTH, column, 0), width) << column;
+    }
+    EXPECT_EQ(SendMessageW(list, LVM_GETCOLUMNWIDTH, 0, 0), names);
+}
+
 // In the loop of a dialog that the system shows.
 UINT g_scale = 96;
 int g_looked_at = 0;
 void look_at_dialog(HWND, UINT, UINT_PTR id, DWORD) {
     auto* const dialog = FindWindowW(u"#32770", nullptr);
     if (dialog == nullptr) return;
+    auto* const rows = GetDlgItem(dialog, tvutil2::kFileRows);
+    if (rows != nullptr && SendMessageW(rows, LVM_GETITEMCOUNT, 0, 0) < 2) return;
     KillTimer(nullptr, id);
     ++g_looked_at;
     expect_good(dialog, g_scale);
-    const auto button = SendMessageW(dialog, DM_GETDEFID, 0, 0);
-    SendMessageW(dialog, WM_COMMAND, LOWORD(static_cast<WPARAM>(button)), 0);
+    if (rows != nullptr) expect_columns_fit(rows);
+    if ((GetWindowLongW(dialog, GWL_STYLE) & WS_THICKFRAME) != 0) {
+        SCOPED_TRACE("as small as it gets");
+        SetWindowPos(dialog, nullptr, 0, 0, 1, 1, SWP_NOMOVE | SWP_NOZORDER);
+        expect_good(dialog, g_scale);
+    }
+    const auto button =
+        rows != nullptr ? IDCANCEL : LOWORD(SendMessageW(dialog, DM_GETDEFID, 0, 0));
+    SendMessageW(dialog, WM_COMMAND, static_cast<WPARAM>(button), 0);
+}
+
+void ask_for_folder() {
+    BROWSEINFOW asked{};
+    const auto title = tvutil2::library_string(14130);
+    asked.lpszTitle = title;
+    asked.ulFlags = BIF_USENEWUI;
+    SetTimer(nullptr, 0, 1, look_at_dialog);
+    ILFree(SHBrowseForFolderW(&asked));
+}
+
+void ask_for_files(const std::u16string& folder) {
+    char16_t chosen[260] = {};
+    OPENFILENAMEW asked{};
+    asked.lStructSize = sizeof asked;
+    asked.lpstrFile = chosen;
+    asked.nMaxFile = 260;
+    asked.lpstrFilter = u"*.xts\0*.xts\0";
+    asked.lpstrInitialDir = folder.c_str();
+    for (const auto& ask : {GetOpenFileNameW, GetSaveFileNameW}) {
+        SetTimer(nullptr, 0, 1, look_at_dialog);
+        EXPECT_EQ(ask(&asked), FALSE);
+    }
 }
 
 TEST(SystemDialogs, ShowAllTheirTextsInEveryLanguageAndScale) {
     setenv("TVUTIL_DISPLAY", "offscreen", 1);
+    const auto host = tests::new_folder();
+    for (const auto* const name : {"/a.xts", "/b.xts"}) {
+        tests::write_file(host + name, std::string(1000, 'x'));
+    }
+    const auto folder = tests::platform_path(host);
     for (const UINT dpi : {96U, 192U}) {
         set_scale(dpi);
         g_scale = dpi;
@@ -210,15 +267,11 @@ TEST(SystemDialogs, ShowAllTheirTextsInEveryLanguageAndScale) {
                 SetTimer(nullptr, 0, 1, look_at_dialog);
                 MessageBoxW(nullptr, question, u"?", type);
             }
-            BROWSEINFOW asked{};
-            const auto title = tvutil2::library_string(14130);
-            asked.lpszTitle = title;
-            asked.ulFlags = BIF_USENEWUI;
-            SetTimer(nullptr, 0, 1, look_at_dialog);
-            ILFree(SHBrowseForFolderW(&asked));
+            ask_for_folder();
+            ask_for_files(folder);
         }
     }
-    EXPECT_EQ(g_looked_at, 2 * 11 * 5);
+    EXPECT_EQ(g_looked_at, 2 * 11 * 7);
 }
 
 TEST(LibraryDialogs, ShowAllTheirTextsInEveryLanguageAndScale) {

@@ -355,6 +355,33 @@ TEST_F(ListViews, AskForWhatTheyShow) {
     EXPECT_EQ(act([] { tvutil2::type_key(VK_HOME); }), "99999:1 0:3 ");
 }
 
+// A text has the room of its column, or of the row if there is nothing else in it.
+TEST_F(ListViews, GiveTheRoomOfTheRowToATextThatIsAlone) {
+    auto* const list = make(LVS_REPORT | LVS_NOCOLUMNHEADER);
+    const auto has_ink_in_the_second_column = [&](std::u16string size) {
+        SendMessageW(list, LVM_DELETEALLITEMS, 0, 0);
+        std::u16string text(60, u'M');
+        LVITEMW item{};
+        item.mask = LVIF_TEXT;
+        item.pszText = text.data();
+        SendMessageW(list, LVM_INSERTITEMW, 0, as_lparam(&item));
+        item.iSubItem = 1;
+        item.pszText = size.data();
+        SendMessageW(list, LVM_SETITEMTEXTW, 0, as_lparam(&item));
+        pump();
+        const auto picture = tvutil2::picture_of(m_parent);
+        for (int y = 14; y < 34; ++y) {
+            // Left of what stands at the right.
+            for (int x = 140; x < 200; ++x) {
+                if (picture->row(y)[x] != picture->row(100)[100]) return true;
+            }
+        }
+        return false;
+    };
+    EXPECT_TRUE(has_ink_in_the_second_column(u""));
+    EXPECT_FALSE(has_ink_in_the_second_column(u"1 KB"));
+}
+
 class Trees : public tests::ControlTest {
   protected:
     HTREEITEM insert(HWND tree, HTREEITEM parent, std::u16string text, bool may_open = false) {

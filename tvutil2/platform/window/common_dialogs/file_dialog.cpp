@@ -76,6 +76,7 @@ void FileDialog::build() {
 void FileDialog::lay_out() {
     lay_out_file_dialog(window());
     if (m_places) m_places->arrange();
+    if (m_list) m_list->fit_names();
 }
 
 SIZE FileDialog::least_size() const {

@@ -18,6 +18,7 @@ namespace tvutil2 {
 namespace {
 
 constexpr DWORD kTypingPause = 1000;  // milliseconds
+constexpr int kLeastNames = 120;      // pixels at 96 dots an inch
 
 struct Column {
     FileWord word;
@@ -73,6 +74,21 @@ void FileList::title_columns() {
         SendMessageW(m_list, LVM_DELETECOLUMN, i, 0);
         add_column(i, static_cast<int>(width));
     }
+}
+
+// Until the person gives it a width by hand.
+void FileList::fit_names() {
+    RECT client{};
+    GetClientRect(m_list, &client);
+    auto width = static_cast<int>(client.right - client.left);
+    for (std::size_t i = 1; i < std::size(kColumns); ++i) {
+        width -= static_cast<int>(SendMessageW(m_list, LVM_GETCOLUMNWIDTH, i, 0));
+    }
+    width = std::max(width, scaled(kLeastNames, GetDpiForWindow(m_list)));
+    const auto now = static_cast<int>(SendMessageW(m_list, LVM_GETCOLUMNWIDTH, 0, 0));
+    if (now == width || (m_names_width != 0 && now != m_names_width)) return;
+    m_names_width = width;
+    SendMessageW(m_list, LVM_SETCOLUMNWIDTH, 0, width);
 }
 
 void FileList::begin(std::set<std::u16string> selects) {
@@ -147,6 +163,7 @@ void FileList::show(const Selection& before) {
     const bool has_note = m_rows.count() == 0 && !m_note.empty();
     set_state(-1, 0);
     SendMessageW(m_list, LVM_SETITEMCOUNT, static_cast<WPARAM>(has_note ? 1 : m_rows.count()), 0);
+    fit_names();
     auto in_view = -1;
     for (int row = 0; row < m_rows.count(); ++row) {
         if (before.ids.empty() && !before.has_focus && m_selects.empty()) break;

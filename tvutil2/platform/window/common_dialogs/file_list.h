@@ -15,6 +15,8 @@ class FileList {
     FileList(HWND list, HIMAGELIST icons, LANGID language);
 
     [[nodiscard]] HWND window() const { return m_list; }
+    /// The column of names has what the others leave of the list's width.
+    void fit_names();
     /// Another folder is about to be read. What is of these names is selected when it comes.
     void begin(std::set<std::u16string> selects = {});
     /// A part of it.
@@ -60,6 +62,7 @@ class FileList {
     std::u16string m_shown_text;
     std::set<std::u16string> m_selects;
     bool m_is_filling = false;
+    int m_names_width = 0;  ///< as it was fitted
     std::u16string m_typed;
     DWORD m_typed_at = 0;
 };

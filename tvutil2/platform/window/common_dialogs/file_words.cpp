@@ -241,7 +241,7 @@ constexpr FileWords kFileWords[] = {
       u"GB",
       u"TB",
       u",",
-      u"dd.MM.yyyy"}},
+      u"d. M. yyyy"}},
 };
 
 }  // namespace

@@ -66,6 +66,7 @@ class ListViewView {
     void scroll_to_x(int x);
     /// What an item shows in a column, and its picture.
     [[nodiscard]] std::u16string text_of_item(int index, int column) const;
+    [[nodiscard]] std::vector<std::u16string> texts_of_row(int index) const;
     [[nodiscard]] int image_of(int index) const;
     [[nodiscard]] RECT place_of(int index) const;
     [[nodiscard]] int item_at(POINT point) const;

@@ -228,16 +228,26 @@ COLORREF ListViewView::paint_band(HDC context, int index, RECT band) const {
     return ink;
 }
 
+std::vector<std::u16string> ListViewView::texts_of_row(int index) const {
+    std::vector<std::u16string> texts(std::max<std::size_t>(m_state.columns.size(), 1));
+    for (std::size_t i = 0; i < texts.size(); ++i) {
+        texts[i] = text_of_item(index, static_cast<int>(i));
+    }
+    return texts;
+}
+
+// A text that stands alone in its row, like a note that nothing is there, has all of its room.
 void ListViewView::paint_row(HDC context, int index) {
     auto row = place_of(index);
     SetTextColor(context, paint_band(context, index, row));
     const auto side = scaled(kCellSide, m_dpi);
     const auto images = size_of_images(m_state.small);
+    const auto texts = texts_of_row(index);
+    const bool is_alone = std::all_of(texts.begin() + 1, texts.end(),
+                                      [](const std::u16string& text) { return text.empty(); });
     auto left = row.left;
-    const auto columns = std::max<std::size_t>(m_state.columns.size(), 1);
-    for (std::size_t i = 0; i < columns; ++i) {
-        const bool has_columns = !m_state.columns.empty();
-        const auto right = has_columns ? left + m_state.columns[i].width : row.right;
+    for (std::size_t i = 0; i < texts.size(); ++i) {
+        const auto right = is_alone ? row.right : left + m_state.columns[i].width;
         RECT cell{left + side, row.top, right - side, row.bottom};
         left = right;
         if (i == 0 && m_state.small != nullptr) {
@@ -246,10 +256,9 @@ void ListViewView::paint_row(HDC context, int index) {
                            ILD_TRANSPARENT);
             cell.left += images.cx + scaled(kGap, m_dpi);
         }
-        if (cell.left >= cell.right) continue;
-        const auto text = text_of_item(index, static_cast<int>(i));
-        const auto format = has_columns ? m_state.columns[i].format : LVCFMT_LEFT;
-        DrawTextW(context, text.c_str(), static_cast<int>(text.size()), &cell,
+        if (cell.left >= cell.right || texts[i].empty()) continue;
+        const auto format = m_state.columns.empty() ? LVCFMT_LEFT : m_state.columns[i].format;
+        DrawTextW(context, texts[i].c_str(), static_cast<int>(texts[i].size()), &cell,
                   kTextFormat | side_of(format));
     }
 }
@@ -286,8 +295,12 @@ void ListViewView::paint_header(HDC context) const {
         if (m_state.pressed_column == static_cast<int>(i)) {
             draw_round_area(context, cell, 3, theme().palette.hot_row);
         }
-        const RECT edge{cell.right - line, cell.top + side / 2, cell.right, cell.bottom - side / 2};
-        FillRect(context, &edge, brush);
+        // Beside the border it would be a second one.
+        if (cell.right < area.right - scaled(kEdge, m_dpi)) {
+            const RECT edge{cell.right - line, cell.top + side / 2, cell.right,
+                            cell.bottom - side / 2};
+            FillRect(context, &edge, brush);
+        }
         InflateRect(&cell, -side, 0);
         DrawTextW(context, column.title.c_str(), static_cast<int>(column.title.size()), &cell,
                   kTextFormat | side_of(column.format));
