@@ -149,6 +149,23 @@ TEST(Text, StandsWhereItIsAligned) {
     EXPECT_NE(ink(u"H!", DT_RTLREADING).left, ink(u"H!", 0).left);
 }
 
+TEST(Text, LettersBehindIdeographsStandOnTheSameLine) {
+    const auto letter_behind = [](const std::u16string& text) {
+        const Paper paper(192);
+        // Only the letter is on the paper.
+        const auto left = static_cast<int>(-paper.measure(text).cx);
+        paper.draw(text + u"  H", {left, 10, 300, 100}, DT_NOCLIP | DT_SINGLELINE);
+        return paper.ink();
+    };
+    const auto alone = letter_behind(u"");
+    EXPECT_LT(alone.top, alone.bottom);
+    for (const auto* const text : {u"\u672C", u"\u3042", u"\uD55C"}) {
+        const auto behind = letter_behind(text);
+        EXPECT_EQ(behind.top, alone.top);
+        EXPECT_EQ(behind.bottom, alone.bottom);
+    }
+}
+
 TEST(Text, ContextsPlaceLinesByTheirAlignment) {
     const Paper paper;
     SetTextAlign(paper.dc(), TA_RIGHT | TA_BASELINE);

@@ -143,6 +143,8 @@ class TextLayout {
                            std::uint32_t color) const = 0;
     /// Where a caret before that unit stands, in pixels from the line's left.
     [[nodiscard]] virtual int x_of(int line, std::size_t unit) const = 0;
+    /// Where the character at that unit ends: the next one may be read in the other direction.
+    [[nodiscard]] virtual int end_of(int line, std::size_t unit) const = 0;
     /// The place for a caret that is nearest to `x`: always between characters as people see them.
     [[nodiscard]] virtual std::size_t unit_at(int line, int x) const = 0;
     /// The next such place behind `unit`, and the one before it.

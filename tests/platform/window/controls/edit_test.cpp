@@ -370,6 +370,36 @@ TEST_F(Edits, ThePointerSelects) {
     EXPECT_EQ(selection_of(edit), std::pair(DWORD{0}, DWORD{13}));
 }
 
+TEST_F(Edits, MarkWhatIsReadFromTheRightAsAWhole) {
+    auto* const edit = add(u"Edit", kLine);
+    SetFocus(edit);
+    const auto highlight = GetSysColor(COLOR_HIGHLIGHT);
+    const auto pixel = (highlight & 0xFF) << 16 | (highlight & 0xFF00) | highlight >> 16;
+    // The columns of pixels from the first marked one to the last.
+    const auto marked = [&](const char16_t* text, WPARAM from, LPARAM to) {
+        SetWindowTextW(edit, text);
+        SendMessageW(edit, EM_SETSEL, from, to);
+        pump();
+        const auto picture = tvutil2::picture_of(m_parent);
+        std::pair columns{1000, -1};
+        for (int y = 16; y < 30; ++y) {
+            for (int x = 10; x < 210; ++x) {
+                if ((picture->row(y)[x] & 0xFFFFFF) != pixel) continue;
+                columns = {std::min(columns.first, x), std::max(columns.second, x)};
+            }
+        }
+        return columns;
+    };
+    const auto plain = marked(u"abc.xts", 0, 7);
+    const auto whole = marked(u"שלום (3).xts", 0, 12);
+    EXPECT_LT(plain.first, plain.second);
+    EXPECT_EQ(whole.first, plain.first);
+    // What closes the brackets stands leftmost.
+    const auto bracket = marked(u"שלום (3).xts", 7, 8);
+    EXPECT_EQ(bracket.first, plain.first);
+    EXPECT_LT(bracket.second, plain.first + 10);
+}
+
 TEST_F(Edits, ScrollWithWhatIsWritten) {
     auto* const edit = add(u"Edit", kLines, {10, 10, 210, 110});
     SendMessageW(edit, EM_LIMITTEXT, 0, 0);

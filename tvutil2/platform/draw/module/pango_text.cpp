@@ -65,13 +65,16 @@ class PangoParagraph : public TextLayout {
         const CairoCanvas on(canvas);
         on.set_color(color);
         cairo_move_to(on.get(), left, baseline);
-        pango_cairo_show_layout_line(on.get(), get(line));
+        auto* const shown = get(line);
+        stand_on_one_line(*shown);
+        pango_cairo_show_layout_line(on.get(), shown);
     }
 
     [[nodiscard]] int x_of(int line, std::size_t unit) const override {
-        int x = 0;
-        pango_layout_line_index_to_x(get(line), m_text.byte_of(unit), FALSE, &x);
-        return pixels(x);
+        return edge_of(line, unit, FALSE);
+    }
+    [[nodiscard]] int end_of(int line, std::size_t unit) const override {
+        return edge_of(line, unit, TRUE);
     }
     [[nodiscard]] std::size_t unit_at(int line, int x) const override {
         int index = 0;
@@ -126,6 +129,18 @@ class PangoParagraph : public TextLayout {
             pango_glyph_item_get_logical_widths(glyphs, text, widths.data() + first);
         }
         return widths;
+    }
+
+    // Behind an ideograph letters would be raised, but not the digits that its font has.
+    static void stand_on_one_line(const PangoLayoutLine& line) {
+        for (const auto* run = line.runs; run != nullptr; run = run->next) {
+            static_cast<PangoGlyphItem*>(run->data)->y_offset = 0;
+        }
+    }
+    [[nodiscard]] int edge_of(int line, std::size_t unit, gboolean is_end) const {
+        int x = 0;
+        pango_layout_line_index_to_x(get(line), m_text.byte_of(unit), is_end, &x);
+        return pixels(x);
     }
 
     [[nodiscard]] PangoLayoutLine* get(int line) const {

@@ -282,15 +282,13 @@ std::vector<EditLines::Span> EditLines::spans(std::u16string_view text, const Ro
         if (at < row.end || row_of(at) == index) return x_of(text, font, at);
         return width_of(text, font, index);
     };
-    if (start < end &&
-        (row.parts.empty() &&
-         (font.is_right_to_left || runs_both_ways(text.substr(row.start, row.end - row.start))))) {
-        for (auto at = start; at < end;) {
-            const auto next = std::min(next_character(text, at), end);
-            const auto a = x_in_row(at);
-            const auto b = x_in_row(next);
+    const auto shown = text.substr(row.start, row.end - row.start);
+    if (start < end && row.parts.empty() && (font.is_right_to_left || runs_both_ways(shown))) {
+        const auto layout = lay_out(shown, font);
+        for (auto at = start; layout && at < end; at = next_character(text, at)) {
+            const auto a = layout->x_of(0, at - row.start);
+            const auto b = layout->end_of(0, at - row.start);
             found.push_back({std::min(a, b), std::max(a, b)});
-            at = next;
         }
     } else if (start < end) {
         found.push_back({x_in_row(start), x_in_row(end)});
