@@ -92,19 +92,23 @@ LONG least_dialog_width(const DialogMeasures& measures) {
     return 2 * measures.length(kDialogMargin) + std::max(buttons, lists);
 }
 
+// All three begin in one line.
+LONG label_width(const DialogMeasures& measures) {
+    return std::max({measures.width_of(kFilePathLabel), measures.width_of(kFileNameLabel),
+                     measures.width_of(kFileTypesLabel)});
+}
+
 void lay_out_top(const DialogMeasures& measures, LONG left, LONG right) {
-    const auto up = measures.button(kFileUp);
+    const auto up = measures.button(kFileUp).cx;
     const auto top = measures.length(kDialogMargin);
-    measures.place(kFileUp, right - up.cx, top + (measures.field_height() - up.cy) / 2, up.cx,
-                   up.cy);
-    measures.place_row(kFilePathLabel, measures.width_of(kFilePathLabel), kFilePath, left, top,
-                       right - up.cx - measures.length(kDialogGap));
+    measures.place(kFileUp, right - up, top, up, measures.field_height());
+    measures.place_row(kFilePathLabel, label_width(measures), kFilePath, left, top,
+                       right - up - measures.length(kDialogGap));
 }
 
 void lay_out_fields(const DialogMeasures& measures, LONG left, LONG top, LONG right) {
     const auto step = measures.field_height() + measures.length(kDialogGap);
-    const auto label =
-        std::max(measures.width_of(kFileNameLabel), measures.width_of(kFileTypesLabel));
+    const auto label = label_width(measures);
     measures.place_row(kFileNameLabel, label, kFileName, left, top, right);
     if (measures.has(kFileTypes)) {
         top += step;
