@@ -2,6 +2,7 @@
 
 #include "tvutil2/lang/library_dialog.h"
 #include "tvutil2/platform/base/locale.h"
+#include "tvutil2/platform/base/wide_text.h"
 #include "tvutil2/platform/draw/theme.h"
 #include "tvutil2/platform/process/message_box.h"
 #include "tvutil2/platform/window/find_windows.h"
@@ -131,7 +132,9 @@ HWND tab_twice(CDialog& dialog) {
     return dialog.m_hWnd;
 }
 HWND make_larger(CDialog& dialog) {
-    dialog.SetWindowPos(nullptr, 0, 0, 500, 300, SWP_NOMOVE | SWP_NOZORDER);
+    const auto dpi = static_cast<int>(GetDpiForWindow(dialog.m_hWnd));
+    dialog.SetWindowPos(nullptr, 0, 0, MulDiv(500, dpi, 96), MulDiv(300, dpi, 96),
+                        SWP_NOMOVE | SWP_NOZORDER);
     return dialog.m_hWnd;
 }
 HWND open_box(CDialog& dialog) {
