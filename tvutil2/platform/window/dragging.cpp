@@ -1,6 +1,7 @@
 // Moving and sizing by the person: a loop of its own until the button goes up.
 #include "tvutil2/platform/window/focus.h"
 #include "tvutil2/platform/window/geometry.h"
+#include "tvutil2/platform/window/held_capture.h"
 #include "tvutil2/platform/window/hit_test.h"
 #include "tvutil2/platform/window/input.h"
 #include "tvutil2/platform/window/keys.h"
@@ -57,10 +58,10 @@ void drag_window(HWND window, LRESULT hit) {
     const auto limits = limits_of(window);
     const bool is_child_window =
         (static_cast<DWORD>(GetWindowLongW(window, GWL_STYLE)) & WS_CHILD) != 0;
-    SetCapture(window);
+    const HeldCapture capture(window);
     SendMessageW(window, WM_ENTERSIZEMOVE, 0, 0);
     MSG message{};
-    while (GetCapture() == window) {
+    while (capture.is_held()) {
         if (GetMessageW(&message, nullptr, 0, 0) <= 0) {
             PostQuitMessage(static_cast<int>(message.wParam));
             break;
@@ -82,7 +83,7 @@ void drag_window(HWND window, LRESULT hit) {
         TranslateMessage(&message);
         DispatchMessageW(&message);
     }
-    if (GetCapture() == window) ReleaseCapture();
+    capture.release();
     SendMessageW(window, WM_EXITSIZEMOVE, 0, 0);
 }
 

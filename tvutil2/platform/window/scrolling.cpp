@@ -7,6 +7,7 @@
 #include "tvutil2/platform/window/default_paint.h"
 #include "tvutil2/platform/window/focus.h"
 #include "tvutil2/platform/window/geometry.h"
+#include "tvutil2/platform/window/held_capture.h"
 #include "tvutil2/platform/window/hit_test.h"
 #include "tvutil2/platform/window/input.h"
 #include "tvutil2/platform/window/keys.h"
@@ -97,22 +98,29 @@ class Hold {
         m_at = m_from;
         m_part = m_seen.place.part_at(m_seen.state, m_from);
         m_start = m_seen.state;
-        SetCapture(m_window);
+        const HeldCapture capture(m_window);
+        const Repeated repeated{m_window};
         change_looks(m_window, m_bar, m_part, m_part);
         act();
         if (m_part != ScrollPart::thumb) SetTimer(m_window, kRepeatTimer, kFirstRepeat, nullptr);
-        loop();
-        KillTimer(m_window, kRepeatTimer);
-        if (GetCapture() == m_window) ReleaseCapture();
+        loop(capture);
+        repeated.end();
+        capture.release();
         if (m_part == ScrollPart::thumb) tell(SB_THUMBPOSITION, m_thumb);
         tell(SB_ENDSCROLL, 0);
         change_looks(m_window, m_bar, ScrollPart::none, ScrollPart::none);
     }
 
   private:
-    void loop() {
+    struct Repeated {
+        HWND window;
+        void end() const { KillTimer(window, kRepeatTimer); }
+        ~Repeated() { end(); }
+    };
+
+    void loop(const HeldCapture& capture) {
         MSG message{};
-        while (IsWindow(m_window) && GetCapture() == m_window) {
+        while (IsWindow(m_window) && capture.is_held()) {
             if (GetMessageW(&message, nullptr, 0, 0) <= 0) {
                 PostQuitMessage(static_cast<int>(message.wParam));
                 return;

@@ -26,6 +26,8 @@ struct DialogState : WindowState {
     INT_PTR result = 0;
 };
 
+/// Takes down which of its controls has the focus, if one has.
+void keep_focus(HWND dialog, DialogState& state);
 /// Gives the focus to a control as Tab does: with its text selected.
 void focus_control(HWND control);
 /// Lets the button with the focus, or else the default one, look like the default.

@@ -1,6 +1,7 @@
 // A window that can't be used while something asks a question in front of it.
 #pragma once
 
+#include "tvutil2/platform/window/quietly.h"
 #include "tvutil2/platform/window/show.h"
 
 namespace tvutil2 {
@@ -14,7 +15,7 @@ struct DisabledOwner {
         if (window != nullptr && EnableWindow(window, FALSE)) window = nullptr;
     }
     ~DisabledOwner() {
-        if (window != nullptr) EnableWindow(window, TRUE);
+        if (window != nullptr) quietly([this] { EnableWindow(window, TRUE); });
     }
     DisabledOwner(const DisabledOwner&) = delete;
     DisabledOwner& operator=(const DisabledOwner&) = delete;

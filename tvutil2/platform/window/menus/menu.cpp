@@ -1,18 +1,13 @@
 #include "tvutil2/platform/window/menus/menu.h"
 
 #include "tvutil2/platform/base/last_error.h"
-#include "tvutil2/platform/resource/resource.h"
 #include "tvutil2/platform/window/menus/menu_object.h"
-#include "tvutil2/platform/window/menus/menu_template.h"
 
 #include <algorithm>
 #include <optional>
 
 namespace tvutil2 {
 namespace {
-
-constexpr UINT kTypes = MFT_SEPARATOR | MFT_RADIOCHECK | MF_OWNERDRAW | MF_MENUBARBREAK | 0x40;
-constexpr UINT kStates = MFS_GRAYED | MFS_CHECKED | MFS_DEFAULT | MF_HILITE;
 
 std::shared_ptr<MenuObject> menu_of(HMENU handle) {
     auto menu = object_of<MenuObject>(handle);
@@ -72,8 +67,8 @@ bool is_by_position(UINT flags) {
 
 MenuItem item_of(UINT flags, UINT_PTR id_or_menu, const char16_t* text) {
     MenuItem item;
-    item.type = flags & kTypes;
-    item.state = flags & kStates & ~MFS_DEFAULT;
+    item.type = flags & kMenuTypes;
+    item.state = flags & kMenuStates & ~MFS_DEFAULT;
     if ((flags & MF_POPUP) != 0) item.submenu = reinterpret_cast<HMENU>(id_or_menu);
     item.id = static_cast<UINT>(id_or_menu);
     if ((flags & (MF_SEPARATOR | MF_OWNERDRAW)) == 0 && text != nullptr) item.text = text;
@@ -82,8 +77,8 @@ MenuItem item_of(UINT flags, UINT_PTR id_or_menu, const char16_t* text) {
 
 void take_over(const MENUITEMINFOW& info, MenuItem& item) {
     const auto mask = info.fMask;
-    if ((mask & (MIIM_TYPE | MIIM_FTYPE)) != 0) item.type = info.fType & kTypes;
-    if ((mask & MIIM_STATE) != 0) item.state = info.fState & kStates;
+    if ((mask & (MIIM_TYPE | MIIM_FTYPE)) != 0) item.type = info.fType & kMenuTypes;
+    if ((mask & MIIM_STATE) != 0) item.state = info.fState & kMenuStates;
     if ((mask & MIIM_ID) != 0) item.id = info.wID;
     if ((mask & MIIM_SUBMENU) != 0) item.submenu = info.hSubMenu;
     if ((mask & MIIM_DATA) != 0) item.data = info.dwItemData;
@@ -111,7 +106,23 @@ bool holds(HMENU outer, HMENU wanted, int depth) {
     });
 }
 
-BOOL insert(HMENU handle, UINT before, bool by_position, MenuItem item) {
+HMENU take_out(HMENU handle, UINT item, UINT flags, bool& is_done) {
+    HMENU submenu = nullptr;
+    is_done = with_item(handle, item, is_by_position(flags), [&](MenuItem& one, MenuObject& menu) {
+        submenu = one.submenu;
+        menu.items.erase(menu.items.begin() + (&one - menu.items.data()));
+    });
+    return submenu;
+}
+
+UINT flags_of(const MenuItem& item) {
+    const UINT kind = item.submenu != nullptr ? MF_POPUP : 0;
+    return item.type | item.state | kind;
+}
+
+}  // namespace
+
+BOOL insert_menu_item(HMENU handle, UINT before, bool by_position, MenuItem item) {
     auto menu = menu_of(handle);
     if (!menu) return FALSE;
     if (item.submenu != nullptr) {
@@ -133,41 +144,6 @@ BOOL insert(HMENU handle, UINT before, bool by_position, MenuItem item) {
     menu->items.insert(menu->items.begin() + static_cast<std::ptrdiff_t>(index), std::move(item));
     return TRUE;
 }
-
-HMENU take_out(HMENU handle, UINT item, UINT flags, bool& is_done) {
-    HMENU submenu = nullptr;
-    is_done = with_item(handle, item, is_by_position(flags), [&](MenuItem& one, MenuObject& menu) {
-        submenu = one.submenu;
-        menu.items.erase(menu.items.begin() + (&one - menu.items.data()));
-    });
-    return submenu;
-}
-
-HMENU build(const std::vector<MenuTemplateItem>& items) {
-    auto* const menu = CreatePopupMenu();
-    if (menu == nullptr) return nullptr;
-    for (const auto& each : items) {
-        MenuItem item;
-        item.type = each.type & kTypes;
-        item.state = each.state & kStates;
-        item.id = each.id;
-        item.text = each.text;
-        if (each.is_popup) item.submenu = build(each.items);
-        if (each.is_popup && item.submenu == nullptr) {
-            DestroyMenu(menu);
-            return nullptr;
-        }
-        insert(menu, ~UINT{0}, true, std::move(item));
-    }
-    return menu;
-}
-
-UINT flags_of(const MenuItem& item) {
-    const UINT kind = item.submenu != nullptr ? MF_POPUP : 0;
-    return item.type | item.state | kind;
-}
-
-}  // namespace
 
 std::vector<MenuItem> items_of(HMENU handle) {
     const auto menu = object_of<MenuObject>(handle);
@@ -207,12 +183,13 @@ BOOL IsMenu(HMENU menu) {
 }
 
 BOOL AppendMenuW(HMENU menu, UINT flags, UINT_PTR id_or_menu, const char16_t* text) {
-    return tvutil2::insert(menu, ~UINT{0}, true, tvutil2::item_of(flags, id_or_menu, text));
+    return tvutil2::insert_menu_item(menu, ~UINT{0}, true,
+                                     tvutil2::item_of(flags, id_or_menu, text));
 }
 
 BOOL InsertMenuW(HMENU menu, UINT item, UINT flags, UINT_PTR id_or_menu, const char16_t* text) {
-    return tvutil2::insert(menu, item, is_by_position(flags),
-                           tvutil2::item_of(flags, id_or_menu, text));
+    return tvutil2::insert_menu_item(menu, item, is_by_position(flags),
+                                     tvutil2::item_of(flags, id_or_menu, text));
 }
 
 BOOL InsertMenuItemW(HMENU menu, UINT item, BOOL by_position, const MENUITEMINFOW* info) {
@@ -221,7 +198,7 @@ BOOL InsertMenuItemW(HMENU menu, UINT item, BOOL by_position, const MENUITEMINFO
     }
     MenuItem made;
     tvutil2::take_over(*info, made);
-    return tvutil2::insert(menu, item, by_position != 0, std::move(made));
+    return tvutil2::insert_menu_item(menu, item, by_position != 0, std::move(made));
 }
 
 BOOL SetMenuItemInfoW(HMENU menu, UINT item, BOOL by_position, const MENUITEMINFOW* info) {
@@ -370,24 +347,4 @@ BOOL SetMenuDefaultItem(HMENU menu, UINT item, UINT by_position) {
         one.state = (one.state & ~MFS_DEFAULT) | (is_it && item != ~UINT{0} ? MFS_DEFAULT : 0);
     }
     return TRUE;
-}
-
-HMENU LoadMenuIndirectW(const void* menu_template) {
-    if (menu_template == nullptr) {
-        SetLastError(ERROR_INVALID_PARAMETER);
-        return nullptr;
-    }
-    constexpr std::size_t kMost = 0x10000;
-    const auto known = tvutil2::bytes_in_resource(menu_template);
-    const auto items = tvutil2::read_menu_template(
-        {static_cast<const std::byte*>(menu_template), known != 0 ? known : kMost});
-    if (items) return tvutil2::build(*items);
-    SetLastError(ERROR_INVALID_DATA);
-    return nullptr;
-}
-
-HMENU LoadMenuW(HINSTANCE module, const char16_t* name) {
-    auto* const found = FindResourceW(module, name, RT_MENU);
-    return found == nullptr ? nullptr
-                            : LoadMenuIndirectW(LockResource(LoadResource(module, found)));
 }

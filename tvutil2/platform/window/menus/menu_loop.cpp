@@ -5,12 +5,14 @@
 #include "tvutil2/platform/base/wide_text.h"
 #include "tvutil2/platform/draw/rect.h"
 #include "tvutil2/platform/draw/theme.h"
+#include "tvutil2/platform/window/default_paint.h"
 #include "tvutil2/platform/window/focus.h"
 #include "tvutil2/platform/window/geometry.h"
 #include "tvutil2/platform/window/keys.h"
 #include "tvutil2/platform/window/menus/menu_tracking.h"
 #include "tvutil2/platform/window/messages.h"
 #include "tvutil2/platform/window/mouse.h"
+#include "tvutil2/platform/window/quietly.h"
 #include "tvutil2/platform/window/screen.h"
 #include "tvutil2/platform/window/timers.h"
 #include "tvutil2/platform/window/window.h"
@@ -37,6 +39,19 @@ char16_t mnemonic_of(const MenuItem& item) {
         if (item.text[i] != u'&') found = to_lower(item.text[i]);
     }
     return found;
+}
+
+// Behind end() nothing is left to do, unless a handler has raised something on the way.
+MenuLoop::~MenuLoop() {
+    if (t_running != this) return;
+    t_running = nullptr;
+    quietly([this] {
+        if (has_bar() && GetCapture() == m_owner) ReleaseCapture();
+    });
+    for (auto* const window : m_open) {
+        quietly([window] { DestroyWindow(window); });
+    }
+    if (has_bar()) repaint_frame(m_owner);
 }
 
 bool MenuLoop::is_running() const {

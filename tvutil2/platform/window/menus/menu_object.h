@@ -33,6 +33,12 @@ struct MenuObject : HandleObject {
 inline constexpr int kMenuNesting = 16;
 inline constexpr std::size_t kMostMenuItems = 10000;
 
+inline constexpr UINT kMenuTypes =
+    MFT_SEPARATOR | MFT_RADIOCHECK | MF_OWNERDRAW | MF_MENUBARBREAK | 0x40;
+inline constexpr UINT kMenuStates = MFS_GRAYED | MFS_CHECKED | MFS_DEFAULT | MF_HILITE;
+
+/// In front of an item, behind the last one where there is no such; as InsertMenuItemW.
+BOOL insert_menu_item(HMENU menu, UINT before, bool by_position, MenuItem item);
 /// A copy; none for what is no menu.
 [[nodiscard]] std::vector<MenuItem> items_of(HMENU menu);
 

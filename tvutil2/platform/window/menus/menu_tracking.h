@@ -13,6 +13,7 @@ namespace tvutil2 {
 class MenuLoop {
   public:
     MenuLoop(HWND owner, UINT flags) : m_owner(owner), m_flags(flags) {}
+    ~MenuLoop();
     MenuLoop(const MenuLoop&) = delete;
     MenuLoop& operator=(const MenuLoop&) = delete;
 
