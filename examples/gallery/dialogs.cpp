@@ -175,8 +175,7 @@ class MainWindow : public CDialog {
     void change_look() {
         tvutil2::set_theme_mode(IsDlgButtonChecked(60) != 0 ? tvutil2::ThemeMode::dark
                                                             : tvutil2::ThemeMode::light);
-        RedrawWindow(m_hWnd, nullptr, nullptr,
-                     RDW_INVALIDATE | RDW_ERASE | RDW_FRAME | RDW_ALLCHILDREN);
+        RedrawWindow(nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_FRAME | RDW_ALLCHILDREN);
     }
     DECLARE_MESSAGE_MAP()
 };

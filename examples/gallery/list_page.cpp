@@ -1,6 +1,5 @@
+#include "tvutil2/framework/item_controls.h"
 #include "tvutil2/platform/base/wide_text.h"
-#include "tvutil2/platform/window/controls/list_view.h"
-#include "tvutil2/platform/window/controls/tree_view.h"
 #include "tvutil2/platform/window/geometry.h"
 
 #include <array>
@@ -72,29 +71,20 @@ class Views : public CDialog {
     }
 
   private:
-    LRESULT send(int id, UINT message, WPARAM first, const void* second) {
-        return SendDlgItemMessage(id, message, first, reinterpret_cast<LPARAM>(second));
+    void DoDataExchange(CDataExchange* exchange) override {
+        CDialog::DoDataExchange(exchange);
+        DDX_Control(exchange, 10, m_report);
+        DDX_Control(exchange, 11, m_icons);
+        DDX_Control(exchange, 12, m_tree);
     }
-    static char16_t* shown(const char16_t* text) { return const_cast<char16_t*>(text); }
-
-    void add_row(int id, int row, std::initializer_list<const char16_t*> texts) {
-        int column = 0;
-        for (const auto* text : texts) {
-            LVITEMW item{};
-            item.mask = column == 0 ? LVIF_TEXT | LVIF_IMAGE : LVIF_TEXT;
-            item.iItem = row;
-            item.iSubItem = column;
-            item.pszText = shown(text);
-            item.iImage = row % 3;
-            send(id, column == 0 ? LVM_INSERTITEMW : LVM_SETITEMW, 0, &item);
-            ++column;
-        }
+    static void select(CListCtrl& list, int row) {
+        list.SetItemState(row, LVIS_SELECTED | LVIS_FOCUSED, LVIS_SELECTED | LVIS_FOCUSED);
     }
-    void select(int id, int row) {
-        const LVITEMW item{
-            LVIF_STATE, 0, 0, LVIS_SELECTED | LVIS_FOCUSED, LVIS_SELECTED | LVIS_FOCUSED, nullptr,
-            0,          0, 0};
-        send(id, LVM_SETITEMSTATE, static_cast<WPARAM>(row), &item);
+    void add_row(const char16_t* name, const char16_t* size, const char16_t* kind) {
+        const auto row = m_report.GetItemCount();
+        m_report.InsertItem(row, name, row % 3);
+        m_report.SetItemText(row, 1, size);
+        m_report.SetItemText(row, 2, kind);
     }
     void fill_report(int dpi) {
         const struct {
@@ -104,47 +94,36 @@ class Views : public CDialog {
             {u"Name", 130, LVCFMT_LEFT}, {u"Size", 70, LVCFMT_RIGHT}, {u"Kind", 110, LVCFMT_LEFT}};
         int at = 0;
         for (const auto& each : columns) {
-            const LVCOLUMNW column{LVCF_TEXT | LVCF_WIDTH | LVCF_FMT,
-                                   each.format,
-                                   MulDiv(each.width, dpi, 96),
-                                   shown(each.title),
-                                   0,
-                                   0};
-            send(10, LVM_INSERTCOLUMNW, static_cast<WPARAM>(at++), &column);
+            m_report.InsertColumn(at++, each.title, each.format, MulDiv(each.width, dpi, 96));
         }
-        send(10, LVM_SETIMAGELIST, LVSIL_SMALL, m_small.m_hImageList);
-        int row = 0;
-        for (const auto* word : kWords) add_row(10, row++, {word, u"1,024 kB", u"Fruit or nut"});
-        add_row(10, row, {u"Something with a very long name", u"7 kB", u"Sentence without an end"});
-        select(10, 1);
+        m_report.SetImageList(&m_small, LVSIL_SMALL);
+        for (const auto* word : kWords) add_row(word, u"1,024 kB", u"Fruit or nut");
+        add_row(u"Something with a very long name", u"7 kB", u"Sentence without an end");
+        select(m_report, 1);
     }
     void fill_icons() {
-        send(11, LVM_SETIMAGELIST, LVSIL_NORMAL, m_large.m_hImageList);
+        m_icons.SetImageList(&m_large, LVSIL_NORMAL);
         int row = 0;
-        for (const auto* word : kWords) add_row(11, row++, {word});
-        select(11, 2);
-    }
-    HTREEITEM add_below(HTREEITEM parent, const char16_t* text) {
-        TVINSERTSTRUCTW insert{};
-        insert.hParent = parent;
-        insert.hInsertAfter = TVI_LAST;
-        insert.item.mask = TVIF_TEXT | TVIF_IMAGE;
-        insert.item.pszText = shown(text);
-        insert.item.iImage = 1;
-        return reinterpret_cast<HTREEITEM>(send(12, TVM_INSERTITEMW, 0, &insert));
+        for (const auto* word : kWords) {
+            m_icons.InsertItem(row, word, row % 3);
+            ++row;
+        }
+        select(m_icons, 2);
     }
     void fill_tree() {
-        send(12, TVM_SETIMAGELIST, 0, m_small.m_hImageList);
-        auto* const root = add_below(TVI_ROOT, u"Sessions");
+        m_tree.SetImageList(&m_small, 0);
+        auto* const root = m_tree.InsertItem(u"Sessions", 1, 1);
         for (const auto* word : kWords) {
-            auto* const item = add_below(root, word);
-            add_below(item, u"Something below");
-            if (word == kWords[1]) send(12, TVM_EXPAND, TVE_EXPAND, item);
+            auto* const item = m_tree.InsertItem(word, 1, 1, root);
+            m_tree.InsertItem(u"Something below", 1, 1, item);
+            if (word == kWords[1]) m_tree.Expand(item, TVE_EXPAND);
         }
-        send(12, TVM_EXPAND, TVE_EXPAND, root);
-        send(12, TVM_SELECTITEM, TVGN_CARET, root);
+        m_tree.Expand(root, TVE_EXPAND);
+        m_tree.SelectItem(root);
     }
 
+    CListCtrl m_report, m_icons;
+    CTreeCtrl m_tree;
     CImageList m_small, m_large;
 };
 

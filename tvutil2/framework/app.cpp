@@ -8,6 +8,8 @@
 #include "tvutil2/platform/process/message_box.h"
 #include "tvutil2/platform/process/modules.h"
 #include "tvutil2/platform/resource/resource.h"
+#include "tvutil2/platform/window/focus.h"
+#include "tvutil2/platform/window/show.h"
 
 #include <algorithm>
 #include <mutex>
@@ -55,6 +57,12 @@ UINT with_icon(UINT type) {
         default:
             return type;
     }
+}
+
+// The window that the person is in front of, so that he answers before he goes on there.
+HWND box_owner() {
+    auto* const active = GetActiveWindow();
+    return IsWindowVisible(active) && IsWindowEnabled(active) ? active : nullptr;
 }
 
 }  // namespace
@@ -141,7 +149,7 @@ void AfxSetResourceHandle(HINSTANCE module) {
 int AfxMessageBox(const char16_t* text, UINT type, UINT /*help*/) {
     const auto* const app = AfxGetApp();
     const bool is_named = app != nullptr && app->m_pszAppName != nullptr;
-    return MessageBoxW(nullptr, text,
+    return MessageBoxW(box_owner(), text,
                        is_named ? app->m_pszAppName : tvutil2::executable_name().c_str(),
                        with_icon(type));
 }

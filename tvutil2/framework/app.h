@@ -97,8 +97,8 @@ TVUTIL_API void AfxSetResourceHandle(HINSTANCE module);
 /// first. AfxGetResourceHandle() when none has.
 TVUTIL_API HINSTANCE AfxFindResourceHandle(const char16_t* name, const char16_t* type);
 
-/// MessageBoxW under the application's name. A type without an icon gets the one that suits its
-/// buttons.
+/// MessageBoxW under the application's name, in front of the thread's active window, if it has one,
+/// which can't be used meanwhile. A type without an icon gets the one that suits its buttons.
 TVUTIL_API int AfxMessageBox(const char16_t* text, UINT type = 0, UINT help = 0);
 /// The same with a string of the resources; the id itself is shown when there is no such string.
 TVUTIL_API int AfxMessageBox(UINT id, UINT type = 0, UINT help = ~0U);

@@ -25,9 +25,11 @@ const AFX_MSGMAP_ENTRY* CCmdTarget::find_entry(UINT message, UINT code, UINT id)
     return nullptr;
 }
 
-BOOL CCmdTarget::OnCmdMsg(UINT id, int code, void* /*extra*/, void* /*handler_info*/) {
-    const auto* const entry = find_entry(WM_COMMAND, static_cast<UINT>(code), id);
+BOOL CCmdTarget::OnCmdMsg(UINT id, int code, void* extra, void* /*handler_info*/) {
+    const auto number = static_cast<WORD>(code);
+    const auto message = HIWORD(static_cast<DWORD>(code));
+    const auto* const entry = find_entry(message != 0 ? message : WM_COMMAND, number, id);
     if (entry == nullptr) return FALSE;
-    entry->pfn(*this, MAKEWPARAM(static_cast<WORD>(id), static_cast<WORD>(code)), 0);
+    entry->pfn(*this, MAKEWPARAM(static_cast<WORD>(id), number), reinterpret_cast<LPARAM>(extra));
     return TRUE;
 }

@@ -9,10 +9,11 @@
 #include "tvutil2/platform/window/window_types.h"
 
 class CCmdTarget;
+struct NMHDR;
 
 struct AFX_MSGMAP_ENTRY {
     UINT nMessage;  ///< 0 ends the table
-    UINT nCode;     ///< of a control's notification
+    UINT nCode;     ///< of a control's notification: 16 bits
     UINT nID, nLastID;
     LRESULT (*pfn)(CCmdTarget& target, WPARAM wparam, LPARAM lparam);
 };
@@ -22,11 +23,18 @@ struct AFX_MSGMAP {
     const AFX_MSGMAP_ENTRY* lpEntries;
 };
 
+/// What a control tells by WM_NOTIFY, on its way to a handler.
+struct AFX_NOTIFY {
+    LRESULT* pResult;
+    NMHDR* pNMHDR;
+};
+
 class TVUTIL_API CCmdTarget : public CObject {
     DECLARE_DYNAMIC(CCmdTarget)
   public:
     /// A command, or a control's notification, for the first class from this one up that has an
-    /// entry. Non-zero when there is one.
+    /// entry. Non-zero when there is one. The high half of the code is the message when that isn't
+    /// WM_COMMAND; with WM_NOTIFY `extra` is an AFX_NOTIFY.
     virtual BOOL OnCmdMsg(UINT id, int code, void* extra, void* handler_info);
 
   protected:

@@ -2,6 +2,7 @@
 
 #include "tvutil2/framework/exceptions.h"
 
+#include <algorithm>
 #include <string>
 
 IMPLEMENT_DYNAMIC(CStatic, CWnd)
@@ -21,6 +22,25 @@ void get_text(const CWnd& list, UINT length_of, UINT text_of, int index, CString
 }
 
 }  // namespace
+
+BOOL CStatic::OnChildNotify(UINT message, WPARAM wparam, LPARAM lparam, LRESULT* result) {
+    if (message != WM_DRAWITEM) return CWnd::OnChildNotify(message, wparam, lparam, result);
+    DrawItem(reinterpret_cast<DRAWITEMSTRUCT*>(lparam));
+    return TRUE;
+}
+
+BOOL CButton::OnChildNotify(UINT message, WPARAM wparam, LPARAM lparam, LRESULT* result) {
+    if (message != WM_DRAWITEM) return CWnd::OnChildNotify(message, wparam, lparam, result);
+    DrawItem(reinterpret_cast<DRAWITEMSTRUCT*>(lparam));
+    return TRUE;
+}
+
+int CEdit::GetLine(int line, char16_t* text, int most) const {
+    if (most <= 0) return 0;
+    text[0] = static_cast<char16_t>(std::min(most, 0xFFFF));  // where the control looks for it
+    return static_cast<int>(
+        SendMessage(EM_GETLINE, static_cast<WPARAM>(line), reinterpret_cast<LPARAM>(text)));
+}
 
 void CEdit::GetSel(int& first, int& end) const {
     DWORD from = 0, to = 0;

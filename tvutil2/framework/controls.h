@@ -7,6 +7,7 @@
 #include "tvutil2/platform/window/controls/combo_box.h"
 #include "tvutil2/platform/window/controls/edit.h"
 #include "tvutil2/platform/window/controls/list_box.h"
+#include "tvutil2/platform/window/controls/owner_draw.h"
 #include "tvutil2/platform/window/controls/static.h"
 
 class TVUTIL_API CStatic : public CWnd {
@@ -26,6 +27,11 @@ class TVUTIL_API CStatic : public CWnd {
         return reinterpret_cast<HBITMAP>(
             SendMessage(STM_SETIMAGE, IMAGE_BITMAP, reinterpret_cast<LPARAM>(bitmap)));
     }
+
+  protected:
+    /// With SS_OWNERDRAW, when the parent has no handler for it.
+    virtual void DrawItem(DRAWITEMSTRUCT* /*item*/) {}
+    BOOL OnChildNotify(UINT message, WPARAM wparam, LPARAM lparam, LRESULT* result) override;
 };
 
 class TVUTIL_API CButton : public CWnd {
@@ -42,6 +48,11 @@ class TVUTIL_API CButton : public CWnd {
     void SetNote(const char16_t* note) {
         SendMessage(BCM_SETNOTE, 0, reinterpret_cast<LPARAM>(note));
     }
+
+  protected:
+    /// With BS_OWNERDRAW, when the parent has no handler for it.
+    virtual void DrawItem(DRAWITEMSTRUCT* /*item*/) {}
+    BOOL OnChildNotify(UINT message, WPARAM wparam, LPARAM lparam, LRESULT* result) override;
 };
 
 class TVUTIL_API CEdit : public CWnd {
@@ -62,6 +73,39 @@ class TVUTIL_API CEdit : public CWnd {
     void SetRectNP(const RECT* rect) {
         SendMessage(EM_SETRECTNP, 0, reinterpret_cast<LPARAM>(rect));
     }
+    [[nodiscard]] DWORD GetSel() const { return static_cast<DWORD>(SendMessage(EM_GETSEL)); }
+    void SetRect(const RECT* rect) { SendMessage(EM_SETRECT, 0, reinterpret_cast<LPARAM>(rect)); }
+    /// Up to `most` units, without a zero: how many.
+    int GetLine(int line, char16_t* text, int most) const;
+    [[nodiscard]] int LineFromChar(int index = -1) const {
+        return static_cast<int>(SendMessage(EM_LINEFROMCHAR, static_cast<WPARAM>(index)));
+    }
+    [[nodiscard]] int LineIndex(int line = -1) const {
+        return static_cast<int>(SendMessage(EM_LINEINDEX, static_cast<WPARAM>(line)));
+    }
+    [[nodiscard]] int LineLength(int index = -1) const {
+        return static_cast<int>(SendMessage(EM_LINELENGTH, static_cast<WPARAM>(index)));
+    }
+    void LineScroll(int lines, int characters = 0) {
+        SendMessage(EM_LINESCROLL, static_cast<WPARAM>(characters), lines);
+    }
+    void SetMargins(UINT left, UINT right) {
+        SendMessage(EM_SETMARGINS, EC_LEFTMARGIN | EC_RIGHTMARGIN,
+                    MAKELONG(static_cast<WORD>(left), static_cast<WORD>(right)));
+    }
+    /// Shown while there is no text and, unless `while_focused`, no focus.
+    BOOL SetCueBanner(const char16_t* text, BOOL while_focused = FALSE) {
+        return SendMessage(EM_SETCUEBANNER, static_cast<WPARAM>(while_focused),
+                           reinterpret_cast<LPARAM>(text)) != 0
+                   ? TRUE
+                   : FALSE;
+    }
+    [[nodiscard]] BOOL CanUndo() const { return SendMessage(EM_CANUNDO) != 0 ? TRUE : FALSE; }
+    void EmptyUndoBuffer() { SendMessage(EM_EMPTYUNDOBUFFER); }
+    [[nodiscard]] UINT GetLimitText() const {
+        return static_cast<UINT>(SendMessage(EM_GETLIMITTEXT));
+    }
+    void SetLimitText(UINT count) { SendMessage(EM_SETLIMITTEXT, count); }
     [[nodiscard]] int GetLineCount() const {
         return static_cast<int>(SendMessage(EM_GETLINECOUNT));
     }
@@ -95,12 +139,32 @@ class TVUTIL_API CListBox : public CWnd {
     [[nodiscard]] int GetCount() const { return ask(LB_GETCOUNT); }
     [[nodiscard]] int GetCurSel() const { return ask(LB_GETCURSEL); }
     int SetCurSel(int index) { return ask(LB_SETCURSEL, index); }
+    // With LBS_MULTIPLESEL or LBS_EXTENDEDSEL; index -1 is all.
+    int SetSel(int index, BOOL select = TRUE) {
+        return static_cast<int>(SendMessage(LB_SETSEL, static_cast<WPARAM>(select), index));
+    }
+    [[nodiscard]] int GetSel(int index) const { return ask(LB_GETSEL, index); }
+    [[nodiscard]] int GetSelCount() const { return ask(LB_GETSELCOUNT); }
+    int GetSelItems(int most, int* indices) const {
+        return static_cast<int>(SendMessage(LB_GETSELITEMS, static_cast<WPARAM>(most),
+                                            reinterpret_cast<LPARAM>(indices)));
+    }
+    [[nodiscard]] int GetTopIndex() const { return ask(LB_GETTOPINDEX); }
+    int SetTopIndex(int index) { return ask(LB_SETTOPINDEX, index); }
+    int GetItemRect(int index, RECT* rect) const {
+        return static_cast<int>(SendMessage(LB_GETITEMRECT, static_cast<WPARAM>(index),
+                                            reinterpret_cast<LPARAM>(rect)));
+    }
     [[nodiscard]] int GetTextLen(int index) const { return ask(LB_GETTEXTLEN, index); }
     /// Throws CInvalidArgException for an index that isn't one.
     void GetText(int index, CString& text) const;
+    [[nodiscard]] int FindString(int after, const char16_t* text) const {
+        return ask(LB_FINDSTRING, after, text);
+    }
     [[nodiscard]] int FindStringExact(int after, const char16_t* text) const {
         return ask(LB_FINDSTRINGEXACT, after, text);
     }
+    int SelectString(int after, const char16_t* text) { return ask(LB_SELECTSTRING, after, text); }
     [[nodiscard]] DWORD_PTR GetItemData(int index) const {
         return static_cast<DWORD_PTR>(SendMessage(LB_GETITEMDATA, static_cast<WPARAM>(index)));
     }
@@ -136,10 +200,20 @@ class TVUTIL_API CComboBox : public CWnd {
     [[nodiscard]] int GetLBTextLen(int index) const { return ask(CB_GETLBTEXTLEN, index); }
     /// Throws CInvalidArgException for an index that isn't one.
     void GetLBText(int index, CString& text) const;
+    [[nodiscard]] int FindString(int after, const char16_t* text) const {
+        return ask(CB_FINDSTRING, after, text);
+    }
     [[nodiscard]] int FindStringExact(int after, const char16_t* text) const {
         return ask(CB_FINDSTRINGEXACT, after, text);
     }
     void ShowDropDown(BOOL show = TRUE) { ask(CB_SHOWDROPDOWN, show); }
+    [[nodiscard]] BOOL GetDroppedState() const { return ask(CB_GETDROPPEDSTATE); }
+    int SetDroppedWidth(UINT width) { return ask(CB_SETDROPPEDWIDTH, static_cast<int>(width)); }
+    [[nodiscard]] DWORD GetEditSel() const { return static_cast<DWORD>(ask(CB_GETEDITSEL)); }
+    BOOL SetEditSel(int first, int end) {
+        return static_cast<BOOL>(SendMessage(
+            CB_SETEDITSEL, 0, MAKELONG(static_cast<WORD>(first), static_cast<WORD>(end))));
+    }
     void LimitText(int count) { ask(CB_LIMITTEXT, count); }
     [[nodiscard]] DWORD_PTR GetItemData(int index) const {
         return static_cast<DWORD_PTR>(SendMessage(CB_GETITEMDATA, static_cast<WPARAM>(index)));

@@ -84,6 +84,9 @@ class TVUTIL_API CDataExchange {
 /// Lets the member hear the control's messages from the first exchange on.
 TVUTIL_API void DDX_Control(CDataExchange* exchange, int id, CWnd& control);
 TVUTIL_API void DDX_Text(CDataExchange* exchange, int id, CString& text);
+/// Numbers: what is none, or one too large, is said to the person, and fails.
+TVUTIL_API void DDX_Text(CDataExchange* exchange, int id, int& number);
+TVUTIL_API void DDX_Text(CDataExchange* exchange, int id, UINT& number);
 /// 0, 1, or 2 for neither.
 TVUTIL_API void DDX_Check(CDataExchange* exchange, int id, int& check);
 /// The index in the group that begins with the radio button of that id, or -1.
@@ -91,5 +94,16 @@ TVUTIL_API void DDX_Radio(CDataExchange* exchange, int id, int& index);
 /// The index of the selection, or -1.
 TVUTIL_API void DDX_CBIndex(CDataExchange* exchange, int id, int& index);
 TVUTIL_API void DDX_LBIndex(CDataExchange* exchange, int id, int& index);
-/// Behind DDX_Text: lets no more characters be typed.
+/// The text of the field, or of the selection. To a control: the item that begins so is selected,
+/// or with Exact the one that is so; a field that can be typed into takes any text.
+TVUTIL_API void DDX_CBString(CDataExchange* exchange, int id, CString& text);
+TVUTIL_API void DDX_CBStringExact(CDataExchange* exchange, int id, CString& text);
+TVUTIL_API void DDX_LBString(CDataExchange* exchange, int id, CString& text);
+
+// Behind DDX_Text of the same value.
+
+/// Lets no more characters be typed.
 TVUTIL_API void DDV_MaxChars(CDataExchange* exchange, const CString& text, int count);
+/// What is outside is said to the person, and fails.
+TVUTIL_API void DDV_MinMaxInt(CDataExchange* exchange, int number, int least, int most);
+TVUTIL_API void DDV_MinMaxUInt(CDataExchange* exchange, UINT number, UINT least, UINT most);

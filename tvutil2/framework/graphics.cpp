@@ -1,12 +1,11 @@
 #include "tvutil2/framework/graphics.h"
 
+#include "tvutil2/framework/temporaries.h"
 #include "tvutil2/platform/base/wide_text.h"
 #include "tvutil2/platform/draw/theme.h"
 
 #include <algorithm>
-#include <memory>
 #include <string_view>
-#include <unordered_map>
 #include <utility>
 
 IMPLEMENT_DYNCREATE(CGdiObject, CObject)
@@ -19,54 +18,19 @@ IMPLEMENT_DYNCREATE(CDC, CObject)
 
 namespace {
 
-// Whether the thread has any: asked when it is idle, which mostly never drew.
-thread_local bool t_has_temporaries = false;
-
-// The objects that a thread's FromHandle made, which own nothing.
-template <class Object>
-class Temporaries {
-  public:
-    ~Temporaries() { clear(); }
-
-    template <class Handle>
-    Object* get(Handle handle) {
-        if (handle == nullptr) return nullptr;
-        auto& object = m_objects[handle];
-        if (!object) {
-            t_has_temporaries = true;
-            object = std::make_unique<Object>();
-            hold(*object, handle);
-        }
-        return object.get();
-    }
-
-    void clear() {
-        for (auto& [handle, object] : m_objects) hold(*object, nullptr);
-        m_objects.clear();
-    }
-
-    static Temporaries& current() {
-        static thread_local Temporaries temporaries;
-        return temporaries;
-    }
-
-  private:
-    static void hold(CGdiObject& object, HGDIOBJ handle) { object.m_hObject = handle; }
-    static void hold(CDC& object, HDC handle) { object.m_hDC = object.m_hAttribDC = handle; }
-
-    std::unordered_map<void*, std::unique_ptr<Object>> m_objects;
-};
-
-template <class Object, class Handle>
-Object* temporary(Handle handle) {
-    return Temporaries<Object>::current().get(handle);
-}
-
 HGDIOBJ handle_in(const CGdiObject* object) {
     return object == nullptr ? nullptr : object->m_hObject;
 }
 
 }  // namespace
+
+void tvutil2::hold(CGdiObject& object, HGDIOBJ handle) {
+    object.m_hObject = handle;
+}
+
+void tvutil2::hold(CDC& object, HDC handle) {
+    object.m_hDC = object.m_hAttribDC = handle;
+}
 
 BOOL CGdiObject::Attach(HGDIOBJ object) {
     if (object == nullptr || m_hObject != nullptr) return FALSE;
@@ -83,29 +47,28 @@ BOOL CGdiObject::DeleteObject() {
 }
 
 CGdiObject* CGdiObject::FromHandle(HGDIOBJ object) {
-    return temporary<CGdiObject>(object);
+    return tvutil2::Temporaries<CGdiObject>::of(object);
 }
 
 void CGdiObject::DeleteTempMap() {
-    if (!t_has_temporaries) return;
-    Temporaries<CGdiObject>::current().clear();
-    Temporaries<CPen>::current().clear();
-    Temporaries<CBrush>::current().clear();
-    Temporaries<CFont>::current().clear();
-    Temporaries<CBitmap>::current().clear();
-    Temporaries<CRgn>::current().clear();
+    tvutil2::Temporaries<CGdiObject>::delete_all();
+    tvutil2::Temporaries<CPen>::delete_all();
+    tvutil2::Temporaries<CBrush>::delete_all();
+    tvutil2::Temporaries<CFont>::delete_all();
+    tvutil2::Temporaries<CBitmap>::delete_all();
+    tvutil2::Temporaries<CRgn>::delete_all();
 }
 
 CPen* CPen::FromHandle(HPEN pen) {
-    return temporary<CPen>(pen);
+    return tvutil2::Temporaries<CPen>::of(pen);
 }
 
 CBrush* CBrush::FromHandle(HBRUSH brush) {
-    return temporary<CBrush>(brush);
+    return tvutil2::Temporaries<CBrush>::of(brush);
 }
 
 CFont* CFont::FromHandle(HFONT font) {
-    return temporary<CFont>(font);
+    return tvutil2::Temporaries<CFont>::of(font);
 }
 
 BOOL CFont::CreatePointFont(int size, const char16_t* face, CDC* context) {
@@ -125,11 +88,11 @@ BOOL CBitmap::CreateCompatibleBitmap(CDC* context, int width, int height) {
 }
 
 CBitmap* CBitmap::FromHandle(HBITMAP bitmap) {
-    return temporary<CBitmap>(bitmap);
+    return tvutil2::Temporaries<CBitmap>::of(bitmap);
 }
 
 CRgn* CRgn::FromHandle(HRGN region) {
-    return temporary<CRgn>(region);
+    return tvutil2::Temporaries<CRgn>::of(region);
 }
 
 BOOL CDC::Attach(HDC context) {
@@ -152,12 +115,11 @@ BOOL CDC::DeleteDC() {
 }
 
 CDC* CDC::FromHandle(HDC context) {
-    return temporary<CDC>(context);
+    return tvutil2::Temporaries<CDC>::of(context);
 }
 
 void CDC::DeleteTempMap() {
-    if (!t_has_temporaries) return;
-    Temporaries<CDC>::current().clear();
+    tvutil2::Temporaries<CDC>::delete_all();
 }
 
 CPen* CDC::SelectObject(CPen* pen) {

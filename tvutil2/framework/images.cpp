@@ -1,6 +1,7 @@
 #include "tvutil2/framework/images.h"
 
 #include "tvutil2/framework/app.h"
+#include "tvutil2/framework/temporaries.h"
 #include "tvutil2/platform/draw/graphics_object.h"
 
 #include <utility>
@@ -63,6 +64,18 @@ int CImage::GetWidth() const {
 
 int CImage::GetHeight() const {
     return record().bmHeight;
+}
+
+void tvutil2::hold(CImageList& object, HIMAGELIST handle) {
+    object.m_hImageList = handle;
+}
+
+CImageList* CImageList::FromHandle(HIMAGELIST list) {
+    return tvutil2::Temporaries<CImageList>::of(list);
+}
+
+void CImageList::DeleteTempMap() {
+    tvutil2::Temporaries<CImageList>::delete_all();
 }
 
 BOOL CImageList::Attach(HIMAGELIST list) {

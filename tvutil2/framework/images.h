@@ -51,6 +51,9 @@ class TVUTIL_API CImageList : public CObject {
     BOOL Attach(HIMAGELIST list);
     HIMAGELIST Detach();
     BOOL DeleteImageList();
+    /// An object for the while, which owns nothing.
+    static CImageList* FromHandle(HIMAGELIST list);
+    static void DeleteTempMap();
 
     /// FALSE also when this object has a list already.
     BOOL Create(int width, int height, UINT flags, int initial, int grow);

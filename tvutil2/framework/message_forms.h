@@ -5,6 +5,7 @@
 #include "tvutil2/framework/geometry.h"
 
 class CDC;
+class CMenu;
 class CScrollBar;
 class CWnd;
 struct DRAWITEMSTRUCT;
@@ -12,9 +13,11 @@ struct MEASUREITEMSTRUCT;
 
 namespace tvutil2 {
 
-/// The object of a window or context, lasting or for the while; null for null.
+/// The object of a window, context or menu, lasting or for the while; null for null.
 [[nodiscard]] TVUTIL_API CWnd* window_object(WPARAM window);
 [[nodiscard]] TVUTIL_API CDC* context_object(WPARAM context);
+[[nodiscard]] TVUTIL_API CMenu* menu_object(WPARAM menu);
+[[nodiscard]] TVUTIL_API CScrollBar* scroll_bar_object(LPARAM bar);
 
 [[nodiscard]] inline WORD low_word(LPARAM lparam) {
     return LOWORD(static_cast<WPARAM>(lparam));
@@ -144,10 +147,8 @@ struct MessageCall<handler, void (Class::*)(UINT, LPARAM)> {
 template <class Class, void (Class::*handler)(UINT, UINT, CScrollBar*)>
 struct MessageCall<handler, void (Class::*)(UINT, UINT, CScrollBar*)> {
     static LRESULT call(CCmdTarget& target, WPARAM wparam, LPARAM lparam) {
-        // A scroll bar's object is a window's, whatever its class is.
-        (static_cast<Class&>(target).*handler)(
-            LOWORD(wparam), HIWORD(wparam),
-            reinterpret_cast<CScrollBar*>(window_object(static_cast<WPARAM>(lparam))));
+        (static_cast<Class&>(target).*handler)(LOWORD(wparam), HIWORD(wparam),
+                                               scroll_bar_object(lparam));
         return 0;
     }
 };
@@ -178,6 +179,15 @@ template <class Class, void (Class::*handler)(WINDOWPOS*)>
 struct MessageCall<handler, void (Class::*)(WINDOWPOS*)> {
     static LRESULT call(CCmdTarget& target, WPARAM /*wparam*/, LPARAM lparam) {
         (static_cast<Class&>(target).*handler)(reinterpret_cast<WINDOWPOS*>(lparam));
+        return 0;
+    }
+};
+
+template <class Class, void (Class::*handler)(CMenu*, UINT, BOOL)>
+struct MessageCall<handler, void (Class::*)(CMenu*, UINT, BOOL)> {
+    static LRESULT call(CCmdTarget& target, WPARAM wparam, LPARAM lparam) {
+        (static_cast<Class&>(target).*handler)(menu_object(wparam), low_word(lparam),
+                                               high_word(lparam) != 0 ? TRUE : FALSE);
         return 0;
     }
 };
@@ -241,6 +251,8 @@ inline constexpr UINT CTLCOLOR_STATIC = 6;
 #define ON_WM_RBUTTONUP() TVUTIL_MESSAGE(WM_RBUTTONUP, OnRButtonUp)
 #define ON_WM_MOUSEWHEEL() TVUTIL_MESSAGE(WM_MOUSEWHEEL, OnMouseWheel)
 #define ON_WM_CONTEXTMENU() TVUTIL_MESSAGE(WM_CONTEXTMENU, OnContextMenu)
+#define ON_WM_MOUSELEAVE() TVUTIL_MESSAGE(WM_MOUSELEAVE, OnMouseLeave)
+#define ON_WM_INITMENUPOPUP() TVUTIL_MESSAGE(WM_INITMENUPOPUP, OnInitMenuPopup)
 #define ON_WM_SYSCOMMAND() TVUTIL_MESSAGE(WM_SYSCOMMAND, OnSysCommand)
 #define ON_WM_HSCROLL() TVUTIL_MESSAGE(WM_HSCROLL, OnHScroll)
 #define ON_WM_VSCROLL() TVUTIL_MESSAGE(WM_VSCROLL, OnVScroll)
@@ -253,26 +265,3 @@ inline constexpr UINT CTLCOLOR_STATIC = 6;
     TVUTIL_COLOR(WM_CTLCOLORDLG)       \
     TVUTIL_COLOR(WM_CTLCOLORSCROLLBAR) \
     TVUTIL_COLOR(WM_CTLCOLORSTATIC)
-
-// Notifications of controls, by their numbers.
-#define ON_BN_DOUBLECLICKED(id, handler) ON_CONTROL(5, id, handler)
-#define ON_BN_SETFOCUS(id, handler) ON_CONTROL(6, id, handler)
-#define ON_BN_KILLFOCUS(id, handler) ON_CONTROL(7, id, handler)
-#define ON_STN_CLICKED(id, handler) ON_CONTROL(0, id, handler)
-#define ON_STN_DBLCLK(id, handler) ON_CONTROL(1, id, handler)
-#define ON_EN_SETFOCUS(id, handler) ON_CONTROL(0x100, id, handler)
-#define ON_EN_KILLFOCUS(id, handler) ON_CONTROL(0x200, id, handler)
-#define ON_EN_CHANGE(id, handler) ON_CONTROL(0x300, id, handler)
-#define ON_EN_UPDATE(id, handler) ON_CONTROL(0x400, id, handler)
-#define ON_EN_MAXTEXT(id, handler) ON_CONTROL(0x501, id, handler)
-#define ON_LBN_SELCHANGE(id, handler) ON_CONTROL(1, id, handler)
-#define ON_LBN_DBLCLK(id, handler) ON_CONTROL(2, id, handler)
-#define ON_CBN_SELCHANGE(id, handler) ON_CONTROL(1, id, handler)
-#define ON_CBN_DBLCLK(id, handler) ON_CONTROL(2, id, handler)
-#define ON_CBN_SETFOCUS(id, handler) ON_CONTROL(3, id, handler)
-#define ON_CBN_KILLFOCUS(id, handler) ON_CONTROL(4, id, handler)
-#define ON_CBN_EDITCHANGE(id, handler) ON_CONTROL(5, id, handler)
-#define ON_CBN_DROPDOWN(id, handler) ON_CONTROL(7, id, handler)
-#define ON_CBN_CLOSEUP(id, handler) ON_CONTROL(8, id, handler)
-#define ON_CBN_SELENDOK(id, handler) ON_CONTROL(9, id, handler)
-#define ON_CBN_SELENDCANCEL(id, handler) ON_CONTROL(10, id, handler)

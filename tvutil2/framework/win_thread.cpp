@@ -2,7 +2,8 @@
 
 #include "tvutil2/framework/app.h"
 #include "tvutil2/framework/app_thread.h"
-#include "tvutil2/framework/graphics.h"
+#include "tvutil2/framework/images.h"
+#include "tvutil2/framework/menus.h"
 #include "tvutil2/framework/wnd.h"
 #include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/objects/threads.h"
@@ -23,6 +24,8 @@ void delete_temporary_objects() {
     CWnd::DeleteTempMap();
     CDC::DeleteTempMap();
     CGdiObject::DeleteTempMap();
+    CImageList::DeleteTempMap();
+    CMenu::DeleteTempMap();
 }
 
 }  // namespace

@@ -1,8 +1,11 @@
 #include "tvutil2/framework/wnd.h"
 
 #include "tvutil2/framework/app.h"
+#include "tvutil2/framework/bar_controls.h"
+#include "tvutil2/framework/controls.h"
 #include "tvutil2/framework/dialog.h"
 #include "tvutil2/framework/exceptions.h"
+#include "tvutil2/framework/temporaries.h"
 #include "tvutil2/framework/wnd_creation.h"
 #include "tvutil2/platform/objects/threads.h"
 #include "tvutil2/platform/window/window.h"
@@ -184,6 +187,12 @@ void CWnd::DeleteTempMap() {
     // They only stand for their windows, and don't end them.
     for (auto& each : temporary) each.second->m_hWnd = nullptr;
     temporary.clear();
+    tvutil2::Temporaries<CEdit>::delete_all();
+    tvutil2::Temporaries<CScrollBar>::delete_all();
+}
+
+void tvutil2::hold(CWnd& object, HWND handle) {
+    object.m_hWnd = handle;
 }
 
 void CWnd::DoDataExchange(CDataExchange* /*exchange*/) {}
@@ -241,36 +250,20 @@ LRESULT CWnd::WindowProc(UINT message, WPARAM wparam, LPARAM lparam) {
                                                       : DefWindowProc(message, wparam, lparam);
 }
 
-BOOL CWnd::OnWndMsg(UINT message, WPARAM wparam, LPARAM lparam, LRESULT* result) {
-    if (message == WM_COMMAND) return OnCommand(wparam, lparam);
-    const auto* const entry = find_entry(message, 0, 0);
-    if (entry == nullptr) return FALSE;
-    const auto answer = entry->pfn(*this, wparam, lparam);
-    if (result != nullptr) *result = answer;
-    return TRUE;
-}
-
-BOOL CWnd::OnCommand(WPARAM wparam, LPARAM /*lparam*/) {
-    if (m_is_exchanging) return TRUE;
-    return OnCmdMsg(LOWORD(wparam), HIWORD(wparam), nullptr, nullptr);
-}
-
 LRESULT CWnd::DefWindowProc(UINT message, WPARAM wparam, LPARAM lparam) {
     return m_former != nullptr ? CallWindowProcW(m_former, m_hWnd, message, wparam, lparam)
                                : DefWindowProcW(m_hWnd, message, wparam, lparam);
 }
 
-// The record is in this thread's memory, so another's question isn't one.
-LRESULT CWnd::OnColorRecord(WPARAM /*wparam*/, LPARAM lparam) {
-    const auto* const asked = reinterpret_cast<const AFX_CTLCOLOR*>(lparam);
-    if (asked == nullptr || InSendMessage() || asked->nCtlType > CTLCOLOR_STATIC) return 0;
-    return SendMessage(WM_CTLCOLORMSGBOX + asked->nCtlType, reinterpret_cast<WPARAM>(asked->hDC),
-                       reinterpret_cast<LPARAM>(asked->hWnd));
-}
-
 LRESULT CWnd::Default() {
     const auto handled = WindowObjects::current().handled;
     return DefWindowProc(handled.message, handled.wParam, handled.lParam);
+}
+
+LRESULT CWnd::reflect_or_default() {
+    const auto handled = WindowObjects::current().handled;
+    LRESULT result = 0;
+    return reflect(handled.message, handled.wParam, handled.lParam, &result) ? result : Default();
 }
 
 const char16_t* AfxRegisterWndClass(UINT style, HCURSOR cursor, HBRUSH background, HICON icon) {

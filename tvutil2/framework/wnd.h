@@ -8,22 +8,15 @@
 // Members that are named as functions of the platform do with the window what those do.
 #pragma once
 
-#include "tvutil2/framework/message_forms.h"
+#include "tvutil2/framework/notification_forms.h"
 #include "tvutil2/framework/strings.h"
 #include "tvutil2/platform/window/classes.h"
 #include "tvutil2/platform/window/messages.h"
 
 class CDataExchange;
 class CFont;
-
-/// What a control that draws itself asks its parent's object for: colours, in the context. lparam
-/// points to an AFX_CTLCOLOR. A parent that doesn't handle it hears WM_CTLCOLOREDIT or the like.
-inline constexpr UINT WM_CTLCOLOR = 0x0019;
-struct AFX_CTLCOLOR {
-    HWND hWnd;
-    HDC hDC;
-    UINT nCtlType;  ///< CTLCOLOR_
-};
+class CRgn;
+struct SCROLLINFO;
 
 class TVUTIL_API CWnd : public CCmdTarget {
     DECLARE_DYNCREATE(CWnd)
@@ -94,6 +87,7 @@ class TVUTIL_API CWnd : public CCmdTarget {
     [[nodiscard]] DWORD GetExStyle() const;
     /// FALSE when nothing changes. With flags (SWP_...) the window is told by SetWindowPos.
     BOOL ModifyStyle(DWORD remove, DWORD add, UINT flags = 0);
+    BOOL ModifyStyleEx(DWORD remove, DWORD add, UINT flags = 0);
 
     // State.
     BOOL ShowWindow(int command);
@@ -105,6 +99,9 @@ class TVUTIL_API CWnd : public CCmdTarget {
     CWnd* SetFocus();
     static CWnd* GetFocus();
     CWnd* SetActiveWindow();
+    static CWnd* GetActiveWindow();
+    BOOL SetForegroundWindow();
+    static CWnd* GetForegroundWindow();
     CWnd* SetCapture();
     static CWnd* GetCapture();
 
@@ -128,13 +125,31 @@ class TVUTIL_API CWnd : public CCmdTarget {
     void Invalidate(BOOL erase = TRUE);
     void InvalidateRect(const RECT* rect, BOOL erase = TRUE);
     void UpdateWindow();
+    void ValidateRect(const RECT* rect);
+    /// With RDW_ flags; of no rectangle: all of it.
+    BOOL RedrawWindow(const RECT* rect, CRgn* region, UINT flags);
     void SetRedraw(BOOL redraw = TRUE);
     /// Given back by ReleaseDC.
     CDC* GetDC();
     CDC* GetWindowDC();
     int ReleaseDC(CDC* context);
 
+    // The frame's scroll bars (SB_HORZ, SB_VERT), and its menu.
+    int SetScrollPos(int bar, int position, BOOL redraw = TRUE);
+    [[nodiscard]] int GetScrollPos(int bar) const;
+    void SetScrollRange(int bar, int least, int most, BOOL redraw = TRUE);
+    /// They fill in the record's size themselves.
+    BOOL SetScrollInfo(int bar, SCROLLINFO* info, BOOL redraw = TRUE);
+    BOOL GetScrollInfo(int bar, SCROLLINFO* info, UINT what = kAllOfScrollInfo) const;
+    /// Null for none.
+    [[nodiscard]] CMenu* GetMenu() const;
+    BOOL SetMenu(CMenu* menu);
+    void DrawMenuBar();
+
     // Family.
+    static CWnd* FindWindow(const char16_t* class_name, const char16_t* title);
+    static CWnd* WindowFromPoint(POINT point);
+    [[nodiscard]] CWnd* GetOwner() const;
     [[nodiscard]] CWnd* GetParent() const;
     [[nodiscard]] CWnd* GetTopLevelParent() const;
     [[nodiscard]] CWnd* GetWindow(UINT relation) const;
@@ -145,6 +160,9 @@ class TVUTIL_API CWnd : public CCmdTarget {
     [[nodiscard]] CWnd* GetNextDlgTabItem(CWnd* control, BOOL previous = FALSE) const;
     void SetDlgItemText(int id, const char16_t* text);
     int GetDlgItemText(int id, CString& text) const;
+    void SetDlgItemInt(int id, UINT number, BOOL is_signed = TRUE);
+    /// 0 for what is no number, which `is_one` then says too.
+    UINT GetDlgItemInt(int id, BOOL* is_one = nullptr, BOOL is_signed = TRUE) const;
     LRESULT SendDlgItemMessage(int id, UINT message, WPARAM wparam = 0, LPARAM lparam = 0) const;
     void CheckDlgButton(int id, UINT check);
     [[nodiscard]] UINT IsDlgButtonChecked(int id) const;
@@ -181,6 +199,12 @@ class TVUTIL_API CWnd : public CCmdTarget {
     virtual BOOL OnWndMsg(UINT message, WPARAM wparam, LPARAM lparam, LRESULT* result);
     virtual LRESULT DefWindowProc(UINT message, WPARAM wparam, LPARAM lparam);
     virtual BOOL OnCommand(WPARAM wparam, LPARAM lparam);
+    /// What a control tells by WM_NOTIFY; `result` is never null.
+    virtual BOOL OnNotify(WPARAM wparam, LPARAM lparam, LRESULT* result);
+    /// What this control has told its parent, before the parent's default handling or, for
+    /// WM_COMMAND and WM_NOTIFY, its map. Non-zero keeps it from the parent. Here: the entries for
+    /// what is reflected.
+    virtual BOOL OnChildNotify(UINT message, WPARAM wparam, LPARAM lparam, LRESULT* result);
     /// The default handling of the message that is being handled.
     LRESULT Default();
 
@@ -216,7 +240,10 @@ class TVUTIL_API CWnd : public CCmdTarget {
     void OnRButtonDown(UINT keys, CPoint point);
     void OnRButtonUp(UINT keys, CPoint point);
     BOOL OnMouseWheel(UINT keys, short delta, CPoint point);
+    void OnMouseLeave();
+    void OnCaptureChanged(CWnd* next);
     void OnContextMenu(CWnd* window, CPoint point);
+    void OnInitMenuPopup(CMenu* menu, UINT position, BOOL is_system);
     void OnSysCommand(UINT command, LPARAM parameter);
     void OnHScroll(UINT code, UINT position, CScrollBar* bar);
     void OnVScroll(UINT code, UINT position, CScrollBar* bar);
@@ -231,8 +258,11 @@ class TVUTIL_API CWnd : public CCmdTarget {
     class Creation;
     static LRESULT procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
     static LRESULT hook(int code, WPARAM wparam, LPARAM lparam);
+    static constexpr UINT kAllOfScrollInfo = 0x17;  // SIF_ALL
     void hear(HWND window);
     void forget_window();
+    BOOL reflect(UINT message, WPARAM wparam, LPARAM lparam, LRESULT* result);
+    LRESULT reflect_or_default();
 
     WNDPROC m_former = nullptr;
     bool m_is_exchanging = false;

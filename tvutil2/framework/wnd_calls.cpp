@@ -1,15 +1,17 @@
-// What a CWnd does by the platform's functions of the same names, and what the handlers do that a
-// class hasn't got.
+// What a CWnd does by the platform's functions of the same names.
 #include "tvutil2/framework/app.h"
 #include "tvutil2/framework/graphics.h"
+#include "tvutil2/framework/menus.h"
 #include "tvutil2/framework/window_handle.h"
 #include "tvutil2/framework/wnd.h"
 #include "tvutil2/platform/display/monitors.h"
 #include "tvutil2/platform/process/message_box.h"
-#include "tvutil2/platform/window/dialogs/dialogs.h"
+#include "tvutil2/platform/window/find_windows.h"
 #include "tvutil2/platform/window/focus.h"
 #include "tvutil2/platform/window/geometry.h"
+#include "tvutil2/platform/window/menus/menu_bar.h"
 #include "tvutil2/platform/window/paint.h"
+#include "tvutil2/platform/window/scrolling.h"
 #include "tvutil2/platform/window/show.h"
 #include "tvutil2/platform/window/timers.h"
 #include "tvutil2/platform/window/window.h"
@@ -23,6 +25,16 @@ POINT* corners(RECT* rect) {
     return reinterpret_cast<POINT*>(rect);
 }
 
+BOOL modify(HWND window, int which, DWORD remove, DWORD add, UINT flags) {
+    const auto before = static_cast<DWORD>(GetWindowLongW(window, which));
+    const auto now = (before & ~remove) | add;
+    if (before == now) return FALSE;
+    SetWindowLongW(window, which, static_cast<LONG>(now));
+    constexpr UINT kOnly = SWP_NOSIZE | SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE;
+    if (flags != 0) ::SetWindowPos(window, nullptr, 0, 0, 0, 0, kOnly | flags);
+    return TRUE;
+}
+
 }  // namespace
 
 CWnd* tvutil2::window_object(WPARAM window) {
@@ -31,6 +43,10 @@ CWnd* tvutil2::window_object(WPARAM window) {
 
 CDC* tvutil2::context_object(WPARAM context) {
     return CDC::FromHandle(reinterpret_cast<HDC>(context));
+}
+
+CMenu* tvutil2::menu_object(WPARAM menu) {
+    return CMenu::FromHandle(reinterpret_cast<HMENU>(menu));
 }
 
 void CWnd::SetWindowText(const char16_t* text) {
@@ -78,13 +94,11 @@ DWORD CWnd::GetExStyle() const {
 }
 
 BOOL CWnd::ModifyStyle(DWORD remove, DWORD add, UINT flags) {
-    const auto before = GetStyle();
-    const auto now = (before & ~remove) | add;
-    if (before == now) return FALSE;
-    SetWindowLongW(m_hWnd, GWL_STYLE, static_cast<LONG>(now));
-    constexpr UINT kOnly = SWP_NOSIZE | SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE;
-    if (flags != 0) ::SetWindowPos(m_hWnd, nullptr, 0, 0, 0, 0, kOnly | flags);
-    return TRUE;
+    return modify(m_hWnd, GWL_STYLE, remove, add, flags);
+}
+
+BOOL CWnd::ModifyStyleEx(DWORD remove, DWORD add, UINT flags) {
+    return modify(m_hWnd, GWL_EXSTYLE, remove, add, flags);
 }
 
 BOOL CWnd::ShowWindow(int command) {
@@ -121,6 +135,18 @@ CWnd* CWnd::GetFocus() {
 
 CWnd* CWnd::SetActiveWindow() {
     return FromHandle(::SetActiveWindow(m_hWnd));
+}
+
+CWnd* CWnd::GetActiveWindow() {
+    return FromHandle(::GetActiveWindow());
+}
+
+BOOL CWnd::SetForegroundWindow() {
+    return ::SetForegroundWindow(m_hWnd);
+}
+
+CWnd* CWnd::GetForegroundWindow() {
+    return FromHandle(::GetForegroundWindow());
 }
 
 CWnd* CWnd::SetCapture() {
@@ -221,6 +247,14 @@ void CWnd::UpdateWindow() {
     ::UpdateWindow(m_hWnd);
 }
 
+void CWnd::ValidateRect(const RECT* rect) {
+    ::ValidateRect(m_hWnd, rect);
+}
+
+BOOL CWnd::RedrawWindow(const RECT* rect, CRgn* region, UINT flags) {
+    return ::RedrawWindow(m_hWnd, rect, region == nullptr ? nullptr : HRGN(*region), flags);
+}
+
 void CWnd::SetRedraw(BOOL redraw) {
     SendMessage(WM_SETREDRAW, redraw != 0 ? TRUE : FALSE);
 }
@@ -235,6 +269,54 @@ CDC* CWnd::GetWindowDC() {
 
 int CWnd::ReleaseDC(CDC* context) {
     return context != nullptr ? ::ReleaseDC(m_hWnd, context->m_hDC) : 0;
+}
+
+int CWnd::SetScrollPos(int bar, int position, BOOL redraw) {
+    return ::SetScrollPos(m_hWnd, bar, position, redraw);
+}
+
+int CWnd::GetScrollPos(int bar) const {
+    return ::GetScrollPos(m_hWnd, bar);
+}
+
+void CWnd::SetScrollRange(int bar, int least, int most, BOOL redraw) {
+    ::SetScrollRange(m_hWnd, bar, least, most, redraw);
+}
+
+BOOL CWnd::SetScrollInfo(int bar, SCROLLINFO* info, BOOL redraw) {
+    info->cbSize = sizeof *info;
+    ::SetScrollInfo(m_hWnd, bar, info, redraw);
+    return TRUE;
+}
+
+BOOL CWnd::GetScrollInfo(int bar, SCROLLINFO* info, UINT what) const {
+    info->cbSize = sizeof *info;
+    info->fMask = what;
+    return ::GetScrollInfo(m_hWnd, bar, info);
+}
+
+CMenu* CWnd::GetMenu() const {
+    return CMenu::FromHandle(::GetMenu(m_hWnd));
+}
+
+BOOL CWnd::SetMenu(CMenu* menu) {
+    return ::SetMenu(m_hWnd, menu != nullptr ? menu->m_hMenu : nullptr);
+}
+
+void CWnd::DrawMenuBar() {
+    ::DrawMenuBar(m_hWnd);
+}
+
+CWnd* CWnd::FindWindow(const char16_t* class_name, const char16_t* title) {
+    return FromHandle(FindWindowW(class_name, title));
+}
+
+CWnd* CWnd::WindowFromPoint(POINT point) {
+    return FromHandle(::WindowFromPoint(point));
+}
+
+CWnd* CWnd::GetOwner() const {
+    return FromHandle(::GetWindow(m_hWnd, GW_OWNER));
 }
 
 CWnd* CWnd::GetParent() const {
@@ -253,170 +335,9 @@ BOOL CWnd::IsChild(const CWnd* window) const {
     return ::IsChild(m_hWnd, handle_of(window));
 }
 
-CWnd* CWnd::GetDlgItem(int id) const {
-    return FromHandle(::GetDlgItem(m_hWnd, id));
-}
-
-void CWnd::GetDlgItem(int id, HWND* window) const {
-    *window = ::GetDlgItem(m_hWnd, id);
-}
-
-int CWnd::GetDlgCtrlID() const {
-    return ::GetDlgCtrlID(m_hWnd);
-}
-
-CWnd* CWnd::GetNextDlgTabItem(CWnd* control, BOOL previous) const {
-    return FromHandle(::GetNextDlgTabItem(m_hWnd, handle_of(control), previous));
-}
-
-void CWnd::SetDlgItemText(int id, const char16_t* text) {
-    SetDlgItemTextW(m_hWnd, id, text);
-}
-
-int CWnd::GetDlgItemText(int id, CString& text) const {
-    text.Empty();
-    if (const auto* const control = GetDlgItem(id)) control->GetWindowText(text);
-    return text.GetLength();
-}
-
-LRESULT CWnd::SendDlgItemMessage(int id, UINT message, WPARAM wparam, LPARAM lparam) const {
-    return SendDlgItemMessageW(m_hWnd, id, message, wparam, lparam);
-}
-
-void CWnd::CheckDlgButton(int id, UINT check) {
-    ::CheckDlgButton(m_hWnd, id, check);
-}
-
-UINT CWnd::IsDlgButtonChecked(int id) const {
-    return ::IsDlgButtonChecked(m_hWnd, id);
-}
-
-void CWnd::CheckRadioButton(int first, int last, int checked) {
-    ::CheckRadioButton(m_hWnd, first, last, checked);
-}
-
-int CWnd::GetCheckedRadioButton(int first, int last) const {
-    for (int id = first; id <= last; ++id) {
-        if (IsDlgButtonChecked(id) != 0) return id;
-    }
-    return 0;
-}
-
 int CWnd::MessageBox(const char16_t* text, const char16_t* caption, UINT type) {
     const auto* const app = AfxGetApp();
     const bool is_named = app != nullptr && app->m_pszAppName != nullptr;
     return MessageBoxW(m_hWnd, text, caption == nullptr && is_named ? app->m_pszAppName : caption,
                        type);
-}
-
-int CWnd::OnCreate(CREATESTRUCTW* /*given*/) {
-    return static_cast<int>(Default());
-}
-BOOL CWnd::OnEraseBkgnd(CDC* /*context*/) {
-    return Default() != 0 ? TRUE : FALSE;
-}
-HBRUSH CWnd::OnCtlColor(CDC* /*context*/, CWnd* /*control*/, UINT /*kind*/) {
-    return reinterpret_cast<HBRUSH>(Default());
-}
-LRESULT CWnd::OnNcHitTest(CPoint /*point*/) {
-    return Default();
-}
-BOOL CWnd::OnSetCursor(CWnd* /*window*/, UINT /*hit*/, UINT /*message*/) {
-    return Default() != 0 ? TRUE : FALSE;
-}
-UINT CWnd::OnGetDlgCode() {
-    return static_cast<UINT>(Default());
-}
-BOOL CWnd::OnMouseWheel(UINT /*keys*/, short /*delta*/, CPoint /*point*/) {
-    return Default() != 0 ? TRUE : FALSE;
-}
-
-// Those that give nothing.
-
-void CWnd::OnDestroy() {
-    Default();
-}
-void CWnd::OnNcDestroy() {
-    Default();
-}
-void CWnd::OnClose() {
-    Default();
-}
-void CWnd::OnSize(UINT /*type*/, int /*width*/, int /*height*/) {
-    Default();
-}
-void CWnd::OnMove(int /*x*/, int /*y*/) {
-    Default();
-}
-void CWnd::OnGetMinMaxInfo(MINMAXINFO* /*limits*/) {
-    Default();
-}
-void CWnd::OnWindowPosChanging(WINDOWPOS* /*place*/) {
-    Default();
-}
-void CWnd::OnWindowPosChanged(WINDOWPOS* /*place*/) {
-    Default();
-}
-void CWnd::OnShowWindow(BOOL /*show*/, UINT /*why*/) {
-    Default();
-}
-void CWnd::OnEnable(BOOL /*enable*/) {
-    Default();
-}
-void CWnd::OnActivate(UINT /*state*/, CWnd* /*other*/, BOOL /*minimized*/) {
-    Default();
-}
-void CWnd::OnPaint() {
-    Default();
-}
-void CWnd::OnDrawItem(int /*id*/, DRAWITEMSTRUCT* /*item*/) {
-    Default();
-}
-void CWnd::OnSetFocus(CWnd* /*before*/) {
-    Default();
-}
-void CWnd::OnKillFocus(CWnd* /*next*/) {
-    Default();
-}
-void CWnd::OnKeyDown(UINT /*key*/, UINT /*count*/, UINT /*flags*/) {
-    Default();
-}
-void CWnd::OnKeyUp(UINT /*key*/, UINT /*count*/, UINT /*flags*/) {
-    Default();
-}
-void CWnd::OnChar(UINT /*character*/, UINT /*count*/, UINT /*flags*/) {
-    Default();
-}
-void CWnd::OnMouseMove(UINT /*keys*/, CPoint /*point*/) {
-    Default();
-}
-void CWnd::OnLButtonDown(UINT /*keys*/, CPoint /*point*/) {
-    Default();
-}
-void CWnd::OnLButtonUp(UINT /*keys*/, CPoint /*point*/) {
-    Default();
-}
-void CWnd::OnLButtonDblClk(UINT /*keys*/, CPoint /*point*/) {
-    Default();
-}
-void CWnd::OnRButtonDown(UINT /*keys*/, CPoint /*point*/) {
-    Default();
-}
-void CWnd::OnRButtonUp(UINT /*keys*/, CPoint /*point*/) {
-    Default();
-}
-void CWnd::OnContextMenu(CWnd* /*window*/, CPoint /*point*/) {
-    Default();
-}
-void CWnd::OnSysCommand(UINT /*command*/, LPARAM /*parameter*/) {
-    Default();
-}
-void CWnd::OnHScroll(UINT /*code*/, UINT /*position*/, CScrollBar* /*bar*/) {
-    Default();
-}
-void CWnd::OnVScroll(UINT /*code*/, UINT /*position*/, CScrollBar* /*bar*/) {
-    Default();
-}
-void CWnd::OnTimer(UINT_PTR /*id*/) {
-    Default();
 }

@@ -176,7 +176,7 @@ int CSingleInstance::Create(const char16_t* name) {
     m_title = tvutil2::instance_window_title(name);
     auto* const other = FindWindowW(tvutil2::kInstanceWindowClass, m_title.GetString());
     if (other != nullptr) {
-        SetForegroundWindow(other);
+        ::SetForegroundWindow(other);
         PostMessageW(other, kSingleInstance, 0, 0);
         return 0;
     }

@@ -88,7 +88,9 @@ void CHintEdit::DrawMessage(const CString& message) {
     // What a parent that has no opinion leaves.
     context.SetBkColor(GetSysColor(COLOR_WINDOW));
     AFX_CTLCOLOR asked{m_hWnd, context.m_hDC, CTLCOLOR_EDIT};
-    GetParent()->SendMessage(WM_CTLCOLOR, 0, reinterpret_cast<LPARAM>(&asked));
+    if (auto* const parent = GetParent()) {
+        parent->SendMessage(WM_CTLCOLOR, 0, reinterpret_cast<LPARAM>(&asked));
+    }
     memory.FillSolidRect(&client, context.GetBkColor());
     memory.SetBkMode(TRANSPARENT);
     memory.SetTextColor(kHintColor);
