@@ -35,6 +35,17 @@ RECT place_of(HWND window) {
     return place;
 }
 
+bool is_at(HWND window, const RECT& place) {
+    const auto now = place_of(window);
+    return now.left == place.left && now.top == place.top && now.right == place.right &&
+           now.bottom == place.bottom;
+}
+
+void pass(DWORD milliseconds) {
+    const auto until = GetTickCount() + milliseconds;
+    await([&] { return GetTickCount() > until; });
+}
+
 HICON icon_of(int side, std::uint32_t color) {
     return tvutil2::make_icon(Surface::create(side, side, 96, color), {side, side});
 }
@@ -156,6 +167,36 @@ TEST_F(DesktopWindows, FollowTheDesktopsScaleAndColours) {
     m_desktop.set_settings(96, "Adwaita");
     EXPECT_TRUE(await([&] { return dpi == 96 && looks > 0; }));
     EXPECT_EQ(tvutil2::theme().mode, tvutil2::ThemeMode::light);
+    DestroyWindow(window);
+}
+
+// What the desktop says meanwhile is about what was before.
+TEST_F(DesktopWindows, AreWhereTheProgramPutsThemHoweverBusyTheManagerIs) {
+    auto* const window = shown_window({100, 100, 400, 300});
+    for (LONG i = 0; i < 2; ++i) {
+        SCOPED_TRACE(i);
+        ShowWindow(window, SW_MAXIMIZE);
+        ASSERT_TRUE(await([&] { return m_desktop.clients()[0].place.right > 1200; }));
+        m_desktop.hold_manager(true);
+        ShowWindow(window, SW_RESTORE);
+        const RECT wanted{50 + 40 * i, 60, 350 + 50 * i, 260};
+        MoveWindow(window, wanted.left, wanted.top, wanted.right - wanted.left,
+                   wanted.bottom - wanted.top, TRUE);
+        pass(900);
+        EXPECT_TRUE(is_at(window, wanted));
+        m_desktop.hold_manager(false);
+        const auto is_settled = [&] {
+            RECT client{};
+            GetClientRect(window, &client);
+            const auto there = m_desktop.clients()[0].place;
+            return is_at(window, wanted) && there.right - there.left == client.right;
+        };
+        EXPECT_TRUE(await(is_settled));
+        // Nobody comes back to it later either.
+        pass(700);
+        EXPECT_TRUE(is_settled());
+        EXPECT_FALSE(IsZoomed(window));
+    }
     DestroyWindow(window);
 }
 

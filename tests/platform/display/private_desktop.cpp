@@ -8,6 +8,9 @@
 #include <signal.h>
 #include <spawn.h>
 #include <sys/prctl.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -15,6 +18,7 @@
 #include <stdexcept>
 
 #include "tests/support/leak_check.h"
+#include "tests/support/profile.h"
 
 namespace tests {
 namespace {
@@ -33,6 +37,35 @@ pid_t start_program(std::vector<const char*> arguments, int keep = -1) {
     execvp(arguments[0], const_cast<char**>(arguments.data()));
     _exit(127);
 }
+
+// Where a program that is started says when it is there.
+class ReadySocket {
+  public:
+    explicit ReadySocket(const std::string& path) : m_socket(::socket(AF_UNIX, SOCK_DGRAM, 0)) {
+        sockaddr_un address{};
+        address.sun_family = AF_UNIX;
+        path.copy(address.sun_path, sizeof address.sun_path - 1);
+        const timeval patience{20, 0};
+        setsockopt(m_socket, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
+        if (bind(m_socket, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0) {
+            throw std::runtime_error("bind");
+        }
+        setenv("NOTIFY_SOCKET", path.c_str(), 1);
+    }
+    ~ReadySocket() {
+        unsetenv("NOTIFY_SOCKET");
+        ::close(m_socket);
+    }
+    ReadySocket(const ReadySocket&) = delete;
+    ReadySocket& operator=(const ReadySocket&) = delete;
+    void wait() const {
+        char word[64];
+        if (recv(m_socket, word, sizeof word, 0) <= 0) throw std::runtime_error("no word of it");
+    }
+
+  private:
+    int m_socket;
+};
 
 }  // namespace
 
@@ -107,6 +140,33 @@ PrivateDesktop& PrivateDesktop::start(const std::string& resources) {
         XNextEvent(parts.display, &event);
     }
     return *desktop;
+}
+
+PrivateDesktop* PrivateDesktop::start_wayland() {
+    if (access("/usr/bin/weston", X_OK) != 0) return nullptr;
+    turn_off_leak_check();
+    static auto* const desktop = [] {
+        auto* const made = new PrivateDesktop;
+        const auto folder = profile_folder() + "/run";
+        mkdir(folder.c_str(), 0700);
+        setenv("XDG_RUNTIME_DIR", folder.c_str(), 1);
+        const auto settings = folder + "/weston.ini";
+        write_file(settings,
+                   "[core]\nidle-time=0\nrequire-input=false\n"
+                   "[shell]\nbackground-color=0xff808080\npanel-position=none\nlocking=false\n"
+                   "animation=none\nclose-animation=none\nstartup-animation=none\n"
+                   "focus-animation=none\n");
+        const auto config = "--config=" + settings;
+        const ReadySocket ready(folder + "/ready");
+        made->m_parts->manager = start_program(
+            {"weston", "--backend=x11-backend.so", "--use-pixman", "--width=1280", "--height=1024",
+             "--socket=tests", "--modules=systemd-notify.so", config.c_str()});
+        ready.wait();
+        setenv("WAYLAND_DISPLAY", "tests", 1);
+        setenv("GDK_BACKEND", "wayland", 1);
+        return made;
+    }();
+    return desktop;
 }
 
 void PrivateDesktop::move_pointer(POINT point) {
@@ -206,6 +266,10 @@ void PrivateDesktop::set_state(const Client& client, const char* state, bool is_
 
 void PrivateDesktop::close(const Client& client) {
     ask(client.id, "_NET_CLOSE_WINDOW", {0, 2});
+}
+
+void PrivateDesktop::hold_manager(bool holds) {
+    kill(m_parts->manager, holds ? SIGSTOP : SIGCONT);
 }
 
 // As the manager of settings has them: integers and strings, each with its name, padded to four.

@@ -16,6 +16,9 @@ class PrivateDesktop {
   public:
     /// `resources` is what the server's resource manager says, "Xft.dpi:\t144\n".
     static PrivateDesktop& start(const std::string& resources = {});
+    /// The same with Wayland: a compositor whose screen is the X server's. Null where none is
+    /// installed. Nothing there answers what is asked of a window manager.
+    static PrivateDesktop* start_wayland();
     ~PrivateDesktop();
 
     void move_pointer(POINT point);
@@ -41,6 +44,8 @@ class PrivateDesktop {
     /// Asks the window manager for a state of EWMH, and the client to close.
     void set_state(const Client& client, const char* state, bool is_on);
     void close(const Client& client);
+    /// Has it do nothing for a while, as if the machine were busy.
+    void hold_manager(bool holds);
     /// What the desktop's settings say from now on: dots an inch, and the name of a theme.
     void set_settings(int dpi, const std::string& theme);
     /// Ends the server.

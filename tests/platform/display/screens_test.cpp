@@ -103,6 +103,77 @@ class OnDesktop : public Screen {
     PrivateDesktop& m_desktop;
 };
 
+RECT place_of(HWND window) {
+    RECT rect{};
+    GetWindowRect(window, &rect);
+    return rect;
+}
+
+// Here the program doesn't know where its window is: it is found by what it paints.
+class OnWayland : public Screen {
+  public:
+    explicit OnWayland(PrivateDesktop& desktop) : m_desktop(desktop) {}
+    void click(POINT point, int button) override {
+        constexpr int kButtons[] = {1, 3, 2};
+        m_desktop.move_pointer(real(point));
+        m_desktop.press_button(kButtons[button]);
+        m_desktop.release_button(kButtons[button]);
+    }
+    void turn_wheel(POINT point, int notches) override {
+        m_desktop.move_pointer(real(point));
+        for (int i = 0; i < std::abs(notches); ++i) {
+            m_desktop.press_button(notches > 0 ? 4 : 5);
+            m_desktop.release_button(notches > 0 ? 4 : 5);
+        }
+    }
+    void type(int /*key*/, unsigned long symbol, std::u16string_view /*writes*/) override {
+        m_desktop.press_key(symbol);
+        m_desktop.release_key(symbol);
+    }
+    void hold(int /*key*/, unsigned long symbol, bool is_down) override {
+        is_down ? m_desktop.press_key(symbol) : m_desktop.release_key(symbol);
+    }
+    // With the button in the frame that the desktop's library paints.
+    void close(HWND window) override {
+        RECT client{};
+        GetClientRect(window, &client);
+        POINT button{client.right - 19, -18};
+        ClientToScreen(window, &button);
+        click(button, 0);
+    }
+    std::uint32_t pixel(HWND window, POINT point) override {
+        // The compositor paints the pointer, and counts its way from where it believes that to be:
+        // behind two corners it knows.
+        m_desktop.move_pointer({0, 0});
+        m_desktop.move_pointer({1279, 1023});
+        const auto picture = m_desktop.picture();
+        if (!m_is_found && !find(*picture, window)) return 0;
+        const auto at = real(point);
+        return picture->row(at.y)[at.x];
+    }
+
+  private:
+    [[nodiscard]] POINT real(POINT point) const {
+        return {point.x + m_offset.x, point.y + m_offset.y};
+    }
+    bool find(const tvutil2::Surface& picture, HWND window) {
+        POINT corner{0, 0};
+        ClientToScreen(window, &corner);
+        for (int y = 0; y < picture.height(); ++y) {
+            for (int x = 0; x < picture.width(); ++x) {
+                if (picture.row(y)[x] != kRed) continue;
+                m_offset = {x - corner.x, y - corner.y};
+                return m_is_found = true;
+            }
+        }
+        return false;
+    }
+
+    PrivateDesktop& m_desktop;
+    bool m_is_found = false;
+    POINT m_offset{};
+};
+
 class Screens : public testing::Test {
   protected:
     void SetUp() override {
@@ -237,10 +308,46 @@ TEST_F(Screens, WindowsAreSeenAndWorkedOnOnTheDesktop) {
     work_on(screen);
 }
 
-RECT place_of(HWND window) {
-    RECT rect{};
-    GetWindowRect(window, &rect);
-    return rect;
+TEST_F(Screens, WindowsAreSeenAndWorkedOnOnWayland) {
+    auto* const desktop = PrivateDesktop::start_wayland();
+    if (desktop == nullptr) GTEST_SKIP() << "weston isn't installed";
+    OnWayland screen(*desktop);
+    work_on(screen);
+}
+
+// One that belongs to another has to be told so, or Wayland doesn't show it.
+TEST_F(Screens, PopUpsOpenAtOneAnotherOnWaylandAndHearThatTheyAreDismissed) {
+    auto* const desktop = PrivateDesktop::start_wayland();
+    if (desktop == nullptr) GTEST_SKIP() << "weston isn't installed";
+    OnWayland screen(*desktop);
+    auto* const window = show(WS_OVERLAPPEDWINDOW, {100, 100, 400, 300});
+    ASSERT_TRUE(await([&] { return screen.pixel(window, center(window)) == kRed; }));
+    ASSERT_TRUE(await([&] { return GetFocus() == window; }));
+    // Pop-ups come of something that the person does.
+    screen.click(center(window), 0);
+    EXPECT_TRUE(await([&] { return m_clicked == window; }));
+    auto* const popup = show(WS_POPUP, {380, 250, 480, 350}, window, 0xFF0000);
+    SetCapture(popup);
+    ASSERT_TRUE(await([&] { return screen.pixel(popup, {470, 340}) == kBlue; }));
+    auto* const second = show(WS_POPUP, {470, 300, 520, 380}, window, 0x00FF00);
+    ASSERT_TRUE(await([&] { return screen.pixel(second, {515, 375}) == 0xFF00FF00; }));
+    EXPECT_EQ(screen.pixel(second, {471, 301}), 0xFF00FF00);
+    EXPECT_EQ(GetFocus(), window);
+    screen.type('A', XK_a, u"a");
+    EXPECT_TRUE(await([&] { return m_written == u"a"; }));
+    screen.click({390, 260}, 0);
+    EXPECT_TRUE(await([&] { return m_clicked == popup && m_click.x == 10 && m_click.y == 10; }));
+    EXPECT_EQ(GetCapture(), popup);
+    DestroyWindow(second);
+    EXPECT_TRUE(await([&] { return screen.pixel(popup, {515, 375}) != 0xFF00FF00; }));
+    EXPECT_EQ(GetCapture(), popup);
+    desktop->move_pointer({1270, 1010});
+    desktop->press_button(1);
+    desktop->release_button(1);
+    EXPECT_TRUE(await([&] { return GetCapture() == nullptr; }));
+    DestroyWindow(popup);
+    screen.click(center(window), 0);
+    EXPECT_TRUE(await([&] { return m_clicked == window; }));
 }
 
 TEST_F(Screens, TheDesktopKnowsWindowsByTheirTitlesAndOwnersAndHasTheLastWordOnPlaces) {

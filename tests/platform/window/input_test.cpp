@@ -251,6 +251,8 @@ class Guest {
         });
     }
     [[nodiscard]] bool is_there() const { return m_window != nullptr; }
+    [[nodiscard]] HWND window() const { return m_window; }
+    void take_focus() const { PostMessageW(m_window, WM_APP + 1, 0, 0); }
 
   private:
     void note(const char* what, LPARAM lparam) {
@@ -263,7 +265,7 @@ class Guest {
         switch (message) {
             case WM_LBUTTONDOWN:
                 SetCapture(window);
-                note("down", lparam);
+                note((wparam & MK_SHIFT) != 0 ? "shift down" : "down", lparam);
                 return 0;
             case WM_LBUTTONUP:
                 ReleaseCapture();
@@ -277,6 +279,20 @@ class Guest {
             }
             case WM_MOUSELEAVE:
                 note("leave", 0);
+                return 0;
+            case WM_APP + 1:
+                SetFocus(window);
+                return 0;
+            case WM_SETFOCUS:
+            case WM_KILLFOCUS:
+                note(message == WM_SETFOCUS ? "focus" : "unfocus", 0);
+                return 0;
+            case WM_KEYDOWN:
+                note("key",
+                     MAKELPARAM(static_cast<WORD>(wparam), GetKeyState(VK_SHIFT) < 0 ? 1 : 0));
+                return 0;
+            case WM_CHAR:
+                note("char", static_cast<LPARAM>(wparam));
                 return 0;
             case WM_APP:
                 DestroyWindow(window);
@@ -295,7 +311,10 @@ class Guest {
         MoveWindow(window, 60, 60, 50, 50, FALSE);
         m_window = window;
         MSG message;
-        while (GetMessageW(&message, nullptr, 0, 0)) DispatchMessageW(&message);
+        while (GetMessageW(&message, nullptr, 0, 0)) {
+            TranslateMessage(&message);
+            DispatchMessageW(&message);
+        }
         Trace::current() = {};
     }
 
@@ -328,6 +347,47 @@ TEST_F(Input, ThePointerReachesChildrenOfOtherThreads) {
     EXPECT_TRUE(guest.hears("leave 0,0"));
     EXPECT_NE(pump().find("C MOUSEMOVE"), std::string::npos);
     DestroyWindow(other);
+}
+
+TEST_F(Input, KeysReachTheChildOfAnotherThreadThatHasTheFocus) {
+    make_windows();
+    Guest guest(m_top);
+    ASSERT_TRUE(tests::await([&] { return guest.is_there(); }));
+    SetFocus(m_left);
+    pump();
+    guest.take_focus();
+    EXPECT_TRUE(guest.hears("focus 0,0"));
+    EXPECT_TRUE(tests::await([&] { return GetFocus() == guest.window(); }));
+    EXPECT_EQ(pump(), "B KILLFOCUS");
+    EXPECT_EQ(GetActiveWindow(), m_top);
+    tvutil2::press_key(VK_SHIFT);
+    tvutil2::type_key('A', u"A");
+    EXPECT_TRUE(guest.hears("key 65,1"));
+    EXPECT_TRUE(guest.hears("char 65,0"));
+    // The host knows it, too, and tells with a press.
+    EXPECT_LT(GetKeyState(VK_SHIFT), 0);
+    tvutil2::press_button({65, 70});
+    EXPECT_TRUE(guest.hears("shift down 5,10"));
+    tvutil2::release_button({65, 70});
+    EXPECT_TRUE(guest.hears("up 5,10"));
+    tvutil2::release_key(VK_SHIFT);
+    tvutil2::type_text(u"b");
+    EXPECT_TRUE(guest.hears("key 66,0"));
+    // Back to a window of its own, and there again by the host's word.
+    pump();
+    SetFocus(m_left);
+    EXPECT_TRUE(guest.hears("unfocus 0,0"));
+    tvutil2::type_text(u"c");
+    EXPECT_NE(pump().find("B CHAR"), std::string::npos);
+    SetFocus(guest.window());
+    EXPECT_TRUE(guest.hears("focus 0,0"));
+    EXPECT_TRUE(tests::await([&] { return GetFocus() == guest.window(); }));
+    // Without its window in front it has no keys, and hears of it.
+    auto* const other = traced_window(WS_POPUP | WS_VISIBLE);
+    SetActiveWindow(other);
+    EXPECT_TRUE(guest.hears("unfocus 0,0"));
+    DestroyWindow(other);
+    EXPECT_EQ(GetFocus(), m_top);
 }
 
 TEST_F(Input, EdgesAndCaptionsCanBeDragged) {

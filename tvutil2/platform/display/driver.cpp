@@ -49,8 +49,9 @@ bool operator==(const Shown& a, const Shown& b) {
         return std::memcmp(&one, &other, sizeof one) == 0;
     };
     return a.window == b.window && a.owner == b.owner && same(a.place, b.place) &&
-           same(a.content, b.content) && a.least.cx == b.least.cx && a.least.cy == b.least.cy &&
-           a.style == b.style && a.ex_style == b.ex_style && a.dpi == b.dpi && a.title == b.title &&
+           a.place_number == b.place_number && same(a.content, b.content) && same(a.base, b.base) &&
+           a.least.cx == b.least.cx && a.least.cy == b.least.cy && a.style == b.style &&
+           a.ex_style == b.ex_style && a.dpi == b.dpi && a.title == b.title &&
            a.is_enabled == b.is_enabled && a.icons == b.icons;
 }
 

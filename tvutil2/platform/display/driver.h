@@ -12,6 +12,7 @@
 #include "tvutil2/platform/draw/surface.h"
 #include "tvutil2/platform/draw/theme.h"
 
+#include <array>
 #include <functional>
 #include <memory>
 #include <string>
@@ -50,13 +51,17 @@ struct RawInput {
         activate,
         deactivate,
         close,
-        place,     ///< the desktop has moved or sized the window
-        form,      ///< or minimised, maximised or restored it
-        scale,     ///< the window is on a monitor of another scale now
-        look,      ///< colours or fonts of the desktop have changed
-        focus,     ///< the keyboard is wanted in a control, by somebody who doesn't see it
-        describe,  ///< somebody who doesn't see the window asks what is in it
-        lost       ///< the display has gone: nothing is shown any more
+        place,        ///< the desktop has moved or sized the window
+        form,         ///< or minimised, maximised or restored it
+        dismissed,    ///< or taken a pop-up off the screen: the person has pressed elsewhere
+        scale,        ///< the window is on a monitor of another scale now
+        look,         ///< colours or fonts of the desktop have changed
+        focus,        ///< the keyboard is wanted in a control, by somebody who doesn't see it
+        focus_taken,  ///< another thread's child has taken the focus: between threads alone
+        focus_left,   ///< or has it no longer
+        fill,         ///< or another value: a text, or a number in `delta`
+        describe,     ///< somebody who doesn't see the window asks what is in it
+        lost          ///< the display has gone: nothing is shown any more
     };
 
     Kind kind = Kind::pointer_move;
@@ -70,10 +75,13 @@ struct RawInput {
     int button = 0;       ///< 0 left, 1 right, 2 middle
     int delta = 0;        ///< of the wheel: 120 a notch, away from the person or to the right
     bool is_horizontal = false;
-    RECT place{};    ///< of the window with its frame
-    DWORD form = 0;  ///< WS_MINIMIZE, WS_MAXIMIZE or neither
+    RECT place{};                    ///< of the window with its frame
+    std::uint32_t place_number = 0;  ///< the last of `Shown` that the driver knew by then
+    DWORD form = 0;                  ///< WS_MINIMIZE, WS_MAXIMIZE or neither
     UINT dpi = 0;
     DWORD time = 0;  ///< milliseconds of GetTickCount
+    /// Which keys were down before, where another thread has handed this on; null from drivers.
+    std::shared_ptr<const std::array<BYTE, 256>> keys;
 };
 
 /// Takes what comes in; safe from any thread.
@@ -83,9 +91,11 @@ using InputSink = void (*)(RawInput input);
 struct Shown {
     HWND window = nullptr;
     HWND owner = nullptr;
-    RECT place{};    ///< with its frame, on the screen
-    RECT content{};  ///< without the frame, from the corner of `place`
-    SIZE least{};    ///< the smallest that the person may make it, with its frame
+    RECT place{};                    ///< with its frame, on the screen
+    std::uint32_t place_number = 0;  ///< counts the places that the program itself has wanted
+    RECT content{};                  ///< without the frame, from the corner of `place`
+    SIZE least{};                    ///< the smallest that the person may make it, with its frame
+    RECT base{};  ///< what a pop-up opens at: without room there it goes to the other side
     DWORD style = 0, ex_style = 0;
     UINT dpi = 96;
     std::u16string title;

@@ -63,16 +63,6 @@ HWND next_active(HWND window) {
     return nullptr;
 }
 
-void change_focus(InputState& state, HWND window) {
-    auto* const before = std::exchange(state.focus, window);
-    if (before != nullptr) {
-        SendMessageW(before, WM_KILLFOCUS, reinterpret_cast<WPARAM>(window), 0);
-    }
-    if (window != nullptr && state.focus == window) {
-        SendMessageW(window, WM_SETFOCUS, reinterpret_cast<WPARAM>(before), 0);
-    }
-}
-
 // The keyboard goes elsewhere, and nobody tells which keys go up there.
 void forget_keys_down(InputState& state) {
     for (auto& key : std::span(state.keys).subspan(VK_BACK)) key &= 1;
@@ -83,6 +73,18 @@ bool is_inside(HWND outer, HWND window) {
 }
 
 }  // namespace
+
+void change_focus(InputState& state, HWND window, HWND taker) {
+    auto* const before = std::exchange(state.focus, window);
+    tell_focus(state, before, window != nullptr ? window : taker);
+    if (before != nullptr) {
+        SendMessageW(before, WM_KILLFOCUS,
+                     reinterpret_cast<WPARAM>(window != nullptr ? window : taker), 0);
+    }
+    if (window != nullptr && state.focus == window) {
+        SendMessageW(window, WM_SETFOCUS, reinterpret_cast<WPARAM>(before), 0);
+    }
+}
 
 HWND window_in_front() {
     auto* const window = reinterpret_cast<HWND>(g_front.load());
@@ -187,7 +189,7 @@ using tvutil2::input_state_or_null;
 HWND SetFocus(HWND window) {
     auto& state = input_state();
     auto* const before = state.focus;
-    if (before == window) return before;
+    if (before == window || tvutil2::offer_focus(window)) return before;
     if (window != nullptr) {
         if (!tvutil2::can_have_focus(window)) return nullptr;
         auto* const top = GetAncestor(window, GA_ROOT);
@@ -204,7 +206,8 @@ HWND SetFocus(HWND window) {
 
 HWND GetFocus() {
     const auto* const state = input_state_or_null();
-    return state != nullptr ? state->focus : nullptr;
+    if (state == nullptr) return nullptr;
+    return state->focus != nullptr ? state->focus : tvutil2::focused_guest(*state);
 }
 
 HWND SetActiveWindow(HWND window) {

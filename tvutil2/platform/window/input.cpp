@@ -1,12 +1,10 @@
 // Raw input becomes messages.
 #include "tvutil2/platform/window/input.h"
 
-#include "tvutil2/platform/base/clock.h"
-#include "tvutil2/platform/window/class_table.h"
 #include "tvutil2/platform/window/focus.h"
 #include "tvutil2/platform/window/geometry.h"
 #include "tvutil2/platform/window/guest_input.h"
-#include "tvutil2/platform/window/hit_test.h"
+#include "tvutil2/platform/window/input_address.h"
 #include "tvutil2/platform/window/keys.h"
 #include "tvutil2/platform/window/messages.h"
 #include "tvutil2/platform/window/mouse.h"
@@ -24,28 +22,8 @@ namespace {
 
 using Kind = RawInput::Kind;
 
-constexpr DWORD kDoubleClickTime = 500;
-constexpr LONG kDoubleClickWay = 2;
 // What a thread that doesn't look keeps at most; then the oldest goes.
 constexpr std::size_t kMostPending = 4096;
-
-LPARAM packed(POINT point) {
-    return MAKELPARAM(static_cast<WORD>(point.x), static_cast<WORD>(point.y));
-}
-
-bool is_key(Kind kind) {
-    return kind == Kind::key_down || kind == Kind::key_up || kind == Kind::text;
-}
-
-bool is_pointer(Kind kind) {
-    return kind == Kind::pointer_move || kind == Kind::button_down || kind == Kind::button_up ||
-           kind == Kind::wheel;
-}
-
-int key_of_button(int button) {
-    constexpr std::array<int, 3> kKeys{VK_LBUTTON, VK_RBUTTON, VK_MBUTTON};
-    return kKeys[static_cast<std::size_t>(std::clamp(button, 0, 2))];
-}
 
 void take_over(InputState& state) {
     const std::lock_guard guard(state.lock);
@@ -59,121 +37,6 @@ bool erase(InputState& state, std::uint64_t number) {
     if (found == state.pending.end()) return false;
     state.pending.erase(found);
     return true;
-}
-
-// Whom an input is for, and as what.
-struct Addressed {
-    HWND window = nullptr;
-    LRESULT hit = HTCLIENT;
-    MSG message{};
-    bool is_double = false;
-};
-
-// The windows under a place, from the deepest up: the first that doesn't let it through.
-HWND window_under(HWND top, POINT point, LRESULT& hit) {
-    std::vector<HWND> transparent;
-    for (;;) {
-        HWND found = nullptr;
-        {
-            const TreeLock tree;
-            auto* const record = tree.table.find(top);
-            if (record == nullptr || (record->style & (WS_VISIBLE | WS_DISABLED)) != WS_VISIBLE) {
-                return nullptr;
-            }
-            found = deepest_window(*record, point, transparent);
-        }
-        hit = SendMessageW(found, WM_NCHITTEST, 0, packed(point));
-        if (hit != HTTRANSPARENT || found == top) return found;
-        transparent.push_back(found);
-    }
-}
-
-void address_key(const InputState& state, const RawInput& input, Addressed& result) {
-    const bool is_up = input.kind == Kind::key_up;
-    const bool alt = state.is_down(VK_MENU) && !state.is_down(VK_CONTROL);
-    const bool is_system = state.focus == nullptr || alt ||
-                           (input.key == VK_MENU && !state.is_down(VK_CONTROL)) ||
-                           input.key == VK_F10;
-    result.window = state.focus != nullptr ? state.focus : state.active;
-    const auto key = input.kind == Kind::text ? VK_PROCESSKEY : input.key;
-    const bool was_down = state.is_down(key);
-    LPARAM lparam = 1 | static_cast<LPARAM>(input.scan_code & 0xFF) << 16;
-    if (input.is_extended) lparam |= LPARAM{1} << 24;
-    if (is_system && alt) lparam |= LPARAM{1} << 29;
-    if (was_down || is_up) lparam |= LPARAM{1} << 30;
-    if (is_up) lparam |= LPARAM{1} << 31;
-    const auto down = is_system ? WM_SYSKEYDOWN : WM_KEYDOWN;
-    const auto up = is_system ? WM_SYSKEYUP : WM_KEYUP;
-    result.message = {result.window, is_up ? up : down, static_cast<WPARAM>(key),
-                      lparam,        input.time,        state.message_point};
-}
-
-// With the change that the input itself makes.
-WPARAM buttons_down(const InputState& state, const RawInput& input) {
-    const auto is_down = [&](int key) {
-        const bool is_its = (input.kind == Kind::button_down || input.kind == Kind::button_up) &&
-                            key == key_of_button(input.button);
-        return is_its ? input.kind == Kind::button_down : state.is_down(key);
-    };
-    return (is_down(VK_LBUTTON) ? MK_LBUTTON : 0) | (is_down(VK_RBUTTON) ? MK_RBUTTON : 0) |
-           (is_down(VK_MBUTTON) ? MK_MBUTTON : 0) | (is_down(VK_SHIFT) ? MK_SHIFT : 0) |
-           (is_down(VK_CONTROL) ? MK_CONTROL : 0);
-}
-
-bool takes_double_clicks(HWND window) {
-    const TreeLock tree;
-    const auto* const record = tree.table.find(window);
-    return record != nullptr && (record->window_class->description.style & CS_DBLCLKS) != 0;
-}
-
-bool is_second_click(const InputState& state, const RawInput& input, HWND window) {
-    return state.clicked == window && state.clicked_button == input.button &&
-           input.time - state.click_time <= kDoubleClickTime &&
-           std::abs(input.point.x - state.click_point.x) <= kDoubleClickWay &&
-           std::abs(input.point.y - state.click_point.y) <= kDoubleClickWay;
-}
-
-void address_pointer(const InputState& state, const RawInput& input, Addressed& result) {
-    result.window = state.capture;
-    if (result.window == nullptr && input.window != nullptr) {
-        result.window = window_under(input.window, input.point, result.hit);
-    }
-    if (result.window == nullptr) return;
-    const auto where = result.window;
-    if (input.kind == Kind::wheel) {
-        const auto delta = static_cast<WORD>(static_cast<std::int16_t>(input.delta));
-        result.message = {where,
-                          input.is_horizontal ? WM_MOUSEHWHEEL : WM_MOUSEWHEEL,
-                          MAKEWPARAM(static_cast<WORD>(buttons_down(state, input)), delta),
-                          packed(input.point),
-                          input.time,
-                          input.point};
-        return;
-    }
-    UINT message = WM_MOUSEMOVE;
-    if (input.kind != Kind::pointer_move) {
-        message = WM_LBUTTONDOWN + static_cast<UINT>(std::clamp(input.button, 0, 2)) * 3 +
-                  (input.kind == Kind::button_up ? 1U : 0U);
-    }
-    const bool in_client = result.hit == HTCLIENT;
-    if (input.kind == Kind::button_down && is_second_click(state, input, where) &&
-        (!in_client || takes_double_clicks(where))) {
-        message += 2;
-        result.is_double = true;
-    }
-    if (!in_client) {
-        result.message = {where,
-                          message - WM_MOUSEMOVE + WM_NCMOUSEMOVE,
-                          static_cast<WPARAM>(result.hit),
-                          packed(input.point),
-                          input.time,
-                          input.point};
-        return;
-    }
-    auto point = input.point;
-    ScreenToClient(where, &point);
-    result.message = {where,         message,    buttons_down(state, input),
-                      packed(point), input.time, input.point};
 }
 
 // A click on a window that a dialog has disabled brings the dialog to the person.
@@ -230,12 +93,6 @@ void note_click(InputState& state, const RawInput& input, const Addressed& to) {
     state.click_point = input.point;
 }
 
-void set_key(InputState& state, int key, bool is_down) {
-    auto& value = state.keys[static_cast<std::size_t>(key) & 0xFF];
-    const bool toggles = is_down && (value & 0x80) == 0;
-    value = static_cast<BYTE>((is_down ? 0x80 : 0) | ((value & 1) ^ (toggles ? 1 : 0)));
-}
-
 // What follows from an input once its message is taken. False when the message is used up.
 bool accept(InputState& state, const RawInput& input, const Addressed& to) {
     if (is_key(input.kind)) {
@@ -268,6 +125,11 @@ bool accept(InputState& state, const RawInput& input, const Addressed& to) {
 
 // Does what goes before it here, and hands it on to the window's thread.
 void pass_to_guest(InputState& state, const RawInput& input, const Addressed& to) {
+    if (is_key(input.kind)) {
+        hand_on(state, input, to.window);
+        if (input.kind != Kind::text) set_key(state, input.key, input.kind == Kind::key_down);
+        return;
+    }
     pointer_is_over(nullptr, input.point);
     if (input.kind == Kind::button_down && !prepare_press(state, input, to)) return;
     hand_on(state, input, to.window);
@@ -280,6 +142,14 @@ void follow(InputState& state, const RawInput& input) {
         case Kind::deactivate:
             if (input.kind == Kind::deactivate) state.keys.fill(0);
             follow_activation(input);
+            break;
+        case Kind::focus_taken:
+        case Kind::focus_left:
+            follow_guest_focus(state, input);
+            break;
+        case Kind::dismissed:
+            // Whatever has opened it has the pointer.
+            if (state.capture != nullptr) SendMessageW(state.capture, WM_CANCELMODE, 0, 0);
             break;
         case Kind::close:
             if (IsWindowEnabled(input.window) != 0) {
@@ -296,16 +166,6 @@ void follow(InputState& state, const RawInput& input) {
             follow_desktop(input);
             break;
     }
-}
-
-Addressed address(const InputState& state, const RawInput& input) {
-    Addressed result;
-    if (is_key(input.kind)) {
-        address_key(state, input, result);
-    } else {
-        address_pointer(state, input, result);
-    }
-    return result;
 }
 
 std::atomic<std::uint64_t> g_pointer{0};
@@ -371,6 +231,7 @@ bool take_input(ThreadQueue& queue, MSG& message, const MessageFilter& filter, b
             follow(*state, input);
             continue;
         }
+        if (input.keys) state->keys = *input.keys;
         const auto to = address(*state, input);
         if (to.window == nullptr) {
             if (!erase(*state, number)) continue;
@@ -379,7 +240,7 @@ bool take_input(ThreadQueue& queue, MSG& message, const MessageFilter& filter, b
             leave_guest(*state, input);
             continue;
         }
-        if (is_pointer(input.kind) && is_guest(to.window)) {
+        if (is_guest(to.window)) {
             if (erase(*state, number)) pass_to_guest(*state, input, to);
             continue;
         }
@@ -400,7 +261,8 @@ void forget_input(ThreadQueue& queue) {
     state->incoming.clear();
     state->pending.clear();
     state->focus = state->active = state->capture = nullptr;
-    state->tracked = state->hovered = state->clicked = state->guest = nullptr;
+    state->tracked = state->hovered = state->clicked = nullptr;
+    state->guest = state->focused_guest = nullptr;
     state->keys.fill(0);
     state->written.clear();
 }
@@ -414,57 +276,7 @@ void forget_window(ThreadQueue& queue, HWND window) {
     }
 }
 
-namespace {
-
-// What a key writes by itself: where the driver doesn't say, and with Ctrl.
-std::u16string plain_text(const InputState& state, WPARAM key) {
-    const bool is_control = state.is_down(VK_CONTROL) && !state.is_down(VK_MENU);
-    switch (key) {
-        case VK_RETURN:
-            return is_control ? u"\n" : u"\r";
-        case VK_TAB:
-            return is_control ? u"" : u"\t";
-        case VK_ESCAPE:
-            return u"\x1B";
-        case VK_BACK:
-            return is_control ? u"\x7F" : u"\b";
-        case VK_SPACE:
-            return u" ";
-        default:
-            break;
-    }
-    const auto unit = static_cast<char16_t>(key);
-    if (key >= 'A' && key <= 'Z') {
-        if (is_control) return {static_cast<char16_t>(unit - 'A' + 1)};
-        const bool is_upper = state.is_down(VK_SHIFT) != ((state.keys[VK_CAPITAL] & 1) != 0);
-        return {is_upper ? unit : static_cast<char16_t>(unit - 'A' + 'a')};
-    }
-    return key >= '0' && key <= '9' && !is_control ? std::u16string{unit} : std::u16string{};
-}
-
-}  // namespace
-
-void translate_key(const MSG& message) {
-    auto& state = input_state();
-    const bool is_its = state.written_key == message.wParam &&
-                        state.written_lparam == message.lParam && !state.written.empty();
-    auto text = is_its ? std::exchange(state.written, {}) : std::u16string{};
-    const bool is_control = state.is_down(VK_CONTROL) && !state.is_down(VK_MENU);
-    if (text.empty() || (is_control && text.front() >= u' ')) {
-        text = plain_text(state, message.wParam);
-    }
-    const UINT kind = message.message == WM_SYSKEYDOWN ? WM_SYSCHAR : WM_CHAR;
-    for (const auto unit : text) PostMessageW(message.hwnd, kind, unit, message.lParam);
-}
-
 }  // namespace tvutil2
-
-SHORT GetKeyState(int key) {
-    const auto* const state = tvutil2::input_state_or_null();
-    if (state == nullptr || key < 0 || key > 0xFF) return 0;
-    const auto value = state->keys[static_cast<std::size_t>(key)];
-    return static_cast<SHORT>(((value & 0x80) != 0 ? -128 : 0) | (value & 1));
-}
 
 BOOL GetCursorPos(POINT* point) {
     const auto pointer = tvutil2::g_pointer.load();
@@ -477,8 +289,4 @@ DWORD GetMessagePos() {
     const auto* const state = tvutil2::input_state_or_null();
     const POINT point = state != nullptr ? state->message_point : POINT{};
     return MAKELONG(static_cast<WORD>(point.x), static_cast<WORD>(point.y));
-}
-
-UINT GetDoubleClickTime() {
-    return tvutil2::kDoubleClickTime;
 }

@@ -36,7 +36,8 @@ struct InputState {
     int clicked_button = -1;
     DWORD click_time = 0;
     POINT click_point{};
-    HWND guest = nullptr;  ///< another thread's, which the pointer was handed on to last
+    HWND guest = nullptr;          ///< another thread's, which the pointer was handed on to last
+    HWND focused_guest = nullptr;  ///< another thread's, which has the focus in a window of ours
     /// What the key taken last writes.
     WPARAM written_key = 0;
     LPARAM written_lparam = 0;
@@ -46,6 +47,15 @@ struct InputState {
         return (keys[static_cast<std::size_t>(key) & 0xFF] & 0x80) != 0;
     }
 };
+
+[[nodiscard]] inline bool is_key(RawInput::Kind kind) {
+    return kind == RawInput::Kind::key_down || kind == RawInput::Kind::key_up ||
+           kind == RawInput::Kind::text;
+}
+[[nodiscard]] inline bool is_pointer(RawInput::Kind kind) {
+    return kind == RawInput::Kind::pointer_move || kind == RawInput::Kind::button_down ||
+           kind == RawInput::Kind::button_up || kind == RawInput::Kind::wheel;
+}
 
 /// Of the calling thread.
 [[nodiscard]] InputState& input_state();
@@ -65,6 +75,8 @@ void forget_window(ThreadQueue& queue, HWND window);
 /// Posts the characters that a key writes.
 void translate_key(const MSG& message);
 
+/// Gives the focus, and tells who had it; `taker` is who has it now, if that is another thread's.
+void change_focus(InputState& state, HWND window, HWND taker = nullptr);
 /// Makes a top-level window of the calling thread, or none, the active one. False when it refuses.
 bool activate(HWND top, WORD how);
 /// The window is hidden, or ends: focus, activation and capture go elsewhere.

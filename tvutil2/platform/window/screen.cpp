@@ -3,6 +3,7 @@
 #include "tvutil2/platform/base/fork_lock.h"
 #include "tvutil2/platform/base/wide_text.h"
 #include "tvutil2/platform/display/monitors.h"
+#include "tvutil2/platform/draw/rect.h"
 #include "tvutil2/platform/draw/theme.h"
 #include "tvutil2/platform/window/accessibility.h"
 #include "tvutil2/platform/window/focus.h"
@@ -44,15 +45,40 @@ Shown description_of(const Window& window) {
     return {window.hwnd(),
             window.owner != nullptr ? window.owner->hwnd() : nullptr,
             {corner.x, corner.y, corner.x + area.right, corner.y + area.bottom},
+            window.place_number,
             {frame.left, frame.top, std::max(frame.left, area.right - frame.right),
              std::max(frame.top, area.bottom - frame.bottom)},
             window.least,
+            window.base,
             window.style,
             window.ex_style,
             window.dpi,
             window.text,
             (window.style & WS_DISABLED) == 0,
             {}};
+}
+
+// With the lock of the tree.
+void count_place(Window& window) {
+    const auto corner = corner_of(window);
+    const auto area = area_of(window);
+    const RECT place{corner.x, corner.y, corner.x + area.right, corner.y + area.bottom};
+    if (EqualRect(&place, &window.told_place) != 0) return;
+    window.told_place = place;
+    ++window.place_number;
+}
+
+// Not what the display said before it knew what the program wants by now.
+void follow_place(const RawInput& input) {
+    const auto& place = input.place;
+    {
+        const TreeLock tree;
+        auto* const record = tree.table.find(input.window);
+        if (record == nullptr || record->place_number != input.place_number) return;
+        record->told_place = place;
+    }
+    SetWindowPos(input.window, nullptr, place.left, place.top, place.right - place.left,
+                 place.bottom - place.top, SWP_NOZORDER | SWP_NOACTIVATE);
 }
 
 void forget_top_level(Window& window) {
@@ -140,6 +166,7 @@ void tell_display(HWND window, bool activates) {
             record->top = std::make_shared<TopLevel>();
             invalidate_all(*record);
         }
+        count_place(*record);
         shown = description_of(*record);
         icons = icons_of(*record);
     }
@@ -149,6 +176,12 @@ void tell_display(HWND window, bool activates) {
     } else {
         driver->hide(window);
     }
+}
+
+void set_popup_base(HWND popup, const RECT& base) {
+    const TreeLock tree;
+    auto* const record = tree.table.find(popup);
+    if (record != nullptr) record->base = base;
 }
 
 bool is_on_display(HWND window) {
@@ -185,11 +218,9 @@ void tell_content(HWND window) {
 }
 
 void follow_desktop(const RawInput& input) {
-    const auto& place = input.place;
     switch (input.kind) {
         case RawInput::Kind::place:
-            SetWindowPos(input.window, nullptr, place.left, place.top, place.right - place.left,
-                         place.bottom - place.top, SWP_NOZORDER | SWP_NOACTIVATE);
+            follow_place(input);
             break;
         case RawInput::Kind::form:
             follow_form(input);

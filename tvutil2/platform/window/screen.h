@@ -13,6 +13,9 @@ namespace tvutil2 {
 /// Brings a visible top-level window onto the display, or takes a hidden one off it, or tells the
 /// display how it is now. Nothing for any other window.
 void tell_display(HWND window, bool activates);
+/// Says what a pop-up opens at, on the screen, before it is shown: a display that knows better
+/// where there is room may put it at another side of that.
+void set_popup_base(HWND popup, const RECT& base);
 /// Whether a display shows it, or would if nothing were in front of it.
 [[nodiscard]] bool is_on_display(HWND window);
 /// The window is about to end without having been hidden.

@@ -87,6 +87,8 @@ void WindowTable::give_back(Window& record) {
     record.rect = record.client = record.normal = {};
     record.dpi = 0;
     record.least = {};
+    record.base = record.told_place = {};
+    record.place_number = 0;
     record.icons = {};
     record.top.reset();
     record.state.reset();

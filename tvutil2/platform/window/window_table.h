@@ -54,7 +54,10 @@ struct Window {
     RECT normal{};  ///< `rect` while neither minimised nor maximised
     // Of a top-level window:
     UINT dpi = 0;
-    SIZE least{};  ///< that the person may make it
+    SIZE least{};                    ///< that the person may make it
+    RECT base{};                     ///< on the screen: what a pop-up opens at
+    RECT told_place{};               ///< that the display was told last, or has told itself
+    std::uint32_t place_number = 0;  ///< counts what the display was told
     WindowIcons icons{};
     std::shared_ptr<TopLevel> top;  ///< while a display shows it
     // What is out of date, from the corner of `rect`.

@@ -66,8 +66,9 @@ void DesktopDriver::show(const Shown& window, bool activates) {
         auto& known = m_windows[window.window];
         const bool is_new = known == nullptr;
         if (is_new) known = std::make_unique<DesktopWindow>(*this, window, buffer);
+        const bool was_enabled = known->shown().is_enabled;
         known->change(window, activates);
-        if (!is_new) return;
+        if (!is_new && was_enabled == window.is_enabled) return;
         for (const auto& [handle, other] : m_windows) {
             if (other && other->shown().owner == window.window) other->follow_owner();
         }
@@ -82,6 +83,7 @@ void DesktopDriver::hide(HWND window) {
     m_thread.post([this, window] {
         if (m_focus == window) focus_is(window, false);
         m_windows.erase(window);
+        forget_popup(window);
     });
 }
 
@@ -113,10 +115,7 @@ void DesktopDriver::set_cursor(CursorShape shape) {
 void DesktopDriver::set_capture(bool has_it) {
     m_thread.post([this, has_it] {
         m_has_capture = has_it;
-        if (!has_it) return ungrab();
-        for (const auto& [handle, window] : m_windows) {
-            if (window->is_popup() && window->grab()) return;
-        }
+        has_it ? grab() : ungrab();
     });
 }
 
@@ -156,6 +155,29 @@ void DesktopDriver::withdraw(std::shared_ptr<const FileQuestion> question) {
 void DesktopDriver::forget(const FileQuestion& question) {
     std::erase_if(m_file_dialogs,
                   [&](const auto& dialog) { return dialog->question() == &question; });
+}
+
+// The one behind it hears of presses elsewhere again.
+void DesktopDriver::forget_popup(HWND window) {
+    if (std::erase(m_popups, window) != 0 && m_has_capture) grab();
+}
+
+DesktopWindow* DesktopDriver::grabbing_popup() {
+    for (auto at = m_popups.rbegin(); at != m_popups.rend(); ++at) {
+        auto* const popup = find(*at);
+        if (popup != nullptr && popup->is_grabbing()) return popup;
+    }
+    return nullptr;
+}
+
+bool DesktopDriver::is_elsewhere(const DesktopWindow& window) {
+    const auto* const popup = m_has_capture && is_on_wayland() ? grabbing_popup() : nullptr;
+    return popup != nullptr && popup->keyboard_window() != window.keyboard_window();
+}
+
+void DesktopDriver::grab() {
+    auto* const popup = m_popups.empty() ? nullptr : find(m_popups.back());
+    if (popup != nullptr) popup->grab();
 }
 
 void DesktopDriver::ungrab() {

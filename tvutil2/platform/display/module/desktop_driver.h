@@ -7,6 +7,7 @@
 #include "tvutil2/platform/display/module/desktop_files.h"
 #include "tvutil2/platform/display/module/desktop_thread.h"
 #include "tvutil2/platform/display/module/desktop_window.h"
+#include "tvutil2/platform/display/module/manager_fence.h"
 
 #include <atomic>
 #include <memory>
@@ -48,6 +49,16 @@ class DesktopDriver : public Driver {
     /// The desktop's focus has come to a window, or left it.
     void focus_is(HWND window, bool is_in);
     [[nodiscard]] bool has_capture() const { return m_has_capture; }
+    /// Has windows told when the window manager has looked at what it was asked for so far.
+    void ask_manager() { m_fence.ask(); }
+    [[nodiscard]] bool is_manager_busy() const { return m_fence.is_pending(); }
+    /// A pop-up appears on the desktop, in front of the others.
+    void opened(const DesktopWindow& popup) { m_popups.push_back(popup.shown().window); }
+    /// The pop-up in front that hears of presses elsewhere; null for none.
+    [[nodiscard]] DesktopWindow* grabbing_popup();
+    /// Whether the pointer is in a window, of all on Wayland, that has nothing to do with the
+    /// pop-ups that are open: where it lies isn't known then.
+    [[nodiscard]] bool is_elsewhere(const DesktopWindow& window);
     /// Gives a window the cursor in force.
     void dress(GdkWindow* window) const;
     /// The time of an event, which the desktop counts in its own way, in that of GetTickCount.
@@ -64,6 +75,8 @@ class DesktopDriver : public Driver {
     void lose();
     void settle_focus();
     void forget(const FileQuestion& question);
+    void forget_popup(HWND window);
+    void grab();
     static void ungrab();
     std::shared_ptr<FrameBuffer> buffer_of(HWND window, bool makes);
 
@@ -77,7 +90,11 @@ class DesktopDriver : public Driver {
 
     // Of the desktop's thread:
     std::unordered_map<HWND, std::unique_ptr<DesktopWindow>> m_windows;
+    std::vector<HWND> m_popups;  // that are on the desktop, the last one in front
     std::vector<std::unique_ptr<DesktopFileDialog>> m_file_dialogs;
+    ManagerFence m_fence{[this] {
+        for (const auto& [handle, window] : m_windows) window->follow_manager();
+    }};
     GdkCursor* m_cursor = nullptr;
     HWND m_focus = nullptr;  // where the desktop has it
     HWND m_told = nullptr;   // and where the program knows it

@@ -13,6 +13,7 @@ namespace tvutil2 {
 namespace {
 
 constexpr double kNotch = 120;
+constexpr POINT kElsewhere{-30000, -30000};
 
 }  // namespace
 
@@ -60,7 +61,7 @@ void DesktopInput::set_caret(const GdkRectangle& place) {
 
 RawInput DesktopInput::pointer_input(RawInput::Kind kind, double x, double y, guint32 time) const {
     auto news = m_window.input(kind, time);
-    news.point = m_window.on_screen(x, y);
+    news.point = m_driver.is_elsewhere(m_window) ? kElsewhere : m_window.on_screen(x, y);
     return news;
 }
 
@@ -161,7 +162,7 @@ gboolean DesktopInput::on_focus(GdkEventFocus* event) {
     } else {
         gtk_im_context_focus_out(m_input_method);
     }
-    m_driver.focus_is(m_window.shown().window, event->in != 0);
+    m_driver.focus_is(m_window.keyboard_window(), event->in != 0);
     return FALSE;
 }
 

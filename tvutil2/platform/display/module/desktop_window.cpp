@@ -71,17 +71,22 @@ void DesktopWindow::make_area() {
 
 void DesktopWindow::follow_owner() {
     auto* const owner = m_driver.find(m_shown.owner);
-    gtk_window_set_transient_for(widget(), owner != nullptr ? owner->widget() : nullptr);
+    if (m_behind == nullptr) {
+        gtk_window_set_transient_for(widget(), owner != nullptr ? owner->widget() : nullptr);
+    }
+    // GTK's own word for it would take the input of all other windows.
+    auto* const window = gtk_widget_get_window(m_window);
+    if (window != nullptr && !m_is_popup) {
+        gdk_window_set_modal_hint(window, owner != nullptr && !owner->shown().is_enabled);
+    }
 }
 
 void DesktopWindow::change(const Shown& shown, bool activates) {
     const bool is_first = m_first_show == 0 && !m_is_mapped;
     const auto before = std::exchange(m_shown, shown);
+    if (before.place_number == shown.place_number) keep_place(before.place);
     const bool is_placed = (shown.style & (WS_MINIMIZE | WS_MAXIMIZE)) == 0;
-    const auto& old = before.place;
-    const auto& place = shown.place;
-    const bool moves = old.left != place.left || old.top != place.top || old.right != place.right ||
-                       old.bottom != place.bottom || before.style != shown.style ||
+    const bool moves = before.place_number != shown.place_number || before.style != shown.style ||
                        before.least.cx != shown.least.cx || before.least.cy != shown.least.cy;
     if (is_first || before.title != shown.title) {
         gtk_window_set_title(widget(), utf8_of(shown.title).c_str());
@@ -114,24 +119,15 @@ void DesktopWindow::show_now() {
     if (m_first_show != 0) g_source_remove(std::exchange(m_first_show, 0));
     if (!m_is_popup) gtk_window_set_focus_on_map(widget(), m_activates);
     gtk_widget_realize(m_area);
-    const auto* const owner = m_driver.find(m_shown.owner);
-    if (owner != nullptr && !owner->shown().is_enabled) {
-        gdk_window_set_modal_hint(gtk_widget_get_window(m_window), TRUE);
-    }
+    follow_owner();
     m_input->begin();
     m_driver.dress(gtk_widget_get_window(m_area));
-    if (!m_is_popup || !m_driver.has_capture() || !grab()) gtk_widget_show(m_window);
+    if (m_is_popup) {
+        appear();
+    } else {
+        gtk_widget_show(m_window);
+    }
     follow_scale();
-}
-
-bool DesktopWindow::grab() {
-    auto* const seat = gdk_display_get_default_seat(gdk_display_get_default());
-    if (!m_is_mapped || seat == nullptr) return false;
-    return gdk_seat_grab(
-               seat, gtk_widget_get_window(m_area), GDK_SEAT_CAPABILITY_ALL_POINTING, TRUE, nullptr,
-               nullptr,
-               [](GdkSeat*, GdkWindow*, gpointer window) { gtk_widget_show(GTK_WIDGET(window)); },
-               m_window) == GDK_GRAB_SUCCESS;
 }
 
 void DesktopWindow::damaged(std::span<const RECT> damage) {

@@ -15,6 +15,9 @@ namespace tvutil2 {
 class DesktopDriver;
 class DesktopInput;
 
+/// Where the desktop doesn't say where windows are.
+[[nodiscard]] bool is_on_wayland();
+
 class DesktopWindow {
   public:
     DesktopWindow(DesktopDriver& driver, const Shown& shown, std::shared_ptr<FrameBuffer> buffer);
@@ -36,6 +39,8 @@ class DesktopWindow {
     bool grab();
     /// The program's owner of this one is on the desktop now, or no longer.
     void follow_owner();
+    /// The window manager has looked at what it was asked for.
+    void follow_manager();
     /// The scale of its monitor, or of all, may be another.
     void follow_scale();
 
@@ -43,6 +48,10 @@ class DesktopWindow {
     [[nodiscard]] GtkWindow* widget() const { return GTK_WINDOW(m_window); }
     /// Whether it is a pop-up, which the desktop neither frames nor activates.
     [[nodiscard]] bool is_popup() const { return m_is_popup; }
+    /// Whether it hears of presses elsewhere, or has.
+    [[nodiscard]] bool is_grabbing() const { return m_is_grabbing; }
+    /// Who has the keyboard when the desktop gives it to this one: pop-ups have none of their own.
+    [[nodiscard]] HWND keyboard_window() const;
 
     /// A place in the area, in the desktop's units.
     [[nodiscard]] POINT on_screen(double x, double y) const;
@@ -55,11 +64,17 @@ class DesktopWindow {
     [[nodiscard]] RECT view() const;
     /// Pixels as the desktop's units, rounded up.
     [[nodiscard]] int units(LONG pixels) const;
-    [[nodiscard]] GdkPoint place_of(const RECT& view) const;
+    /// A place on the screen, in the units of where the desktop is asked to put it.
+    [[nodiscard]] GdkPoint place_of(POINT corner) const;
 
     void make_area();
+    void appear();
+    void open_at_base();
+    void follow_rect(const GdkRectangle& now);
+    void keep_place(const RECT& place);
     void set_size();
     void ask_for_place();
+    void note_asked();
     void set_form(DWORD before);
     void await_settling(guint milliseconds = 0);
     void settle();
@@ -83,6 +98,8 @@ class DesktopWindow {
     GtkWidget* m_area = nullptr;
     std::unique_ptr<DesktopInput> m_input;
     bool m_is_mapped = false;
+    bool m_is_grabbing = false;
+    HWND m_behind = nullptr;  // the pop-up that this one has opened at, on Wayland
     bool m_activates = true;
     gint64 m_asked_at = 0;      // when the program last wanted a place or a form; 0: it has it
     bool m_asks_again = false;  // for the place, which came with another form

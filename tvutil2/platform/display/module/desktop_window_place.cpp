@@ -19,10 +19,6 @@ namespace {
 // of its own.
 constexpr guint kSettleMilliseconds = 300;
 
-bool is_wayland() {
-    return !GDK_IS_X11_DISPLAY(gdk_display_get_default());
-}
-
 SIZE size_of(const RECT& rect) {
     return {std::max(rect.right - rect.left, LONG{1}), std::max(rect.bottom - rect.top, LONG{1})};
 }
@@ -32,6 +28,10 @@ bool is_near(LONG a, LONG b, int tolerance) {
 }
 
 }  // namespace
+
+bool is_on_wayland() {
+    return !GDK_IS_X11_DISPLAY(gdk_display_get_default());
+}
 
 RECT DesktopWindow::view() const {
     if (m_has_frame) return m_shown.content;
@@ -50,11 +50,11 @@ POINT DesktopWindow::on_screen(double x, double y) const {
             m_shown.place.top + part.top + static_cast<LONG>(std::floor(y * scale()))};
 }
 
-// Where the desktop is asked to put it. Wayland knows places of pop-ups only, in their owners.
-GdkPoint DesktopWindow::place_of(const RECT& view) const {
+// Wayland knows places of pop-ups only, in their owners.
+GdkPoint DesktopWindow::place_of(POINT corner) const {
     const int by = scale();
-    const POINT corner{m_shown.place.left + view.left, m_shown.place.top + view.top};
-    const auto* const owner = is_wayland() ? m_driver.find(m_shown.owner) : nullptr;
+    const auto* owner = m_driver.find(m_behind);
+    if (owner == nullptr && is_on_wayland()) owner = m_driver.find(m_shown.owner);
     if (owner == nullptr) {
         return {static_cast<int>(std::floor(static_cast<double>(corner.x) / by)),
                 static_cast<int>(std::floor(static_cast<double>(corner.y) / by))};
@@ -77,6 +77,15 @@ void DesktopWindow::set_caret(const RECT& place) {
     m_input->set_caret(at);
 }
 
+// Where the window is by the desktop's word.
+void DesktopWindow::keep_place(const RECT& place) {
+    const auto before = size_of(m_shown.place);
+    const auto now = size_of(place);
+    m_shown.content.right += now.cx - before.cx;
+    m_shown.content.bottom += now.cy - before.cy;
+    m_shown.place = place;
+}
+
 void DesktopWindow::set_size() {
     const auto part = view();
     const auto size = size_of(part);
@@ -96,8 +105,26 @@ void DesktopWindow::ask_for_place() {
     const auto part = view();
     const auto size = size_of(part);
     gtk_window_resize(widget(), units(size.cx), units(size.cy));
-    const auto corner = place_of(part);
-    gtk_window_move(widget(), corner.x, corner.y);
+    // Wayland's pop-ups open where they can, and only those that don't grab are moved later.
+    const bool is_placed_once = m_is_popup && is_on_wayland() && (!m_is_mapped || m_is_grabbing);
+    if (!is_placed_once) {
+        const auto corner = place_of(on_screen(0, 0));
+        gtk_window_move(widget(), corner.x, corner.y);
+    }
+    // What is asked for is on its way before the question whether it has been looked at.
+    if (m_is_mapped) gtk_container_check_resize(GTK_CONTAINER(m_window));
+    note_asked();
+}
+
+void DesktopWindow::note_asked() {
+    m_asked_at = g_get_monotonic_time();
+    m_driver.ask_manager();
+    await_settling();
+}
+
+// It may have put something off nevertheless, for as long as any may.
+void DesktopWindow::follow_manager() {
+    if (m_asked_at == 0) return;
     m_asked_at = g_get_monotonic_time();
     await_settling();
 }
@@ -116,8 +143,7 @@ void DesktopWindow::set_form(DWORD before) {
     m_form = form;
     if (changed == 0) return;
     m_asks_again = true;
-    m_asked_at = g_get_monotonic_time();
-    await_settling();
+    note_asked();
 }
 
 // The desktop moves and sizes a window in steps: what it comes to is looked at when they are done.
@@ -137,7 +163,7 @@ RECT DesktopWindow::actual_view() const {
     const LONG width = gtk_widget_get_allocated_width(m_area) * by;
     const LONG height = gtk_widget_get_allocated_height(m_area) * by;
     auto corner = on_screen(0, 0);
-    if (!is_wayland()) {
+    if (!is_on_wayland()) {
         int x = 0;
         int y = 0;
         gdk_window_get_origin(gtk_widget_get_window(m_area), &x, &y);
@@ -164,8 +190,8 @@ bool DesktopWindow::is_where_wanted(const RECT& now) const {
 // about what was before.
 void DesktopWindow::settle() {
     if (!m_is_mapped) return;
-    const bool is_waiting =
-        m_asked_at != 0 && g_get_monotonic_time() - m_asked_at < gint64{kSettleMilliseconds} * 1000;
+    const bool is_late = g_get_monotonic_time() - m_asked_at >= gint64{kSettleMilliseconds} * 1000;
+    const bool is_waiting = m_asked_at != 0 && (!is_late || m_driver.is_manager_busy());
     const auto form = actual_form();
     if (form != m_form) {
         if (is_waiting) return await_settling(kSettleMilliseconds);
@@ -190,13 +216,12 @@ void DesktopWindow::tell_place(const RECT& now) {
     const auto size = size_of(part);
     const auto whole = size_of(m_shown.place);
     auto news = input(RawInput::Kind::place, 0);
+    news.place_number = m_shown.place_number;
     news.place.left = now.left - part.left;
     news.place.top = now.top - part.top;
     news.place.right = news.place.left + (now.right - now.left) + (whole.cx - size.cx);
     news.place.bottom = news.place.top + (now.bottom - now.top) + (whole.cy - size.cy);
-    m_shown.content.right += (news.place.right - news.place.left) - whole.cx;
-    m_shown.content.bottom += (news.place.bottom - news.place.top) - whole.cy;
-    m_shown.place = news.place;
+    keep_place(news.place);
     m_driver.put(std::move(news));
 }
 
@@ -216,6 +241,11 @@ gboolean DesktopWindow::on_configure(GdkEventConfigure* /*event*/) {
 gboolean DesktopWindow::on_state(GdkEventWindowState* event) {
     constexpr auto kForms = GDK_WINDOW_STATE_MAXIMIZED | GDK_WINDOW_STATE_ICONIFIED;
     if ((event->changed_mask & kForms) != 0) await_settling();
+    // What comes on Wayland of a press outside of the program.
+    const bool is_hidden = (event->new_window_state & GDK_WINDOW_STATE_WITHDRAWN) != 0;
+    if (m_is_popup && m_is_mapped && is_hidden) {
+        m_driver.put(input(RawInput::Kind::dismissed, 0));
+    }
     return FALSE;
 }
 

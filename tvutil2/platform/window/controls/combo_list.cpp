@@ -9,6 +9,7 @@
 #include "tvutil2/platform/window/messages.h"
 #include "tvutil2/platform/window/mouse.h"
 #include "tvutil2/platform/window/paint.h"
+#include "tvutil2/platform/window/screen.h"
 #include "tvutil2/platform/window/show.h"
 #include "tvutil2/platform/window/window.h"
 
@@ -68,6 +69,9 @@ void open_combo(HWND window, ComboState& state) {
     state.selected_before = list->current;
     const auto place = list_place(window, state, *list);
     state.is_open = true;
+    RECT field{};
+    GetWindowRect(window, &field);
+    set_popup_base(state.list, field);
     SetWindowPos(state.list, HWND_TOPMOST, place.left, place.top, place.right - place.left,
                  place.bottom - place.top, SWP_NOACTIVATE | SWP_SHOWWINDOW);
     arrange_list(state.list, *list);

@@ -206,6 +206,10 @@ bool handle_input(HWND window, ListState& state, UINT message, WPARAM wparam, LP
             release(window, state, point);
             return true;
         case WM_MOUSEMOVE:
+            // One that rests, over rows that the keys are moving in, leaves them alone.
+            if (state.combo != nullptr && std::exchange(state.pointer, lparam) == lparam) {
+                return true;
+            }
             if (state.is_pressed && state.combo == nullptr) {
                 drag(window, state, point);
             } else {

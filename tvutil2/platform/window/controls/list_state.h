@@ -20,6 +20,7 @@ struct ListState : ControlState {
     DWORD typed_at = 0;
     HWND combo = nullptr;  ///< whose list it is
     bool is_scrolling = false;
+    LPARAM pointer = -1;  ///< where it was last
 };
 
 /// What the person has typed in a second, with one more character; finds the item.

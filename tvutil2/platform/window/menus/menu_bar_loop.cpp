@@ -67,6 +67,7 @@ void MenuLoop::open_from_bar(bool selects_first) {
     const auto& place = places[static_cast<std::size_t>(m_bar_item)];
     MenuAnchor anchor;
     anchor.point = {place.left, place.bottom};
+    anchor.beside = place;
     if (!open(item.submenu, anchor) || !selects_first) return;
     const auto opened = top();
     if (opened) select(0, opened->next(-1, 1));

@@ -133,6 +133,9 @@ MenuLoop::Hit MenuLoop::hit(POINT point) const {
 }
 
 void MenuLoop::point_at(POINT point) {
+    // A display may tell of a pointer that rests when a window has come or gone below it.
+    const auto before = std::exchange(m_pointer, point);
+    if (before.x == point.x && before.y == point.y) return;
     const auto [level, item] = hit(point);
     if (level >= m_open.size()) {
         if (const auto in_bar = bar_item_at(point); in_bar >= 0 && in_bar != m_bar_item) {
@@ -279,6 +282,7 @@ void MenuLoop::follow(const MSG& message) {
 
 void MenuLoop::begin(HMENU menu) {
     t_running = this;
+    GetCursorPos(&m_pointer);
     tell(WM_ENTERMENULOOP, has_bar() ? FALSE : TRUE, 0);
     tell(WM_INITMENU, reinterpret_cast<WPARAM>(menu), 0);
 }

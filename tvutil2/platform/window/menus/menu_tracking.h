@@ -86,6 +86,7 @@ class MenuLoop {
     bool m_is_done = false;
     bool m_was_pressed = false;  // since the menu opened
     POINT m_start{};
+    POINT m_pointer{};  // where it was last
     UINT m_chosen = 0;
 };
 

@@ -10,6 +10,7 @@
 #include "tvutil2/platform/window/geometry.h"
 #include "tvutil2/platform/window/messages.h"
 #include "tvutil2/platform/window/paint.h"
+#include "tvutil2/platform/window/screen.h"
 #include "tvutil2/platform/window/show.h"
 #include "tvutil2/platform/window/window.h"
 
@@ -214,6 +215,8 @@ HWND open_menu_window(HMENU menu, HWND owner, const MenuAnchor& anchor) {
     state->items = items_of(menu);
     state->dpi = GetDpiForWindow(owner);
     const auto place = placed(measure(window, *state), anchor);
+    const RECT at_point{anchor.point.x, anchor.point.y, anchor.point.x, anchor.point.y};
+    set_popup_base(window, IsRectEmpty(&anchor.beside) != 0 ? at_point : anchor.beside);
     SetWindowPos(window, HWND_TOPMOST, place.left, place.top, place.right - place.left,
                  place.bottom - place.top, SWP_NOACTIVATE | SWP_SHOWWINDOW);
     return IsWindow(window) ? window : nullptr;

@@ -45,7 +45,7 @@ class MenuFont {
 struct MenuAnchor {
     POINT point{};
     UINT flags = 0;  ///< TPM_ alignments
-    RECT beside{};   ///< of a submenu: the item that it belongs to
+    RECT beside{};   ///< the item that it belongs to; empty for none
     bool is_submenu = false;
 };
 
