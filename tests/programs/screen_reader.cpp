@@ -7,10 +7,12 @@
 //         focus NAME      wants the keyboard in it
 //         value NAME      where between which limits it is
 //         selected NAME   what is selected in it
+//         choose NAME     its first item
+//         write NAME TEXT gives it a text of one word
 //         listen          says "listening", and then what gets the focus next
 #include <atspi/atspi.h>
-#include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
@@ -51,16 +53,49 @@ bool walk(AtspiAccessible* object, int depth,
 }
 
 AtspiAccessible* application(guint process) {
-    for (int tries = 0; tries < 100; ++tries, usleep(50000)) {
-        auto* const desktop = atspi_get_desktop(0);
-        for (int i = 0; i < atspi_accessible_get_child_count(desktop, nullptr); ++i) {
-            auto* const child = atspi_accessible_get_child_at_index(desktop, i, nullptr);
-            if (child != nullptr && atspi_accessible_get_process_id(child, nullptr) == process) {
-                return child;
-            }
+    auto* const desktop = atspi_get_desktop(0);
+    for (int i = 0; i < atspi_accessible_get_child_count(desktop, nullptr); ++i) {
+        auto* const child = atspi_accessible_get_child_at_index(desktop, i, nullptr);
+        if (child != nullptr && atspi_accessible_get_process_id(child, nullptr) == process) {
+            return child;
         }
     }
     return nullptr;
+}
+
+// Looks whenever something comes or goes somewhere, and gives up after a while.
+AtspiAccessible* await(const std::function<AtspiAccessible*()>& look) {
+    constexpr auto kChanges = "object:children-changed";
+    constexpr guint kPatienceSeconds = 20;
+    // Events also come while an answer is waited for.
+    struct Wait {
+        bool has_changed = false, is_late = false, is_running = false;
+        void change() {
+            has_changed = true;
+            if (is_running) atspi_event_quit();
+        }
+    } wait;
+    auto* const listener = atspi_event_listener_new(
+        [](AtspiEvent*, void* to) { static_cast<Wait*>(to)->change(); }, &wait, nullptr);
+    atspi_event_listener_register(listener, kChanges, nullptr);
+    const auto timer = g_timeout_add_seconds(
+        kPatienceSeconds,
+        [](gpointer to) -> gboolean {
+            static_cast<Wait*>(to)->is_late = true;
+            static_cast<Wait*>(to)->change();
+            return G_SOURCE_CONTINUE;
+        },
+        &wait);
+    auto* found = look();
+    while (found == nullptr && !wait.is_late) {
+        wait.is_running = !wait.has_changed;
+        if (wait.is_running) atspi_event_main();
+        wait.is_running = wait.has_changed = false;
+        found = look();
+    }
+    g_source_remove(timer);
+    atspi_event_listener_deregister(listener, kChanges, nullptr);
+    return found;
 }
 
 void say_tree(AtspiAccessible* root) {
@@ -106,7 +141,7 @@ void say_focus() {
     atspi_event_listener_deregister(listener, "object:state-changed:focused", nullptr);
 }
 
-void work_on(AtspiAccessible* object, const std::string& what) {
+void work_on(AtspiAccessible* object, const std::string& what, const std::string& text) {
     if (object == nullptr) return say("nothing");
     if (what == "press") {
         atspi_action_do_action(atspi_accessible_get_action_iface(object), 0, nullptr);
@@ -122,6 +157,11 @@ void work_on(AtspiAccessible* object, const std::string& what) {
         for (int i = 0; i < atspi_selection_get_n_selected_children(list, nullptr); ++i) {
             say(name_of(atspi_selection_get_selected_child(list, i, nullptr)));
         }
+    } else if (what == "choose") {
+        atspi_selection_select_child(atspi_accessible_get_selection_iface(object), 0, nullptr);
+    } else if (what == "write") {
+        atspi_editable_text_set_text_contents(atspi_accessible_get_editable_text_iface(object),
+                                              text.c_str(), nullptr);
     }
 }
 
@@ -129,7 +169,8 @@ void work_on(AtspiAccessible* object, const std::string& what) {
 
 int main(int count, char** arguments) {
     if (count < 2 || atspi_init() > 1) return 2;
-    auto* const root = application(static_cast<guint>(std::atoi(arguments[1])));
+    const auto process = static_cast<guint>(std::atoi(arguments[1]));
+    auto* const root = await([process] { return application(process); });
     if (root == nullptr) return 1;
     for (std::string line; std::getline(std::cin, line);) {
         // What was read before may have changed.
@@ -141,7 +182,13 @@ int main(int count, char** arguments) {
         } else if (what == "listen") {
             say_focus();
         } else {
-            work_on(find(root, line.substr(space + 1)), what);
+            const auto end = what == "write" ? line.rfind(' ') : line.size();
+            const auto name = line.substr(space + 1, end - space - 1);
+            auto* const object = await([&] {
+                atspi_accessible_clear_cache(root);
+                return find(root, name);
+            });
+            work_on(object, what, line.substr(std::min(end + 1, line.size())));
         }
         say(".");
     }

@@ -1,5 +1,6 @@
 // A dialog as a screen reader has it, over a bus of the test's own.
 #include "tvutil2/platform/window/controls/button.h"
+#include "tvutil2/platform/window/controls/combo_box.h"
 #include "tvutil2/platform/window/controls/list_box.h"
 #include "tvutil2/platform/window/controls/progress.h"
 #include "tvutil2/platform/window/focus.h"
@@ -11,9 +12,11 @@
 #include <stdlib.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <filesystem>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <vector>
 
@@ -114,7 +117,13 @@ TEST(ScreenReader, ReadsADialogAndWorksIt) {
     auto* const progress = add(u"msctls_progress32", 0, 270, u"");
     SendMessageW(progress, PBM_SETRANGE32, 10, 50);
     SendMessageW(progress, PBM_SETPOS, 20, 0);
-    MoveWindow(dialog, 100, 100, 300, 400, FALSE);
+    add(u"Static", 0, 300, u"Si&ze:");
+    auto* const box = add(u"ComboBox", WS_TABSTOP | CBS_DROPDOWNLIST, 330, u"");
+    for (const auto* const each : {u"small", u"large"}) {
+        SendMessageW(box, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(each));
+    }
+    SendMessageW(box, CB_SETCURSEL, 1, 0);
+    MoveWindow(dialog, 100, 100, 300, 430, FALSE);
     ShowWindow(dialog, SW_SHOW);
     SetFocus(name);
 
@@ -136,7 +145,11 @@ TEST(ScreenReader, ReadsADialogAndWorksIt) {
                                "   list item 'red'\n"
                                "   list item 'blue' selected\n"
                                "  label 'Done:'\n"
-                               "  progress bar 'Done:'\n"));
+                               "  progress bar 'Done:'\n"
+                               "  label 'Size:'\n"
+                               "  combo box 'Size:'\n"
+                               "   list item 'small'\n"
+                               "   list item 'large' selected\n"));
     EXPECT_EQ(reader.ask("value Done:"), "10.000000 20.000000 50.000000\n");
     SendMessageW(progress, PBM_SETPOS, 30, 0);
     EXPECT_TRUE(reader.becomes("value Done:", "10.000000 30.000000 50.000000\n"));
@@ -149,6 +162,37 @@ TEST(ScreenReader, ReadsADialogAndWorksIt) {
     EXPECT_TRUE(await([&] { return SendMessageW(check, BM_GETCHECK, 0, 0) == BST_CHECKED; }));
     reader.ask("focus Name:");
     EXPECT_TRUE(await([&] { return GetFocus() == name; }));
+    reader.ask("write Name: Bob");
+    EXPECT_TRUE(await([&] {
+        char16_t text[16] = {};
+        GetWindowTextW(name, text, 16);
+        return std::u16string_view(text) == u"Bob";
+    }));
+    EXPECT_EQ(reader.ask("selected Size:"), "large\n");
+    tests::Trace::current().lines.clear();
+    reader.ask("choose Size:");
+    EXPECT_TRUE(await([&] { return SendMessageW(box, CB_GETCURSEL, 0, 0) == 0; }));
+    // Its parent hears of it: CBN_SELENDOK, CBN_SELCHANGE.
+    const auto& heard = tests::Trace::current().lines;
+    EXPECT_EQ(std::count(heard.begin(), heard.end(), "A " + std::to_string(WM_COMMAND)), 2);
+    EXPECT_TRUE(reader.becomes("selected Size:", "small\n"));
+
+    // A menu that is open, and what is done in it.
+    auto* const popup = CreatePopupMenu();
+    AppendMenuW(popup, MF_STRING, 7, u"&Copy\tCtrl+C");
+    BOOL chosen = 0;
+    tests::Trace::current().handler = [&](HWND window, UINT message, WPARAM wparam,
+                                          LPARAM lparam) -> LRESULT {
+        if (message == WM_APP) {
+            chosen = TrackPopupMenu(popup, TPM_RETURNCMD, 400, 500, 0, dialog, nullptr);
+            return 0;
+        }
+        return DefWindowProcW(window, message, wparam, lparam);
+    };
+    PostMessageW(dialog, WM_APP, 0, 0);
+    reader.ask("press Copy");
+    EXPECT_TRUE(await([&] { return chosen == 7; }));
+    DestroyMenu(popup);
     DestroyWindow(dialog);
 }
 

@@ -14,6 +14,7 @@
 #include "tvutil2/platform/window/geometry.h"
 #include "tvutil2/platform/window/menus/menu_bar.h"
 #include "tvutil2/platform/window/messages.h"
+#include "tvutil2/platform/window/parameters.h"
 #include "tvutil2/platform/window/scrolling.h"
 #include "tvutil2/platform/window/show.h"
 #include "tvutil2/platform/window/window.h"
@@ -179,7 +180,8 @@ Accessible describe(HWND window, int depth) {
         SendMessageW(window, EM_GETSEL, 0, reinterpret_cast<LPARAM>(&end));
         found.caret = static_cast<int>(end);
     }
-    if (found.role == Role::list || found.role == Role::tree) describe_items(found);
+    const bool has_items = found.role == Role::list || found.role == Role::tree;
+    if (has_items || found.role == Role::combo_box) describe_items(found);
     // The edit in a combo box is the box's own.
     if (found.role == Role::combo_box || depth > kMaxNesting) return found;
     for (auto* each = GetWindow(window, GW_CHILD); each != nullptr;
@@ -195,6 +197,32 @@ Accessible describe(HWND window, int depth) {
 }
 
 }  // namespace
+
+// As the person would have done it: its parent hears of it.
+void fill_control(HWND window, const std::u16string& text, int number) {
+    if (IsWindowVisible(window) == 0 || IsWindowEnabled(window) == 0) return;
+    const auto style = style_of(window);
+    switch (role_of(window, style)) {
+        case Role::edit:
+            if ((style & ES_READONLY) != 0) return;
+            SendMessageW(window, EM_SETSEL, 0, -1);
+            SendMessageW(window, EM_REPLACESEL, TRUE, as_lparam(text.c_str()));
+            return;
+        case Role::combo_box:
+            if (SendMessageW(window, CB_SETCURSEL, static_cast<WPARAM>(number), 0) == CB_ERR)
+                return;
+            notify_parent(window, CBN_SELENDOK);
+            if (IsWindow(window)) notify_parent(window, CBN_SELCHANGE);
+            return;
+        case Role::scroll_bar:
+            SendMessageW(GetParent(window), (style & SBS_VERT) != 0 ? WM_VSCROLL : WM_HSCROLL,
+                         MAKEWPARAM(SB_THUMBPOSITION, static_cast<WORD>(number)),
+                         as_lparam(window));
+            return;
+        default:
+            return;
+    }
+}
 
 Accessible accessible_tree(HWND window) {
     return IsWindow(window) ? describe(window, 0) : Accessible{};

@@ -1,6 +1,7 @@
 #include "tvutil2/platform/window/accessible_items.h"
 
 #include "tvutil2/platform/window/class_table.h"
+#include "tvutil2/platform/window/controls/combo_box.h"
 #include "tvutil2/platform/window/controls/list_box.h"
 #include "tvutil2/platform/window/controls/list_view.h"
 #include "tvutil2/platform/window/controls/tree_view.h"
@@ -9,6 +10,7 @@
 #include "tvutil2/platform/window/parameters.h"
 #include "tvutil2/platform/window/window.h"
 
+#include <algorithm>
 #include <cstring>
 #include <functional>
 
@@ -17,6 +19,7 @@ namespace {
 
 constexpr int kMostText = 1024;  // of an item, that is read out
 constexpr int kMostColumns = 32;
+constexpr int kMostChoices = 100;  // of a combo box, around the one chosen
 
 // What kinds of lists have in common. Rectangles are in the window's client area.
 struct Items {
@@ -133,6 +136,28 @@ void describe_rows(Accessible& list, const Items& items) {
     }
 }
 
+// The items of a combo box, whether its list is open or not.
+void describe_choices(Accessible& box) {
+    auto* const window = box.window;
+    const auto count = static_cast<int>(SendMessageW(window, CB_GETCOUNT, 0, 0));
+    const auto chosen = static_cast<int>(SendMessageW(window, CB_GETCURSEL, 0, 0));
+    const int first = std::clamp(chosen - kMostChoices / 2, 0, std::max(count - kMostChoices, 0));
+    for (int i = first; i < std::min(count, first + kMostChoices); ++i) {
+        Accessible item;
+        item.window = window;
+        item.item = i;
+        item.role = AccessibleRole::list_item;
+        const auto length = SendMessageW(window, CB_GETLBTEXTLEN, static_cast<WPARAM>(i), 0);
+        item.name.resize(static_cast<std::size_t>(std::max<LRESULT>(length, 0)) + 1);
+        SendMessageW(window, CB_GETLBTEXT, static_cast<WPARAM>(i), as_lparam(item.name.data()));
+        item.name.pop_back();
+        item.state.is_enabled = box.state.is_enabled;
+        item.state.is_selected = i == chosen;
+        item.place = box.place;
+        box.children.push_back(std::move(item));
+    }
+}
+
 // ---- trees
 
 HTREEITEM step(HWND tree, WPARAM way, HTREEITEM from) {
@@ -198,6 +223,7 @@ void describe_tree(Accessible& tree) {
 }  // namespace
 
 void describe_items(Accessible& list) {
+    if (list.role == AccessibleRole::combo_box) return describe_choices(list);
     if (list.role == AccessibleRole::tree) return describe_tree(list);
     char16_t name[64] = {};
     GetClassNameW(list.window, name, 64);

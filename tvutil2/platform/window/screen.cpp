@@ -234,6 +234,9 @@ void follow_desktop(const RawInput& input) {
         case RawInput::Kind::focus:
             if (IsWindowVisible(input.control) != 0) SetFocus(input.control);
             break;
+        case RawInput::Kind::fill:
+            fill_control(input.control, input.text, input.delta);
+            break;
         case RawInput::Kind::describe:
             tell_content(input.window);
             break;

@@ -15,6 +15,8 @@ struct AccessibleWishes {
     std::function<void()> describe;                ///< what is in the windows, from now on
     std::function<void(const RECT& place)> press;  ///< what is there
     std::function<void(HWND control)> focus;       ///< the keyboard in it
+    /// Another value in it: a text, or the number of an item or of a position.
+    std::function<void(HWND control, std::u16string text, int number)> fill;
 };
 
 /// A drawing area whose accessible object has the controls as its children. It has none before it

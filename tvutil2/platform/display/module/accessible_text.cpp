@@ -9,6 +9,7 @@ namespace {
 
 // There is one kind of object with a text.
 AccessibleText (*g_text_of)(gpointer) = nullptr;
+void (*g_put_text)(gpointer, std::u16string) = nullptr;
 
 std::u32string characters_of(const std::u16string& text) {
     const auto bytes = utf8_of(text);
@@ -82,6 +83,22 @@ void tell(AtkObject* object, const char* signal, const std::u32string& text, Spa
     g_free(bytes);
 }
 
+// An end of -1 is the text's.
+void replace(gpointer object, gint begin, gint end, const std::u16string& by) {
+    const auto all = characters_of(g_text_of(object).text);
+    const auto size = static_cast<gint>(all.size());
+    const auto last = end < 0 ? size : std::min(end, size);
+    const auto first = std::clamp(begin, 0, last);
+    const auto piece = [&](gint from, gint to) {
+        auto* const bytes =
+            utf8_copy(all, static_cast<std::size_t>(from), static_cast<std::size_t>(to));
+        auto text = utf16_of(bytes);
+        g_free(bytes);
+        return text;
+    };
+    g_put_text(object, piece(0, first) + by + piece(last, size));
+}
+
 }  // namespace
 
 void fill_text(AtkTextIface& table, AccessibleText (*text_of)(gpointer object)) {
@@ -97,6 +114,25 @@ void fill_text(AtkTextIface& table, AccessibleText (*text_of)(gpointer object)) 
         return at < all.size() ? all[at] : 0;
     };
     table.get_caret_offset = [](AtkText* object) { return caret_of(g_text_of(object)); };
+}
+
+void fill_editable_text(AtkEditableTextIface& table, AccessibleText (*text_of)(gpointer object),
+                        void (*put_text)(gpointer object, std::u16string text)) {
+    g_text_of = text_of;
+    g_put_text = put_text;
+    table.set_text_contents = [](AtkEditableText* object, const gchar* text) {
+        g_put_text(object, utf16_of(text));
+    };
+    table.insert_text = [](AtkEditableText* object, const gchar* text, gint length, gint* at) {
+        const std::string bytes(text, length < 0 ? std::char_traits<char>::length(text)
+                                                 : static_cast<std::size_t>(length));
+        const auto fresh = utf16_of(bytes.c_str());
+        replace(object, *at, *at, fresh);
+        *at += static_cast<gint>(characters_of(fresh).size());
+    };
+    table.delete_text = [](AtkEditableText* object, gint begin, gint end) {
+        replace(object, begin, end, {});
+    };
 }
 
 // What is the same at both ends has stayed.

@@ -257,6 +257,15 @@ AccessibleWishes DesktopDriver::wishes_for(HWND window) {
                 news.window = window;
                 news.control = control;
                 put(std::move(news));
+            },
+            [this, window](HWND control, std::u16string text, int number) {
+                RawInput news;
+                news.kind = RawInput::Kind::fill;
+                news.window = window;
+                news.control = control;
+                news.text = std::move(text);
+                news.delta = number;
+                put(std::move(news));
             }};
 }
 
