@@ -4,6 +4,7 @@
 #include "tvutil2/platform/base/locale.h"
 #include "tvutil2/platform/base/wide_text.h"
 #include "tvutil2/platform/draw/theme.h"
+#include "tvutil2/platform/picture/icons.h"
 #include "tvutil2/platform/process/message_box.h"
 #include "tvutil2/platform/window/find_windows.h"
 #include "tvutil2/platform/window/geometry.h"
@@ -147,10 +148,18 @@ std::unique_ptr<CDialog> make() {
     return std::make_unique<Dialog>();
 }
 
+HICON own_icon(const CDialog& dialog, int side) {
+    const auto pixels = MulDiv(side, static_cast<int>(GetDpiForWindow(dialog.m_hWnd)), 96);
+    return reinterpret_cast<HICON>(
+        LoadImageW(nullptr, MAKEINTRESOURCEW(1), IMAGE_ICON, pixels, pixels, LR_SHARED));
+}
+
 class MainWindow : public CDialog {
   public:
     BOOL OnInitDialog() override {
         CDialog::OnInitDialog();
+        SetIcon(own_icon(*this, 16), FALSE);
+        SetIcon(own_icon(*this, 32), TRUE);
         CheckDlgButton(60, tvutil2::theme().mode == tvutil2::ThemeMode::dark ? 1 : 0);
         return TRUE;
     }

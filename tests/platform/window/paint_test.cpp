@@ -4,6 +4,7 @@
 #include "tvutil2/platform/draw/objects.h"
 #include "tvutil2/platform/draw/shapes.h"
 #include "tvutil2/platform/draw/surface.h"
+#include "tvutil2/platform/picture/icons.h"
 #include "tvutil2/platform/window/geometry.h"
 #include "tvutil2/platform/window/show.h"
 
@@ -288,6 +289,40 @@ class Tree {
     std::minstd_rand m_random;
     std::vector<Node> m_nodes;
 };
+
+// Where the frame is the window's own.
+TEST_F(Painting, TheIconOfAWindowStandsInFrontOfItsTitle) {
+    auto* const window = traced_window(WS_OVERLAPPEDWINDOW | WS_VISIBLE, nullptr, u"Title");
+    SetWindowPos(window, nullptr, 0, 0, 200, 100, SWP_NOZORDER);
+    constexpr std::uint32_t kGreen = 0xFF00FF00;
+    auto* const icon = tvutil2::make_icon(tvutil2::Surface::create(32, 32, 96, kGreen), {32, 32});
+    const auto green = [&] {
+        pump();
+        const auto picture = tvutil2::picture_of(window);
+        RECT found{200, 100, 0, 0};
+        for (LONG y = 0; y < 100; ++y) {
+            for (LONG x = 0; x < 200; ++x) {
+                if (picture->row(y)[x] != kGreen) continue;
+                found = {std::min(found.left, x), std::min(found.top, y),
+                         std::max(found.right, x + 1), std::max(found.bottom, y + 1)};
+            }
+        }
+        return found;
+    };
+    EXPECT_EQ(green().right, 0);
+    SendMessageW(window, WM_SETICON, ICON_BIG, reinterpret_cast<LPARAM>(icon));
+    const auto place = green();
+    EXPECT_EQ(place.right - place.left, 16);
+    EXPECT_EQ(place.bottom - place.top, 16);
+    EXPECT_LT(place.left, 20);
+    POINT client{0, 0};
+    ClientToScreen(window, &client);
+    EXPECT_LT(place.bottom, client.y);
+    SendMessageW(window, WM_SETICON, ICON_BIG, 0);
+    EXPECT_EQ(green().right, 0);
+    DestroyWindow(window);
+    DestroyIcon(icon);
+}
 
 TEST_F(Painting, RandomChangesShowTheRightPicture) {
     for (unsigned seed = 1; seed <= 30; ++seed) {

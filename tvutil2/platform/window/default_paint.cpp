@@ -6,6 +6,7 @@
 #include "tvutil2/platform/draw/objects.h"
 #include "tvutil2/platform/draw/shapes.h"
 #include "tvutil2/platform/draw/text.h"
+#include "tvutil2/platform/picture/icons.h"
 #include "tvutil2/platform/window/class_table.h"
 #include "tvutil2/platform/window/focus.h"
 #include "tvutil2/platform/window/geometry.h"
@@ -63,6 +64,17 @@ void fill_across(HDC context, const Frame& frame, LONG top, LONG bottom, int col
     FillRect(context, &row, system_brush(color));
 }
 
+// In front of the title; the rest of the bar is left.
+void paint_icon(HDC context, HWND window, const Frame& frame, RECT& bar) {
+    auto* const icon = reinterpret_cast<HICON>(SendMessageW(window, WM_GETICON, ICON_SMALL2, 0));
+    if (icon == nullptr || (frame.style & WS_SYSMENU) == 0) return;
+    const int side = scaled(16, frame.dpi);
+    const auto left = static_cast<int>(bar.left) + scaled(8, frame.dpi);
+    const auto top = static_cast<int>(bar.top + bar.bottom - side) / 2;
+    DrawIconEx(context, left, top, icon, side, side, 0, nullptr, DI_NORMAL);
+    bar.left = left + side - scaled(4, frame.dpi);
+}
+
 void paint_caption(HDC context, HWND window, const Frame& frame) {
     const bool is_active = GetActiveWindow() == window;
     const auto sides = frame_thickness(frame.style, frame.ex_style, frame.dpi);
@@ -78,6 +90,7 @@ void paint_caption(HDC context, HWND window, const Frame& frame) {
         draw_glyph(context, button, Glyph::close, scaled(10, frame.dpi), color);
         bar.right = button.left;
     }
+    paint_icon(context, window, frame, bar);
     const auto description = interface_font(frame.dpi);
     auto* const font = CreateFontIndirectW(&description);
     auto* const before = SelectObject(context, font);

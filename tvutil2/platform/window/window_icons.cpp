@@ -3,6 +3,7 @@
 #include "tvutil2/platform/draw/surface.h"
 #include "tvutil2/platform/picture/icons.h"
 #include "tvutil2/platform/window/class_table.h"
+#include "tvutil2/platform/window/default_paint.h"
 #include "tvutil2/platform/window/screen.h"
 #include "tvutil2/platform/window/window_table.h"
 
@@ -21,7 +22,10 @@ LRESULT set_icon(HWND window, WPARAM which, HICON icon) {
         if (record == nullptr) return 0;
         before = std::exchange(record->icons[which], icon);
     }
-    if (before != icon) tell_display(window, false);
+    if (before != icon) {
+        tell_display(window, false);
+        repaint_frame(window);
+    }
     return reinterpret_cast<LRESULT>(before);
 }
 
