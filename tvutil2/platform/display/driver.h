@@ -141,6 +141,8 @@ class Driver {
 
     /// Whether the desktop paints the frames of windows; else they are part of the surface.
     [[nodiscard]] virtual bool has_frames() const = 0;
+    /// Whether pop-ups are put where there is room for them, by what they open at.
+    [[nodiscard]] virtual bool finds_room() const { return false; }
     /// Shows a window, or shows it differently.
     virtual void show(const Shown& window, bool activates) = 0;
     virtual void hide(HWND window) = 0;

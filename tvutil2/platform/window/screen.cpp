@@ -184,6 +184,11 @@ void set_popup_base(HWND popup, const RECT& base) {
     if (record != nullptr) record->base = base;
 }
 
+bool display_finds_room() {
+    const auto* const driver = loaded_display();
+    return driver != nullptr && driver->finds_room();
+}
+
 bool is_on_display(HWND window) {
     const TreeLock tree;
     const auto* const record = tree.table.find(window);

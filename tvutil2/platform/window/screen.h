@@ -16,6 +16,8 @@ void tell_display(HWND window, bool activates);
 /// Says what a pop-up opens at, on the screen, before it is shown: a display that knows better
 /// where there is room may put it at another side of that.
 void set_popup_base(HWND popup, const RECT& base);
+/// Whether the display does: where its windows are the program doesn't know then.
+[[nodiscard]] bool display_finds_room();
 /// Whether a display shows it, or would if nothing were in front of it.
 [[nodiscard]] bool is_on_display(HWND window);
 /// The window is about to end without having been hidden.

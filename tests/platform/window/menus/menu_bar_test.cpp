@@ -142,6 +142,11 @@ TEST_F(MenuBars, ShowWhatThePointerIsOn) {
     tvutil2::move_pointer(point_of(1));
     EXPECT_EQ(ink(0), plain);
     EXPECT_NE(ink(1), plain);
+    tvutil2::move_pointer({2000, 2000});  // off the window, which is posted
+    pump();
+    EXPECT_EQ(ink(1), plain);
+    tvutil2::move_pointer(point_of(1));
+    EXPECT_NE(ink(1), plain);
     tvutil2::move_pointer(point_of(2));  // which can't be chosen
     EXPECT_EQ(ink(1), plain);
     EXPECT_EQ(ink(2), plain);

@@ -319,6 +319,7 @@ void DesktopDriver::follow_settings() {
 }
 
 void DesktopDriver::prepare() {
+    m_finds_room = is_on_wayland();
     m_clipboard.watch();
     tell_look();
     follow_settings();

@@ -24,6 +24,7 @@ class DesktopDriver : public Driver {
     bool connect();
 
     [[nodiscard]] bool has_frames() const override { return true; }
+    [[nodiscard]] bool finds_room() const override { return m_finds_room; }
     void show(const Shown& window, bool activates) override;
     void hide(HWND window) override;
     void activate(HWND window) override;
@@ -85,6 +86,7 @@ class DesktopDriver : public Driver {
     DesktopClipboard m_clipboard{m_thread};
 
     std::atomic<bool> m_is_asked{false};
+    std::atomic<bool> m_finds_room{false};
     std::mutex m_lock;
     std::unordered_map<HWND, std::shared_ptr<FrameBuffer>> m_buffers;  // with m_lock
 

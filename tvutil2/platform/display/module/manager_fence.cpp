@@ -10,7 +10,7 @@ namespace tvutil2 {
 namespace {
 
 // Managers that say that they answer, and don't, aren't waited for.
-constexpr gint64 kPatience = 5 * G_USEC_PER_SEC;
+constexpr gint64 kManagerPatience = 5 * G_USEC_PER_SEC;
 
 }  // namespace
 
@@ -51,7 +51,7 @@ void ManagerFence::ask() {
 }
 
 bool ManagerFence::is_pending() const {
-    return m_sent_at != 0 && g_get_monotonic_time() - m_sent_at < kPatience;
+    return m_sent_at != 0 && g_get_monotonic_time() - m_sent_at < kManagerPatience;
 }
 
 gboolean ManagerFence::on_property(GdkEventProperty* event) {

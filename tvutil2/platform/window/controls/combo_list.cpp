@@ -29,8 +29,9 @@ RECT list_place(HWND window, const ComboState& state, const ListState& list) {
     const int rows = std::clamp(list.items.count(), 1, kMostRows);
     const int edge = 2;
     auto height = static_cast<LONG>(rows * list.rows.height + edge);
-    const auto below = work.bottom - field.bottom;
-    const auto above = field.top - work.top;
+    const bool is_placed = !display_finds_room();
+    const auto below = is_placed ? work.bottom - field.bottom : (work.bottom - work.top) / 2;
+    const auto above = is_placed ? field.top - work.top : 0;
     const bool is_below = height <= below || below >= above;
     height = std::min(height, std::max(is_below ? below : above, LONG{1} * list.rows.height));
     const auto width = std::max<LONG>(field.right - field.left, state.dropped_width);

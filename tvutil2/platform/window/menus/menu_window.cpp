@@ -77,6 +77,7 @@ RECT placed(SIZE size, const MenuAnchor& anchor) {
     if ((anchor.flags & TPM_RIGHTALIGN) != 0) corner.x -= size.cx;
     if ((anchor.flags & TPM_VCENTERALIGN) != 0) corner.y -= size.cy / 2;
     if ((anchor.flags & TPM_BOTTOMALIGN) != 0) corner.y -= size.cy;
+    if (display_finds_room()) return {corner.x, corner.y, corner.x + size.cx, corner.y + size.cy};
     // Without room below it opens upwards, a submenu to the other side.
     if (corner.y + size.cy > work.bottom && !anchor.is_submenu &&
         anchor.point.y - size.cy >= work.top) {
