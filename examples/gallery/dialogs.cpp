@@ -151,7 +151,7 @@ std::unique_ptr<CDialog> make() {
 HICON own_icon(const CDialog& dialog, int side) {
     const auto pixels = MulDiv(side, static_cast<int>(GetDpiForWindow(dialog.m_hWnd)), 96);
     return reinterpret_cast<HICON>(
-        LoadImageW(nullptr, MAKEINTRESOURCEW(1), IMAGE_ICON, pixels, pixels, LR_SHARED));
+        LoadImageW(AfxGetResourceHandle(), MAKEINTRESOURCEW(1), IMAGE_ICON, pixels, pixels, 0));
 }
 
 class MainWindow : public CDialog {
