@@ -78,6 +78,8 @@ void DesktopThread::set_state(State state) {
 
 void DesktopThread::run() {
     t_is_desktop_thread = true;
+    // Work that is posted before the loop runs waits for it: who posts would else do it himself.
+    g_main_context_acquire(nullptr);
     // The locale is the program's own. What the desktop's library says itself is in the person's.
     gtk_disable_setlocale();
     if (const auto locale = newlocale(LC_ALL_MASK, "", nullptr)) uselocale(locale);
