@@ -1,5 +1,7 @@
 #include "tvutil2/platform/draw/text.h"
 
+#include "tvutil2/platform/base/locale.h"
+#include "tvutil2/platform/base/utf.h"
 #include "tvutil2/platform/draw/device_context.h"
 #include "tvutil2/platform/draw/objects.h"
 #include "tvutil2/platform/draw/shapes.h"
@@ -35,11 +37,11 @@ class Paper {
     Paper& operator=(const Paper&) = delete;
 
     [[nodiscard]] HDC dc() const { return m_dc; }
-    // Around all that is written; empty when nothing is.
-    [[nodiscard]] RECT ink() const {
+    // Around all that is written, from `left` on; empty when nothing is.
+    [[nodiscard]] RECT ink(int left = 0) const {
         RECT box{};
         for (int y = 0; y < m_surface->height(); ++y) {
-            for (int x = 0; x < m_surface->width(); ++x) {
+            for (int x = left; x < m_surface->width(); ++x) {
                 if (m_surface->row(y)[x] == 0xFFFFFFFF) continue;
                 const auto before = box;
                 const RECT pixel{x, y, x + 1, y + 1};
@@ -232,6 +234,48 @@ TEST(Text, CaretsStandBetweenCharactersAsPeopleSeeThem) {
     const auto wrapped = lay_out_text(paper.dc(), u"one two three", {.wrap_width = 30});
     EXPECT_EQ(wrapped->line_count(), 3);
     EXPECT_EQ(wrapped->line_start(2), 8U);
+}
+
+// The full stop of a language is its own behind a word of letters, too.
+TEST(Text, MarksAreThoseOfTheLanguage) {
+    const auto locale = GetThreadLocale();
+    SetThreadLocale(0x0404);
+    const auto ink_behind = [](const char16_t* first) {
+        const Paper paper(192);
+        const RECT rect{0, 0, 400, 120};
+        paper.draw(first + std::u16string(u"\u3002"), rect, DT_SINGLELINE | DT_NOPREFIX);
+        const auto width = paper.measure(first).cx;
+        auto ink = paper.ink(width);
+        OffsetRect(&ink, -width, 0);
+        return ink;
+    };
+    const auto alone = ink_behind(u"");
+    for (const auto* first : {u"\u4E2D", u"H", u"\u300CH\u300D", u"H (1)"}) {
+        EXPECT_TRUE(same_rect(ink_behind(first), alone)) << to_utf8_lossy(first);
+    }
+    SetThreadLocale(locale);
+}
+
+TEST(Text, KoreanIsBrokenBetweenItsWords) {
+    const Paper paper;
+    const std::u16string text =
+        u"\uBCC0\uACBD \uB0B4\uC6A9\uC744 \uC801\uC6A9\uD558\uB824\uBA74 "
+        u"\uD504\uB85C\uADF8\uB7A8\uC744 \uB2E4\uC2DC "
+        u"\uC2DC\uC791\uD574\uC57C \uD569\uB2C8\uB2E4.";
+    const auto widest = paper.measure(u"\uD504\uB85C\uADF8\uB7A8\uC744 ").cx + 8;
+    for (int width = widest; width < 250; ++width) {
+        const auto layout =
+            lay_out_text(paper.dc(), text, {.wrap_width = width, .language = 0x0412});
+        for (int line = 1; line < layout->line_count(); ++line) {
+            EXPECT_EQ(text[layout->line_start(line) - 1], u' ') << width;
+        }
+    }
+    // One that has no room is broken, as in any language.
+    const std::u16string word(40, u'\uD504');
+    const auto broken = lay_out_text(paper.dc(), word,
+                                     {.wrap_width = 100, .breaks_words = true, .language = 0x0412});
+    EXPECT_GT(broken->line_count(), 3);
+    EXPECT_LE(broken->line_width(0), 100);
 }
 
 TEST(Text, AMillionCharactersAreMeasuredInParts) {

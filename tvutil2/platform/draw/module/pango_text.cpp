@@ -3,6 +3,7 @@
 #include "tvutil2/platform/draw/module/cairo_canvas.h"
 #include "tvutil2/platform/draw/module/pango_font.h"
 #include "tvutil2/platform/draw/module/recent_layouts.h"
+#include "tvutil2/platform/draw/module/script_rules.h"
 #include "tvutil2/platform/draw/module/utf8_text.h"
 
 #include <algorithm>
@@ -164,8 +165,14 @@ class PangoParagraph : public TextLayout {
             pango_attr_list_insert(list.get(), pango_attr_strikethrough_new(TRUE));
         }
         if (const auto* const tag = language_tag(options.language); *tag != 0) {
-            pango_attr_list_insert(list.get(),
-                                   pango_attr_language_new(pango_language_from_string(tag)));
+            auto* const language = pango_language_from_string(tag);
+            pango_attr_list_insert(list.get(), pango_attr_language_new(language));
+            write_marks_as(list.get(), m_layout.get(), language);
+            const bool is_korean = (options.language & 0x3FF) == 0x12;
+            if (is_korean && options.wrap_width >= 0) {
+                keep_words_whole(list.get(), m_text.bytes(),
+                                 options.wrap_width / std::max(1, font.metrics().size));
+            }
         }
         if (options.underlined >= 0 && static_cast<std::size_t>(options.underlined) < size) {
             auto* const mark = pango_attr_underline_new(PANGO_UNDERLINE_SINGLE);
