@@ -88,13 +88,13 @@ void paint_push(HWND window, const ControlPaint& paint, const ButtonState& state
     const auto text = text_of(window);
     const auto style = style_of(window);
     if ((style & BS_MULTILINE) != 0) {
-        const UINT format = DT_CENTER | DT_WORDBREAK;
+        const UINT format = DT_CENTER | DT_WORDBREAK | reading_of(window);
         area.top += (area.bottom - area.top - height_of(paint, text, area, format)) / 2;
         draw(paint, text, area, format);
     } else {
         const auto sides = style & (BS_LEFT | BS_RIGHT);
         const UINT side = sides == BS_LEFT ? DT_LEFT : sides == BS_RIGHT ? DT_RIGHT : DT_CENTER;
-        draw(paint, text, area, side | DT_VCENTER | DT_SINGLELINE);
+        draw(paint, text, area, side | DT_VCENTER | DT_SINGLELINE | reading_of(window));
     }
     if (GetFocus() == window) draw_focus_ring(paint, paint.client());
 }
@@ -117,19 +117,22 @@ void paint_link(HWND window, const ControlPaint& paint, const ButtonState& state
     if (has_frame) draw_push_button(paint, paint.client(), look);
     const auto accent = look.is_disabled ? GetSysColor(COLOR_GRAYTEXT) : theme().palette.accent;
     auto area = paint.client();
-    const RECT arrow{area.left, area.top, area.left + scaled(36, dpi), area.bottom};
-    draw_glyph(paint, arrow, Glyph::command, scaled(16, dpi), accent);
-    area.left = arrow.right;
+    area.left += scaled(36, dpi);
     area.right -= scaled(8, dpi);
     auto* const font = larger_font(paint);
     auto* const before = SelectObject(paint, font);
     const auto text = text_of(window);
-    const UINT format = DT_WORDBREAK;
+    const UINT format = DT_WORDBREAK | reading_of(window);
     const auto title = height_of(paint, text, area, format);
+    TEXTMETRICW metrics{};
+    GetTextMetricsW(paint, &metrics);
     SelectObject(paint, before);
     const auto rest =
         state.note.empty() ? 0 : height_of(paint, state.note, area, format | DT_NOPREFIX);
     area.top += std::max<LONG>((area.bottom - area.top - title - rest) / 2, 0);
+    const RECT beside_first_line{paint.client().left, area.top, area.left,
+                                 area.top + metrics.tmHeight};
+    draw_glyph(paint, beside_first_line, Glyph::command, scaled(16, dpi), accent);
     SetTextColor(paint, GetSysColor(look.is_disabled ? COLOR_GRAYTEXT : COLOR_BTNTEXT));
     SelectObject(paint, font);
     draw(paint, text, area, format);
@@ -151,7 +154,7 @@ void paint_check(HWND window, const ControlPaint& paint, const ButtonState& stat
     box.right = box.left + size;
     area.left += size + scaled(6, paint.dpi());
     const bool is_multiline = (style_of(window) & BS_MULTILINE) != 0;
-    const UINT format = is_multiline ? DT_WORDBREAK : DT_SINGLELINE;
+    const UINT format = (is_multiline ? DT_WORDBREAK : DT_SINGLELINE) | reading_of(window);
     const auto height = height_of(paint, text, area, format);
     area.top += std::max<LONG>((area.bottom - area.top - height) / 2, 0);
     // The box stands beside the first line.
@@ -187,15 +190,15 @@ void paint_group(HWND window, const ControlPaint& paint) {
     if (text.empty()) return;
     RECT area{scaled(9, paint.dpi()), 0, paint.client().right - scaled(9, paint.dpi()),
               metrics.tmHeight};
-    DrawTextW(paint, text.c_str(), static_cast<int>(text.size()), &area,
-              DT_SINGLELINE | DT_CALCRECT);
+    const UINT format = DT_SINGLELINE | reading_of(window);
+    DrawTextW(paint, text.c_str(), static_cast<int>(text.size()), &area, format | DT_CALCRECT);
     size.cx = area.right - area.left;
     // The text interrupts the frame.
     RECT gap{area.left - scaled(3, paint.dpi()), 0, area.left + size.cx + scaled(3, paint.dpi()),
              metrics.tmHeight};
     FillRect(paint, &gap, background);
     if ((style_of(window) & WS_DISABLED) != 0) SetTextColor(paint, GetSysColor(COLOR_GRAYTEXT));
-    draw(paint, text, area, DT_SINGLELINE);
+    draw(paint, text, area, format);
 }
 
 void paint_owner_drawn(HWND window, const ControlPaint& paint, const ButtonState& state) {

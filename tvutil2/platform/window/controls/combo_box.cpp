@@ -27,7 +27,7 @@ namespace tvutil2 {
 namespace {
 
 constexpr int kArrowWidth = 24;
-constexpr int kSideMargin = 8;
+constexpr int kSideMargin = 7;  // where a box with an edit has its text
 constexpr int kEditId = 1001;
 
 bool has_edit(HWND window) {
@@ -124,7 +124,7 @@ void paint(HWND window, const ComboState& state) {
         RECT row{area.left + scaled(kSideMargin, dpi), area.top, arrow.left, area.bottom};
         const auto& text = list->items.at(list->current).text;
         DrawTextW(paint, text.c_str(), static_cast<int>(text.size()), &row,
-                  DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX | DT_END_ELLIPSIS);
+                  DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX | DT_END_ELLIPSIS | reading_of(window));
     }
     if (state.has_focus) draw_focus_ring(paint, area);
 }

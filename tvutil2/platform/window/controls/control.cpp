@@ -41,6 +41,10 @@ DWORD style_of(HWND control) {
     return static_cast<DWORD>(GetWindowLongW(control, GWL_STYLE));
 }
 
+UINT reading_of(HWND control) {
+    return (GetWindowLongW(control, GWL_EXSTYLE) & LONG{WS_EX_RTLREADING}) != 0 ? DT_RTLREADING : 0;
+}
+
 RECT client_of(HWND control) {
     RECT client{};
     GetClientRect(control, &client);

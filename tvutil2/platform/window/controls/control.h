@@ -20,6 +20,8 @@ HBRUSH ask_colors(HWND control, HDC context, UINT message);
 /// The text as WM_GETTEXT gives it.
 [[nodiscard]] std::u16string text_of(HWND control);
 [[nodiscard]] DWORD style_of(HWND control);
+/// How DrawTextW is to read its text: DT_RTLREADING or 0.
+[[nodiscard]] UINT reading_of(HWND control);
 /// Its client area, in its own coordinates.
 [[nodiscard]] RECT client_of(HWND control);
 void repaint(HWND control);

@@ -71,7 +71,3 @@ inline constexpr UINT WM_COPY = 0x301;
 inline constexpr UINT WM_PASTE = 0x302;
 inline constexpr UINT WM_CLEAR = 0x303;
 inline constexpr UINT WM_UNDO = 0x304;
-
-// Of windows whose text is read from right to left, and of such that stands at the right.
-inline constexpr DWORD WS_EX_RIGHT = 0x1000;
-inline constexpr DWORD WS_EX_RTLREADING = 0x2000;

@@ -361,8 +361,12 @@ void EditView::paint() {
     if (m_state.text.size() == 0 && (!has_focus || m_state.cue_stays) && !m_state.cue.empty()) {
         SetTextColor(paint, is_disabled ? color : theme().palette.placeholder);
         auto area = format;
+        const UINT side = (m_style & ES_RIGHT) != 0    ? DT_RIGHT
+                          : (m_style & ES_CENTER) != 0 ? DT_CENTER
+                                                       : DT_LEFT;
         DrawTextW(paint, m_state.cue.c_str(), static_cast<int>(m_state.cue.size()), &area,
-                  DT_SINGLELINE | DT_VCENTER | DT_END_ELLIPSIS | DT_NOPREFIX);
+                  side | reading_of(m_window) | DT_SINGLELINE | DT_VCENTER | DT_END_ELLIPSIS |
+                      DT_NOPREFIX);
     }
     if (box.bottom > box.top) {
         const auto last = row_at(box.bottom - 1);

@@ -61,7 +61,7 @@ void paint_row(HDC context, const ListState& state, HWND window, int index, RECT
     InflateRect(&row, -scaled(kItemMargin, dpi), 0);
     const auto& text = state.items.at(index).text;
     DrawTextW(context, text.c_str(), static_cast<int>(text.size()), &row,
-              DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX | DT_END_ELLIPSIS);
+              DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX | DT_END_ELLIPSIS | reading_of(window));
     SetTextColor(context, before);
 }
 

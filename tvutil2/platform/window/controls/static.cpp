@@ -11,6 +11,7 @@
 #include "tvutil2/platform/window/controls/control.h"
 #include "tvutil2/platform/window/controls/owner_draw.h"
 #include "tvutil2/platform/window/dialogs/dialogs.h"
+#include "tvutil2/platform/window/geometry.h"
 #include "tvutil2/platform/window/hit_test.h"
 #include "tvutil2/platform/window/messages.h"
 #include "tvutil2/platform/window/window.h"
@@ -24,8 +25,10 @@ struct StaticState : ControlState {
     LRESULT image = 0;  // an icon's or a bitmap's handle
 };
 
-UINT text_format(DWORD style) {
-    UINT format = DT_EXPANDTABS;
+UINT text_format(HWND window, DWORD style) {
+    UINT format = DT_EXPANDTABS | reading_of(window);
+    const bool is_at_right = (GetWindowLongW(window, GWL_EXSTYLE) & LONG{WS_EX_RIGHT}) != 0;
+    if (is_at_right && (style & SS_TYPEMASK) != SS_CENTER) format |= DT_RIGHT;
     switch (style & SS_TYPEMASK) {
         case SS_CENTER:
             format |= DT_CENTER | DT_WORDBREAK;
@@ -57,7 +60,8 @@ void paint_text(HWND window, const ControlPaint& paint, DWORD style) {
     if ((style & WS_DISABLED) != 0) SetTextColor(paint, GetSysColor(COLOR_GRAYTEXT));
     const auto text = text_of(window);
     auto area = paint.client();
-    DrawTextW(paint, text.c_str(), static_cast<int>(text.size()), &area, text_format(style));
+    DrawTextW(paint, text.c_str(), static_cast<int>(text.size()), &area,
+              text_format(window, style));
 }
 
 void paint_bitmap(const ControlPaint& paint, HBITMAP bitmap, DWORD style) {
@@ -82,6 +86,29 @@ void paint_icon(const ControlPaint& paint, HICON icon, DWORD style) {
     DrawIconEx(paint, is_centred ? (client.right - size.cx) / 2 : 0,
                is_centred ? (client.bottom - size.cy) / 2 : 0, icon, size.cx, size.cy, 0, nullptr,
                DI_NORMAL);
+}
+
+// What has no size of its own in mind is as large as its picture.
+void take_image_size(HWND window, LRESULT image) {
+    const auto style = style_of(window);
+    if ((style & (SS_CENTERIMAGE | SS_REALSIZECONTROL)) != 0) return;
+    SIZE size{};
+    BITMAP description{};
+    const auto type = style & SS_TYPEMASK;
+    if (type == SS_ICON) {
+        if (icon_pixels(reinterpret_cast<HICON>(image), size) == nullptr) return;
+    } else if (type == SS_BITMAP && GetObjectW(reinterpret_cast<HBITMAP>(image), sizeof description,
+                                               &description) != 0) {
+        size = {description.bmWidth, description.bmHeight};
+    }
+    if (size.cx <= 0 || size.cy <= 0) return;
+    RECT place{};
+    RECT client{};
+    GetWindowRect(window, &place);
+    GetClientRect(window, &client);
+    SetWindowPos(window, nullptr, 0, 0, place.right - place.left - client.right + size.cx,
+                 place.bottom - place.top - client.bottom + size.cy,
+                 SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
 }
 
 // Areas and frames by name: the colours of frames, of quieter ones, and that of fields. Those of
@@ -146,8 +173,10 @@ LRESULT static_procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam
         case STM_SETIMAGE:
         case STM_SETICON: {
             const auto given = message == STM_SETIMAGE ? lparam : static_cast<LPARAM>(wparam);
+            const auto before = std::exchange(state->image, given);
+            take_image_size(window, given);
             repaint(window);
-            return std::exchange(state->image, given);
+            return before;
         }
         case STM_GETIMAGE:
         case STM_GETICON:

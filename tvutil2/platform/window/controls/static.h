@@ -20,6 +20,7 @@ inline constexpr DWORD SS_BITMAP = 0xE;
 inline constexpr DWORD SS_ETCHEDHORZ = 0x10;
 inline constexpr DWORD SS_ETCHEDVERT = 0x11;
 inline constexpr DWORD SS_TYPEMASK = 0x1F;
+inline constexpr DWORD SS_REALSIZECONTROL = 0x40;
 inline constexpr DWORD SS_NOPREFIX = 0x80;
 inline constexpr DWORD SS_NOTIFY = 0x100;
 inline constexpr DWORD SS_CENTERIMAGE = 0x200;
@@ -37,6 +38,7 @@ inline constexpr WORD STN_ENABLE = 2;
 inline constexpr WORD STN_DISABLE = 3;
 
 /// The icon (SS_ICON) or bitmap (SS_BITMAP); setting gives the one before. It stays its owner's.
+/// The control becomes as large as it, but for SS_CENTERIMAGE and SS_REALSIZECONTROL.
 inline constexpr UINT STM_SETICON = 0x170;
 inline constexpr UINT STM_GETICON = 0x171;
 inline constexpr UINT STM_SETIMAGE = 0x172;
