@@ -31,6 +31,10 @@ class Painter {
     [[nodiscard]] double scale() const { return m_drawing.surface().dpi() / 96.0; }
     /// The width of a thin line: whole pixels, so that it is crisp.
     [[nodiscard]] double line() const { return std::max(1.0, std::floor(scale() + 0.25)); }
+    /// That of a frame which marks something: it covers a thinner one.
+    [[nodiscard]] double thick_line() const {
+        return std::max(2 * line(), std::round(1.5 * scale()));
+    }
     [[nodiscard]] Box box(const RECT& rect) const {
         constexpr LONG kFar = 1 << 20;
         const auto at = m_drawing.to_device(rect);
@@ -182,7 +186,8 @@ bool draw_push_button(HDC context, const RECT& rect, const ControlLook& look) {
         look.is_default && !look.is_disabled && theme().mode != ThemeMode::high_contrast;
     painter.fill_round(box, corner, is_accented ? accent_of(look, colors) : face_of(look, colors));
     const bool is_marked = look.is_default && !look.is_disabled;
-    painter.frame_round(box, corner, painter.line() * (is_marked && !is_accented ? 2 : 1),
+    painter.frame_round(box, corner,
+                        is_marked && !is_accented ? painter.thick_line() : painter.line(),
                         is_marked ? accent_of(look, colors) : border_of(look, colors));
     return true;
 }
@@ -279,8 +284,8 @@ bool draw_round_area(HDC context, const RECT& rect, int radius, COLORREF color) 
 bool draw_focus_ring(HDC context, const RECT& rect) {
     const Painter painter(context);
     if (!painter) return false;
-    painter.frame_round(painter.box(rect), kCorner * painter.scale(),
-                        std::max(1.0, std::round(1.5 * painter.scale())), theme().palette.focus);
+    painter.frame_round(painter.box(rect), kCorner * painter.scale(), painter.thick_line(),
+                        theme().palette.focus);
     return true;
 }
 

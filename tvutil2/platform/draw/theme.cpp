@@ -58,7 +58,7 @@ constexpr Theme kHighContrast{
      rgb(0x000000), rgb(0x000000), rgb(0xFFFF00), rgb(0x000000), rgb(0x000000), rgb(0x1AEBFF),
      rgb(0x000000)},
     {.border = rgb(0xFFFFFF), .divider = rgb(0xFFFFFF), .face = rgb(0x000000),
-     .hot_face = rgb(0x000000), .pressed_face = rgb(0x202020), .disabled_face = rgb(0x000000),
+     .hot_face = rgb(0x2D2D2D), .pressed_face = rgb(0x4A4A4A), .disabled_face = rgb(0x000000),
      .disabled_border = rgb(0x3FF23F), .accent = rgb(0x1AEBFF), .hot_accent = rgb(0x6FF3FF),
      .pressed_accent = rgb(0x00C5D8), .accent_text = rgb(0x000000), .focus = rgb(0xFFFF00),
      .placeholder = rgb(0xFFFFFF), .hot_row = rgb(0x1F1F1F), .quiet_row = rgb(0x404040),
