@@ -23,7 +23,7 @@ constexpr Words kWords[] = {
      {u"确定", u"取消", u"中止(&A)", u"重试(&R)", u"忽略(&I)", u"是(&Y)", u"否(&N)", u"重试(&T)",
       u"继续(&C)"}},
     {0x04,
-     {u"確定", u"取消", u"中止(&A)", u"重試(&R)", u"忽略(&I)", u"是(&Y)", u"否(&N)", u"重試(&T)",
+     {u"確定", u"取消", u"中止(&A)", u"重試(&R)", u"略過(&I)", u"是(&Y)", u"否(&N)", u"重試(&T)",
       u"繼續(&C)"}},
     {0x07,
      {u"OK", u"Abbrechen", u"&Abbrechen", u"&Wiederholen", u"&Ignorieren", u"&Ja", u"&Nein",
