@@ -219,6 +219,7 @@ const std::vector<Entry>& entries() {
         {"bars", 107, false, make_bars},
         {"menus", 108, false, make_menus, {{"hot", point_at_bar}}},
         {"animation", 109, false, make_animation},
+        {"directions", 110, false, make_directions, {{"open", open_box}}},
         {"edits", 120, false, make<Edits>},
         {"language", 14010, true, make<CChangeLangDlg>},
         {"help", 14029, true, make<CHelpProgramDlg>},

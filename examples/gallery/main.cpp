@@ -2,8 +2,8 @@
 //
 //   Gallery                    in windows
 //   Gallery --screenshot DIR [--every-look]   as PNG files in DIR, which is made, without a
-//   display;
-//                              dialogs of the library in all languages, light or in every look
+//                              display; dialogs of the library in all languages, light or in
+//                              every look
 //   Gallery --soak SECONDS [--seed N]   opens all of it at random, without a display
 #include <sys/stat.h>
 

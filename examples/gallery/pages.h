@@ -13,6 +13,7 @@ std::unique_ptr<CDialog> make_views();
 std::unique_ptr<CDialog> make_bars();
 std::unique_ptr<CDialog> make_menus();
 std::unique_ptr<CDialog> make_animation();
+std::unique_ptr<CDialog> make_directions();
 /// The library's dialog of features, with a plain list of switches in it.
 std::unique_ptr<CDialog> make_features();
 

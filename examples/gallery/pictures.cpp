@@ -9,6 +9,7 @@
 #include "tvutil2/platform/process/message_box.h"
 #include "tvutil2/platform/window/dialogs/dialogs.h"
 #include "tvutil2/platform/window/find_windows.h"
+#include "tvutil2/platform/window/focus.h"
 #include "tvutil2/platform/window/geometry.h"
 #include "tvutil2/platform/window/keys.h"
 #include "tvutil2/platform/window/messages.h"
@@ -43,8 +44,12 @@ constexpr Look kLooks[] = {
     {"light-150", ThemeMode::light, 144},
     {"light-200", ThemeMode::light, 192},
     {"dark-100", ThemeMode::dark, 96},
+    {"dark-125", ThemeMode::dark, 120},
+    {"dark-150", ThemeMode::dark, 144},
     {"dark-200", ThemeMode::dark, 192},
     {"contrast-100", ThemeMode::high_contrast, 96},
+    {"contrast-125", ThemeMode::high_contrast, 120},
+    {"contrast-150", ThemeMode::high_contrast, 144},
     {"contrast-200", ThemeMode::high_contrast, 192},
 };
 const std::string kLanguages[] = {"en", "zh-cn", "zh-tw", "fr", "de", "ja",
@@ -104,6 +109,7 @@ class Pictures {
     static void settle() {
         MSG message;
         while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE) != 0) {
+            if (IsDialogMessageW(GetActiveWindow(), &message)) continue;
             TranslateMessage(&message);
             DispatchMessageW(&message);
         }
@@ -193,8 +199,8 @@ void look_at_open_menu(HWND, UINT, UINT_PTR id, DWORD) {
     g_waiting.pictures->take(FindWindowW(u"#32768", nullptr), g_waiting.name);
     if (g_waiting.page != nullptr) {
         g_waiting.pictures->take(g_waiting.page, g_waiting.name + "-page");
+        tvutil2::type_key(VK_ESCAPE);  // leaves the bar, after the menu
     }
-    tvutil2::type_key(VK_ESCAPE);
     tvutil2::type_key(VK_ESCAPE);
 }
 
@@ -301,7 +307,7 @@ int write_pictures(const std::string& folder, bool in_every_look) {
     take_messages(pictures);
     take_library(pictures, "");
     for (const auto& look : kLooks) {
-        if (!in_every_look || (look.dpi != 96 && look.dpi != 192) || &look == kLooks) continue;
+        if (!in_every_look || &look == kLooks) continue;
         Pictures::put_on(look);
         take_library(pictures, std::string(1, '-') + look.name);
     }
