@@ -290,4 +290,51 @@ TEST_F(EditControls, ChooseAFolderAndTellTheirParentInAnyCase) {
     }
 }
 
+TEST_F(EditControls, ChooseAFileAndTellNobody) {
+    const auto folder = tests::new_folder();
+    tests::write_file(folder + "/there.txt", "x");
+    const auto path = tests::platform_path(folder);
+    constexpr int kName = 0x047C;
+    const auto say = [](const char16_t* name) -> tests::Step {
+        return [name](HWND dialog) {
+            if (GetDlgItem(dialog, kName) == nullptr) return false;
+            SetDlgItemTextW(dialog, kName, name);
+            SendMessageW(dialog, WM_COMMAND, IDOK, 0);
+            return true;
+        };
+    };
+    // What the edit says comes first, in its own folder.
+    const auto is_offered = [](HWND dialog) {
+        char16_t text[100] = {};
+        GetDlgItemTextW(dialog, kName, text, 100);
+        return std::u16string_view(text) == u"before.txt";
+    };
+    const tests::Step refuse = [](HWND dialog) {
+        if (GetDlgItem(dialog, kName) != nullptr) return false;
+        SendMessageW(dialog, WM_COMMAND, IDOK, 0);
+        return true;
+    };
+    const auto before = path + u"\\before.txt";
+    const struct {
+        BOOL opens;
+        std::vector<tests::Step> steps;
+        std::u16string text;
+    } cases[] = {{TRUE, {is_offered, say(u"there")}, path + u"\\there.txt"},
+                 {FALSE, {is_offered, say(u"new")}, path + u"\\new.txt"},
+                 {TRUE, {say(u"new"), refuse, tests::press(VK_ESCAPE)}, before},
+                 {FALSE, {say(u"none\\new"), refuse, tests::press(VK_ESCAPE)}, before}};
+    for (const auto& each : cases) {
+        SCOPED_TRACE(&each - cases);
+        CBrowseFileEdit edit(u"txt", 0, each.opens, nullptr);
+        show(edit);
+        edit.SetWindowText(before.c_str());
+        const tests::Person person(each.steps);
+        edit.GetDlgItem(100)->SendMessage(BM_CLICK);
+        EXPECT_TRUE(person.has_done_all());
+        EXPECT_EQ(text_of(edit), each.text);
+        EXPECT_TRUE(m_host.clicks.empty());
+        m_host.DestroyWindow();
+    }
+}
+
 }  // namespace

@@ -4,6 +4,7 @@
 #include "tvutil2/platform/base/locale.h"
 #include "tvutil2/platform/process/modules.h"
 #include "tvutil2/platform/resource/resource.h"
+#include "tvutil2/platform/window/common_dialogs/open_file_hook.h"
 #include "tvutil2/platform/window/dialogs/dialogs.h"
 
 #include <gtest/gtest.h>
@@ -150,6 +151,71 @@ TEST_F(FileDialogs, OpenSeveral) {
     EXPECT_EQ(dialog.m_strFilePath.View(), u"first");
     EXPECT_EQ(run(dialog, OFN_ALLOWMULTISELECT, {type(u"b.txt")}), IDOK);
     EXPECT_EQ(list_of(dialog), std::vector<std::u16string>{m_path + u"\\b.txt"});
+}
+
+TEST_F(FileDialogs, OpenFilesOfSeveralFolders) {
+    tests::write_file(m_host + "/in/d.txt", "x");
+    setenv("TVUTIL_DRIVES", ("D=" + m_host + "/in").c_str(), 1);
+    const struct {
+        std::u16string typed;
+        std::vector<std::u16string> paths;
+    } cases[] = {
+        {u"\"in\\d.txt\" \"a.txt\"", {m_path + u"\\in\\d.txt", m_path + u"\\a.txt"}},
+        {u"\"a.txt\" \"D:\\d.txt\"", {m_path + u"\\a.txt", m_path + u"\\in\\d.txt"}},
+    };
+    for (const auto& each : cases) {
+        CFileOpenDlg dialog;
+        EXPECT_EQ(run(dialog, OFN_ALLOWMULTISELECT, {type(each.typed)}), IDOK);
+        EXPECT_EQ(list_of(dialog), each.paths);
+    }
+    // A root ends in a backslash of its own.
+    std::filesystem::create_directory(m_host + "/in/x");
+    tests::write_file(m_host + "/in/x/e.txt", "x");
+    CFileOpenDlg dialog;
+    EXPECT_EQ(run(dialog, OFN_ALLOWMULTISELECT, {type(u"\"D:\\x\\e.txt\" \"D:\\d.txt\"")}), IDOK);
+    EXPECT_EQ(list_of(dialog), (std::vector<std::u16string>{u"D:\\\\x\\e.txt", u"D:\\\\d.txt"}));
+}
+
+// The library's own resources have the template.
+TEST_F(FileDialogs, HandTheirHookAndTemplateOn) {
+    constexpr DWORD kTemplate = 14012;
+    constexpr int kNo = 7;
+    std::vector<UINT> heard;
+    CFileOpenDlg dialog;
+    dialog.m_dwTemplateID = 0xABCD0000 | kTemplate;
+    dialog.m_strFilePath = u"first";
+    dialog.m_lCustData = reinterpret_cast<LPARAM>(&heard);
+    dialog.m_pfnHook = [](HWND part, UINT message, WPARAM, LPARAM parameter) -> UINT_PTR {
+        static std::vector<UINT>* codes = nullptr;
+        if (message == WM_INITDIALOG) {
+            codes = reinterpret_cast<std::vector<UINT>*>(
+                reinterpret_cast<const OPENFILENAMEW*>(parameter)->lCustData);
+            EXPECT_NE(GetDlgItem(part, kNo), nullptr);
+            return TRUE;
+        }
+        if (message != WM_NOTIFY) return FALSE;
+        codes->push_back(reinterpret_cast<const NMHDR*>(parameter)->code);
+        const bool refuses = codes->back() == CDN_FILEOK;
+        SetWindowLongPtrW(part, DWLP_MSGRESULT, refuses ? 1 : 0);
+        return refuses ? TRUE : FALSE;
+    };
+    const Step is_refused = [&](HWND) { return heard.back() == CDN_FILEOK; };
+    EXPECT_EQ(run(dialog, 0, {type(u"a.txt"), is_refused, cancel}), IDCANCEL);
+    EXPECT_EQ(dialog.m_strFilePath.View(), u"first");
+    EXPECT_EQ(heard, (std::vector<UINT>{CDN_INITDONE, CDN_FOLDERCHANGE, CDN_FILEOK}));
+}
+
+TEST_F(FileDialogs, ChooseNothingWithoutADisplay) {
+    setenv("TVUTIL_DISPLAY", "none", 1);
+    CFileOpenDlg dialog;
+    dialog.m_strFilePath = u"first";
+    EXPECT_EQ(run(dialog, 0, {}), IDCANCEL);
+    EXPECT_EQ(CommDlgExtendedError(), CDERR_DIALOGFAILURE);
+    EXPECT_EQ(dialog.m_strFilePath.View(), u"first");
+    CFolderOpenDlg folder;
+    folder.m_strPath = m_path.c_str();
+    EXPECT_EQ(folder.DoModal(), IDCANCEL);
+    EXPECT_EQ(folder.m_strPath.View(), m_path);
 }
 
 TEST_F(FileDialogs, AskBeforeTheyReplace) {

@@ -143,6 +143,18 @@ HRESULT SHGetSpecialFolderLocation(HWND owner, int folder, PIDLIST_ABSOLUTE* lis
     return *list != nullptr ? S_OK : E_OUTOFMEMORY;
 }
 
+UINT ILGetSize(PCIDLIST_ABSOLUTE list) {
+    if (list == nullptr) return 0;
+    const auto* const first = reinterpret_cast<const unsigned char*>(list);
+    const auto* place = first;
+    for (std::size_t items = 0; items < tvutil2::kMostItems; ++items) {
+        const auto size = tvutil2::size_at(place);
+        if (size == 0) break;
+        place += size;
+    }
+    return static_cast<UINT>(place - first + sizeof(WORD));
+}
+
 void ILFree(PIDLIST_ABSOLUTE list) {
     CoTaskMemFree(list);
 }

@@ -37,6 +37,8 @@ TVUTIL_API BOOL SHGetPathFromIDListW(PCIDLIST_ABSOLUTE list, char16_t* path);
 TVUTIL_API HRESULT SHGetSpecialFolderLocation(HWND owner, int folder, PIDLIST_ABSOLUTE* list);
 /// Null is passed over.
 TVUTIL_API void ILFree(PIDLIST_ABSOLUTE list);
+/// The bytes of a list, its end counted; 0 for null.
+TVUTIL_API UINT ILGetSize(PCIDLIST_ABSOLUTE list);
 
 namespace tvutil2 {
 

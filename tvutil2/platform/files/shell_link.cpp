@@ -75,6 +75,16 @@ bool write_whole(const std::string& path, const std::string& text) {
     return false;
 }
 
+// Nothing with the last error set.
+std::optional<LinkFields> read_link(const char16_t* path) {
+    const auto host = host_path_of(path);
+    std::string text;
+    if (!host || !read_whole(*host, text)) return std::nullopt;
+    auto fields = parse_link(text);
+    if (!fields) SetLastError(ERROR_BAD_FORMAT);
+    return fields;
+}
+
 class ShellLink final : public IShellLinkW, public IPersistFile {
   public:
     static HRESULT create(const IID& id, void** object) {
@@ -152,11 +162,8 @@ class ShellLink final : public IShellLinkW, public IPersistFile {
     }
 
     HRESULT Load(const char16_t* path, DWORD /*mode*/) override {
-        const auto host = host_path_of(path);
-        std::string text;
-        if (!host || !read_whole(*host, text)) return last_error_result();
-        auto fields = parse_link(text);
-        if (!fields) return HRESULT_FROM_WIN32(ERROR_BAD_FORMAT);
+        auto fields = read_link(path);
+        if (!fields) return last_error_result();
         m_fields = std::move(*fields);
         m_file = path;
         return S_OK;
@@ -187,4 +194,10 @@ class ShellLink final : public IShellLinkW, public IPersistFile {
 const ComClass g_shell_link(CLSID_ShellLink, ShellLink::create);
 
 }  // namespace
+
+std::optional<std::u16string> link_target(const std::u16string& path) {
+    auto fields = read_link(path.c_str());
+    return fields ? std::optional(std::move(fields->path)) : std::nullopt;
+}
+
 }  // namespace tvutil2

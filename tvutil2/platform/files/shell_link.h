@@ -7,6 +7,9 @@
 
 #include "tvutil2/platform/base/com.h"
 
+#include <optional>
+#include <string>
+
 struct WIN32_FIND_DATAW;
 
 inline constexpr CLSID CLSID_ShellLink{0x00021401, 0, 0, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}};
@@ -58,3 +61,10 @@ class IPersistFile : public IUnknown {
   protected:
     ~IPersistFile() = default;
 };
+
+namespace tvutil2 {
+
+/// What a file is a shortcut to, whether or not it is there; nothing for another file.
+[[nodiscard]] std::optional<std::u16string> link_target(const std::u16string& path);
+
+}  // namespace tvutil2

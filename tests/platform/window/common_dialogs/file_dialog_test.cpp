@@ -1,4 +1,6 @@
+#include "tvutil2/platform/base/com.h"
 #include "tvutil2/platform/base/locale.h"
+#include "tvutil2/platform/files/shell_link.h"
 #include "tvutil2/platform/window/common_dialogs/file_layout.h"
 #include "tvutil2/platform/window/common_dialogs/open_file_name.h"
 #include "tvutil2/platform/window/controls/combo_box.h"
@@ -17,6 +19,7 @@
 #include <vector>
 
 #include "tests/platform/window/common_dialogs/person.h"
+#include "tests/support/mounts.h"
 #include "tests/support/profile.h"
 
 namespace {
@@ -80,6 +83,14 @@ const Step go_to_rows = [](HWND dialog) {
     SetFocus(rows_of(dialog));
     return true;
 };
+// In a message box.
+Step answer_with(int button) {
+    return [button](HWND dialog) {
+        if (rows_of(dialog) != nullptr) return false;
+        SendMessageW(dialog, WM_COMMAND, static_cast<WPARAM>(button), 0);
+        return true;
+    };
+}
 // The header of a column.
 Step click_column(int column) {
     return [column](HWND dialog) {
@@ -216,11 +227,57 @@ TEST_F(FileDialogRows, SayWhatCannotBeShown) {
         fs::remove_all(m_host + "/in");
         return true;
     };
-    const Names unreadable{u"This folder can't be read"};
     EXPECT_EQ(open({shows({u"in", u"a.dat", u"b9.txt", u"b10.txt", u"loop"}), go_to_rows,
                     type(u"in"), press(VK_RETURN), shows({u"Nothing to show here"}), remove,
-                    press(VK_F5), shows(unreadable), press_with({VK_CONTROL}, 'L'),
-                    type(u"..\\loop"), press(VK_RETURN), shows(unreadable), press(VK_ESCAPE)}),
+                    shows({u"The folder \"in\" isn't there."}), press_with({VK_CONTROL}, 'L'),
+                    type(u"..\\loop"), press(VK_RETURN),
+                    shows({u"The folder \"loop\" isn't there."}), press(VK_ESCAPE)}),
+              u"");
+}
+
+TEST_F(FileDialogRows, FollowTheFolder) {
+    const Step change = [&](HWND) {
+        fs::remove(m_host + "/a.dat");
+        write("b1.txt", 1);
+        fs::rename(m_host + "/b10.txt", m_host + "/b3.txt");
+        return true;
+    };
+    // What is selected stays so.
+    EXPECT_EQ(open({shows(kUsual), go_to_rows, type(u"b9"), is_named(u"b9.txt"), change,
+                    shows({u"in", u"b1.txt", u"b3.txt", u"b9.txt"}), press(VK_UP),
+                    is_named(u"b3.txt"), press_with({VK_CONTROL}, 'L'), type(u"in"),
+                    press(VK_RETURN), is_in(m_path + u"\\in"), shows({u"Nothing to show here"}),
+                    [&](HWND) {
+                        write("in/new", 1);
+                        return true;
+                    },
+                    shows({u"new"}), press(VK_ESCAPE)}),
+              u"");
+}
+
+// Neither its folder nor a name on it keeps the dialog from going on.
+TEST_F(FileDialogRows, SayWhichDiskIsSilent) {
+    if (!tests::has_own_mounts()) GTEST_SKIP() << "no mounts";
+    const tests::DeadDisk disk(m_host + "/in");
+    if (!disk.is_there()) GTEST_SKIP() << "no file systems of programs";
+    const Names silent{u"\"in\" isn't answering."};
+    const auto inside = m_path + u"\\in";
+    m_asked.lpstrInitialDir = inside.c_str();
+    EXPECT_EQ(open({shows({u"Reading…"}), shows(silent), type(u"..\\in\\x"), press(VK_RETURN),
+                    answer_with(IDOK), click(tvutil2::kFileMake), answer_with(IDOK),
+                    press_with({VK_MENU}, VK_UP), is_in(m_path), shows(kUsual), press(VK_ESCAPE)}),
+              u"");
+}
+
+TEST_F(FileDialogRows, SayWhatCannotBeMade) {
+    if (!tests::has_own_mounts()) GTEST_SKIP() << "no mounts";
+    const tests::SmallDisk disk(m_host + "/in", 1);
+    if (!disk.is_there()) GTEST_SKIP() << "no file systems in memory";
+    const auto inside = m_path + u"\\in";
+    m_asked.lpstrInitialDir = inside.c_str();
+    EXPECT_EQ(open({shows({u"Nothing to show here"}), click(tvutil2::kFileMake),
+                    shows({u"New folder"}), click(tvutil2::kFileMake), answer_with(IDOK),
+                    shows({u"New folder"}), press(VK_ESCAPE)}),
               u"");
 }
 
@@ -233,17 +290,91 @@ TEST_F(FileDialogRows, MakeFolders) {
 }
 
 TEST_F(FileDialogRows, FollowTheFlags) {
-    const Step yes = [](HWND dialog) {
-        if (rows_of(dialog) != nullptr) return false;
-        SendMessageW(dialog, WM_COMMAND, IDYES, 0);
-        return true;
-    };
     m_asked.Flags = OFN_CREATEPROMPT;
-    EXPECT_EQ(
-        open({shows(kUsual), click(tvutil2::kFileReadOnly), type(u"new"), press(VK_RETURN), yes}),
-        m_path + u"\\new");
+    EXPECT_EQ(open({shows(kUsual), click(tvutil2::kFileReadOnly), type(u"new"), press(VK_RETURN),
+                    answer_with(IDYES)}),
+              m_path + u"\\new");
     EXPECT_NE(m_asked.Flags & OFN_READONLY, 0U);
     EXPECT_FALSE(fs::exists(m_host + "/new"));
+}
+
+// The extension is the caller's first, and the filter's when there is none or another is chosen.
+TEST_F(FileDialogRows, GiveNamesTheExtensionOfTheFilter) {
+    const auto choose = [](int filter) -> Step {
+        return [filter](HWND dialog) {
+            SendDlgItemMessageW(dialog, tvutil2::kFileTypes, CB_SETCURSEL,
+                                static_cast<WPARAM>(filter), 0);
+            SendMessageW(dialog, WM_COMMAND, MAKEWPARAM(tvutil2::kFileTypes, CBN_SELCHANGE), 0);
+            return true;
+        };
+    };
+    const auto say = [](const char16_t* text) -> Step {
+        return [text](HWND dialog) {
+            SetDlgItemTextW(dialog, tvutil2::kFileName, text);
+            return true;
+        };
+    };
+    m_asked.lpstrFilter = u"Texts\0*.txt;*.text\0All\0*.*\0Data\0*.dat\0Odd\0*.d?t\0";
+    const struct {
+        const char16_t* extension;
+        std::vector<Step> steps;
+        const char16_t* chosen;
+        bool differs;
+    } cases[] = {
+        {nullptr, {say(u"x"), choose(2)}, u"\\x", false},
+        {u"", {say(u"x")}, u"\\x.txt", false},
+        {u"doc", {say(u"x")}, u"\\x.doc", false},
+        {u"doc", {say(u"x.y")}, u"\\x.y", true},
+        {u"doc", {say(u"x"), choose(2)}, u"\\x.dat", true},
+        {u"doc", {say(u"x.DOC"), choose(2)}, u"\\x.dat", true},
+        {u"doc", {say(u"x.doc"), choose(2), choose(1)}, u"\\x.doc", false},
+        {u"doc", {say(u"x"), choose(2), choose(3)}, u"\\x.doc", false},
+        {u"doc", {say(u"docdoc"), choose(2)}, u"\\docdoc.dat", true},
+    };
+    for (const auto& each : cases) {
+        SCOPED_TRACE(&each - cases);
+        m_asked.lpstrDefExt = each.extension;
+        m_asked.nFilterIndex = 1;
+        m_chosen[0] = 0;
+        auto steps = each.steps;
+        steps.push_back(click(IDOK));
+        const tests::Person person(std::move(steps));
+        EXPECT_TRUE(GetSaveFileNameW(&m_asked));
+        EXPECT_EQ(m_chosen, m_path + each.chosen);
+        EXPECT_EQ((m_asked.Flags & OFN_EXTENSIONDIFFERENT) != 0, each.differs);
+    }
+}
+
+TEST_F(FileDialogRows, FollowShortcuts) {
+    const auto make_link = [&](const std::u16string& name, const std::u16string& to) {
+        IShellLinkW* link = nullptr;
+        IPersistFile* file = nullptr;
+        ASSERT_EQ(CoCreateInstance(CLSID_ShellLink, nullptr, CLSCTX_INPROC_SERVER, IID_IShellLinkW,
+                                   reinterpret_cast<void**>(&link)),
+                  S_OK);
+        link->SetPath(to.c_str());
+        link->QueryInterface(IID_IPersistFile, reinterpret_cast<void**>(&file));
+        EXPECT_EQ(file->Save((m_path + u"\\" + name).c_str(), TRUE), S_OK);
+        file->Release();
+        link->Release();
+    };
+    make_link(u"file.lnk", m_path + u"\\a.dat");
+    make_link(u"folder.lnk", m_path + u"\\in");
+    make_link(u"gone.lnk", m_path + u"\\gone");
+    write("none.lnk", 5);
+    const auto open_name = [&](const std::u16string& name) {
+        return open({type(name), press(VK_RETURN)});
+    };
+    m_asked.Flags |= OFN_FILEMUSTEXIST;
+    EXPECT_EQ(open_name(u"file.lnk"), m_path + u"\\a.dat");
+    EXPECT_EQ(open_name(u"none.lnk"), m_path + u"\\none.lnk");
+    EXPECT_EQ(
+        open({type(u"folder.lnk"), press(VK_RETURN), is_in(m_path + u"\\in"), press(VK_ESCAPE)}),
+        u"");
+    EXPECT_EQ(open({type(u"gone.lnk"), press(VK_RETURN), answer_with(IDOK), press(VK_ESCAPE)}),
+              u"");
+    m_asked.Flags |= OFN_NODEREFERENCELINKS;
+    EXPECT_EQ(open_name(u"folder.lnk"), m_path + u"\\folder.lnk");
 }
 
 }  // namespace

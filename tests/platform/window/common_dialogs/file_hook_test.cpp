@@ -1,3 +1,5 @@
+#include "tvutil2/platform/base/global_memory.h"
+#include "tvutil2/platform/files/item_list.h"
 #include "tvutil2/platform/process/modules.h"
 #include "tvutil2/platform/resource/resource.h"
 #include "tvutil2/platform/window/common_dialogs/open_file_hook.h"
@@ -12,6 +14,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <stdexcept>
 
@@ -23,6 +26,8 @@
 namespace {
 
 using tests::Step;
+
+constexpr int kPlaces = 0x3751;
 
 // What the hook does; it gets the child, and CDN_, or 0 for WM_INITDIALOG.
 std::function<INT_PTR(HWND child, UINT code, OPENFILENAMEW& asked)> g_react;
@@ -55,6 +60,12 @@ std::u16string answer_of(HWND dialog, UINT message) {
 
 LRESULT tell(HWND dialog, UINT message, int id, const char16_t* text) {
     return SendMessageW(dialog, message, static_cast<WPARAM>(id), reinterpret_cast<LPARAM>(text));
+}
+
+RECT place_of(HWND dialog, int id) {
+    RECT place{};
+    GetWindowRect(GetDlgItem(dialog, id), &place);
+    return place;
 }
 
 class FileHooks : public testing::Test {
@@ -130,12 +141,55 @@ TEST_F(FileHooks, HearWhatThePersonDoes) {
                                         CDN_SELCHANGE, CDN_FILEOK}));
 }
 
+// Whatever has been refused before.
+TEST_F(FileHooks, LeaveTheRecordAsItWasWhenNothingIsChosen) {
+    char16_t title[20] = u"title";
+    std::u16string(u"first").copy(m_file, 5);
+    m_asked.lpstrFileTitle = title;
+    m_asked.nMaxFileTitle = 20;
+    m_asked.lpstrDefExt = u"txt";
+    m_asked.nFileOffset = 77;
+    m_asked.Flags |= OFN_READONLY;
+    std::u16string refused;
+    char16_t larger[400] = u"larger";
+    g_react = [&](HWND child, UINT code, OPENFILENAMEW& asked) -> INT_PTR {
+        if (code == CDN_INITDONE) {
+            CheckDlgButton(GetParent(child), chx1, BST_UNCHECKED);
+            asked.lpstrFile = larger;
+            asked.nMaxFile = 400;
+        }
+        if (code != CDN_FILEOK) return 0;
+        refused = asked.lpstrFile;
+        EXPECT_EQ(std::u16string(title), u"b.dat");
+        EXPECT_EQ(asked.Flags & (OFN_READONLY | OFN_EXTENSIONDIFFERENT), OFN_EXTENSIONDIFFERENT);
+        SetWindowLongPtrW(child, DWLP_MSGRESULT, 1);
+        return 1;
+    };
+    const tests::Person person({say_ok(u"b.dat"), [&](HWND) { return !refused.empty(); },
+                                [](HWND dialog) {
+                                    SendMessageW(dialog, WM_COMMAND, IDCANCEL, 0);
+                                    return true;
+                                }});
+    EXPECT_FALSE(GetOpenFileNameW(&m_asked));
+    EXPECT_EQ(refused, m_path + u"\\b.dat");
+    EXPECT_EQ(std::u16string(larger), u"first");
+    EXPECT_EQ(std::u16string(title), u"title");
+    EXPECT_EQ(m_asked.nFileOffset, 77);
+    EXPECT_EQ(m_asked.Flags & (OFN_READONLY | OFN_EXTENSIONDIFFERENT), OFN_READONLY);
+}
+
 TEST_F(FileHooks, AskAndChangeTheDialog) {
     g_react = [&](HWND child, UINT code, OPENFILENAMEW&) -> INT_PTR {
         if (code != CDN_INITDONE) return 0;
         auto* const dialog = GetParent(child);
         EXPECT_EQ(answer_of(dialog, CDM_GETFOLDERPATH), m_path);
         EXPECT_EQ(answer_of(dialog, CDM_GETFILEPATH), m_path);
+        const auto size = SendMessageW(dialog, CDM_GETFOLDERIDLIST, 0, 0);
+        std::vector<unsigned char> list(static_cast<std::size_t>(size));
+        EXPECT_EQ(SendMessageW(dialog, CDM_GETFOLDERIDLIST, list.size(),
+                               reinterpret_cast<LPARAM>(list.data())),
+                  size);
+        EXPECT_EQ(tvutil2::path_of(reinterpret_cast<PCIDLIST_ABSOLUTE>(list.data())), m_path);
         tell(dialog, CDM_SETCONTROLTEXT, edt1, u"new");
         EXPECT_EQ(answer_of(dialog, CDM_GETSPEC), u"new");
         EXPECT_EQ(answer_of(dialog, CDM_GETFILEPATH), m_path + u"\\new");
@@ -145,6 +199,7 @@ TEST_F(FileHooks, AskAndChangeTheDialog) {
         EXPECT_EQ(SendMessageW(dialog, CDM_GETSPEC, 0, 0), 4);
         tell(dialog, CDM_SETCONTROLTEXT, IDOK, u"Take");
         tell(dialog, CDM_SETCONTROLTEXT, 9999, nullptr);
+        tell(dialog, CDM_HIDECONTROL, stc2, nullptr);
         tell(dialog, CDM_HIDECONTROL, cmb1, nullptr);
         tell(dialog, CDM_SETDEFEXT, 0, u"dat");
         return 0;
@@ -154,6 +209,9 @@ TEST_F(FileHooks, AskAndChangeTheDialog) {
         GetDlgItemTextW(dialog, IDOK, text, 20);
         EXPECT_EQ(std::u16string(text), u"Take");
         EXPECT_FALSE(IsWindowVisible(GetDlgItem(dialog, cmb1)));
+        // Nothing is left where it was.
+        const auto name = place_of(dialog, cmb13);
+        EXPECT_LT(place_of(dialog, IDOK).top - name.bottom, name.bottom - name.top);
         SendMessageW(dialog, WM_COMMAND, IDOK, 0);
         return true;
     }});
@@ -213,6 +271,78 @@ TEST_F(FileHooks, MayDoTheirWorst) {
             EXPECT_EQ(FindWindowW(u"#32770", nullptr), nullptr);
         }
     }
+}
+
+TEST_F(FileHooks, TakeATemplateFromMemory) {
+    tests::TemplateBytes bytes(u"", WS_CHILD, 100, 20);
+    const auto content = bytes.add(0x80, 5, WS_TABSTOP, u"x", 5, 5, 60, 14).bytes();
+    alignas(4) static unsigned char fixed[500];
+    std::memcpy(fixed, content.data(), content.size());
+    auto* const movable = GlobalAlloc(GMEM_MOVEABLE, content.size());
+    std::memcpy(GlobalLock(movable), content.data(), content.size());
+    GlobalUnlock(movable);
+    m_asked.Flags |= OFN_ENABLETEMPLATEHANDLE;
+    bool has_control = false;
+    g_react = [&](HWND child, UINT, OPENFILENAMEW&) {
+        has_control = GetDlgItem(child, 5) != nullptr;
+        return 0;
+    };
+    const HINSTANCE cases[] = {reinterpret_cast<HINSTANCE>(fixed),
+                               reinterpret_cast<HINSTANCE>(movable)};
+    for (auto* const each : cases) {
+        m_asked.hInstance = each;
+        has_control = false;
+        const tests::Person person({say_ok(u"a.txt")});
+        EXPECT_TRUE(GetOpenFileNameW(&m_asked));
+        EXPECT_TRUE(has_control);
+    }
+    EXPECT_EQ(GlobalFree(movable), nullptr);
+    m_asked.hInstance = nullptr;
+    EXPECT_FALSE(GetOpenFileNameW(&m_asked));
+    EXPECT_EQ(CommDlgExtendedError(), CDERR_NOTEMPLATE);
+}
+
+TEST_F(FileHooks, StandAroundTheDialog) {
+    // Left of, above, right of and below what belongs to the dialog.
+    tests::TemplateBytes bytes(u"", WS_CHILD, 180, 110);
+    bytes.add(0x82, stc32, 0, u"", 40, 20, 100, 60)
+        .add(0x80, 1001, WS_TABSTOP, u"l", 5, 30, 30, 14)
+        .add(0x80, 1002, WS_TABSTOP, u"t", 50, 3, 30, 14)
+        .add(0x80, 1003, WS_TABSTOP, u"r", 145, 30, 30, 14)
+        .add(0x80, 1004, WS_TABSTOP, u"b", 50, 90, 30, 14);
+    add_template(bytes.bytes());
+    HWND part = nullptr;
+    g_react = [&](HWND child, UINT, OPENFILENAMEW&) {
+        part = child;
+        return 0;
+    };
+    const auto check = [&](HWND dialog) {
+        const auto list = place_of(dialog, kPlaces);
+        const auto rows = place_of(dialog, lst1);
+        const auto right = place_of(part, 1003);
+        const auto bottom = place_of(part, 1004);
+        RECT whole{};
+        GetWindowRect(part, &whole);
+        EXPECT_LT(place_of(part, 1001).right, list.left);
+        EXPECT_LT(place_of(part, 1002).bottom, place_of(dialog, cmb2).top);
+        EXPECT_GT(right.left, rows.right);
+        EXPECT_LT(right.right, whole.right);
+        EXPECT_GT(bottom.top, place_of(dialog, IDCANCEL).bottom);
+        EXPECT_LT(bottom.bottom, whole.bottom);
+        EXPECT_FALSE(IsWindowVisible(GetDlgItem(part, stc32)));
+    };
+    const tests::Person person({[&](HWND dialog) {
+        check(dialog);
+        RECT place{};
+        GetWindowRect(dialog, &place);
+        SetWindowPos(dialog, nullptr, 0, 0, place.right - place.left + 100,
+                     place.bottom - place.top + 50, SWP_NOMOVE | SWP_NOZORDER);
+        check(dialog);
+        SendMessageW(dialog, WM_COMMAND, IDCANCEL, 0);
+        return true;
+    }});
+    EXPECT_FALSE(GetOpenFileNameW(&m_asked));
+    EXPECT_TRUE(person.has_done_all());
 }
 
 TEST_F(FileHooks, TakeAnyTemplateAsAChildThatFits) {

@@ -2,7 +2,7 @@
 
 #include "tvutil2/platform/base/wide_text.h"
 #include "tvutil2/platform/window/common_dialogs/file_texts.h"
-#include "tvutil2/platform/window/common_dialogs/folder_places.h"
+#include "tvutil2/platform/window/common_dialogs/folder_mounts.h"
 
 #include <gtest/gtest.h>
 
@@ -71,14 +71,21 @@ TEST(FileRowsTest, SayHowLargeFilesAre) {
 }
 
 TEST(FileRowsTest, FindMountsThatPeopleUse) {
-    const std::vector<std::string> points{"/media/a b", "/srv/far"};
-    EXPECT_EQ(tvutil2::mounts_of_use("22 1 8:1 / / rw - ext4 /dev/sda1 rw\n"
-                                     "30 22 0:5 / /media/a\\040b rw shared:1 - vfat /dev/sdb rw\n"
-                                     "31 22 0:6 / /srv/far rw - nfs4 host:/far rw\n"
-                                     "31 22 0:6 / /srv/far rw - nfs4 host:/far rw\n"
-                                     "32 22 0:7 / /proc rw - proc proc rw\n"
-                                     "cut off\n33 22"),
-              points);
+    const auto* const lines =
+        "22 1 8:1 / / rw - ext4 /dev/sda1 rw\n"
+        "30 22 0:5 / /media/a\\040b rw shared:1 - vfat /dev/sdb rw\n"
+        "31 22 0:6 / /srv/far rw - nfs4 host:/far rw\n"
+        "31 22 0:6 / /srv/far rw - nfs4 host:/far rw\n"
+        "32 22 0:7 / /proc rw - proc proc rw\n"
+        "34 22 0:8 / /far rw - fuse.something x rw\n"
+        "cut off\n33 22";
+    EXPECT_EQ(tvutil2::mounts_of_use(lines), (std::vector<std::string>{"/media/a b", "/srv/far"}));
+    // Those that may never answer.
+    const std::set<std::string> far{"far"};
+    EXPECT_EQ(tvutil2::asking_mounts(lines, "/srv"), far);
+    EXPECT_EQ(tvutil2::asking_mounts(lines, ""), far);
+    EXPECT_TRUE(tvutil2::asking_mounts(lines, "/media").empty());
+    EXPECT_TRUE(tvutil2::asking_mounts(lines, "/sr").empty());
 }
 
 }  // namespace

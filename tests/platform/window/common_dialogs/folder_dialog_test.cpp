@@ -19,6 +19,7 @@
 #include <vector>
 
 #include "tests/platform/window/common_dialogs/person.h"
+#include "tests/support/mounts.h"
 #include "tests/support/profile.h"
 
 namespace {
@@ -181,6 +182,30 @@ TEST_F(FolderDialogs, MakeFolders) {
     EXPECT_TRUE(fs::is_directory(m_host + "/b/New folder"));
     EXPECT_TRUE(fs::is_directory(m_host + "/b/mine"));
     EXPECT_FALSE(fs::exists(m_host + "/b/New folder (2)"));
+}
+
+TEST_F(FolderDialogs, GoOnWithDisksThatAreFullOrSilent) {
+    if (!tests::has_own_mounts()) GTEST_SKIP() << "no mounts";
+    fs::create_directory(m_host + "/dead");
+    const tests::SmallDisk full(m_host + "/b", 0);
+    const tests::DeadDisk dead(m_host + "/dead");
+    if (!full.is_there() || !dead.is_there()) GTEST_SKIP() << "no disks";
+    const Step is_told = [](HWND dialog) {
+        if (tree_of(dialog) != nullptr) return false;
+        SendMessageW(dialog, WM_COMMAND, IDOK, 0);
+        return true;
+    };
+    const Step select_dead = [&](HWND dialog) {
+        const auto path = m_path + u"\\dead";
+        SendMessageW(dialog, BFFM_SETSELECTIONW, TRUE, reinterpret_cast<LPARAM>(path.c_str()));
+        return true;
+    };
+    EXPECT_EQ(
+        browse({is_selected(u"b"), click(kMake), is_told, is_selected(u"b"), select_dead,
+                is_selected(u"dead"), press(VK_RIGHT), holds({u"Reading…"}),
+                holds({u"\"dead\" isn't answering."}), click(kMake), is_told, press(VK_RETURN)}),
+        m_path + u"\\dead");
+    EXPECT_TRUE(fs::is_empty(m_host + "/b"));
 }
 
 TEST_F(FolderDialogs, TakeWhatIsTyped) {

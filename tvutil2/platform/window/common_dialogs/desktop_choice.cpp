@@ -14,8 +14,9 @@
 namespace tvutil2 {
 namespace {
 
+// The folder is asked for as it is written: a look-up on a disk that has gone might take for ever.
 std::optional<ChosenNames> ask_once(FileQuestion question, const std::u16string& folder) {
-    if (const auto host = host_path(folder)) question.folder = *host;
+    if (const auto host = host_path(folder, Lookup::none)) question.folder = *host;
     const auto answer = choose_files(std::move(question));
     if (!answer) return std::nullopt;
     ChosenNames chosen;
@@ -48,10 +49,10 @@ std::optional<ChosenNames> ask_desktop(const FileQuestion& question, std::u16str
         const bool saves = question.kind == FileQuestion::Kind::save;
         if (!chosen || !saves || chosen->paths.empty()) return chosen;
         auto& path = chosen->paths[0];
-        const auto found = look_at_file(path, rules.extension);
+        const auto found = look_at_file(path, reading_under(rules, question, chosen->filter));
         const bool is_longer = found.name != path;
         folder = folder_above(path);
-        asked.name = path.substr(path.rfind(u'\\') + 1);
+        asked.name = last_part(path);
         asked.filter = chosen->filter;
         path = found.name;
         const bool replaces = is_longer && found.is_there && question.asks_to_replace;

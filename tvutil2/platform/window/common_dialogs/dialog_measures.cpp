@@ -43,7 +43,8 @@ LONG DialogMeasures::length(int pixels) const {
 }
 
 bool DialogMeasures::has(int id) const {
-    return GetDlgItem(m_dialog, id) != nullptr;
+    auto* const control = GetDlgItem(m_dialog, id);
+    return control != nullptr && (GetWindowLongW(control, GWL_STYLE) & WS_VISIBLE) != 0;
 }
 
 LONG DialogMeasures::width_of(int id) const {
@@ -58,6 +59,10 @@ LONG DialogMeasures::text_height(const char16_t* text, LONG width) const {
 
 SIZE DialogMeasures::button(int id) const {
     return {std::max(length(80), width_of(id) + length(24)), line() + length(9)};
+}
+
+LONG DialogMeasures::button_room(int id) const {
+    return has(id) ? button(id).cx + length(kDialogGap) : 0;
 }
 
 void DialogMeasures::place(int id, LONG x, LONG y, LONG width, LONG height) const {

@@ -16,11 +16,14 @@ class DialogMeasures {
 
     /// Of a length at 96 dots an inch.
     [[nodiscard]] LONG length(int pixels) const;
+    /// A control that isn't hidden.
     [[nodiscard]] bool has(int id) const;
-    /// Of a control's text; 0 for what isn't there.
+    /// Of a control's text; 0 for what there isn't.
     [[nodiscard]] LONG width_of(int id) const;
     [[nodiscard]] LONG text_height(const char16_t* text, LONG width) const;
     [[nodiscard]] SIZE button(int id) const;
+    /// Its width and the gap beside it; 0 for what there isn't.
+    [[nodiscard]] LONG button_room(int id) const;
     /// That of boxes with a list.
     [[nodiscard]] LONG field_height() const { return line() * 14 / 8; }
     [[nodiscard]] LONG line() const { return m_line; }

@@ -17,6 +17,7 @@ namespace tvutil2 {
 namespace {
 
 constexpr UINT kAnswered = WM_APP + 1;
+constexpr UINT_PTR kSilenceTimer = 1;
 
 }  // namespace
 
@@ -59,6 +60,10 @@ INT_PTR DiskDialog::hear(UINT message, WPARAM wparam, LPARAM lparam) {
         case kAnswered:
             while (auto answer = m_disk->take()) answered(std::move(*answer));
             return TRUE;
+        case WM_TIMER:
+            if (wparam != kSilenceTimer) return FALSE;
+            for (const auto question : m_disk->silent()) unanswered(question);
+            return TRUE;
         case WM_SIZE:
             if (wparam != SIZE_MINIMIZED) lay_out();
             return TRUE;
@@ -81,7 +86,7 @@ INT_PTR DiskDialog::procedure(HWND window, UINT message, WPARAM wparam, LPARAM l
     auto& dialog = *reinterpret_cast<DiskDialog*>(lparam);
     dialog.m_window = window;
     dialog.m_icons = make_folder_icons(GetDpiForWindow(window));
-    dialog.m_disk = std::make_unique<FolderQuestions>(window, kAnswered);
+    dialog.m_disk = std::make_unique<FolderQuestions>(window, kAnswered, kSilenceTimer);
     dialog.m_is_built = true;
     dialog.build();
     return FALSE;

@@ -34,6 +34,8 @@ class DiskDialog {
     virtual LRESULT notified(NMHDR& header) = 0;
     virtual void commanded(int id, WORD code) = 0;
     virtual void answered(FolderAnswer answer) = 0;
+    /// A question has no answer yet, and may never have one.
+    virtual void unanswered(std::uint64_t question) = 0;
     /// A message that belongs to nothing above; false for one that isn't the dialog's either.
     virtual bool hear_other(UINT message, WPARAM wparam, LPARAM lparam) = 0;
     /// A key, or another message of the loop, that no control gets.

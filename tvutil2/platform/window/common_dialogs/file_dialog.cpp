@@ -1,5 +1,8 @@
 #include "tvutil2/platform/window/common_dialogs/file_dialog.h"
 
+#include "tvutil2/platform/base/clock.h"
+#include "tvutil2/platform/base/wide_text.h"
+#include "tvutil2/platform/window/common_dialogs/file_filters.h"
 #include "tvutil2/platform/window/common_dialogs/file_layout.h"
 #include "tvutil2/platform/window/common_dialogs/file_names.h"
 #include "tvutil2/platform/window/common_dialogs/file_words.h"
@@ -11,6 +14,7 @@
 #include "tvutil2/platform/window/focus.h"
 #include "tvutil2/platform/window/geometry.h"
 #include "tvutil2/platform/window/messages.h"
+#include "tvutil2/platform/window/timers.h"
 #include "tvutil2/platform/window/window.h"
 
 #include <algorithm>
@@ -21,12 +25,13 @@ namespace {
 
 /// Posted once for however many items the selection gains and loses at once.
 constexpr UINT kSelectionChanged = WM_APP + 2;
+constexpr UINT_PTR kChangeTimer = 2;
 
 // What is typed with wildcards, and is no file's name.
 std::u16string pattern_in(const FolderAnswer& answer) {
     if (answer.entries.size() != 1 || answer.entries[0].is_there) return {};
     const auto& path = answer.entries[0].name;
-    auto name = path.substr(path.rfind(u'\\') + 1);
+    auto name = last_part(path);
     return NamePattern::has_wildcards(name) ? name : std::u16string{};
 }
 
@@ -37,8 +42,22 @@ bool has_focus(HWND control) {
 
 }  // namespace
 
+NameReading reading_under(const FileNameRules& rules, const FileQuestion& question,
+                          std::size_t filter) {
+    auto reading = rules.reading;
+    const bool is_given = filter == question.filter && !reading.extension.empty();
+    if (!rules.extension_follows_filter || is_given) return reading;
+    if (auto own = extension_under(question, filter); !own.empty()) {
+        reading.extension = std::move(own);
+    }
+    return reading;
+}
+
 FileDialog::FileDialog(const FileQuestion& question, std::u16string folder, FileNameRules rules)
-    : m_question(question), m_rules(std::move(rules)), m_folder(std::move(folder)) {}
+    : m_question(question),
+      m_rules(std::move(rules)),
+      m_name_reading(reading_under(m_rules, question, question.filter)),
+      m_folder(std::move(folder)) {}
 
 ChosenNames FileDialog::ask() {
     return run(m_question.owner, WS_THICKFRAME) == IDOK ? std::move(m_chosen) : ChosenNames{};
@@ -119,7 +138,22 @@ void FileDialog::type_changed() {
     if (index < 0 || index >= static_cast<LRESULT>(m_question.filters.size())) return;
     m_chosen.filter = static_cast<std::size_t>(index);
     m_list->show_files(m_question.filters[m_chosen.filter].patterns);
+    const auto before = std::exchange(
+        m_name_reading.extension, reading_under(m_rules, m_question, m_chosen.filter).extension);
+    if (saves()) name_type(before);
     if (m_part != nullptr) m_part->tell_filter(m_chosen.filter);
+}
+
+// A name to be saved under goes from one filter's extension to the other's.
+void FileDialog::name_type(const std::u16string& before) {
+    auto name = text_of(item(kFileName));
+    const auto stem = name.size() - std::min(name.size(), before.size());
+    const auto& now = m_name_reading.extension;
+    const bool is_typed =
+        stem > 1 && name[stem - 1] == u'.' && _wcsicmp(name.c_str() + stem, before.c_str()) == 0;
+    if (before.empty() || now.empty() || !is_typed) return;
+    name.replace(stem, before.size(), now);
+    fill_name(name, {name});
 }
 
 // What was on its way to another folder is let go.
@@ -129,8 +163,14 @@ void FileDialog::go_to(const std::u16string& folder, std::set<std::u16string> se
     SetDlgItemTextW(window(), kFilePath, shown_name(folder).c_str());
     m_list->begin(std::move(selects));
     m_places->follow(folder);
-    m_reading = disk().read(folder);
+    KillTimer(window(), kChangeTimer);
+    read();
     tell_part(CDN_FOLDERCHANGE);
+}
+
+void FileDialog::read() {
+    m_reading = disk().read(m_folder);
+    m_reading_from = GetTickCount();
 }
 
 void FileDialog::go_to_typed() {
@@ -146,14 +186,22 @@ void FileDialog::go_to_typed() {
 void FileDialog::go_up() {
     if (m_folder.empty()) return;
     const auto above = folder_above(m_folder);
-    if (above != m_folder) go_to(above, {m_folder.substr(m_folder.rfind(u'\\') + 1)});
+    if (above != m_folder) go_to(above, {last_part(m_folder)});
 }
 
-void FileDialog::read_again() {
+void FileDialog::read_again(std::set<std::u16string> selects) {
     if (m_folder.empty()) return;
-    std::set<std::u16string> names;
-    for (const auto* const entry : m_list->selected()) names.insert(entry->name);
-    go_to(m_folder, std::move(names));
+    KillTimer(window(), kChangeTimer);
+    m_list->begin_again(std::move(selects));
+    read();
+}
+
+// Changes seldom come alone, and a large folder isn't read all the time.
+void FileDialog::folder_changed() {
+    constexpr DWORD kLeastWait = 250;
+    constexpr DWORD kMostWait = 10'000;
+    const auto wait = std::clamp(4 * m_reading_took, kLeastWait, kMostWait);
+    SetTimer(window(), kChangeTimer, wait, nullptr);
 }
 
 void FileDialog::make_folder() {
@@ -167,7 +215,7 @@ void FileDialog::take_made(const FolderAnswer& answer) {
         say(word(FolderWord::cannot_be_made), answer.path, MB_OK | MB_ICONWARNING);
         return;
     }
-    go_to(m_folder, {answer.path.substr(answer.path.rfind(u'\\') + 1)});
+    read_again({last_part(answer.path)});
     SetFocus(m_list->window());
 }
 
@@ -241,6 +289,8 @@ void FileDialog::commanded(int id, WORD code) {
 void FileDialog::answered(FolderAnswer answer) {
     const auto question = answer.question;
     if (question == m_reading) {
+        if (answer.has_changed) return folder_changed();
+        if (!answer.has_more) m_reading_took = GetTickCount() - m_reading_from;
         m_list->take(std::move(answer));
     } else if (question == m_finding_places) {
         m_places->take(std::move(answer.places));
@@ -254,7 +304,27 @@ void FileDialog::answered(FolderAnswer answer) {
     }
 }
 
+// What never came can be asked for again.
+void FileDialog::unanswered(std::uint64_t question) {
+    const auto warn = [this](const std::u16string& path) {
+        say(word(FolderWord::is_silent), path, MB_OK | MB_ICONWARNING);
+    };
+    if (question == m_reading) {
+        m_list->say(text_with_path(word(FolderWord::is_silent), last_part(m_folder)));
+    } else if (question == m_judging) {
+        m_judging = 0;
+        warn(m_judged);
+    } else if (question == m_making) {
+        m_making = 0;
+        warn(m_folder);
+    }
+}
+
 bool FileDialog::hear_other(UINT message, WPARAM wparam, LPARAM lparam) {
+    if (message == WM_TIMER && wparam == kChangeTimer) {
+        read_again();
+        return true;
+    }
     if (message != kSelectionChanged) return hear_program(message, wparam, lparam);
     selection_changed();
     return true;
@@ -290,7 +360,9 @@ void FileDialog::accept() {
         }
         paths.push_back(*path);
     }
-    if (!paths.empty()) m_judging = disk().look_at(std::move(paths), m_rules.extension);
+    if (paths.empty()) return;
+    m_judged = paths[0];
+    m_judging = disk().look_at(std::move(paths), m_name_reading);
 }
 
 bool FileDialog::may_be(const FolderEntry& found) const {

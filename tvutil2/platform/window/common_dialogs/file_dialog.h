@@ -17,12 +17,18 @@
 namespace tvutil2 {
 
 struct FileNameRules {
-    std::u16string extension;  ///< for names without one; without a dot
+    NameReading reading;
+    /// The extension of the filter in force takes the other's place, but for the filter at first.
+    bool extension_follows_filter = false;
     bool file_must_exist = false;
     bool path_must_exist = false;
     bool asks_to_create = false;         ///< what isn't there
     std::optional<bool> is_read_only{};  ///< what a check box for that says at first, if any
 };
+
+/// The rules' reading with the extension for names while a filter is in force.
+[[nodiscard]] NameReading reading_under(const FileNameRules& rules, const FileQuestion& question,
+                                        std::size_t filter);
 
 struct ChosenNames {
     std::vector<std::u16string> paths;  ///< platform paths; none when the person cancels
@@ -50,6 +56,7 @@ class FileDialog : public DiskDialog {
     LRESULT notified(NMHDR& header) override;
     void commanded(int id, WORD code) override;
     void answered(FolderAnswer answer) override;
+    void unanswered(std::uint64_t question) override;
     bool hear_other(UINT message, WPARAM wparam, LPARAM lparam) override;
     bool takes(const MSG& message) override;
 
@@ -61,7 +68,9 @@ class FileDialog : public DiskDialog {
     void go_to(const std::u16string& folder, std::set<std::u16string> selects = {});
     void go_to_typed();
     void go_up();
-    void read_again();
+    void read();
+    void read_again(std::set<std::u16string> selects = {});
+    void folder_changed();
     void make_folder();
     void take_made(const FolderAnswer& answer);
 
@@ -69,6 +78,7 @@ class FileDialog : public DiskDialog {
     void selection_changed();
     void fill_name(std::u16string text, std::vector<std::u16string> names);
     void type_changed();
+    void name_type(const std::u16string& before);
     void activate();
     bool takes_key(const MSG& message);
     bool takes_list_key(WPARAM key);
@@ -93,7 +103,8 @@ class FileDialog : public DiskDialog {
     bool hear_program(UINT message, WPARAM wparam, LPARAM lparam);
 
     const FileQuestion& m_question;
-    FileNameRules m_rules;
+    const FileNameRules m_rules;
+    NameReading m_name_reading;  ///< with the extension in force
     FileHook* m_part = nullptr;
     std::function<bool(const ChosenNames&)> m_give;
     std::u16string m_folder;  ///< what names hang on
@@ -109,6 +120,9 @@ class FileDialog : public DiskDialog {
     std::uint64_t m_finding_places = 0;
     std::uint64_t m_making = 0;
     std::uint64_t m_judging = 0;
+    std::u16string m_judged;   ///< its first path
+    DWORD m_reading_from = 0;  ///< the tick at which a folder's reading began,
+    DWORD m_reading_took = 0;  ///< and how long the last one took, in milliseconds
     ChosenNames m_chosen;
 };
 

@@ -1,4 +1,5 @@
 // What the dialog for files does for the caller's own part.
+#include "tvutil2/platform/files/item_list.h"
 #include "tvutil2/platform/window/common_dialogs/file_dialog.h"
 #include "tvutil2/platform/window/common_dialogs/file_layout.h"
 #include "tvutil2/platform/window/common_dialogs/file_names.h"
@@ -8,6 +9,7 @@
 #include "tvutil2/platform/window/show.h"
 #include "tvutil2/platform/window/window.h"
 
+#include <cstring>
 #include <utility>
 
 namespace tvutil2 {
@@ -18,6 +20,15 @@ LRESULT into_buffer(const std::u16string& text, WPARAM size, LPARAM buffer) {
     auto* const units = reinterpret_cast<char16_t*>(buffer);
     if (units != nullptr && text.size() < size) units[text.copy(units, text.size())] = 0;
     return static_cast<LRESULT>(text.size() + 1);
+}
+
+// The same in bytes.
+LRESULT list_into_buffer(const std::u16string& folder, WPARAM size, LPARAM buffer) {
+    const auto list = item_list_of(folder);
+    const auto needed = ILGetSize(list.get());
+    auto* const bytes = reinterpret_cast<void*>(buffer);
+    if (bytes != nullptr && needed > 0 && needed <= size) std::memcpy(bytes, list.get(), needed);
+    return static_cast<LRESULT>(needed);
 }
 
 const char16_t* text_of_message(LPARAM lparam) {
@@ -55,15 +66,19 @@ bool FileDialog::hear_program(UINT message, WPARAM wparam, LPARAM lparam) {
         case CDM_GETFOLDERPATH:
             result = into_buffer(m_folder, wparam, lparam);
             break;
+        case CDM_GETFOLDERIDLIST:
+            result = list_into_buffer(m_folder, wparam, lparam);
+            break;
         case CDM_SETCONTROLTEXT:
             SetWindowTextW(control_of(wparam), text_of_message(lparam));
             lay_out();
             break;
         case CDM_HIDECONTROL:
             ShowWindow(control_of(wparam), SW_HIDE);
+            lay_out();
             break;
         case CDM_SETDEFEXT:
-            m_rules.extension = text_of_message(lparam);
+            m_name_reading.extension = text_of_message(lparam);
             break;
         default:
             return false;

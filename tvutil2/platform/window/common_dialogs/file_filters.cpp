@@ -1,5 +1,7 @@
 #include "tvutil2/platform/window/common_dialogs/file_filters.h"
 
+#include "tvutil2/platform/files/name_pattern.h"
+
 #include <algorithm>
 #include <string>
 #include <string_view>
@@ -29,6 +31,13 @@ std::vector<FileQuestion::Filter> filters_in(const char16_t* text) {
         filters.push_back({name, patterns_in(patterns)});
     }
     return filters;
+}
+
+std::u16string extension_under(const FileQuestion& question, std::size_t filter) {
+    if (filter >= question.filters.size() || question.filters[filter].patterns.empty()) return {};
+    const auto& pattern = question.filters[filter].patterns[0];
+    auto extension = pattern.starts_with(u"*.") ? pattern.substr(2) : u"";
+    return NamePattern::has_wildcards(extension) ? u"" : extension;
 }
 
 }  // namespace tvutil2

@@ -3,6 +3,7 @@
 
 #include "tvutil2/platform/display/driver.h"
 
+#include <string>
 #include <vector>
 
 namespace tvutil2 {
@@ -11,5 +12,9 @@ namespace tvutil2 {
 /// name; a name without patterns is the last one. Null has none. Nothing is read behind the first
 /// two zeros that follow each other.
 [[nodiscard]] TVUTIL_API std::vector<FileQuestion::Filter> filters_in(const char16_t* text);
+
+/// What names get while a filter is in force: the extension of its first pattern, "txt" of
+/// "*.txt"; empty where that isn't one.
+[[nodiscard]] std::u16string extension_under(const FileQuestion& question, std::size_t filter);
 
 }  // namespace tvutil2

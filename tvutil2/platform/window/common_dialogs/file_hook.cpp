@@ -1,16 +1,14 @@
 #include "tvutil2/platform/window/common_dialogs/file_hook.h"
 
+#include "tvutil2/platform/base/global_memory.h"
 #include "tvutil2/platform/resource/resource.h"
+#include "tvutil2/platform/window/common_dialogs/file_part.h"
 #include "tvutil2/platform/window/dialogs/built_dialog.h"
 #include "tvutil2/platform/window/dialogs/dialogs.h"
 #include "tvutil2/platform/window/dialogs/run_dialog.h"
-#include "tvutil2/platform/window/geometry.h"
 #include "tvutil2/platform/window/messages.h"
 #include "tvutil2/platform/window/properties.h"
-#include "tvutil2/platform/window/screen.h"
 #include "tvutil2/platform/window/window.h"
-
-#include <algorithm>
 
 namespace tvutil2 {
 namespace {
@@ -18,30 +16,23 @@ namespace {
 // The caller's procedure may put what it likes into the window's own words.
 constexpr auto kFileHookProperty = u"tvutil2.file_hook";
 
-// So much of a child that the dialog still fits on its monitor.
-void cut_to_monitor(HWND child) {
-    RECT place{};
-    if (!GetWindowRect(child, &place)) return;
-    const auto work = monitor_at(place).work;
-    const SIZE most{(work.right - work.left) * 9 / 10, (work.bottom - work.top) / 3};
-    SetWindowPos(child, nullptr, 0, 0, std::min(place.right - place.left, most.cx),
-                 std::min(place.bottom - place.top, most.cy),
-                 SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
-}
-
 }  // namespace
 
 FileHook::~FileHook() {
     // Behind an exception the child outlives this by a little.
     if (m_window != nullptr) RemovePropW(m_window, kFileHookProperty);
+    if (m_locked != nullptr) GlobalUnlock(m_locked);
 }
 
 bool FileHook::is_wanted(const OPENFILENAMEW& asked) {
-    return (asked.Flags & (OFN_ENABLEHOOK | OFN_ENABLETEMPLATE)) != 0;
+    constexpr DWORD kPart = OFN_ENABLEHOOK | OFN_ENABLETEMPLATE | OFN_ENABLETEMPLATEHANDLE;
+    return (asked.Flags & kPart) != 0;
 }
 
 DWORD FileHook::find() {
     if ((m_asked.Flags & OFN_ENABLEHOOK) != 0 && m_asked.lpfnHook == nullptr) return CDERR_NOHOOK;
+    if ((m_asked.Flags & OFN_ENABLETEMPLATEHANDLE) != 0) return find_in_memory();
+    m_module = m_asked.hInstance;
     if ((m_asked.Flags & OFN_ENABLETEMPLATE) == 0) return 0;
     if (m_asked.lpTemplateName == nullptr) return CDERR_NOTEMPLATE;
     auto* const found = FindResourceW(m_asked.hInstance, m_asked.lpTemplateName, RT_DIALOG);
@@ -50,15 +41,22 @@ DWORD FileHook::find() {
     return m_template != nullptr ? 0 : CDERR_LOADRESFAILURE;
 }
 
+DWORD FileHook::find_in_memory() {
+    if (m_asked.hInstance == nullptr) return CDERR_NOTEMPLATE;
+    auto* const memory = reinterpret_cast<HGLOBAL>(m_asked.hInstance);
+    if (GlobalSize(memory) > 0) m_locked = memory;
+    m_template = m_locked != nullptr ? GlobalLock(memory) : static_cast<const void*>(memory);
+    return 0;
+}
+
 bool FileHook::make(HWND dialog, int id) {
     const auto empty = empty_template(0);
-    auto* const child =
-        make_child_dialog({m_asked.hInstance, m_template != nullptr ? m_template : &empty, dialog,
-                           procedure, reinterpret_cast<LPARAM>(this)});
+    auto* const child = make_child_dialog({m_module, m_template != nullptr ? m_template : &empty,
+                                           dialog, procedure, reinterpret_cast<LPARAM>(this)});
     m_has_failed = child == nullptr;
     if (m_has_failed) return false;
     SetWindowLongPtrW(child, GWLP_ID, id);
-    cut_to_monitor(child);
+    cut_part_to_monitor(child);
     return IsWindow(child) != 0;
 }
 

@@ -34,9 +34,12 @@ class FileHook {
 
   private:
     static INT_PTR procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
+    [[nodiscard]] DWORD find_in_memory();
     LRESULT send(UINT code);
 
     OPENFILENAMEW& m_asked;
+    HINSTANCE m_module = nullptr;
+    HGLOBAL m_locked = nullptr;        ///< the template's memory, where that is by handle
     const void* m_template = nullptr;  ///< null for a child without controls
     HWND m_window = nullptr;
     bool m_has_begun = false;

@@ -2,6 +2,7 @@
 
 #include "tvutil2/platform/process/message_box.h"
 #include "tvutil2/platform/window/common_dialogs/dialog_measures.h"
+#include "tvutil2/platform/window/common_dialogs/file_part.h"
 #include "tvutil2/platform/window/common_dialogs/file_words.h"
 #include "tvutil2/platform/window/common_dialogs/folder_words.h"
 #include "tvutil2/platform/window/controls/button.h"
@@ -59,36 +60,43 @@ void add_file_parts(HWND dialog, const FileParts& parts, LANGID language) {
     SendMessageW(dialog, DM_SETDEFID, IDOK, 0);
 }
 
-// Of the caller's own part, which stays as large as it is.
-SIZE size_of_part(HWND dialog) {
-    RECT place{};
-    auto* const part = GetDlgItem(dialog, kFilePart);
-    if (part == nullptr || GetWindowRect(part, &place) == 0) return {};
-    return {place.right - place.left, place.bottom - place.top};
+LONG row_height(const DialogMeasures& measures) {
+    return measures.field_height() + measures.length(kDialogGap);
+}
+
+bool has_buttons(const DialogMeasures& measures) {
+    return measures.has(IDOK) || measures.has(IDCANCEL) || measures.has(kFileMake);
 }
 
 // The rows below the list, with the gaps above them and the margin below.
 LONG below_list(const DialogMeasures& measures) {
-    const auto rows =
-        1 + (measures.has(kFileTypes) ? 1 : 0) + (measures.has(kFileReadOnly) ? 1 : 0);
-    return rows * (measures.field_height() + measures.length(kDialogGap)) +
-           2 * measures.length(kDialogMargin) + measures.button(IDOK).cy;
+    const auto margin = measures.length(kDialogMargin);
+    auto height = margin + (has_buttons(measures) ? margin + measures.button(IDOK).cy : 0);
+    for (const auto row : {kFileName, kFileTypes, kFileReadOnly}) {
+        if (measures.has(row)) height += row_height(measures);
+    }
+    return height;
 }
 
 LONG above_list(const DialogMeasures& measures) {
-    return measures.length(kDialogMargin + kDialogGap) + measures.field_height();
+    const bool has_row = measures.has(kFilePath) || measures.has(kFileUp);
+    return measures.length(kDialogMargin) + (has_row ? row_height(measures) : 0);
 }
 
-SIZE file_dialog_size(const DialogMeasures& measures, const SIZE& part, LONG width, int list) {
+LONG places_room(const DialogMeasures& measures) {
+    return measures.has(kFilePlaces) ? measures.length(kPlacesWidth + kDialogGap) : 0;
+}
+
+SIZE file_dialog_size(const DialogMeasures& measures, const PartRoom& part, LONG width, int list) {
     const auto own = above_list(measures) + measures.length(list) + below_list(measures);
-    return measures.with_frame(std::max(width, part.cx), own + part.cy);
+    return measures.with_frame(std::max(width + part.sides.left + part.sides.right, part.width),
+                               own + part.sides.top + part.sides.bottom);
 }
 
 LONG least_dialog_width(const DialogMeasures& measures) {
-    const auto gap = measures.length(kDialogGap);
-    const auto buttons = measures.button(IDOK).cx + measures.button(IDCANCEL).cx +
-                         measures.button(kFileMake).cx + 3 * gap;
-    const auto lists = measures.length(kPlacesWidth + kLeastListWidth) + gap;
+    auto buttons = measures.length(kDialogGap);
+    for (const auto id : {IDOK, IDCANCEL, kFileMake}) buttons += measures.button_room(id);
+    const auto lists = places_room(measures) + measures.length(kLeastListWidth);
     return 2 * measures.length(kDialogMargin) + std::max(buttons, lists);
 }
 
@@ -98,42 +106,49 @@ LONG label_width(const DialogMeasures& measures) {
                      measures.width_of(kFileTypesLabel)});
 }
 
-void lay_out_top(const DialogMeasures& measures, LONG left, LONG right) {
+void lay_out_top(const DialogMeasures& measures, LONG left, LONG top, LONG right) {
     const auto up = measures.button(kFileUp).cx;
-    const auto top = measures.length(kDialogMargin);
     measures.place(kFileUp, right - up, top, up, measures.field_height());
     measures.place_row(kFilePathLabel, label_width(measures), kFilePath, left, top,
-                       right - up - measures.length(kDialogGap));
+                       right - measures.button_room(kFileUp));
+}
+
+void lay_out_lists(const DialogMeasures& measures, const RECT& area) {
+    const auto list = area.left + places_room(measures);
+    const auto height = area.bottom - area.top;
+    measures.place(kFilePlaces, area.left, area.top, measures.length(kPlacesWidth), height);
+    measures.place(kFileRows, list, area.top, area.right - list, height);
 }
 
 void lay_out_fields(const DialogMeasures& measures, LONG left, LONG top, LONG right) {
-    const auto step = measures.field_height() + measures.length(kDialogGap);
     const auto label = label_width(measures);
-    measures.place_row(kFileNameLabel, label, kFileName, left, top, right);
-    if (measures.has(kFileTypes)) {
-        top += step;
-        measures.place_row(kFileTypesLabel, label, kFileTypes, left, top, right);
-    }
     const auto begin = left + label + measures.length(kDialogGap);
-    measures.place(kFileReadOnly, begin, top + step, right - begin, measures.field_height());
+    const auto row_after = [&](int id) {
+        if (measures.has(id)) top += row_height(measures);
+    };
+    measures.place_row(kFileNameLabel, label, kFileName, left, top, right);
+    row_after(kFileName);
+    measures.place_row(kFileTypesLabel, label, kFileTypes, left, top, right);
+    row_after(kFileTypes);
+    measures.place(kFileReadOnly, begin, top, right - begin, measures.field_height());
 }
 
 void lay_out_buttons(const DialogMeasures& measures, LONG left, LONG right, LONG bottom) {
-    const auto ok = measures.button(IDOK);
-    const auto cancel = measures.button(IDCANCEL);
     const auto make = measures.button(kFileMake);
-    const auto top = bottom - ok.cy;
+    const auto top = bottom - make.cy;
     measures.place(kFileMake, left, top, make.cx, make.cy);
-    measures.place(IDCANCEL, right - cancel.cx, top, cancel.cx, cancel.cy);
-    measures.place(IDOK, right - cancel.cx - measures.length(kDialogGap) - ok.cx, top, ok.cx,
-                   ok.cy);
+    for (const auto id : {IDCANCEL, IDOK}) {
+        const auto size = measures.button(id);
+        measures.place(id, right - size.cx, top, size.cx, size.cy);
+        right -= measures.button_room(id);
+    }
 }
 
 }  // namespace
 
 SIZE least_file_dialog(HWND dialog) {
     const DialogMeasures measures(dialog);
-    return file_dialog_size(measures, size_of_part(dialog), least_dialog_width(measures),
+    return file_dialog_size(measures, room_of_part(dialog), least_dialog_width(measures),
                             kLeastList);
 }
 
@@ -149,7 +164,7 @@ void size_file_dialog(HWND dialog) {
         const DialogMeasures measures(dialog);
         const auto width =
             std::max(least_dialog_width(measures), measures.length(kUsualDialogWidth));
-        size = file_dialog_size(measures, size_of_part(dialog), width, kUsualList);
+        size = file_dialog_size(measures, room_of_part(dialog), width, kUsualList);
     }
     resize_in_the_middle(dialog, size);
     lay_out_file_dialog(dialog);
@@ -160,21 +175,16 @@ void lay_out_file_dialog(HWND dialog) {
     const DialogMeasures measures(dialog);
     RECT client{};
     GetClientRect(dialog, &client);
+    const auto sides = room_of_part(dialog).sides;
     const auto margin = measures.length(kDialogMargin);
-    const auto gap = measures.length(kDialogGap);
-    const auto right = client.right - margin;
-    const auto top = above_list(measures);
-    const auto part = size_of_part(dialog);
-    const auto end = client.bottom - part.cy;
-    const auto bottom = end - below_list(measures);
-    const auto places = measures.length(kPlacesWidth);
-    lay_out_top(measures, margin, right);
-    measures.place(kFilePlaces, margin, top, places, bottom - top);
-    const auto list = margin + places + gap;
-    measures.place(kFileRows, list, top, right - list, bottom - top);
-    lay_out_fields(measures, margin, bottom + gap, right);
-    lay_out_buttons(measures, margin, right, end - margin);
-    measures.place(kFilePart, 0, end, part.cx, part.cy);
+    const auto end = client.bottom - sides.bottom;
+    const RECT lists{sides.left + margin, sides.top + above_list(measures),
+                     client.right - sides.right - margin, end - below_list(measures)};
+    lay_out_top(measures, lists.left, sides.top + margin, lists.right);
+    lay_out_lists(measures, lists);
+    lay_out_fields(measures, lists.left, lists.bottom + measures.length(kDialogGap), lists.right);
+    lay_out_buttons(measures, lists.left, lists.right, end - margin);
+    place_part(dialog);
     RedrawWindow(dialog, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN);
 }
 

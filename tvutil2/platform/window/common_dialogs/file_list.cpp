@@ -12,6 +12,7 @@
 #include "tvutil2/platform/window/messages.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace tvutil2 {
@@ -34,6 +35,13 @@ constexpr Column kColumns[] = {{FileWord::name, 230, LVCFMT_LEFT},
 int next_row(HWND list, int from, WPARAM flags) {
     return static_cast<int>(
         SendMessageW(list, LVM_GETNEXTITEM, static_cast<WPARAM>(from), static_cast<LPARAM>(flags)));
+}
+
+std::u16string text_of_error(const FolderAnswer& answer, LANGID language) {
+    const bool is_gone =
+        answer.error == ERROR_PATH_NOT_FOUND || answer.error == ERROR_FILE_NOT_FOUND;
+    if (!is_gone) return folder_word(FolderWord::unreadable, language);
+    return text_with_path(folder_word(FolderWord::is_not_there, language), last_part(answer.path));
 }
 
 }  // namespace
@@ -92,6 +100,8 @@ void FileList::fit_names() {
 }
 
 void FileList::begin(std::set<std::u16string> selects) {
+    m_is_again = false;
+    m_fresh.clear();
     m_rows.clear();
     m_is_filling = true;
     SendMessageW(m_list, LVM_SETITEMCOUNT, 0, 0);
@@ -101,16 +111,55 @@ void FileList::begin(std::set<std::u16string> selects) {
     show({});
 }
 
+void FileList::begin_again(std::set<std::u16string> selects) {
+    m_is_again = true;
+    m_fresh.clear();
+    m_selects = std::move(selects);
+}
+
+// Who was selected is told by the name: nothing else stays.
+FileList::Selection FileList::replace_rows(const Selection& before) {
+    std::set<std::u16string> selected;
+    for (const auto id : before.ids) selected.insert(m_rows.entry(id).name);
+    const auto focused = before.has_focus ? m_rows.entry(before.focused).name : u"";
+    m_rows.clear();
+    m_rows.add(std::exchange(m_fresh, {}));
+    Selection after;
+    if (!m_selects.empty()) return after;
+    after.is_in_view = before.is_in_view;
+    for (int row = 0; row < m_rows.count(); ++row) {
+        const auto& name = m_rows.at(row).name;
+        if (selected.contains(name)) after.ids.push_back(m_rows.id_of(row));
+        if (!before.has_focus || name != focused) continue;
+        after.has_focus = true;
+        after.focused = m_rows.id_of(row);
+    }
+    std::ranges::sort(after.ids);
+    return after;
+}
+
 void FileList::take(FolderAnswer answer) {
-    const auto before = selection();
-    m_rows.add(std::move(answer.entries));
+    auto before = selection();
+    if (m_is_again) {
+        std::ranges::move(answer.entries, std::back_inserter(m_fresh));
+        if (answer.has_more) return;
+        m_is_again = false;
+        before = replace_rows(before);
+    } else {
+        m_rows.add(std::move(answer.entries));
+    }
     if (answer.error != 0) {
-        m_note = folder_word(FolderWord::unreadable, m_language);
+        m_note = text_of_error(answer, m_language);
     } else if (!answer.has_more) {
         m_note = file_word(FileWord::is_empty, m_language);
     }
     show(before);
     if (!answer.has_more) m_selects.clear();
+}
+
+void FileList::say(std::u16string note) {
+    m_note = std::move(note);
+    show(selection());
 }
 
 void FileList::show_hidden(bool shows) {

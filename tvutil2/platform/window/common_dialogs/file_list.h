@@ -19,8 +19,13 @@ class FileList {
     void fit_names();
     /// Another folder is about to be read. What is of these names is selected when it comes.
     void begin(std::set<std::u16string> selects = {});
+    /// The same folder is about to be read anew: the rows stay until all of it has come, and then
+    /// those that are there still stay selected, or those of the names are.
+    void begin_again(std::set<std::u16string> selects = {});
     /// A part of it.
     void take(FolderAnswer answer);
+    /// In the place of rows, while there are none.
+    void say(std::u16string note);
     void show_hidden(bool shows);
     [[nodiscard]] bool shows_hidden() const { return m_rows.shows_hidden(); }
     void show_files(const std::vector<std::u16string>& patterns);
@@ -43,6 +48,7 @@ class FileList {
 
   private:
     struct Selection;
+    [[nodiscard]] Selection replace_rows(const Selection& before);
     void add_column(std::size_t index, int width);
     /// The order's mark is in a title.
     void title_columns();
@@ -61,6 +67,8 @@ class FileList {
     std::u16string m_note;  ///< in the place of rows, while there are none
     std::u16string m_shown_text;
     std::set<std::u16string> m_selects;
+    bool m_is_again = false;
+    std::vector<FolderEntry> m_fresh;  ///< of a folder that is read anew
     bool m_is_filling = false;
     int m_names_width = 0;  ///< as it was fitted
     std::u16string m_typed;

@@ -30,7 +30,7 @@ std::u16string name_of(const FolderPlace& place, LANGID language) {
         case PlaceKind::drive:
             return place.path.size() == 3 ? place.path.substr(0, 2) : place.path;
         default:
-            return shown_name(place.path.substr(place.path.rfind(u'\\') + 1));
+            return shown_name(last_part(place.path));
     }
 }
 

@@ -29,6 +29,7 @@ class TVUTIL_API FileRows {
 
     [[nodiscard]] int count() const { return static_cast<int>(m_shown.size()); }
     [[nodiscard]] const FolderEntry& at(int row) const { return m_all[id_of(row)]; }
+    [[nodiscard]] const FolderEntry& entry(std::uint32_t id) const { return m_all[id]; }
     /// What a row keeps, wherever it goes.
     [[nodiscard]] std::uint32_t id_of(int row) const {
         return m_shown[static_cast<std::size_t>(row)];

@@ -39,6 +39,7 @@ class FolderDialog : public DiskDialog {
     LRESULT notified(NMHDR& header) override;
     void commanded(int id, WORD code) override;
     void answered(FolderAnswer answer) override;
+    void unanswered(std::uint64_t question) override;
     bool hear_other(UINT message, WPARAM wparam, LPARAM lparam) override;
     bool takes(const MSG& message) override;
 
@@ -195,8 +196,7 @@ void FolderDialog::accept_typed(const FolderAnswer& answer) {
         answer.error == 0 && GetFullPathNameW(answer.path.c_str(), 1024, full, nullptr) - 1 < 1023;
     if (is_there) {
         m_result = item_list_of(full);
-        const std::u16string_view path = full;
-        name_result(path.substr(path.size() > 3 ? path.rfind(u'\\') + 1 : 0));
+        name_result(last_part(full));
         EndDialog(window(), IDOK);
         return;
     }
@@ -214,7 +214,7 @@ void FolderDialog::accept_typed(const FolderAnswer& answer) {
 void FolderDialog::take_made(const FolderAnswer& answer) {
     m_make = 0;
     if (answer.error != 0) return warn(FolderWord::cannot_be_made, answer.path);
-    const auto name = answer.path.substr(answer.path.rfind(u'\\') + 1);
+    const auto name = last_part(answer.path);
     if (auto* const made = m_tree->add_made(m_made_in, name)) {
         SetFocus(tree_window());
         SendMessageW(tree_window(), TVM_EDITLABELW, 0, reinterpret_cast<LPARAM>(made));
@@ -224,7 +224,7 @@ void FolderDialog::take_made(const FolderAnswer& answer) {
 void FolderDialog::take_renamed(const FolderAnswer& answer) {
     m_rename = 0;
     if (answer.error != 0) return warn(FolderWord::cannot_be_made, answer.path);
-    m_tree->rename(m_renamed, answer.path.substr(answer.path.rfind(u'\\') + 1));
+    m_tree->rename(m_renamed, last_part(answer.path));
     selection_changed();
 }
 
@@ -237,6 +237,18 @@ void FolderDialog::answered(FolderAnswer answer) {
         take_made(answer);
     } else if (answer.question == m_rename) {
         take_renamed(answer);
+    }
+}
+
+void FolderDialog::unanswered(std::uint64_t question) {
+    if (m_tree->say_silent(question)) return;
+    if (question == m_probe) {
+        enable_ok(true);
+        warn(FolderWord::is_silent, text_of(item(kFolderEdit)));
+    } else if (question == m_make) {
+        warn(FolderWord::is_silent, m_tree->path_of(m_made_in));
+    } else if (question == m_rename) {
+        warn(FolderWord::is_silent, m_tree->path_of(m_renamed));
     }
 }
 

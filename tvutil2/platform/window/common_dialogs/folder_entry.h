@@ -20,12 +20,6 @@ struct FolderEntry {
     std::string key = {};  ///< name_order_key, where the folder was read for a list
 };
 
-/// Which files are listed beside the folders.
-struct FileWishes {
-    bool with_files = false;
-    std::vector<std::u16string> patterns;  ///< none for all of them
-};
-
 /// Where people keep files, or get at others'.
 struct FolderPlace {
     enum class Kind : std::uint8_t { home, desktop, documents, downloads, drive, mount };
@@ -36,13 +30,16 @@ struct FolderPlace {
 struct FolderAnswer {
     std::uint64_t question = 0;
     DWORD error = 0;
-    bool has_more = false;  ///< another answer to the same question follows
-    std::u16string path;    ///< of what was asked for, or was made
+    bool has_more = false;     ///< another answer to the same question follows
+    bool has_changed = false;  ///< the folder isn't as it was; nothing else is said
+    std::u16string path;       ///< of what was asked for, or was made
     std::vector<FolderEntry> entries;
     std::vector<FolderPlace> places;
 };
 
 /// A name in a folder.
 [[nodiscard]] std::u16string joined(const std::u16string& folder, const std::u16string& name);
+/// The name of what a path leads to; of a root the path itself.
+[[nodiscard]] std::u16string last_part(const std::u16string& path);
 
 }  // namespace tvutil2

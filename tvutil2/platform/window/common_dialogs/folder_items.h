@@ -42,11 +42,11 @@ class FolderItems {
     void open(HTREEITEM item);
     /// An answer to what this asked for; false for another's.
     bool take(const FolderAnswer& answer);
+    /// A question that has no answer yet, and may never have one; false for another's.
+    bool say_silent(std::uint64_t question);
     /// Asks again for what shows.
     void read_again();
     void show_hidden(bool shows);
-    /// Of the files only those of one of the patterns.
-    void show_files(std::vector<std::u16string> patterns);
     /// F5 asks again, Ctrl+H shows and hides what is hidden; false for any other key.
     bool take_key(WPARAM key);
 
@@ -83,7 +83,7 @@ class FolderItems {
 
     HWND m_tree;
     FolderQuestions& m_disk;
-    FileWishes m_wishes;
+    bool m_with_files;
     bool m_shows_hidden = false;
     LANGID m_language;
     std::map<HTREEITEM, FolderNode> m_nodes;

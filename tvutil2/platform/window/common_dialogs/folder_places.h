@@ -1,11 +1,8 @@
 // Where a person may want to go in a dialog for files.
 #pragma once
 
-#include "tvutil2/platform/base/export.h"
 #include "tvutil2/platform/window/common_dialogs/folder_entry.h"
 
-#include <string>
-#include <string_view>
 #include <vector>
 
 namespace tvutil2 {
@@ -14,9 +11,5 @@ namespace tvutil2 {
 /// drives; what is mounted for the person to use: below /media, /mnt and /run/media, and other
 /// machines' folders. Asks the disk, but nothing of what is mounted.
 [[nodiscard]] std::vector<FolderPlace> places_of_person();
-
-/// The mount points among the lines of a host's /proc/self/mountinfo that are of use to a person,
-/// in their order.
-[[nodiscard]] TVUTIL_API std::vector<std::string> mounts_of_use(std::string_view lines);
 
 }  // namespace tvutil2

@@ -1,12 +1,14 @@
 #include "tvutil2/platform/window/common_dialogs/folder_questions.h"
 
+#include "tvutil2/platform/base/clock.h"
 #include "tvutil2/platform/base/last_error.h"
 #include "tvutil2/platform/base/service_thread.h"
 #include "tvutil2/platform/files/files.h"
+#include "tvutil2/platform/window/common_dialogs/folder_alert.h"
 #include "tvutil2/platform/window/common_dialogs/folder_places.h"
 #include "tvutil2/platform/window/common_dialogs/folder_reading.h"
-#include "tvutil2/platform/window/common_dialogs/look_at_file.h"
 #include "tvutil2/platform/window/messages.h"
+#include "tvutil2/platform/window/timers.h"
 
 #include <atomic>
 #include <deque>
@@ -18,11 +20,11 @@ namespace tvutil2 {
 namespace {
 
 constexpr int kMostNames = 1000;
+constexpr UINT kSilence = 2000;  // milliseconds
 
-FolderAnswer look_at_all(const std::vector<std::u16string>& paths,
-                         const std::u16string& extension) {
+FolderAnswer look_at_all(const std::vector<std::u16string>& paths, const NameReading& reading) {
     FolderAnswer answer;
-    for (const auto& path : paths) answer.entries.push_back(look_at_file(path, extension));
+    for (const auto& path : paths) answer.entries.push_back(look_at_file(path, reading));
     return answer;
 }
 
@@ -58,6 +60,8 @@ struct FolderQuestions::Shared {
     std::deque<FolderAnswer> answers;
     std::atomic<bool> is_wanted = true;
     std::atomic<std::uint64_t> reading = 0;  ///< the folder that is read for a list
+    std::mutex alert_lock;                   ///< apart: a folder to be watched may hang as well
+    FolderAlert alert;
 
     void put(FolderAnswer answer) {
         const std::lock_guard guard(lock);
@@ -65,9 +69,26 @@ struct FolderQuestions::Shared {
         answers.push_back(std::move(answer));
         PostMessageW(window, message, 0, 0);
     }
+    bool wants(std::uint64_t question) const { return is_wanted && reading == question; }
+    static void follow(const std::shared_ptr<Shared>& shared, std::uint64_t question, int folder);
 };
 
-FolderQuestions::FolderQuestions(HWND window, UINT message) : m_shared(std::make_shared<Shared>()) {
+// The folder that is read is the one to watch.
+void FolderQuestions::Shared::follow(const std::shared_ptr<Shared>& shared, std::uint64_t question,
+                                     int folder) {
+    const std::lock_guard guard(shared->alert_lock);
+    if (!shared->wants(question)) return;
+    // The alert ends before what it tells.
+    shared->alert.follow(folder, [told = shared.get(), question] {
+        FolderAnswer answer;
+        answer.question = question;
+        answer.has_changed = true;
+        told->put(std::move(answer));
+    });
+}
+
+FolderQuestions::FolderQuestions(HWND window, UINT message, UINT_PTR timer)
+    : m_shared(std::make_shared<Shared>()), m_timer(timer) {
     m_shared->window = window;
     m_shared->message = message;
 }
@@ -79,6 +100,8 @@ FolderQuestions::~FolderQuestions() {
 
 std::uint64_t FolderQuestions::start(std::function<void(std::uint64_t, const Put&)> work) {
     const auto question = ++m_last;
+    m_waiting[question] = GetTickCount();
+    SetTimer(m_shared->window, m_timer, kSilence, nullptr);
     const Put put = [shared = m_shared, question](FolderAnswer given) {
         given.question = question;
         shared->put(std::move(given));
@@ -97,9 +120,9 @@ std::uint64_t FolderQuestions::ask(std::function<FolderAnswer()> answer) {
     return start([answer = std::move(answer)](std::uint64_t, const Put& put) { put(answer()); });
 }
 
-std::uint64_t FolderQuestions::list(std::u16string path, const FileWishes& wishes) {
-    return ask([path = std::move(path), wishes, shared = m_shared] {
-        return list_folder_of(path, wishes, [&] { return shared->is_wanted.load(); });
+std::uint64_t FolderQuestions::list(std::u16string path, bool with_files) {
+    return ask([path = std::move(path), with_files, shared = m_shared] {
+        return list_folder_of(path, with_files, [&] { return shared->is_wanted.load(); });
     });
 }
 
@@ -108,7 +131,8 @@ std::uint64_t FolderQuestions::read(std::u16string path) {
     return start(
         [path = std::move(path), shared = m_shared](std::uint64_t question, const Put& put) {
             read_folder(
-                path, [&] { return shared->is_wanted && shared->reading == question; }, put);
+                path, [&] { return shared->wants(question); },
+                [&](int folder) { Shared::follow(shared, question, folder); }, put);
         });
 }
 
@@ -120,10 +144,9 @@ std::uint64_t FolderQuestions::places() {
     });
 }
 
-std::uint64_t FolderQuestions::look_at(std::vector<std::u16string> paths,
-                                       std::u16string extension) {
-    return ask([paths = std::move(paths), extension = std::move(extension)] {
-        return look_at_all(paths, extension);
+std::uint64_t FolderQuestions::look_at(std::vector<std::u16string> paths, NameReading reading) {
+    return ask([paths = std::move(paths), reading = std::move(reading)] {
+        return look_at_all(paths, reading);
     });
 }
 
@@ -157,7 +180,19 @@ std::optional<FolderAnswer> FolderQuestions::take() {
     if (m_shared->answers.empty()) return std::nullopt;
     auto answer = std::move(m_shared->answers.front());
     m_shared->answers.pop_front();
+    m_waiting.erase(answer.question);
     return answer;
+}
+
+std::vector<std::uint64_t> FolderQuestions::silent() {
+    const auto now = GetTickCount();
+    std::vector<std::uint64_t> silent;
+    for (const auto& [question, asked] : m_waiting) {
+        if (now - asked >= kSilence - kSilence / 8) silent.push_back(question);
+    }
+    for (const auto question : silent) m_waiting.erase(question);
+    if (m_waiting.empty()) KillTimer(m_shared->window, m_timer);
+    return silent;
 }
 
 }  // namespace tvutil2

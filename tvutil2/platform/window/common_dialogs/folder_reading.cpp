@@ -8,12 +8,15 @@
 #include "tvutil2/platform/files/files.h"
 #include "tvutil2/platform/files/find.h"
 #include "tvutil2/platform/files/folder_listing.h"
-#include "tvutil2/platform/files/name_pattern.h"
+#include "tvutil2/platform/window/common_dialogs/folder_mounts.h"
 
 #include <algorithm>
 #include <chrono>
+#include <filesystem>
+#include <iterator>
 #include <set>
-#include <string_view>
+#include <string>
+#include <system_error>
 #include <utility>
 
 namespace tvutil2 {
@@ -33,10 +36,6 @@ std::set<FolderId> folders_above(const std::u16string& path) {
     }
     if (const auto id = folder_id(path.c_str())) ids.insert(*id);
     return ids;
-}
-
-bool is_dots(std::u16string_view name) {
-    return name == u"." || name == u"..";
 }
 
 FolderEntry entry_of(const WIN32_FIND_DATAW& data) {
@@ -61,6 +60,43 @@ bool comes_before(const FolderEntry& a, const FolderEntry& b) {
 
 bool has_smaller_key(const FolderEntry& a, const FolderEntry& b) {
     return a.is_folder != b.is_folder ? a.is_folder : a.key < b.key;
+}
+
+// Where a folder that is open lies.
+std::string real_path_of(int folder) {
+    std::error_code error;
+    auto path = std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(folder), error);
+    return path == "/" ? std::string() : path.string();
+}
+
+// Of a folder that nobody is asked about.
+WIN32_FIND_DATAW unseen_folder(const std::u16string& name) {
+    WIN32_FIND_DATAW data{};
+    data.dwFileAttributes = FILE_ATTRIBUTE_DIRECTORY;
+    data.cFileName[name.copy(data.cFileName, std::size(data.cFileName) - 1)] = 0;
+    return data;
+}
+
+// Shows what is in a folder until `see` gives false: 0, or why it can't be read. What is mounted
+// there and may never answer is shown by its name alone.
+DWORD visit_entries(const std::u16string& path, const SeeFolder& opened,
+                    const std::function<bool(const WIN32_FIND_DATAW&)>& see) {
+    const auto host = host_path(path);
+    if (!host) return GetLastError();
+    const auto folder = open_folder(*host);
+    if (folder) opened(folder.get());
+    const auto mounts =
+        folder ? asking_mounts(mount_lines(), real_path_of(folder.get())) : std::set<std::string>();
+    const auto see_name = [&](const char* host_name, unsigned char) {
+        const auto name = platform_name(host_name);
+        if (!name) return true;
+        if (mounts.contains(host_name)) return see(unseen_folder(*name));
+        WIN32_FIND_DATAW data;
+        return !describe_name(folder.get(), host_name, *name, data) || see(data);
+    };
+    if (folder && visit_host_folder(folder.get(), see_name)) return 0;
+    fail_with_errno();
+    return GetLastError();
 }
 
 // Collects entries, and tells them when there is time.
@@ -94,61 +130,43 @@ class Parts {
 
 }  // namespace
 
-FolderAnswer list_folder_of(const std::u16string& path, const FileWishes& wishes,
+FolderAnswer list_folder_of(const std::u16string& path, bool with_files,
                             const StillWanted& is_wanted) {
     FolderAnswer answer;
     answer.path = path;
-    WIN32_FIND_DATAW data;
-    auto* const search = FindFirstFileW(joined(path, u"*").c_str(), &data);
-    if (search == INVALID_HANDLE_VALUE) {
-        // An empty root has not even dots.
-        answer.error = GetLastError() == ERROR_FILE_NOT_FOUND ? 0 : GetLastError();
-        return answer;
-    }
-    const std::vector<NamePattern> patterns(wishes.patterns.begin(), wishes.patterns.end());
-    const auto is_wished = [&](const std::u16string& name) {
-        const auto upper = upper_of(name);
-        return wishes.with_files &&
-               (patterns.empty() || std::ranges::any_of(patterns, [&](const NamePattern& each) {
-                    return each.matches(upper);
-                }));
-    };
     const auto above = folders_above(path);
-    do {
+    const auto see = [&](const WIN32_FIND_DATAW& data) {
         auto entry = entry_of(data);
-        if (is_dots(entry.name) || (!entry.is_folder && !is_wished(entry.name))) continue;
-        if ((data.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 && entry.is_folder) {
+        if (entry.is_folder && (data.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0) {
             const auto id = folder_id(joined(path, entry.name).c_str());
             entry.leads_back = id && above.contains(*id);
         }
-        answer.entries.push_back(std::move(entry));
-    } while (is_wanted() && FindNextFileW(search, &data));
-    FindClose(search);
+        if (entry.is_folder || with_files) answer.entries.push_back(std::move(entry));
+        return is_wanted();
+    };
+    answer.error = visit_entries(
+        path, [](int) {}, see);
     std::ranges::stable_sort(answer.entries, comes_before);
     return answer;
 }
 
-void read_folder(const std::u16string& path, const StillWanted& is_wanted,
+void read_folder(const std::u16string& path, const StillWanted& is_wanted, const SeeFolder& opened,
                  const std::function<void(FolderAnswer)>& put) {
     Parts parts(path, put);
-    const auto host = host_path(path);
-    if (!host) return parts.tell(false, GetLastError());
-    const auto folder = open_folder(*host);
-    const auto see = [&](const char* host_name, unsigned char) {
-        WIN32_FIND_DATAW data;
-        const auto name = platform_name(host_name);
-        if (name && describe_name(folder.get(), host_name, *name, data)) {
-            parts.add(entry_with_key(data));
-        }
+    const auto see = [&](const WIN32_FIND_DATAW& data) {
+        parts.add(entry_with_key(data));
         return is_wanted();
     };
-    const bool is_read = folder && visit_host_folder(folder.get(), see);
-    if (!is_read) fail_with_errno();
-    parts.tell(false, is_read ? 0 : GetLastError());
+    const auto error = visit_entries(path, opened, see);
+    parts.tell(false, error);
 }
 
 std::u16string joined(const std::u16string& folder, const std::u16string& name) {
     return folder.ends_with(u'\\') ? folder + name : folder + u'\\' + name;
+}
+
+std::u16string last_part(const std::u16string& path) {
+    return path.ends_with(u'\\') ? path : path.substr(path.rfind(u'\\') + 1);
 }
 
 }  // namespace tvutil2

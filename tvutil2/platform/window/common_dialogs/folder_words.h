@@ -25,6 +25,7 @@ enum class FolderWord : std::uint8_t {
     file_label,   ///< with a mnemonic
     types_label,  ///< with a mnemonic
     replaces,     ///< a question, with %s for the path
+    is_silent,    ///< what hasn't answered for long, with %s for its name
     count
 };
 

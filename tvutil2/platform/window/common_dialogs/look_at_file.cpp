@@ -1,6 +1,8 @@
 #include "tvutil2/platform/window/common_dialogs/look_at_file.h"
 
 #include "tvutil2/platform/files/files.h"
+#include "tvutil2/platform/files/shell_link.h"
+#include "tvutil2/platform/window/common_dialogs/file_rows.h"
 
 namespace tvutil2 {
 namespace {
@@ -15,15 +17,23 @@ FolderEntry look_at_one(const std::u16string& path) {
     return entry;
 }
 
+// By its name: nobody's file is read without need.
+bool may_be_link(const FolderEntry& entry) {
+    const auto extension = extension_of(entry);
+    return entry.is_there && (extension == u"LNK" || extension == u"DESKTOP");
+}
+
 }  // namespace
 
-FolderEntry look_at_file(const std::u16string& path, const std::u16string& extension) {
+FolderEntry look_at_file(const std::u16string& path, const NameReading& reading) {
     auto entry = look_at_one(path);
-    const auto name = path.substr(path.rfind(u'\\') + 1);
-    if (entry.is_there || extension.empty() || name.find(u'.') != std::u16string::npos) {
-        return entry;
+    const bool has_dot = last_part(path).find(u'.') != std::u16string::npos;
+    if (!entry.is_there && !reading.extension.empty() && !has_dot) {
+        entry = look_at_one(std::u16string(path).append(u".").append(reading.extension));
     }
-    return look_at_one(std::u16string(path).append(u".").append(extension));
+    if (!reading.follows_links || !may_be_link(entry)) return entry;
+    const auto target = link_target(entry.name);
+    return target ? look_at_one(*target) : entry;
 }
 
 }  // namespace tvutil2

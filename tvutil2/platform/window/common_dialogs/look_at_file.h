@@ -5,8 +5,14 @@
 
 namespace tvutil2 {
 
-/// The path becomes the entry's name: with the extension, which has no dot, where there is nothing
-/// without it and it has none.
-[[nodiscard]] FolderEntry look_at_file(const std::u16string& path, const std::u16string& extension);
+/// What names stand for.
+struct NameReading {
+    std::u16string extension;    ///< of names without one; without a dot
+    bool follows_links = false;  ///< a shortcut stands for what it leads to
+};
+
+/// The path becomes the entry's name: with the extension where there is nothing without it and it
+/// has none, or that of what a shortcut leads to.
+[[nodiscard]] FolderEntry look_at_file(const std::u16string& path, const NameReading& reading);
 
 }  // namespace tvutil2

@@ -1,8 +1,9 @@
 // A program's own part of the dialog for files.
 //
 // OFN_ENABLETEMPLATE puts the dialog lpTemplateName of hInstance's resources below the dialog's own
-// controls, as a child without a frame, whatever the styles of its window say; only as much of it
-// is seen as a third of the monitor's height has room for. OFN_ENABLEHOOK makes lpfnHook the
+// controls, or around them where it has a control stc32, as a child without a frame, whatever the
+// styles of its window say; only as much of it is seen as a third of the monitor's height has room
+// for. OFN_ENABLEHOOK makes lpfnHook the
 // procedure of that child, or of one without controls. It hears WM_INITDIALOG, with the
 // OPENFILENAMEW in lParam, what the child's controls tell, and in WM_NOTIFY what the person does.
 // GetParent of the child is the dialog, which takes the CDM_ messages; it may be ended
@@ -41,9 +42,11 @@ inline constexpr UINT CDM_GETSPEC = WM_USER + 100;
 /// The same with its folder.
 inline constexpr UINT CDM_GETFILEPATH = WM_USER + 101;
 inline constexpr UINT CDM_GETFOLDERPATH = WM_USER + 102;
+/// The folder's item list, an ITEMIDLIST; wParam counts bytes.
+inline constexpr UINT CDM_GETFOLDERIDLIST = WM_USER + 103;
 /// Gives the control with the id wParam the text at lParam.
 inline constexpr UINT CDM_SETCONTROLTEXT = WM_USER + 104;
-/// Hides the control with the id wParam.
+/// Hides the control with the id wParam; the others take its room.
 inline constexpr UINT CDM_HIDECONTROL = WM_USER + 105;
 /// The text at lParam, without a dot, is the extension for names without one.
 inline constexpr UINT CDM_SETDEFEXT = WM_USER + 106;
@@ -53,6 +56,7 @@ inline constexpr int chx1 = 0x0410;   ///< "read only"
 inline constexpr int stc2 = 0x0441;   ///< label of the filters
 inline constexpr int stc3 = 0x0442;   ///< label of the name
 inline constexpr int stc4 = 0x0443;   ///< label of the folder
+inline constexpr int stc32 = 0x045F;  ///< in a template: where all of these go
 inline constexpr int lst1 = 0x0460;   ///< folders and files
 inline constexpr int cmb1 = 0x0470;   ///< filters
 inline constexpr int cmb2 = 0x0471;   ///< folder

@@ -1,9 +1,9 @@
 #include "tvutil2/platform/window/common_dialogs/open_file_name.h"
 
-#include "tvutil2/platform/base/wide_text.h"
 #include "tvutil2/platform/files/full_path.h"
 #include "tvutil2/platform/window/common_dialogs/desktop_choice.h"
 #include "tvutil2/platform/window/common_dialogs/file_filters.h"
+#include "tvutil2/platform/window/common_dialogs/file_record.h"
 #include "tvutil2/platform/window/screen.h"
 
 #include <algorithm>
@@ -42,7 +42,9 @@ FileQuestion question_of(const OPENFILENAMEW& asked, bool saves) {
 FileNameRules rules_of(const OPENFILENAMEW& asked, bool saves) {
     const auto has = [&](DWORD flag) { return (asked.Flags & flag) != 0; };
     FileNameRules rules;
-    rules.extension = text_at(asked.lpstrDefExt);
+    rules.reading.extension = text_at(asked.lpstrDefExt);
+    rules.reading.follows_links = !saves && !has(OFN_NODEREFERENCELINKS);
+    rules.extension_follows_filter = asked.lpstrDefExt != nullptr;
     rules.asks_to_create = !saves && has(OFN_CREATEPROMPT);
     rules.file_must_exist = !saves && (has(OFN_FILEMUSTEXIST) || rules.asks_to_create);
     rules.path_must_exist = has(OFN_PATHMUSTEXIST) || rules.file_must_exist;
@@ -67,57 +69,8 @@ std::u16string full(const std::u16string& path) {
     return length > 0 && length < 4096 ? std::u16string(buffer, length) : path;
 }
 
-// The name behind the last backslash begins there.
-std::size_t name_in(const std::u16string& path) {
-    return path.rfind(u'\\') + 1;
-}
-
-// What goes into lpstrFile, without the last zero. A file of another folder than the first one's
-// is told by its whole path.
-std::u16string in_buffer(const std::vector<std::u16string>& paths) {
-    if (paths.size() == 1) return paths[0];
-    const auto folder = paths[0].substr(0, name_in(paths[0]));
-    auto text = folder.substr(0, std::max<std::size_t>(folder.size(), 1) - 1);
-    if (text.size() == 2) text += u'\\';
-    for (const auto& path : paths) {
-        const bool is_inside = path.compare(0, name_in(path), folder) == 0;
-        text += u'\0' + (is_inside ? path.substr(name_in(path)) : path);
-    }
-    return text + u'\0';
-}
-
 bool give(OPENFILENAMEW& asked, const ChosenNames& chosen) {
-    const auto text = in_buffer(chosen.paths);
-    if (text.size() >= asked.nMaxFile) {
-        if (asked.nMaxFile > 0) {
-            *asked.lpstrFile =
-                static_cast<char16_t>(std::min<std::size_t>(text.size() + 1, 0xFFFF));
-        }
-        return fail(FNERR_BUFFERTOOSMALL);
-    }
-    asked.lpstrFile[text.copy(asked.lpstrFile, text.size())] = 0;
-    const auto& first = chosen.paths[0];
-    const auto several = chosen.paths.size() > 1;
-    asked.nFileOffset = static_cast<WORD>(several ? text.find(u'\0') + 1 : name_in(first));
-    const auto name = first.substr(name_in(first));
-    const auto dot = name.rfind(u'.');
-    const bool has_extension = dot != std::u16string::npos && dot > 0 && dot + 1 < name.size();
-    asked.nFileExtension =
-        has_extension && !several ? static_cast<WORD>(asked.nFileOffset + dot + 1) : WORD{0};
-    asked.nFilterIndex = static_cast<DWORD>(chosen.filter + 1);
-    asked.Flags &= ~OFN_EXTENSIONDIFFERENT;
-    if (chosen.is_read_only) {
-        asked.Flags = (asked.Flags & ~OFN_READONLY) | (*chosen.is_read_only ? OFN_READONLY : 0);
-    }
-    const auto wanted = text_at(asked.lpstrDefExt);
-    if (!wanted.empty() &&
-        (!has_extension || _wcsicmp(name.c_str() + dot + 1, wanted.c_str()) != 0)) {
-        asked.Flags |= OFN_EXTENSIONDIFFERENT;
-    }
-    if (asked.lpstrFileTitle != nullptr && asked.nMaxFileTitle > 0) {
-        asked.lpstrFileTitle[name.copy(asked.lpstrFileTitle, asked.nMaxFileTitle - 1)] = 0;
-    }
-    return true;
+    return put_choice(asked, chosen) || fail(FNERR_BUFFERTOOSMALL);
 }
 
 ChosenNames ask_with_part(FileDialog& dialog, OPENFILENAMEW& asked) {
@@ -126,8 +79,10 @@ ChosenNames ask_with_part(FileDialog& dialog, OPENFILENAMEW& asked) {
         g_error = error;
         return {};
     }
-    dialog.add_part(part, [&](const ChosenNames& chosen) { return give(asked, chosen); });
+    dialog.add_part(part, [&](const ChosenNames& chosen) { return put_choice(asked, chosen); });
+    RecordAtFirst at_first(asked);
     auto chosen = dialog.ask();
+    if (!chosen.paths.empty()) at_first.keep_choice();
     if (part.has_failed()) g_error = CDERR_INITIALIZATION;
     return chosen;
 }

@@ -29,9 +29,10 @@ struct OPENFILENAMEW {
     const char16_t* lpstrInitialDir;
     const char16_t* lpstrTitle;
     DWORD Flags;
-    WORD nFileOffset;     ///< of the first name in lpstrFile
-    WORD nFileExtension;  ///< of the extension; 0 for none
-    const char16_t* lpstrDefExt;
+    WORD nFileOffset;             ///< of the first name in lpstrFile
+    WORD nFileExtension;          ///< of the extension; 0 for none
+    const char16_t* lpstrDefExt;  ///< for names without one; that of the filter when it is empty
+                                  ///< or another filter is chosen; null for none
     LPARAM lCustData;
     LPOFNHOOKPROC lpfnHook;
     const char16_t* lpTemplateName;
@@ -51,9 +52,12 @@ inline constexpr DWORD OFN_NOCHANGEDIR = 0x8;
 /// The dialog has a part of the caller's own (open_file_hook.h), and is never the desktop's.
 inline constexpr DWORD OFN_ENABLEHOOK = 0x20;
 inline constexpr DWORD OFN_ENABLETEMPLATE = 0x40;
-/// Several files: folder and names, each ended by a zero, and one more at the end.
+/// The template lies in memory, at hInstance, which may be one of GlobalAlloc's.
+inline constexpr DWORD OFN_ENABLETEMPLATEHANDLE = 0x80;
+/// Several files: folder and names, each ended by a zero, and one more at the end. The name of a
+/// file in a folder below is its path from there.
 inline constexpr DWORD OFN_ALLOWMULTISELECT = 0x200;
-/// Set when the file hasn't the default extension.
+/// Set when the file has another extension than the default one.
 inline constexpr DWORD OFN_EXTENSIONDIFFERENT = 0x400;
 inline constexpr DWORD OFN_PATHMUSTEXIST = 0x800;
 /// Only what is there can be opened; passed over for what is saved.
@@ -61,6 +65,8 @@ inline constexpr DWORD OFN_FILEMUSTEXIST = 0x1000;
 /// Asks whether a file to open that isn't there is to be made; that is the caller's to do.
 inline constexpr DWORD OFN_CREATEPROMPT = 0x2000;
 inline constexpr DWORD OFN_EXPLORER = 0x80000;
+/// A shortcut is chosen itself, and not what it leads to. To be saved to, it always is.
+inline constexpr DWORD OFN_NODEREFERENCELINKS = 0x100000;
 inline constexpr DWORD OFN_FORCESHOWHIDDEN = 0x10000000;
 
 inline constexpr DWORD CDERR_STRUCTSIZE = 0x0001;
