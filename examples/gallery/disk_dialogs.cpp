@@ -37,7 +37,9 @@ void browse_folders(const std::u16string& path) {
     ILFree(SHBrowseForFolderW(&info));
 }
 
-void ask_for_files(const std::u16string& folder, const char16_t* name, DWORD flags, bool saves) {
+// `part` is a template of the gallery's, or 0.
+void ask_for_files(const std::u16string& folder, const char16_t* name, DWORD flags, bool saves,
+                   WORD part = 0) {
     char16_t chosen[1024] = {};
     std::u16string_view(name).copy(chosen, 1023);
     OPENFILENAMEW asked{};
@@ -47,6 +49,11 @@ void ask_for_files(const std::u16string& folder, const char16_t* name, DWORD fla
     asked.nMaxFile = 1024;
     asked.lpstrInitialDir = folder.c_str();
     asked.Flags = flags;
+    if (part != 0) {
+        asked.Flags |= OFN_ENABLETEMPLATE | OFN_EXPLORER;
+        asked.hInstance = GetModuleHandleW(nullptr);
+        asked.lpTemplateName = MAKEINTRESOURCEW(part);
+    }
     saves ? GetSaveFileNameW(&asked) : GetOpenFileNameW(&asked);
 }
 
@@ -57,6 +64,13 @@ void open_files(const std::u16string& path) {
     ask_for_files(path + u"\\Customers", u"",
                   OFN_EXPLORER | OFN_ALLOWMULTISELECT | OFN_FILEMUSTEXIST | OFN_HIDEREADONLY,
                   false);
+}
+// A program's own part, below the dialog's controls and around them.
+void open_with_part(const std::u16string& path) {
+    ask_for_files(path + u"\\Customers", u"Main gate.xts", OFN_FILEMUSTEXIST, false, 130);
+}
+void open_in_part(const std::u16string& path) {
+    ask_for_files(path + u"\\Customers", u"Main gate.xts", OFN_FILEMUSTEXIST, false, 131);
 }
 void save_file(const std::u16string& path) {
     ask_for_files(path + u"\\Customers\\سجلات 2025 (قديم)", u"שער צפוני (3).xts",
@@ -123,6 +137,8 @@ const std::vector<DiskPicture>& disk_pictures() {
         {"files", true, open_file, show_dialog},
         {"files-rows", false, open_files, select_rows},
         {"files-types", false, open_file, open_types},
+        {"files-part", false, open_with_part, show_dialog},
+        {"files-around", false, open_in_part, show_dialog},
         {"files-save", true, save_file, show_note},
         {"files-missing", true, miss_file, show_answer},
         {"files-replace", true, replace_file, show_answer},

@@ -179,6 +179,11 @@ TEST_F(FileDialogRows, ChooseSeveral) {
                     press_with({VK_SHIFT}, VK_DOWN), is_named(u"\"a.dat\" \"b9.txt\""),
                     press(VK_RETURN)}),
               m_path + u"|a.dat|b9.txt");
+    // From where a name was looked for.
+    EXPECT_EQ(open({shows(kUsual), go_to_rows, press(VK_HOME), type(u"b9"),
+                    press_with({VK_SHIFT}, VK_DOWN), is_named(u"\"b9.txt\" \"b10.txt\""),
+                    press(VK_RETURN)}),
+              m_path + u"|b9.txt|b10.txt");
 }
 
 TEST_F(FileDialogRows, OfferNamesWhileOneIsTyped) {
@@ -281,12 +286,34 @@ TEST_F(FileDialogRows, SayWhatCannotBeMade) {
               u"");
 }
 
+const Step is_being_named = [](HWND dialog) {
+    return SendMessageW(rows_of(dialog), LVM_GETEDITCONTROL, 0, 0) != 0;
+};
+
+// A new one gets its name where it stands; Esc leaves it as it is.
 TEST_F(FileDialogRows, MakeFolders) {
-    EXPECT_EQ(open({shows(kUsual), press_with({VK_CONTROL, VK_SHIFT}, 'N'),
-                    shows({u"in", u"New folder", u"a.dat", u"b9.txt", u"b10.txt"}),
-                    press(VK_RETURN), is_in(m_path + u"\\New folder"), press(VK_ESCAPE)}),
-              u"");
+    const Names made{u"in", u"New folder", u"a.dat", u"b9.txt", u"b10.txt"};
+    EXPECT_EQ(
+        open({shows(kUsual), press_with({VK_CONTROL, VK_SHIFT}, 'N'), is_being_named, shows(made),
+              press(VK_ESCAPE), press(VK_RETURN), is_in(m_path + u"\\New folder"), press(VK_BACK),
+              shows(made), press_with({VK_CONTROL, VK_SHIFT}, 'N'), is_being_named, type(u"mine"),
+              press(VK_RETURN),
+              shows({u"in", u"mine", u"New folder", u"a.dat", u"b9.txt", u"b10.txt"}),
+              press(VK_RETURN), is_in(m_path + u"\\mine"), press(VK_ESCAPE)}),
+        u"");
     EXPECT_TRUE(fs::is_directory(m_host + "/New folder"));
+    EXPECT_TRUE(fs::is_directory(m_host + "/mine"));
+}
+
+TEST_F(FileDialogRows, GiveOtherNames) {
+    EXPECT_EQ(
+        open({shows(kUsual), go_to_rows, type(u"b9"), press(VK_F2), is_being_named, type(u"c.txt"),
+              press(VK_RETURN), shows({u"in", u"a.dat", u"b10.txt", u"c.txt"}), press(VK_F2),
+              is_being_named, type(u"..\\d.txt"), press(VK_RETURN), answer_with(IDOK), press(VK_F2),
+              is_being_named, type(u"b10.txt"), press(VK_RETURN), answer_with(IDOK),
+              press(VK_ESCAPE)}),
+        u"");
+    EXPECT_TRUE(fs::exists(m_host + "/c.txt"));
 }
 
 TEST_F(FileDialogRows, FollowTheFlags) {

@@ -259,6 +259,8 @@ class ListViews : public tests::ControlTest {
                 m_heard += "column" + std::to_string(told.iSubItem) + " ";
             } else if (told.hdr.code == LVN_ITEMACTIVATE) {
                 m_heard += "activate" + std::to_string(told.iItem) + " ";
+            } else if (told.hdr.code == LVN_ENDLABELEDITW) {
+                return m_keeps ? TRUE : FALSE;
             }
             return 0;
         };
@@ -302,6 +304,7 @@ class ListViews : public tests::ControlTest {
 
     std::string m_heard;
     int m_asked = 0;
+    bool m_keeps = true;  ///< what a person has named
 };
 
 TEST_F(ListViews, FollowKeysAndPointer) {
@@ -338,6 +341,46 @@ TEST_F(ListViews, FollowKeysAndPointer) {
     SendMessageW(list, LVM_SETITEMCOUNT, 5, 0);
     pump();
     keep_picture("list_view_icons");
+}
+
+TEST_F(ListViews, ChangeNamesAndColumns) {
+    auto* const list = make(LVS_REPORT | LVS_EDITLABELS);
+    fill(list);
+    const auto name_of = [&](int index) {
+        char16_t text[50] = {};
+        LVITEMW asked{};
+        asked.pszText = text;
+        asked.cchTextMax = 50;
+        SendMessageW(list, LVM_GETITEMTEXTW, static_cast<WPARAM>(index), as_lparam(&asked));
+        return std::u16string(text);
+    };
+    const struct {
+        int key;
+        bool keeps;
+        std::u16string name;
+    } cases[] = {
+        {VK_RETURN, true, u"new"}, {VK_ESCAPE, true, kWords[1]}, {VK_RETURN, false, kWords[2]}};
+    for (int i = 0; i < 3; ++i) {
+        m_keeps = cases[i].keeps;
+        SetFocus(list);
+        SendMessageW(list, LVM_EDITLABELW, static_cast<WPARAM>(i), 0);
+        ASSERT_NE(SendMessageW(list, LVM_GETEDITCONTROL, 0, 0), 0);
+        tvutil2::type_text(u"new");
+        press(cases[i].key);
+        EXPECT_EQ(SendMessageW(list, LVM_GETEDITCONTROL, 0, 0), 0);
+        EXPECT_EQ(GetFocus(), list);
+        EXPECT_EQ(name_of(i), cases[i].name) << i;
+    }
+    EXPECT_EQ(SendMessageW(list, LVM_EDITLABELW, 9, 0), 0);
+    // What isn't named in the mask stays.
+    LVCOLUMNW column{};
+    column.mask = LVCF_WIDTH;
+    column.cx = 77;
+    EXPECT_TRUE(SendMessageW(list, LVM_SETCOLUMNW, 1, as_lparam(&column)));
+    EXPECT_FALSE(SendMessageW(list, LVM_SETCOLUMNW, 2, as_lparam(&column)));
+    EXPECT_EQ(SendMessageW(list, LVM_GETCOLUMNWIDTH, 1, 0), 77);
+    EXPECT_EQ(SendMessageW(list, LVM_GETCOLUMNWIDTH, 0, 0), 120);
+    keep_picture("list_view_names");
 }
 
 // Only what shows is asked for, however many there are.

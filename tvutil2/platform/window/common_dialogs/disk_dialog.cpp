@@ -45,6 +45,15 @@ int DiskDialog::say(const char16_t* text, const std::u16string& path, UINT type)
     return MessageBoxW(m_window, said.c_str(), text_of(m_window).c_str(), type);
 }
 
+void DiskDialog::scale_changed(const RECT& place) {
+    auto* const before = std::exchange(m_icons, make_folder_icons(GetDpiForWindow(m_window)));
+    icons_changed();
+    if (before != nullptr) ImageList_Destroy(before);
+    SetWindowPos(m_window, nullptr, place.left, place.top, place.right - place.left,
+                 place.bottom - place.top, SWP_NOZORDER | SWP_NOACTIVATE);
+    lay_out();
+}
+
 INT_PTR DiskDialog::hear(UINT message, WPARAM wparam, LPARAM lparam) {
     // What the parts tell while they are made.
     if (!m_is_built) return FALSE;
@@ -59,6 +68,9 @@ INT_PTR DiskDialog::hear(UINT message, WPARAM wparam, LPARAM lparam) {
             return TRUE;
         case kAnswered:
             while (auto answer = m_disk->take()) answered(std::move(*answer));
+            return TRUE;
+        case WM_DPICHANGED:
+            scale_changed(*reinterpret_cast<const RECT*>(lparam));
             return TRUE;
         case WM_TIMER:
             if (wparam != kSilenceTimer) return FALSE;

@@ -29,6 +29,8 @@ class DiskDialog {
     /// Fills the window, which is there, and has its icons and its questions.
     virtual void build() = 0;
     virtual void lay_out() = 0;
+    /// icons() has others, of another size.
+    virtual void icons_changed() = 0;
     /// With the frame.
     [[nodiscard]] virtual SIZE least_size() const = 0;
     virtual LRESULT notified(NMHDR& header) = 0;
@@ -54,6 +56,7 @@ class DiskDialog {
 
   private:
     static INT_PTR procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
+    void scale_changed(const RECT& place);
     INT_PTR hear(UINT message, WPARAM wparam, LPARAM lparam);
 
     LANGID m_language;

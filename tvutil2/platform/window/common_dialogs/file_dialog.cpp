@@ -25,20 +25,6 @@ namespace {
 
 /// Posted once for however many items the selection gains and loses at once.
 constexpr UINT kSelectionChanged = WM_APP + 2;
-constexpr UINT_PTR kChangeTimer = 2;
-
-// What is typed with wildcards, and is no file's name.
-std::u16string pattern_in(const FolderAnswer& answer) {
-    if (answer.entries.size() != 1 || answer.entries[0].is_there) return {};
-    const auto& path = answer.entries[0].name;
-    auto name = last_part(path);
-    return NamePattern::has_wildcards(name) ? name : std::u16string{};
-}
-
-bool has_focus(HWND control) {
-    auto* const focus = GetFocus();
-    return focus != nullptr && (focus == control || IsChild(control, focus) != 0);
-}
 
 }  // namespace
 
@@ -96,6 +82,11 @@ void FileDialog::lay_out() {
     lay_out_file_dialog(window());
     if (m_places) m_places->arrange();
     if (m_list) m_list->fit_names();
+}
+
+void FileDialog::icons_changed() {
+    m_places->show_icons(icons());
+    m_list->show_icons(icons());
 }
 
 SIZE FileDialog::least_size() const {
@@ -156,69 +147,6 @@ void FileDialog::name_type(const std::u16string& before) {
     fill_name(name, {name});
 }
 
-// What was on its way to another folder is let go.
-void FileDialog::go_to(const std::u16string& folder, std::set<std::u16string> selects) {
-    m_folder = folder;
-    m_judging = 0;
-    SetDlgItemTextW(window(), kFilePath, shown_name(folder).c_str());
-    m_list->begin(std::move(selects));
-    m_places->follow(folder);
-    KillTimer(window(), kChangeTimer);
-    read();
-    tell_part(CDN_FOLDERCHANGE);
-}
-
-void FileDialog::read() {
-    m_reading = disk().read(m_folder);
-    m_reading_from = GetTickCount();
-}
-
-void FileDialog::go_to_typed() {
-    const auto typed = text_of(item(kFilePath));
-    if (const auto path = path_in(m_folder, typed)) {
-        go_to(*path);
-        SetFocus(m_list->window());
-    } else {
-        say(word(FolderWord::is_not_there), typed, MB_OK | MB_ICONWARNING);
-    }
-}
-
-void FileDialog::go_up() {
-    if (m_folder.empty()) return;
-    const auto above = folder_above(m_folder);
-    if (above != m_folder) go_to(above, {last_part(m_folder)});
-}
-
-void FileDialog::read_again(std::set<std::u16string> selects) {
-    if (m_folder.empty()) return;
-    KillTimer(window(), kChangeTimer);
-    m_list->begin_again(std::move(selects));
-    read();
-}
-
-// Changes seldom come alone, and a large folder isn't read all the time.
-void FileDialog::folder_changed() {
-    constexpr DWORD kLeastWait = 250;
-    constexpr DWORD kMostWait = 10'000;
-    const auto wait = std::clamp(4 * m_reading_took, kLeastWait, kMostWait);
-    SetTimer(window(), kChangeTimer, wait, nullptr);
-}
-
-void FileDialog::make_folder() {
-    if (m_folder.empty() || m_making != 0) return;
-    m_making = disk().make(m_folder, word(FolderWord::new_folder));
-}
-
-void FileDialog::take_made(const FolderAnswer& answer) {
-    m_making = 0;
-    if (answer.error != 0) {
-        say(word(FolderWord::cannot_be_made), answer.path, MB_OK | MB_ICONWARNING);
-        return;
-    }
-    read_again({last_part(answer.path)});
-    SetFocus(m_list->window());
-}
-
 void FileDialog::fill_name(std::u16string text, std::vector<std::u16string> names) {
     SetDlgItemTextW(window(), kFileName, text.c_str());
     m_name_text = std::move(text);
@@ -254,6 +182,9 @@ LRESULT FileDialog::notified(NMHDR& header) {
             PostMessageW(window(), kSelectionChanged, 0, 0);
         }
         if (header.code == LVN_ITEMACTIVATE) activate();
+        if (header.code == LVN_ENDLABELEDITW) {
+            rename(reinterpret_cast<const NMLVDISPINFOW&>(header).item);
+        }
     }
     if (m_places && header.hwndFrom == m_places->window() && header.code == NM_CLICK) {
         if (const auto place = m_places->selected(); !place.empty()) go_to(place);
@@ -290,14 +221,15 @@ void FileDialog::answered(FolderAnswer answer) {
     const auto question = answer.question;
     if (question == m_reading) {
         if (answer.has_changed) return folder_changed();
-        if (!answer.has_more) m_reading_took = GetTickCount() - m_reading_from;
-        m_list->take(std::move(answer));
+        take_part(std::move(answer));
     } else if (question == m_finding_places) {
         m_places->take(std::move(answer.places));
         if (m_folder.empty()) go_to(m_places->usual());
         m_places->follow(m_folder);
     } else if (question == m_making) {
         take_made(answer);
+    } else if (question == m_renaming) {
+        take_renamed(answer);
     } else if (question == m_judging) {
         m_judging = 0;
         judge(answer);
@@ -314,107 +246,21 @@ void FileDialog::unanswered(std::uint64_t question) {
     } else if (question == m_judging) {
         m_judging = 0;
         warn(m_judged);
-    } else if (question == m_making) {
-        m_making = 0;
+    } else if (question == m_making || question == m_renaming) {
+        m_making = m_renaming = 0;
         warn(m_folder);
     }
 }
 
 bool FileDialog::hear_other(UINT message, WPARAM wparam, LPARAM lparam) {
     if (message == WM_TIMER && wparam == kChangeTimer) {
-        read_again();
+        // A name that is being changed stays where it is until then.
+        if (!m_list->is_editing()) read_again();
         return true;
     }
     if (message != kSelectionChanged) return hear_program(message, wparam, lparam);
     selection_changed();
     return true;
-}
-
-// Enter means what the person is at.
-void FileDialog::press_ok() {
-    if (has_focus(item(kFilePath))) return go_to_typed();
-    if (has_focus(m_places->window())) {
-        if (const auto place = m_places->selected(); !place.empty()) go_to(place);
-        return;
-    }
-    const auto selected = m_list->selected();
-    const bool is_at_folder = selected.size() == 1 && selected[0]->is_folder;
-    if (is_at_folder && has_focus(m_list->window())) return activate();
-    accept();
-}
-
-// Names that can't stand in a field as they are come from the selection.
-std::vector<std::u16string> FileDialog::wanted_names() const {
-    const auto typed = text_of(item(kFileName));
-    if (typed == m_name_text && !typed.empty()) return m_name_names;
-    return names_in(typed, m_question.takes_several);
-}
-
-void FileDialog::accept() {
-    std::vector<std::u16string> paths;
-    for (const auto& name : wanted_names()) {
-        const auto path = path_in(m_folder, name);
-        if (!path) {
-            say(word(FolderWord::is_not_there), name, MB_OK | MB_ICONWARNING);
-            return;
-        }
-        paths.push_back(*path);
-    }
-    if (paths.empty()) return;
-    m_judged = paths[0];
-    m_judging = disk().look_at(std::move(paths), m_name_reading);
-}
-
-bool FileDialog::may_be(const FolderEntry& found) const {
-    const auto asks = [&](const char16_t* text, UINT icon) {
-        return say(text, found.name, MB_YESNO | icon | MB_DEFBUTTON2) == IDYES;
-    };
-    if (!found.has_folder && m_rules.path_must_exist) {
-        say(word(FolderWord::is_not_there), folder_above(found.name), MB_OK | MB_ICONWARNING);
-        return false;
-    }
-    if (!found.is_there && m_rules.asks_to_create) {
-        return asks(file_word(FileWord::creates, language()), MB_ICONQUESTION);
-    }
-    if (!found.is_there && m_rules.file_must_exist) {
-        say(file_word(FileWord::is_not_there, language()), found.name, MB_OK | MB_ICONWARNING);
-        return false;
-    }
-    const bool replaces = saves() && found.is_there && m_question.asks_to_replace;
-    return !replaces || asks(word(FolderWord::replaces), MB_ICONWARNING);
-}
-
-void FileDialog::judge(const FolderAnswer& answer) {
-    if (answer.entries.size() == 1 && answer.entries[0].is_folder) {
-        fill_name(saves() ? m_question.name : u"", {m_question.name});
-        return go_to(answer.entries[0].name);
-    }
-    if (const auto pattern = pattern_in(answer); !pattern.empty()) {
-        m_list->show_files({pattern});
-        return back_to_name();
-    }
-    const auto may_not = [this](const FolderEntry& found) {
-        return found.is_folder || !may_be(found);
-    };
-    if (std::ranges::any_of(answer.entries, may_not)) return back_to_name();
-    choose(answer.entries);
-}
-
-void FileDialog::choose(const std::vector<FolderEntry>& found) {
-    for (const auto& each : found) m_chosen.paths.push_back(each.name);
-    if (m_rules.is_read_only) {
-        m_chosen.is_read_only = IsDlgButtonChecked(window(), kFileReadOnly) == BST_CHECKED;
-    }
-    if (part_refuses()) {
-        m_chosen.paths.clear();
-        return back_to_name();
-    }
-    EndDialog(window(), IDOK);
-}
-
-void FileDialog::back_to_name() {
-    SetFocus(item(kFileName));
-    SendMessageW(item(kFileName), CB_SETEDITSEL, 0, MAKELPARAM(0, 0xFFFF));
 }
 
 }  // namespace tvutil2

@@ -50,8 +50,11 @@ class FileDialog : public DiskDialog {
     [[nodiscard]] ChosenNames ask();
 
   private:
+    static constexpr UINT_PTR kChangeTimer = 2;  ///< until a folder that has changed is read anew
+
     void build() override;
     void lay_out() override;
+    void icons_changed() override;
     [[nodiscard]] SIZE least_size() const override;
     LRESULT notified(NMHDR& header) override;
     void commanded(int id, WORD code) override;
@@ -71,8 +74,11 @@ class FileDialog : public DiskDialog {
     void read();
     void read_again(std::set<std::u16string> selects = {});
     void folder_changed();
+    void take_part(FolderAnswer answer);
     void make_folder();
     void take_made(const FolderAnswer& answer);
+    void rename(const LVITEMW& named);
+    void take_renamed(const FolderAnswer& answer);
 
     // What is selected.
     void selection_changed();
@@ -119,6 +125,8 @@ class FileDialog : public DiskDialog {
     std::uint64_t m_reading = 0;
     std::uint64_t m_finding_places = 0;
     std::uint64_t m_making = 0;
+    std::uint64_t m_renaming = 0;
+    bool m_names_made = false;  ///< the folder that has been made gets its name when it shows
     std::uint64_t m_judging = 0;
     std::u16string m_judged;   ///< its first path
     DWORD m_reading_from = 0;  ///< the tick at which a folder's reading began,

@@ -10,7 +10,9 @@
 namespace tvutil2 {
 
 bool FileDialog::takes_list_key(WPARAM key) {
-    if (key == VK_BACK) {
+    if (key == VK_F2) {
+        m_list->edit_name();
+    } else if (key == VK_BACK) {
         go_up();
     } else if (key == 'A' && GetKeyState(VK_CONTROL) < 0 && m_question.takes_several) {
         m_list->select_all();

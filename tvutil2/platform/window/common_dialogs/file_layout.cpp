@@ -41,8 +41,8 @@ void add_file_parts(HWND dialog, const FileParts& parts, LANGID language) {
     add_control(dialog, WC_LISTVIEWW, u"", list | LVS_SINGLESEL | LVS_NOCOLUMNHEADER, nowhere,
                 kFilePlaces);
     add_control(dialog, WC_LISTVIEWW, u"",
-                list | LVS_OWNERDATA | (parts.takes_several ? 0 : LVS_SINGLESEL), nowhere,
-                kFileRows);
+                list | LVS_OWNERDATA | LVS_EDITLABELS | (parts.takes_several ? 0 : LVS_SINGLESEL),
+                nowhere, kFileRows);
     add_control(dialog, u"Static", shared(FolderWord::file_label), 0, nowhere, kFileNameLabel);
     add_control(dialog, u"ComboBox", u"", kBox | CBS_DROPDOWN, open_list, kFileName);
     if (parts.has_types) {

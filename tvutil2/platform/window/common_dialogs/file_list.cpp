@@ -56,31 +56,34 @@ struct FileList::Selection {
 
 FileList::FileList(HWND list, HIMAGELIST icons, LANGID language)
     : m_list(list), m_language(language) {
-    SendMessageW(list, LVM_SETIMAGELIST, LVSIL_SMALL, reinterpret_cast<LPARAM>(icons));
+    show_icons(icons);
     for (std::size_t i = 0; i < std::size(kColumns); ++i) {
-        add_column(i, scaled(kColumns[i].width, GetDpiForWindow(list)));
+        auto title = title_of(i);
+        LVCOLUMNW column{};
+        column.mask = LVCF_TEXT | LVCF_WIDTH | LVCF_FMT;
+        column.pszText = title.data();
+        column.cx = scaled(kColumns[i].width, GetDpiForWindow(list));
+        column.fmt = kColumns[i].format;
+        SendMessageW(m_list, LVM_INSERTCOLUMNW, i, reinterpret_cast<LPARAM>(&column));
     }
 }
 
-void FileList::add_column(std::size_t index, int width) {
-    std::u16string title = file_word(kColumns[index].word, m_language);
+std::u16string FileList::title_of(std::size_t column) const {
+    std::u16string title = file_word(kColumns[column].word, m_language);
     const auto order = m_rows.order();
-    if (static_cast<std::size_t>(order.column) == index) {
+    if (static_cast<std::size_t>(order.column) == column) {
         title += order.is_descending ? u" \x25BE" : u" \x25B4";
     }
-    LVCOLUMNW column{};
-    column.mask = LVCF_TEXT | LVCF_WIDTH | LVCF_FMT;
-    column.pszText = title.data();
-    column.cx = width;
-    column.fmt = kColumns[index].format;
-    SendMessageW(m_list, LVM_INSERTCOLUMNW, index, reinterpret_cast<LPARAM>(&column));
+    return title;
 }
 
-void FileList::title_columns() {
+void FileList::title_columns() const {
     for (std::size_t i = 0; i < std::size(kColumns); ++i) {
-        const auto width = SendMessageW(m_list, LVM_GETCOLUMNWIDTH, i, 0);
-        SendMessageW(m_list, LVM_DELETECOLUMN, i, 0);
-        add_column(i, static_cast<int>(width));
+        auto title = title_of(i);
+        LVCOLUMNW column{};
+        column.mask = LVCF_TEXT;
+        column.pszText = title.data();
+        SendMessageW(m_list, LVM_SETCOLUMNW, i, reinterpret_cast<LPARAM>(&column));
     }
 }
 
@@ -97,6 +100,19 @@ void FileList::fit_names() {
     if (now == width || (m_names_width != 0 && now != m_names_width)) return;
     m_names_width = width;
     SendMessageW(m_list, LVM_SETCOLUMNWIDTH, 0, width);
+}
+
+void FileList::show_icons(HIMAGELIST icons) const {
+    SendMessageW(m_list, LVM_SETIMAGELIST, LVSIL_SMALL, reinterpret_cast<LPARAM>(icons));
+}
+
+void FileList::edit_name() const {
+    const auto row = next_row(m_list, -1, LVNI_FOCUSED);
+    if (has(row)) SendMessageW(m_list, LVM_EDITLABELW, static_cast<WPARAM>(row), 0);
+}
+
+bool FileList::is_editing() const {
+    return SendMessageW(m_list, LVM_GETEDITCONTROL, 0, 0) != 0;
 }
 
 void FileList::begin(std::set<std::u16string> selects) {

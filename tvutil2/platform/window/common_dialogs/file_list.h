@@ -33,6 +33,11 @@ class FileList {
     /// What the list view tells. False for what isn't the list's own affair; a selection that has
     /// changed is the dialog's.
     bool notified(NMHDR& header);
+    /// Icons of another size.
+    void show_icons(HIMAGELIST icons) const;
+    /// Lets the person change the name of who has the focus; `is_editing` while that goes on.
+    void edit_name() const;
+    [[nodiscard]] bool is_editing() const;
     /// A character for who looks for a name.
     void type(char16_t character);
     void select_all();
@@ -49,9 +54,9 @@ class FileList {
   private:
     struct Selection;
     [[nodiscard]] Selection replace_rows(const Selection& before);
-    void add_column(std::size_t index, int width);
     /// The order's mark is in a title.
-    void title_columns();
+    [[nodiscard]] std::u16string title_of(std::size_t column) const;
+    void title_columns() const;
     void describe(LVITEMW& asked);
     [[nodiscard]] std::u16string text_of_row(int row, int column) const;
     void order_by(FileColumn column);

@@ -44,10 +44,14 @@ FolderIcon icon_of(const FolderPlace& place) {
 
 FilePlaces::FilePlaces(HWND list, HIMAGELIST icons, LANGID language)
     : m_list(list), m_language(language) {
-    SendMessageW(list, LVM_SETIMAGELIST, LVSIL_SMALL, reinterpret_cast<LPARAM>(icons));
+    show_icons(icons);
     LVCOLUMNW column{};
     SendMessageW(list, LVM_INSERTCOLUMNW, 0, reinterpret_cast<LPARAM>(&column));
     arrange();
+}
+
+void FilePlaces::show_icons(HIMAGELIST icons) const {
+    SendMessageW(m_list, LVM_SETIMAGELIST, LVSIL_SMALL, reinterpret_cast<LPARAM>(icons));
 }
 
 void FilePlaces::arrange() const {

@@ -20,6 +20,7 @@ class FilePlaces {
     /// Selects the place that a folder is, if it is one.
     void follow(const std::u16string& folder);
     void arrange() const;
+    void show_icons(HIMAGELIST icons) const;
     [[nodiscard]] bool is_filling() const { return m_is_filling; }
 
   private:

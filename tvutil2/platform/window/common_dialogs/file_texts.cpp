@@ -7,6 +7,7 @@
 #include "tvutil2/platform/window/common_dialogs/shown_name.h"
 
 #include <ctime>
+#include <iterator>
 #include <string>
 
 namespace tvutil2 {
@@ -27,21 +28,21 @@ std::u16string two_digits(int number) {
 // Tenths below ten, whole ones above: each rounded from the bytes.
 std::u16string size_text(std::uint64_t bytes, LANGID language) {
     constexpr std::uint64_t kStep = 1024;
-    auto unit = static_cast<std::uint8_t>(FileWord::bytes);
+    const auto& format = file_format(language);
+    std::size_t unit = 0;
     std::uint64_t size = 1;
     const auto rounded = [&](std::uint64_t times) {
         return bytes / size * times + (bytes % size * times + size / 2) / size;
     };
-    while (rounded(1) >= kStep && unit < static_cast<std::uint8_t>(FileWord::terabytes)) {
+    while (rounded(1) >= kStep && unit + 1 < std::size(format.units)) {
         size *= kStep;
         ++unit;
     }
     auto number = digits(rounded(1));
     if (const auto tenths = rounded(10); size > 1 && tenths < 100) {
-        number =
-            digits(tenths / 10) + file_word(FileWord::decimal_mark, language) + digits(tenths % 10);
+        number = digits(tenths / 10) + format.decimal_mark + digits(tenths % 10);
     }
-    return number + u'\xA0' + file_word(static_cast<FileWord>(unit), language);
+    return number + u'\xA0' + format.units[unit];
 }
 
 std::u16string time_text(const FILETIME& time, LANGID language) {
@@ -61,7 +62,7 @@ std::u16string time_text(const FILETIME& time, LANGID language) {
                           0,
                           0};
     char16_t text[32];
-    const auto* const picture = file_word(FileWord::date, language);
+    const auto* const picture = file_format(language).date;
     if (GetDateFormatW(LOCALE_USER_DEFAULT, 0, &date, picture, text, 32) == 0) return {};
     return text + (u' ' + two_digits(parts.tm_hour) + u':' + two_digits(parts.tm_min));
 }

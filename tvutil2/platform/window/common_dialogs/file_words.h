@@ -20,17 +20,18 @@ enum class FileWord : std::uint8_t {
     is_not_there,  ///< of a file, with %s for its path
     creates,       ///< a question, with %s for the path
     read_only,     ///< on a check box, with a mnemonic
-    bytes,         ///< units, up to terabytes in their order
-    kilobytes,
-    megabytes,
-    gigabytes,
-    terabytes,
-    decimal_mark,
-    date,  ///< a picture of GetDateFormatW
     count
 };
 
-/// English for a language that isn't spoken.
+/// How a language writes sizes and times.
+struct FileFormat {
+    const char16_t* units[5];  ///< bytes, and each 1024 of the one before, up to terabytes
+    char16_t decimal_mark;
+    const char16_t* date;  ///< a picture of GetDateFormatW
+};
+
+// English for a language that isn't spoken.
 [[nodiscard]] const char16_t* file_word(FileWord word, LANGID language);
+[[nodiscard]] const FileFormat& file_format(LANGID language);
 
 }  // namespace tvutil2

@@ -35,6 +35,7 @@ class FolderDialog : public DiskDialog {
   private:
     void build() override;
     void lay_out() override { lay_out_folder_dialog(window()); }
+    void icons_changed() override { show_icons(); }
     [[nodiscard]] SIZE least_size() const override { return least_folder_dialog(window()); }
     LRESULT notified(NMHDR& header) override;
     void commanded(int id, WORD code) override;
@@ -56,6 +57,7 @@ class FolderDialog : public DiskDialog {
 
     LRESULT label_edited(const NMTVDISPINFOW& told);
     void selection_changed();
+    void show_icons();
     void show_path();
     void accept();
     void accept_selected();
@@ -92,12 +94,16 @@ void FolderDialog::build() {
     if (has(BIF_EDITBOX)) parts.edit_label = word(FolderWord::label);
     parts.has_make = is_new && !has(BIF_NONEWFOLDERBUTTON);
     build_folder_dialog(window(), parts, language());
-    SendMessageW(tree_window(), TVM_SETIMAGELIST, 0, reinterpret_cast<LPARAM>(icons()));
+    show_icons();
     m_tree = std::make_unique<FolderItems>(tree_window(), disk(), has(BIF_BROWSEINCLUDEFILES),
                                            language());
     m_tree->add_roots(m_info.pidlRoot);
     SetFocus(tree_window());
     call(BFFM_INITIALIZED, 0);
+}
+
+void FolderDialog::show_icons() {
+    SendMessageW(tree_window(), TVM_SETIMAGELIST, 0, reinterpret_cast<LPARAM>(icons()));
 }
 
 void FolderDialog::show_path() {
@@ -223,7 +229,7 @@ void FolderDialog::take_made(const FolderAnswer& answer) {
 
 void FolderDialog::take_renamed(const FolderAnswer& answer) {
     m_rename = 0;
-    if (answer.error != 0) return warn(FolderWord::cannot_be_made, answer.path);
+    if (answer.error != 0) return warn(FolderWord::cannot_be_named, last_part(answer.path));
     m_tree->rename(m_renamed, last_part(answer.path));
     selection_changed();
 }

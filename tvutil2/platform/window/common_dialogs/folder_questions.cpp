@@ -20,7 +20,6 @@ namespace tvutil2 {
 namespace {
 
 constexpr int kMostNames = 1000;
-constexpr UINT kSilence = 2000;  // milliseconds
 
 FolderAnswer look_at_all(const std::vector<std::u16string>& paths, const NameReading& reading) {
     FolderAnswer answer;
@@ -47,7 +46,12 @@ FolderAnswer make_folder_in(const std::u16string& folder, const std::u16string& 
 FolderAnswer rename_folder(const std::u16string& path, const std::u16string& name) {
     FolderAnswer answer;
     answer.path = joined(path.substr(0, path.rfind(u'\\') + 1), name);
-    if (!MoveFileW(path.c_str(), answer.path.c_str())) answer.error = GetLastError();
+    // Such a name would take it to another folder.
+    if (name.find_first_of(u"\\/") != std::u16string::npos) {
+        answer.error = ERROR_INVALID_NAME;
+    } else if (!MoveFileW(path.c_str(), answer.path.c_str())) {
+        answer.error = GetLastError();
+    }
     return answer;
 }
 

@@ -14,6 +14,9 @@
 
 namespace tvutil2 {
 
+/// After so many milliseconds who hasn't answered may never do.
+inline constexpr UINT kSilence = 2000;
+
 /// Belongs to the dialog's thread; what is under way when it goes is thrown away.
 class FolderQuestions {
   public:

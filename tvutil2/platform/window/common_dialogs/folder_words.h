@@ -22,10 +22,11 @@ enum class FolderWord : std::uint8_t {
     save_caption,
     open,  ///< on buttons
     save,
-    file_label,   ///< with a mnemonic
-    types_label,  ///< with a mnemonic
-    replaces,     ///< a question, with %s for the path
-    is_silent,    ///< what hasn't answered for long, with %s for its name
+    file_label,       ///< with a mnemonic
+    types_label,      ///< with a mnemonic
+    replaces,         ///< a question, with %s for the path
+    is_silent,        ///< what hasn't answered for long, with %s for its name
+    cannot_be_named,  ///< with %s for the name
     count
 };
 

@@ -17,13 +17,12 @@ FolderEntry look_at_one(const std::u16string& path) {
     return entry;
 }
 
-// By its name: nobody's file is read without need.
-bool may_be_link(const FolderEntry& entry) {
-    const auto extension = extension_of(entry);
-    return entry.is_there && (extension == u"LNK" || extension == u"DESKTOP");
-}
-
 }  // namespace
+
+bool may_be_link(const std::u16string& path) {
+    const auto extension = extension_of(FolderEntry{last_part(path)});
+    return extension == u"LNK" || extension == u"DESKTOP";
+}
 
 FolderEntry look_at_file(const std::u16string& path, const NameReading& reading) {
     auto entry = look_at_one(path);
@@ -31,7 +30,7 @@ FolderEntry look_at_file(const std::u16string& path, const NameReading& reading)
     if (!entry.is_there && !reading.extension.empty() && !has_dot) {
         entry = look_at_one(std::u16string(path).append(u".").append(reading.extension));
     }
-    if (!reading.follows_links || !may_be_link(entry)) return entry;
+    if (!reading.follows_links || !entry.is_there || !may_be_link(entry.name)) return entry;
     const auto target = link_target(entry.name);
     return target ? look_at_one(*target) : entry;
 }

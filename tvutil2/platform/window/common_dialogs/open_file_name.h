@@ -1,11 +1,12 @@
 // GetOpenFileNameW and GetSaveFileNameW: the person chooses files.
 //
 // On a desktop that has a dialog of its own for that, it is the desktop's. Elsewhere it is one of
-// ours: a list of the folder, which fills while it is read, on a thread of its own; places beside
-// it, boxes for the folder, for the name, under which names like it are offered, and for the
-// filter. Several files are selected, or typed, each between double quotes; a name with wildcards
-// that is no file's filters the list. Backspace and Alt+Up go up, F5 reads again, Ctrl+H shows what
-// is hidden, Ctrl+L goes to the folder's box, Ctrl+Shift+N makes a folder.
+// ours: a list of the folder, which fills while it is read, on a thread of its own, and follows
+// what changes there; places beside it, boxes for the folder, for the name, under which names like
+// it are offered, and for the filter. Several files are selected, or typed, each between double
+// quotes; a name with wildcards that is no file's filters the list. Backspace and Alt+Up go up, F5
+// reads again, Ctrl+H shows what is hidden, Ctrl+L goes to the folder's box, Ctrl+Shift+N makes a
+// folder, F2 changes a name.
 #pragma once
 
 #include "tvutil2/platform/base/export.h"

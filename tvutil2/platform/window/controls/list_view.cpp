@@ -15,12 +15,16 @@
 namespace tvutil2 {
 namespace {
 
-LRESULT insert_column(HWND window, ListViewState& state, int index, const LVCOLUMNW& given) {
-    if (index < 0 || state.columns.size() >= kMostColumns) return -1;
-    ListColumn column;
+void change_column(ListColumn& column, const LVCOLUMNW& given) {
     if ((given.mask & LVCF_TEXT) != 0 && given.pszText != nullptr) column.title = given.pszText;
     if ((given.mask & LVCF_WIDTH) != 0) column.width = std::max(given.cx, 0);
     if ((given.mask & LVCF_FMT) != 0) column.format = given.fmt & 0x3;
+}
+
+LRESULT insert_column(HWND window, ListViewState& state, int index, const LVCOLUMNW& given) {
+    if (index < 0 || state.columns.size() >= kMostColumns) return -1;
+    ListColumn column;
+    change_column(column, given);
     const auto place = std::min(static_cast<std::size_t>(index), state.columns.size());
     state.columns.insert(state.columns.begin() + static_cast<std::ptrdiff_t>(place), column);
     ListViewView(window, state).arrange();
@@ -37,6 +41,14 @@ bool handle_view(HWND window, ListViewState& state, UINT message, WPARAM wparam,
         case LVM_INSERTCOLUMNW:
             result =
                 insert_column(window, state, index, *reinterpret_cast<const LVCOLUMNW*>(lparam));
+            return true;
+        case LVM_SETCOLUMNW:
+            result = has_column ? TRUE : FALSE;
+            if (has_column) {
+                change_column(state.columns[static_cast<std::size_t>(index)],
+                              *reinterpret_cast<const LVCOLUMNW*>(lparam));
+            }
+            view.arrange();
             return true;
         case LVM_DELETECOLUMN:
             result = has_column ? TRUE : FALSE;
@@ -146,11 +158,15 @@ bool handle_window(HWND window, ListViewState& state, UINT message, WPARAM wpara
             result = set_list_cursor(window, state) ? TRUE : FALSE;
             return result != 0;
         case WM_MOUSEWHEEL:
-        case WM_VSCROLL:
-            return scroll_rows(window, state.rows, ListViewView(window, state).row_count(), message,
-                               wparam);
+        case WM_VSCROLL: {
+            const auto rows = ListViewView(window, state).row_count();
+            const bool is_taken = scroll_rows(window, state.rows, rows, message, wparam);
+            place_list_label(window, state);
+            return is_taken;
+        }
         case WM_HSCROLL:
             scroll_across(window, state, LOWORD(wparam));
+            place_list_label(window, state);
             return true;
         default:
             return false;
@@ -167,7 +183,8 @@ LRESULT list_view_procedure(HWND window, UINT message, WPARAM wparam, LPARAM lpa
         if (message == WM_MOUSELEAVE) move_over_list_view(window, *state, {-1, -1});
         return result;
     }
-    if (handle_list_view_items(window, *state, message, wparam, lparam, result) ||
+    if (handle_list_label(window, *state, message, wparam, result) ||
+        handle_list_view_items(window, *state, message, wparam, lparam, result) ||
         handle_view(window, *state, message, wparam, lparam, result) ||
         handle_window(window, *state, message, wparam, lparam, result)) {
         return result;

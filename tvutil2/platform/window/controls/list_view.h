@@ -15,6 +15,8 @@ inline constexpr DWORD LVS_LIST = 0x3;
 inline constexpr DWORD LVS_TYPEMASK = 0x3;
 inline constexpr DWORD LVS_SINGLESEL = 0x4;
 inline constexpr DWORD LVS_SHOWSELALWAYS = 0x8;
+/// The person may change names: LVM_EDITLABELW opens an edit control over one.
+inline constexpr DWORD LVS_EDITLABELS = 0x200;
 inline constexpr DWORD LVS_OWNERDATA = 0x1000;
 inline constexpr DWORD LVS_NOCOLUMNHEADER = 0x4000;
 
@@ -79,6 +81,10 @@ struct NMLVDISPINFOW {
 inline constexpr UINT LVN_ITEMCHANGED = 0U - 101;
 inline constexpr UINT LVN_COLUMNCLICK = 0U - 108;
 inline constexpr UINT LVN_ITEMACTIVATE = 0U - 114;
+/// Non-zero keeps the name as it is.
+inline constexpr UINT LVN_BEGINLABELEDITW = 0U - 175;
+/// With NMLVDISPINFOW, whose text is null when the person gave up. Non-zero takes it over.
+inline constexpr UINT LVN_ENDLABELEDITW = 0U - 176;
 inline constexpr UINT LVN_GETDISPINFOW = 0U - 177;
 
 inline constexpr int LVSIL_NORMAL = 0;
@@ -96,6 +102,8 @@ inline constexpr UINT LVM_GETNEXTITEM = 0x100C;
 inline constexpr UINT LVM_GETITEMRECT = 0x100E;
 inline constexpr UINT LVM_HITTEST = 0x1012;
 inline constexpr UINT LVM_ENSUREVISIBLE = 0x1013;
+/// The edit control over a name, or null.
+inline constexpr UINT LVM_GETEDITCONTROL = 0x1018;
 inline constexpr UINT LVM_DELETECOLUMN = 0x101C;
 inline constexpr UINT LVM_GETCOLUMNWIDTH = 0x101D;
 inline constexpr UINT LVM_SETCOLUMNWIDTH = 0x101E;
@@ -108,6 +116,11 @@ inline constexpr UINT LVM_GETSELECTEDCOUNT = 0x1032;
 inline constexpr UINT LVM_GETITEMW = 0x104B;
 inline constexpr UINT LVM_SETITEMW = 0x104C;
 inline constexpr UINT LVM_INSERTITEMW = 0x104D;
+/// What the mask names of a column changes.
+inline constexpr UINT LVM_SETCOLUMNW = 0x1060;
 inline constexpr UINT LVM_INSERTCOLUMNW = 0x1061;
 inline constexpr UINT LVM_GETITEMTEXTW = 0x1073;
 inline constexpr UINT LVM_SETITEMTEXTW = 0x1074;
+/// The edit control over an item's name, null where there is none. It ends by Enter, by Esc, when
+/// it loses the focus, and when the number of items changes.
+inline constexpr UINT LVM_EDITLABELW = 0x1076;

@@ -18,6 +18,12 @@ void release_list_view(HWND window, ListViewState& state, POINT point);
 /// False where the pointer has nothing to say.
 bool set_list_cursor(HWND window, ListViewState& state);
 
+/// The messages about names that the person changes. False for any other.
+bool handle_list_label(HWND window, ListViewState& state, UINT message, WPARAM wparam,
+                       LRESULT& result);
+/// Ends a change of a name, which may be none.
+void end_list_label(HWND window, ListViewState& state, bool gives_up);
+
 /// The messages about items. False for any other.
 bool handle_list_view_items(HWND window, ListViewState& state, UINT message, WPARAM wparam,
                             LPARAM lparam, LRESULT& result);

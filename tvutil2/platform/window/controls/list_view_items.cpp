@@ -50,6 +50,8 @@ void forget_item(ListViewState& state, int index) {
 }
 
 void set_count(HWND window, ListViewState& state, int count) {
+    end_list_label(window, state, true);
+    if (!IsWindow(window)) return;
     state.selected.resize(static_cast<std::size_t>(std::clamp(count, 0, kMostItems)), false);
     if ((style_of(window) & LVS_OWNERDATA) == 0) state.items.resize(state.selected.size());
     state.selected_count =
@@ -109,6 +111,9 @@ LRESULT set_item_state(HWND window, ListViewState& state, int index, const LVITE
         }
     } else {
         change_list_item(window, state, index, given.state, given.stateMask);
+        // What Shift goes on from is where the program has put the person.
+        const bool is_focused = (given.state & given.stateMask & LVIS_FOCUSED) != 0;
+        if (is_focused && state.has(index)) state.anchor = index;
     }
     return TRUE;
 }

@@ -43,6 +43,8 @@ struct ListViewState : ControlState {
     int sized_column = -1;                        ///< whose edge the person holds
     int pressed_column = -1;
     int held_x = 0, held_width = 0;
+    HWND label = nullptr;  ///< over the name that the person changes
+    int label_item = -1;
 
     [[nodiscard]] int count() const { return static_cast<int>(selected.size()); }
     [[nodiscard]] bool has(int index) const { return index >= 0 && index < count(); }
@@ -69,6 +71,7 @@ class ListViewView {
     [[nodiscard]] std::vector<std::u16string> texts_of_row(int index) const;
     [[nodiscard]] int image_of(int index) const;
     [[nodiscard]] RECT place_of(int index) const;
+    [[nodiscard]] RECT name_place(int index) const;
     [[nodiscard]] int item_at(POINT point) const;
     /// The column whose header is there; -1 for none. `is_edge`: it can be sized there.
     [[nodiscard]] int column_at(POINT point, bool& is_edge) const;
@@ -89,5 +92,8 @@ class ListViewView {
     DWORD m_style;
     UINT m_dpi;
 };
+
+/// Where the name is that the person changes, if any.
+void place_list_label(HWND window, ListViewState& state);
 
 }  // namespace tvutil2

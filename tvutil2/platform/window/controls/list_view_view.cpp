@@ -84,6 +84,7 @@ void ListViewView::arrange() {
         m_state.rows.above = has_header() ? line + 2 * margin : 0;
     }
     show_rows_from(m_window, m_state.rows, row_count(), m_state.rows.top);
+    place_list_label(m_window, m_state);
     scroll_to_x(m_state.scroll_x);
     repaint(m_window);
 }
@@ -138,6 +139,17 @@ RECT ListViewView::place_of(int index) const {
     } else {
         place.left -= m_state.scroll_x;
         if (!m_state.columns.empty()) place.right = place.left + columns_width();
+    }
+    return place;
+}
+
+// Of a row's.
+RECT ListViewView::name_place(int index) const {
+    auto place = place_of(index);
+    if (!m_state.columns.empty()) place.right = place.left + m_state.columns[0].width;
+    InflateRect(&place, -scaled(kCellSide, m_dpi), 0);
+    if (m_state.small != nullptr) {
+        place.left += size_of_images(m_state.small).cx + scaled(kGap, m_dpi);
     }
     return place;
 }

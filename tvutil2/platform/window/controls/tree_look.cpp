@@ -5,7 +5,7 @@
 #include "tvutil2/platform/draw/rect.h"
 #include "tvutil2/platform/draw/shapes.h"
 #include "tvutil2/platform/draw/text.h"
-#include "tvutil2/platform/window/controls/tree_label.h"
+#include "tvutil2/platform/window/controls/label_edit.h"
 #include "tvutil2/platform/window/controls/tree_state.h"
 #include "tvutil2/platform/window/focus.h"
 #include "tvutil2/platform/window/geometry.h"

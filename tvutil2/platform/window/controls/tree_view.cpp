@@ -1,6 +1,6 @@
 #include "tvutil2/platform/window/controls/tree_view.h"
 
-#include "tvutil2/platform/window/controls/tree_label.h"
+#include "tvutil2/platform/window/controls/label_edit.h"
 #include "tvutil2/platform/window/controls/tree_state.h"
 #include "tvutil2/platform/window/dialogs/dialogs.h"
 #include "tvutil2/platform/window/focus.h"
@@ -62,9 +62,7 @@ LRESULT end_label(HWND window, TreeState& state, bool gives_up) {
     auto* const edit = std::exchange(state.label, nullptr);
     auto* const item = std::exchange(state.label_item, nullptr);
     if (edit == nullptr) return FALSE;
-    auto text = text_of(edit);
-    if (GetFocus() == edit) SetFocus(window);
-    DestroyWindow(edit);
+    auto text = close_label_edit(edit);
     NMTVDISPINFOW told{};
     told.item.mask = TVIF_TEXT | TVIF_HANDLE;
     told.item.hItem = item;
@@ -89,7 +87,8 @@ LRESULT edit_label(HWND window, TreeState& state, HTREEITEM item) {
     const auto name =
         tree_name(window, state, *found, state.rows.place(client_of(window), state.row_of(item)));
     state.label_item = item;
-    state.label = open_label_edit(window, label_edit_place(window, name), found->text, state.font);
+    state.label = open_label_edit(window, TVM_ENDEDITLABELNOW, label_edit_place(window, name),
+                                  found->text, state.font);
     return reinterpret_cast<LRESULT>(state.label);
 }
 
