@@ -35,6 +35,8 @@ class KeyWatch {
         m_filter = filter;
         ResetEvent(m_stop);
         ResetEvent(m_change);
+        // Not left to the thread: a change that comes before it runs is told, too.
+        m_is_asked = ask_for_change();
         m_thread = CreateThread(nullptr, 0, routine, this, 0, nullptr);
         return m_thread != nullptr;
     }
@@ -50,11 +52,10 @@ class KeyWatch {
     // before the window hears of the last.
     void run() {
         const std::array<HANDLE, 2> both{m_stop, m_change};
-        if (!ask_for_change()) return;
-        while (WaitForMultipleObjects(2, both.data(), FALSE, INFINITE) == WAIT_OBJECT_0 + 1) {
-            const bool goes_on = ask_for_change();
+        while (m_is_asked &&
+               WaitForMultipleObjects(2, both.data(), FALSE, INFINITE) == WAIT_OBJECT_0 + 1) {
+            m_is_asked = ask_for_change();
             if (IsWindow(m_window) != 0) send_until(m_stop, m_window, m_message, 0, 0);
-            if (!goes_on) return;
         }
     }
 
@@ -71,6 +72,7 @@ class KeyWatch {
     HWND m_window = nullptr;
     UINT m_message = 0;
     DWORD m_filter = 0;
+    bool m_is_asked = false;
 };
 
 }  // namespace tvutil2

@@ -11,9 +11,10 @@ class KeyWatch;
 }
 
 /// Sends a message, both parameters 0, when something in a key changed, and waits for the window's
-/// answer before it looks on: what changes meanwhile is told by one message more. While the window
-/// doesn't exist nothing is sent, and the watch goes on. Once the key is closed or gone there is
-/// nothing more to tell; the watch then rests until EndWatch.
+/// answer before it looks on: what changes meanwhile is told by one message more. Nothing that
+/// changes behind BeginWatch is missed. While the window doesn't exist nothing is sent, and the
+/// watch goes on. Once the key is closed or gone there is nothing more to tell; the watch then
+/// rests until EndWatch.
 ///
 /// The operations belong to the owner's thread. Copies share the watch, which the first EndWatch or
 /// the end of the last copy ends. Behind EndWatch no message is sent.
