@@ -11,7 +11,9 @@
 #include <QMutex>
 #include <QSemaphore>
 #include <array>
+#include <chrono>
 #include <condition_variable>
+#include <ctime>
 #include <mutex>
 #include <semaphore>
 #include <thread>
@@ -161,6 +163,54 @@ void take_turns(benchmark::State& state, Give give, Take take) {
     other.join();
 }
 
+// Waits with a millisecond's gap: what is measured is the processor time of the thread that waits.
+template <class Give, class Take>
+void wait_long(benchmark::State& state, Give give, Take take) {
+    const auto own_time = [] {
+        timespec time{};
+        clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+        return static_cast<double>(time.tv_sec) + 1e-9 * static_cast<double>(time.tv_nsec);
+    };
+    std::thread other([&, rounds = state.max_iterations] {
+        for (benchmark::IterationCount i = 0; i < rounds; ++i) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+            give();
+        }
+    });
+    for (auto _ : state) {
+        const auto start = own_time();
+        take();
+        state.SetIterationTime(own_time() - start);
+    }
+    other.join();
+}
+void long_ours(benchmark::State& state) {
+    constexpr LONG kMost = 0x7FFFFFFF;
+    auto* const given = CreateSemaphoreW(nullptr, 0, kMost, nullptr);
+    wait_long(
+        state, [&] { ReleaseSemaphore(given, 1, nullptr); },
+        [&] { WaitForSingleObject(given, INFINITE); });
+    CloseHandle(given);
+}
+void long_std(benchmark::State& state) {
+    std::mutex mutex;
+    std::condition_variable changed;
+    int given = 0;
+    const auto give = [&] {
+        {
+            const std::lock_guard guard(mutex);
+            ++given;
+        }
+        changed.notify_one();
+    };
+    const auto take = [&] {
+        std::unique_lock guard(mutex);
+        changed.wait(guard, [&] { return given > 0; });
+        --given;
+    };
+    wait_long(state, give, take);
+}
+
 void turns_ours(benchmark::State& state) {
     std::array<HANDLE, 2> events{};
     for (auto& event : events) event = CreateEventW(nullptr, FALSE, FALSE, nullptr);
@@ -277,6 +327,11 @@ BENCHMARK(turns_ours)->Name("two threads take turns|ours")->UseRealTime();
 BENCHMARK(turns_eventfd)->Name("two threads take turns|eventfd")->UseRealTime();
 BENCHMARK(turns_std)->Name("two threads take turns|std::condition_variable")->UseRealTime();
 BENCHMARK(turns_winpr)->Name("two threads take turns|WinPR")->UseRealTime();
+BENCHMARK(long_ours)->Name("wait of 1 ms, processor time|ours")->UseManualTime()->Iterations(1000);
+BENCHMARK(long_std)
+    ->Name("wait of 1 ms, processor time|std::condition_variable")
+    ->UseManualTime()
+    ->Iterations(1000);
 BENCHMARK(named_event)->Name("named event, set and taken|ours");
 BENCHMARK(timer_idle)->Name("timer pass, 1000 entries, none due|ours")->UseRealTime();
 BENCHMARK(timer_busy)->Name("timer pass, 1000 entries, all due|ours")->UseRealTime();
