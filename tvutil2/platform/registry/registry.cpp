@@ -2,19 +2,20 @@
 
 #include "tvutil2/platform/base/clock.h"
 #include "tvutil2/platform/registry/key.h"
+#include "tvutil2/platform/registry/results.h"
 
 #include <algorithm>
 #include <cstring>
 
 namespace {
 
+using tvutil2::kDenied;
 using tvutil2::KeyObject;
 using tvutil2::KeyReference;
+using tvutil2::kSuccess;
 using tvutil2::resolve_key;
 
-constexpr auto kSuccess = static_cast<LONG>(ERROR_SUCCESS);
 constexpr auto kInvalid = static_cast<LONG>(ERROR_INVALID_PARAMETER);
-constexpr auto kDenied = static_cast<LONG>(ERROR_ACCESS_DENIED);
 constexpr auto kMoreData = static_cast<LONG>(ERROR_MORE_DATA);
 
 /// Rights that change something: refused at once where the hive can't be written.

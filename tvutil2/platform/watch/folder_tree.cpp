@@ -1,6 +1,8 @@
 #include "tvutil2/platform/watch/folder_tree.h"
 
 #include "tvutil2/platform/base/last_error.h"
+#include "tvutil2/platform/watch/change_kinds.h"
+#include "tvutil2/platform/watch/folder_node.h"
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -11,9 +13,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <map>
 #include <optional>
-#include <set>
 
 namespace tvutil2 {
 namespace {
@@ -33,23 +33,6 @@ bool is_folder_entry(DIR* folder, const dirent& entry) {
            S_ISDIR(info.st_mode);
 }
 
-constexpr DWORD name_kind(bool is_folder) {
-    return is_folder ? FILE_NOTIFY_CHANGE_DIR_NAME : FILE_NOTIFY_CHANGE_FILE_NAME;
-}
-
-// The host tells of attributes, owners and times in one: who asked for one of them hears of all.
-constexpr DWORD kAttributeKinds =
-    FILE_NOTIFY_CHANGE_ATTRIBUTES | FILE_NOTIFY_CHANGE_SECURITY | FILE_NOTIFY_CHANGE_LAST_WRITE;
-constexpr DWORD kWriteKinds = FILE_NOTIFY_CHANGE_SIZE | FILE_NOTIFY_CHANGE_LAST_WRITE;
-
-constexpr DWORD content_kinds(std::uint32_t mask) {
-    DWORD kinds = 0;
-    if ((mask & IN_MODIFY) != 0) kinds |= kWriteKinds;
-    if ((mask & IN_ATTRIB) != 0) kinds |= kAttributeKinds;
-    if ((mask & IN_ACCESS) != 0) kinds |= FILE_NOTIFY_CHANGE_LAST_ACCESS;
-    return kinds;
-}
-
 std::uint32_t host_mask(DWORD filter, bool subtree) {
     std::uint32_t mask = IN_ONLYDIR | IN_MOVE_SELF;
     if (subtree || (filter & (name_kind(false) | name_kind(true))) != 0) {
@@ -63,166 +46,6 @@ std::uint32_t host_mask(DWORD filter, bool subtree) {
 }
 
 }  // namespace
-
-class FolderTree::Node final : public FolderSubscriber {
-  public:
-    Node(FolderTree& tree, Node* parent, std::string name)
-        : m_tree(tree), m_parent(parent), m_name(std::move(name)) {
-        set_prefix();
-    }
-    ~Node() { InotifyHub::instance().forget(*this); }
-
-    void on_entry(std::uint32_t mask, std::string_view name) override;
-    void on_move(FolderSubscriber* from, std::string_view old_name, FolderSubscriber* to,
-                 std::string_view new_name, bool is_folder) override;
-    void on_folder_moved() override {
-        if (m_parent == nullptr) m_tree.on_root_moved();
-    }
-    void on_folder_gone() override {
-        if (m_parent == nullptr) m_tree.end();
-    }
-    void on_lost() override {
-        if (m_parent == nullptr) m_tree.begin_again();
-    }
-    void on_quiet() override {
-        m_listed.clear();
-        if (m_parent == nullptr) m_tree.m_listener.on_quiet();
-    }
-    [[nodiscard]] const void* party() const override { return &m_tree; }
-
-    [[nodiscard]] std::string path() const {
-        if (m_parent == nullptr) return m_tree.m_path;
-        auto path = m_parent->path();
-        path.append(1, '/').append(m_name);
-        return path;
-    }
-    [[nodiscard]] bool is_root() const { return m_parent == nullptr; }
-    /// Nothing when a folder on the way has no name on the platform.
-    [[nodiscard]] const std::optional<std::u16string>& prefix() const { return m_prefix; }
-
-    Node& add(const std::string& name) {
-        auto& place = m_folders[name];
-        place = std::make_unique<Node>(m_tree, this, name);
-        return *place;
-    }
-    void remove(std::string_view name) {
-        const auto found = m_folders.find(name);
-        if (found != m_folders.end()) m_folders.erase(found);
-        const auto missed = m_missed.find(name);
-        if (missed != m_missed.end()) m_missed.erase(missed);
-    }
-    void remove_all() {
-        m_folders.clear();
-        m_missed.clear();
-    }
-
-    /// Remembers a folder that isn't found: it is gone, or one on the way to it has another name,
-    /// of which the host will tell.
-    void note_missed(const std::string& name, bool tells_content) {
-        m_missed[name] = tells_content;
-    }
-    void look_for_missed() {
-        for (const auto& [name, tells_content] : std::exchange(m_missed, {})) {
-            m_tree.add_folder(*this, name, tells_content);
-        }
-        for (const auto& [name, folder] : m_folders) folder->look_for_missed();
-    }
-
-    /// Remembers an entry that is told though the host's own record of it may still come.
-    void note_told(const char* name) {
-        InotifyHub::instance().tell_when_quiet(*this);
-        m_listed.insert(name);
-    }
-
-  private:
-    // Whether an entry's coming has been told already.
-    bool was_told(std::string_view name) {
-        const auto found = m_listed.find(name);
-        if (found == m_listed.end()) return false;
-        m_listed.erase(found);
-        return true;
-    }
-
-    void set_prefix() {
-        m_prefix.reset();
-        if (m_parent == nullptr) {
-            m_prefix.emplace();
-        } else if (m_parent->m_prefix) {
-            if (const auto name = platform_name(m_name)) {
-                m_prefix = m_parent->m_prefix;
-                m_prefix->append(*name).push_back(u'\\');
-            }
-        }
-        for (const auto& [name, folder] : m_folders) folder->set_prefix();
-    }
-
-    // A folder that is followed goes on being followed under another name. One that had that name
-    // before it could be followed is as good as new, unless it has been told by the other name.
-    void take_over(Node& from, std::string_view old_name, std::string_view new_name, bool is_news) {
-        auto moved = from.m_folders.extract(std::string(old_name));
-        from.remove(old_name);
-        if (moved.empty() && !is_news) return;
-        remove(new_name);
-        if (moved.empty()) return m_tree.add_folder(*this, std::string(new_name), true);
-        auto& folder = *moved.mapped();
-        folder.m_parent = this;
-        folder.m_name = new_name;
-        folder.set_prefix();
-        moved.key() = new_name;
-        m_folders.insert(std::move(moved));
-        folder.look_for_missed();
-    }
-
-    FolderTree& m_tree;
-    Node* m_parent;
-    std::string m_name;
-    std::optional<std::u16string> m_prefix;
-    std::map<std::string, std::unique_ptr<Node>, std::less<>> m_folders;
-    std::map<std::string, bool, std::less<>> m_missed;
-    std::set<std::string, std::less<>> m_listed;
-};
-
-void FolderTree::Node::on_entry(std::uint32_t mask, std::string_view name) {
-    const bool is_folder = (mask & IN_ISDIR) != 0;
-    if ((mask & IN_CREATE) != 0) {
-        if (was_told(name)) return;
-        m_tree.tell(FILE_ACTION_ADDED, name_kind(is_folder), *this, name);
-        if (is_folder && m_tree.m_subtree) m_tree.add_folder(*this, std::string(name), true);
-    } else if ((mask & IN_DELETE) != 0) {
-        was_told(name);
-        if (is_folder) remove(name);
-        m_tree.tell(FILE_ACTION_REMOVED, name_kind(is_folder), *this, name);
-    } else {
-        m_tree.tell(FILE_ACTION_MODIFIED, content_kinds(mask), *this, name);
-    }
-}
-
-// Within one folder a move is a new name; between two it is an end here and a beginning there.
-void FolderTree::Node::on_move(FolderSubscriber* from, std::string_view old_name,
-                               FolderSubscriber* to, std::string_view new_name, bool is_folder) {
-    auto* const left = static_cast<Node*>(from);
-    auto* const reached = static_cast<Node*>(to);
-    const auto kind = name_kind(is_folder);
-    if (left != nullptr) left->was_told(old_name);
-    const bool is_news = reached != nullptr && !reached->was_told(new_name);
-    const bool is_renamed = left == reached && is_news;
-    if (left != nullptr) {
-        m_tree.tell(is_renamed ? FILE_ACTION_RENAMED_OLD_NAME : FILE_ACTION_REMOVED, kind, *left,
-                    old_name);
-    }
-    if (is_news) {
-        m_tree.tell(is_renamed ? FILE_ACTION_RENAMED_NEW_NAME : FILE_ACTION_ADDED, kind, *reached,
-                    new_name);
-    }
-    if (!is_folder || !m_tree.m_subtree) return;
-    if (left != nullptr && reached != nullptr) {
-        reached->take_over(*left, old_name, new_name, is_news);
-    } else if (left != nullptr) {
-        left->remove(old_name);
-    } else if (is_news) {
-        m_tree.add_folder(*reached, std::string(new_name), false);
-    }
-}
 
 // A folder that is held open is never told to be gone, so its parent is listened to as well.
 class FolderTree::ParentGuard final : public FolderSubscriber {

@@ -8,6 +8,7 @@
 #include "tvutil2/platform/window/messages.h"
 #include "tvutil2/platform/window/packet.h"
 #include "tvutil2/platform/window/process_place.h"
+#include "tvutil2/platform/window/remote_message.h"
 #include "tvutil2/platform/window/thread_queue.h"
 #include "tvutil2/platform/window/window_table.h"
 
@@ -24,19 +25,6 @@
 
 namespace tvutil2 {
 namespace {
-
-// A text that a procedure fills in for another process has at most so many units.
-constexpr std::uint64_t kMaxText = std::uint64_t{1} << 20U;
-
-// What a message from another process points to, for as long as it is on its way.
-struct RemoteMessage : SentMessage {
-    int connection = -1;
-    std::uint64_t serial = 0;
-    std::weak_ptr<const Descriptor> socket;  // the connection's
-    std::string data;
-    std::u16string text;
-    COPYDATASTRUCT copied{};
-};
 
 bool has_pointer(UINT message) {
     return points_to_memory(message) || stays_in_process(message);
@@ -79,7 +67,7 @@ class Endpoint {
     // procedure, and the answer counts all the same. This object's thread sends what has no room
     // yet.
     void give_answer(const RemoteMessage& message) {
-        auto bytes = bytes_of(message);
+        auto bytes = message.answer_bytes();
         if (const auto socket = message.socket.lock()) send_some(socket->get(), bytes);
         {
             const std::lock_guard guard(m_lock);
@@ -102,20 +90,6 @@ class Endpoint {
         std::uint64_t serial;
         std::string bytes;
     };
-
-    static std::string bytes_of(const RemoteMessage& message) {
-        PacketAnswer answer;
-        answer.error = message.is_refused ? ERROR_INVALID_WINDOW_HANDLE : ERROR_SUCCESS;
-        answer.result = message.result;
-        std::string data;
-        if (!message.is_refused && message.message == WM_GETTEXT && !message.text.empty()) {
-            const auto units = std::u16string_view(message.text.c_str()).size();
-            data.assign(reinterpret_cast<const char*>(message.text.data()),
-                        units * sizeof(char16_t));
-        }
-        answer.data_size = data.size();
-        return std::string(reinterpret_cast<const char*>(&answer), sizeof answer) + data;
-    }
 
     bool watch(int descriptor, std::uint32_t events, int operation) {
         epoll_event event{};
@@ -215,7 +189,7 @@ class Endpoint {
         message->wparam = packet.wparam;
         message->lparam = packet.lparam;
         message->data = std::move(data);
-        if (!unpack(*message)) return false;
+        if (!message->unpack()) return false;
         if (!is_notice) {
             message->connection = connection.descriptor->get();
             message->socket = connection.descriptor;
@@ -228,28 +202,6 @@ class Endpoint {
         const bool is_sent = queue != nullptr && queue->send(message, *record);
         if (!is_sent && !is_notice) give_answer(*message);
         return !is_notice;
-    }
-
-    // Lets the message point to what came along with it.
-    static bool unpack(RemoteMessage& message) {
-        if (message.message == WM_SETTEXT) {
-            message.text.resize(message.data.size() / sizeof(char16_t));
-            std::memcpy(message.text.data(), message.data.data(),
-                        message.text.size() * sizeof(char16_t));
-            message.lparam = reinterpret_cast<LPARAM>(message.text.c_str());
-        } else if (message.message == WM_GETTEXT) {
-            message.wparam = std::min<std::uint64_t>(message.wparam, kMaxText);
-            message.text.resize(message.wparam + 1);
-            message.lparam = reinterpret_cast<LPARAM>(message.text.data());
-        } else if (message.message == WM_COPYDATA) {
-            auto& copied = message.copied;
-            if (message.data.size() < sizeof copied.dwData) return false;
-            std::memcpy(&copied.dwData, message.data.data(), sizeof copied.dwData);
-            copied.cbData = static_cast<DWORD>(message.data.size() - sizeof copied.dwData);
-            if (copied.cbData != 0) copied.lpData = message.data.data() + sizeof copied.dwData;
-            message.lparam = reinterpret_cast<LPARAM>(&copied);
-        }
-        return true;
     }
 
     void take_answers() {
