@@ -256,6 +256,7 @@ TEST(DirectoryChanges, WhatIsToldAddsUpToTheTree) {
                     std::filesystem::create_directories(root + path + "/x");
                     touch(root + path + "/x/y");
                     rename((root + path).c_str(), (root + path + "r").c_str());
+                    mkdir((root + path).c_str(), 0700);
                 } else if (folders.size() > 1) {
                     const auto victim = folders[1 + random() % (folders.size() - 1)];
                     std::filesystem::remove_all(root + victim);

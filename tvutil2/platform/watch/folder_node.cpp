@@ -52,7 +52,10 @@ void FolderTree::Node::take_over(Node& from, std::string_view old_name, std::str
     folder.set_prefix();
     moved.key() = new_name;
     m_folders.insert(std::move(moved));
-    folder.look_for_missed();
+    if (m_tree.is_in_place(folder)) return folder.look_for_missed();
+    // It was looked for when another one had its old name already, and that one was found.
+    remove(new_name);
+    m_tree.add_folder(*this, std::string(new_name), true);
 }
 
 void FolderTree::Node::on_entry(std::uint32_t mask, std::string_view name) {

@@ -110,10 +110,17 @@ void FolderTree::begin_again() {
     m_listener.on_lost();
 }
 
+std::uint32_t FolderTree::mask_of(const Node& node) const {
+    return host_mask(m_filter, m_subtree) | (node.is_root() ? 0U : IN_DONT_FOLLOW);
+}
+
+bool FolderTree::is_in_place(const Node& node) const {
+    return InotifyHub::instance().is_watched_by(node, node.path(), mask_of(node));
+}
+
 bool FolderTree::follow(Node& node, bool tells_content) {
     auto& hub = InotifyHub::instance();
-    const auto mask = host_mask(m_filter, m_subtree) | (node.is_root() ? 0U : IN_DONT_FOLLOW);
-    if (!hub.watch(node, node.path(), mask)) return false;
+    if (!hub.watch(node, node.path(), mask_of(node))) return false;
     if (++m_followed % kFoldersAtOnce == 0) hub.collect();
     return !m_subtree || follow_content(node, tells_content);
 }

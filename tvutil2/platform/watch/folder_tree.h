@@ -64,6 +64,9 @@ class FolderTree {
     bool follow_content(Node& node, bool tells_content);
     // The names of the folders in a folder; nothing when it isn't found.
     std::optional<std::vector<std::string>> folders_in(Node& node, bool tells_content);
+    [[nodiscard]] std::uint32_t mask_of(const Node& node) const;
+    // Whether the node's folder is the one that has its path now, if any has.
+    [[nodiscard]] bool is_in_place(const Node& node) const;
     void add_folder(Node& parent, const std::string& name, bool tells_content);
     void lose_below();
     void tell(DWORD action, DWORD kinds, const Node& folder, std::string_view name);

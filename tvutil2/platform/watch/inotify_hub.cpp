@@ -140,6 +140,13 @@ bool InotifyHub::watch(FolderSubscriber& folder, const std::string& path, std::u
     return true;
 }
 
+// The host knows a folder by what it is and not by its path.
+bool InotifyHub::is_watched_by(const FolderSubscriber& folder, const std::string& path,
+                               std::uint32_t mask) const {
+    const int watch = inotify_add_watch(m_state->queue.get(), path.c_str(), mask | IN_MASK_ADD);
+    return watch < 0 || watch == folder.m_watch;
+}
+
 void InotifyHub::forget(FolderSubscriber& folder) {
     auto& state = *m_state;
     if (std::exchange(folder.m_waits_for_quiet, false)) {

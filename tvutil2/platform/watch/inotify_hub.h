@@ -63,6 +63,9 @@ class InotifyHub {
     /// ERROR_NO_SYSTEM_RESOURCES when the host's limit of watches or descriptors is reached, else
     /// what is wrong with the path.
     [[nodiscard]] bool watch(FolderSubscriber& folder, const std::string& path, std::uint32_t mask);
+    /// Whether what stands at a path is the folder that this one listens to, or nothing.
+    [[nodiscard]] bool is_watched_by(const FolderSubscriber& folder, const std::string& path,
+                                     std::uint32_t mask) const;
     /// The folder's end: nothing more is told to it.
     void forget(FolderSubscriber& folder);
     /// Takes what the host has to tell off its queue, to be told later: for those who hold the lock
