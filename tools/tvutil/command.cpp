@@ -58,6 +58,10 @@ std::string_view system_text(unsigned int error) {
             return "invalid name";
         case ERROR_ALREADY_EXISTS:
             return "it exists already";
+        case ERROR_DIRECTORY:
+            return "not a folder";
+        case ERROR_NO_SYSTEM_RESOURCES:
+            return "the host's limit is reached";
         case ERROR_MORE_DATA:
             return "more data than there is room for";
         case ERROR_WRITE_PROTECT:
