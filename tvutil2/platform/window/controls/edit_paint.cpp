@@ -1,11 +1,10 @@
-#include "tvutil2/platform/window/controls/edit_view.h"
-
 #include "tvutil2/platform/draw/device_context.h"
 #include "tvutil2/platform/draw/objects.h"
 #include "tvutil2/platform/draw/rect.h"
 #include "tvutil2/platform/draw/shapes.h"
 #include "tvutil2/platform/draw/theme.h"
 #include "tvutil2/platform/window/controls/edit.h"
+#include "tvutil2/platform/window/controls/edit_view.h"
 #include "tvutil2/platform/window/focus.h"
 
 #include <algorithm>
