@@ -32,6 +32,11 @@ bool is_reflected_number(UINT message) {
     return message >= WM_REFLECT_BASE && message < WM_REFLECT_BASE + WM_USER;
 }
 
+// What OnCmdMsg is given for a message that isn't WM_COMMAND: the code below, the message above.
+int code_of(UINT message, UINT code) {
+    return static_cast<int>(MAKELONG(static_cast<WORD>(code), static_cast<WORD>(message)));
+}
+
 }  // namespace
 
 BOOL CWnd::OnWndMsg(UINT message, WPARAM wparam, LPARAM lparam, LRESULT* result) {
@@ -59,8 +64,8 @@ BOOL CWnd::OnNotify(WPARAM wparam, LPARAM lparam, LRESULT* result) {
     if (reflect(WM_NOTIFY, wparam, lparam, result)) return TRUE;
     auto* const header = reinterpret_cast<NMHDR*>(lparam);
     AFX_NOTIFY told{result, header};
-    return OnCmdMsg(static_cast<UINT>(header->idFrom),
-                    MAKELONG(static_cast<WORD>(header->code), WM_NOTIFY), &told, nullptr);
+    return OnCmdMsg(static_cast<UINT>(header->idFrom), code_of(WM_NOTIFY, header->code), &told,
+                    nullptr);
 }
 
 // The control's own object hears what it has told this window.
@@ -72,14 +77,11 @@ BOOL CWnd::reflect(UINT message, WPARAM wparam, LPARAM lparam, LRESULT* result) 
 
 BOOL CWnd::OnChildNotify(UINT message, WPARAM wparam, LPARAM lparam, LRESULT* result) {
     if (message == WM_COMMAND) {
-        return OnCmdMsg(0, MAKELONG(HIWORD(wparam), WM_REFLECT_BASE + WM_COMMAND), nullptr,
-                        nullptr);
+        return OnCmdMsg(0, code_of(WM_REFLECT_BASE + WM_COMMAND, HIWORD(wparam)), nullptr, nullptr);
     }
     if (message == WM_NOTIFY) {
         AFX_NOTIFY told{result, reinterpret_cast<NMHDR*>(lparam)};
-        return OnCmdMsg(0,
-                        MAKELONG(static_cast<WORD>(told.pNMHDR->code), WM_REFLECT_BASE + WM_NOTIFY),
-                        &told, nullptr);
+        return OnCmdMsg(0, code_of(WM_REFLECT_BASE + WM_NOTIFY, told.pNMHDR->code), &told, nullptr);
     }
     const bool is_color = asks_for_colors(message);
     const auto* const entry =

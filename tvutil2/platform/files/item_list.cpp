@@ -146,13 +146,13 @@ HRESULT SHGetSpecialFolderLocation(HWND owner, int folder, PIDLIST_ABSOLUTE* lis
 UINT ILGetSize(PCIDLIST_ABSOLUTE list) {
     if (list == nullptr) return 0;
     const auto* const first = reinterpret_cast<const unsigned char*>(list);
-    const auto* place = first;
+    std::size_t bytes = 0;
     for (std::size_t items = 0; items < tvutil2::kMostItems; ++items) {
-        const auto size = tvutil2::size_at(place);
+        const auto size = tvutil2::size_at(first + bytes);
         if (size == 0) break;
-        place += size;
+        bytes += size;
     }
-    return static_cast<UINT>(place - first + sizeof(WORD));
+    return static_cast<UINT>(bytes + sizeof(WORD));
 }
 
 void ILFree(PIDLIST_ABSOLUTE list) {

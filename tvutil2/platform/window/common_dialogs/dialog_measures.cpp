@@ -44,7 +44,8 @@ LONG DialogMeasures::length(int pixels) const {
 
 bool DialogMeasures::has(int id) const {
     auto* const control = GetDlgItem(m_dialog, id);
-    return control != nullptr && (GetWindowLongW(control, GWL_STYLE) & WS_VISIBLE) != 0;
+    return control != nullptr &&
+           (static_cast<DWORD>(GetWindowLongW(control, GWL_STYLE)) & WS_VISIBLE) != 0;
 }
 
 LONG DialogMeasures::width_of(int id) const {
