@@ -68,12 +68,15 @@ class Features : public CDialog {
 
   protected:
     LRESULT on_notify(WPARAM id, LPARAM header) {
+        // Only these two tell of an item.
+        const auto code = reinterpret_cast<const NMHDR*>(header)->code;
+        if (id != kGrid || (code != LVN_ITEMCHANGED && code != LVN_ITEMACTIVATE)) return 0;
         const auto& change = *reinterpret_cast<const NMLISTVIEW*>(header);
-        if (id != kGrid || change.iItem < 0) return 0;
-        if (change.hdr.code == LVN_ITEMCHANGED && (change.uNewState & LVIS_SELECTED) != 0) {
-            describe(change.iItem);
+        if (change.iItem < 0) return 0;
+        if (code == LVN_ITEMCHANGED) {
+            if ((change.uNewState & LVIS_SELECTED) != 0) describe(change.iItem);
+            return 0;
         }
-        if (change.hdr.code != LVN_ITEMACTIVATE) return 0;
         auto& is_on = m_is_on.at(static_cast<std::size_t>(change.iItem));
         is_on = !is_on;
         show_switch(change.iItem);
