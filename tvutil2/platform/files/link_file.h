@@ -1,6 +1,7 @@
 // The content of a shortcut, and its form as a desktop entry.
 #pragma once
 
+#include "tvutil2/platform/base/export.h"
 #include "tvutil2/platform/base/types.h"
 
 #include <optional>
@@ -19,10 +20,10 @@ struct LinkFields {
 };
 
 /// The file's text (UTF-8). `name` is shown by file managers. Fields of any content come back.
-[[nodiscard]] std::string link_text(const LinkFields& fields, std::string_view name);
+[[nodiscard]] TVUTIL_API std::string link_text(const LinkFields& fields, std::string_view name);
 
 /// Nothing for a text that isn't a link: no "[Desktop Entry]" in front, no path, a number out of
 /// its range, a broken escape.
-[[nodiscard]] std::optional<LinkFields> parse_link(std::string_view text);
+[[nodiscard]] TVUTIL_API std::optional<LinkFields> parse_link(std::string_view text);
 
 }  // namespace tvutil2
