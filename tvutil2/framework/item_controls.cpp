@@ -219,7 +219,7 @@ CEdit* CTreeCtrl::GetEditControl() const {
 
 // The control looks for the item where it puts the rectangle.
 BOOL CTreeCtrl::GetItemRect(HTREEITEM item, RECT* rect, BOOL text_only) const {
-    std::memcpy(rect, &item, sizeof item);
+    std::memcpy(rect, &item, sizeof(void*));
     return static_cast<BOOL>(
         SendMessage(TVM_GETITEMRECT, static_cast<WPARAM>(text_only), as_lparam(rect)));
 }

@@ -10,7 +10,7 @@ namespace tvutil2 {
 namespace {
 
 // Managers that say that they answer, and don't, aren't waited for.
-constexpr gint64 kManagerPatience = 5 * G_USEC_PER_SEC;
+constexpr gint64 kManagerPatience = gint64{5} * G_USEC_PER_SEC;
 
 }  // namespace
 
