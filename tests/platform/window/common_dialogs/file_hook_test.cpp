@@ -277,7 +277,8 @@ TEST_F(FileHooks, TakeATemplateFromMemory) {
     tests::TemplateBytes bytes(u"", WS_CHILD, 100, 20);
     const auto content = bytes.add(0x80, 5, WS_TABSTOP, u"x", 5, 5, 60, 14).bytes();
     alignas(4) static unsigned char fixed[500];
-    std::memcpy(fixed, content.data(), content.size());
+    ASSERT_LE(content.size(), sizeof fixed);
+    std::ranges::copy(content, fixed);
     auto* const movable = GlobalAlloc(GMEM_MOVEABLE, content.size());
     std::memcpy(GlobalLock(movable), content.data(), content.size());
     GlobalUnlock(movable);
