@@ -67,20 +67,16 @@ class Features : public CDialog {
     }
 
   protected:
-    LRESULT on_notify(WPARAM id, LPARAM header) {
-        // Only these two tell of an item.
-        const auto code = reinterpret_cast<const NMHDR*>(header)->code;
-        if (id != kGrid || (code != LVN_ITEMCHANGED && code != LVN_ITEMACTIVATE)) return 0;
+    void on_changed(NMHDR* header, LRESULT* /*result*/) {
         const auto& change = *reinterpret_cast<const NMLISTVIEW*>(header);
-        if (change.iItem < 0) return 0;
-        if (code == LVN_ITEMCHANGED) {
-            if ((change.uNewState & LVIS_SELECTED) != 0) describe(change.iItem);
-            return 0;
-        }
-        auto& is_on = m_is_on.at(static_cast<std::size_t>(change.iItem));
+        if (change.iItem >= 0 && (change.uNewState & LVIS_SELECTED) != 0) describe(change.iItem);
+    }
+    void on_activated(NMHDR* header, LRESULT* /*result*/) {
+        const auto row = reinterpret_cast<const NMLISTVIEW*>(header)->iItem;
+        if (row < 0) return;
+        auto& is_on = m_is_on.at(static_cast<std::size_t>(row));
         is_on = !is_on;
-        show_switch(change.iItem);
-        return 0;
+        show_switch(row);
     }
     DECLARE_MESSAGE_MAP()
 
@@ -138,7 +134,8 @@ class Features : public CDialog {
 };
 
 BEGIN_MESSAGE_MAP(Features, CDialog)
-ON_MESSAGE(WM_NOTIFY, &Features::on_notify)
+ON_NOTIFY(LVN_ITEMCHANGED, kGrid, &Features::on_changed)
+ON_NOTIFY(LVN_ITEMACTIVATE, kGrid, &Features::on_activated)
 END_MESSAGE_MAP()
 
 }  // namespace

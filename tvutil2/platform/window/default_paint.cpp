@@ -15,6 +15,7 @@
 #include "tvutil2/platform/window/messages.h"
 #include "tvutil2/platform/window/paint.h"
 #include "tvutil2/platform/window/scrolling.h"
+#include "tvutil2/platform/window/system_metrics.h"
 #include "tvutil2/platform/window/update.h"
 #include "tvutil2/platform/window/window.h"
 
@@ -55,12 +56,15 @@ HBRUSH system_brush(int index) {
     return GetSysColorBrush(index);
 }
 
-// The line around a window, in pixels.
-constexpr LONG kLine = 1;
+// The line around a window, in pixels: all of a frame that can't be sized.
+LONG line_of(const Frame& frame) {
+    return GetSystemMetricsForDpi(SM_CXFIXEDFRAME, frame.dpi);
+}
 
 // A row of the frame, up to that line at both sides: a frame that can be sized is no margin.
 void fill_across(HDC context, const Frame& frame, LONG top, LONG bottom, int color) {
-    const RECT row{kLine, top, frame.area.right - kLine, bottom};
+    const auto line = line_of(frame);
+    const RECT row{line, top, frame.area.right - line, bottom};
     FillRect(context, &row, system_brush(color));
 }
 
@@ -79,7 +83,7 @@ void paint_caption(HDC context, HWND window, const Frame& frame) {
     const bool is_active = GetActiveWindow() == window;
     const auto sides = frame_thickness(frame.style, frame.ex_style, frame.dpi);
     RECT bar{sides.left, sides.left, frame.area.right - sides.right, sides.top};
-    fill_across(context, frame, kLine, sides.top,
+    fill_across(context, frame, line_of(frame), sides.top,
                 is_active ? COLOR_ACTIVECAPTION : COLOR_INACTIVECAPTION);
     const auto color = GetSysColor(is_active ? COLOR_CAPTIONTEXT : COLOR_INACTIVECAPTIONTEXT);
     auto button = close_button_of(window);
@@ -139,7 +143,11 @@ void paint_frame(HWND window) {
     }
     FillRect(context, &frame.area, system_brush(COLOR_3DFACE));
     auto* const line = CreateSolidBrush(theme().palette.divider);
-    FrameRect(context, &frame.area, line);
+    auto edge = frame.area;
+    for (LONG i = 0; i < line_of(frame); ++i) {
+        FrameRect(context, &edge, line);
+        InflateRect(&edge, -1, -1);
+    }
     DeleteObject(line);
     if ((frame.style & WS_CAPTION) == WS_CAPTION) paint_caption(context, window, frame);
     paint_menu_bar_of(window, context, frame);
