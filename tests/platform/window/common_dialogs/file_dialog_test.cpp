@@ -196,8 +196,9 @@ TEST_F(FileDialogRows, OfferNamesWhileOneIsTyped) {
               m_path + u"\\b10.txt");
     // What is typed stays, and goes, whatever is offered.
     write("b", 1);
-    EXPECT_EQ(open({type(u"b"), is_open, press(VK_ESCAPE), is_named(u"b"), type(u"9"), is_open,
-                    press(VK_BACK), is_named(u"b"), press(VK_RETURN)}),
+    EXPECT_EQ(open({shows({u"in", u"a.dat", u"b", u"b9.txt", u"b10.txt"}), type(u"b"), is_open,
+                    press(VK_ESCAPE), is_named(u"b"), type(u"9"), is_open, press(VK_BACK),
+                    is_named(u"b"), press(VK_RETURN)}),
               m_path + u"\\b");
 }
 
