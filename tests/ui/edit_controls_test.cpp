@@ -246,16 +246,10 @@ TEST_F(EditControls, TellTheirParentOfTheirButton) {
     ASSERT_EQ(m_host.clicks.size(), 1U);
     EXPECT_EQ(m_host.clicks[0].first, MAKEWPARAM(kEdit, 0x0720));
     EXPECT_EQ(m_host.clicks[0].second, reinterpret_cast<LPARAM>(edit.m_hWnd));
-    // By key, as a drop-down list is opened.
-    const MSG keys[] = {{edit.m_hWnd, WM_KEYDOWN, VK_F4, 0, 0, {}},
-                        {edit.m_hWnd, WM_SYSKEYDOWN, VK_DOWN, 0, 0, {}},
-                        {edit.m_hWnd, WM_SYSKEYDOWN, VK_F4, 0, 0, {}},
-                        {edit.m_hWnd, WM_KEYDOWN, VK_DOWN, 0, 0, {}},
-                        {m_host.m_hWnd, WM_KEYDOWN, VK_F4, 0, 0, {}}};
-    int taken = 0;
-    for (auto key : keys) taken += edit.PreTranslateMessage(&key);
-    EXPECT_EQ(taken, 2);
-    EXPECT_EQ(m_host.clicks.size(), 3U);
+    // F4 may be a product's own.
+    MSG key{edit.m_hWnd, WM_KEYDOWN, VK_F4, 0, 0, {}};
+    EXPECT_FALSE(edit.PreTranslateMessage(&key));
+    EXPECT_EQ(m_host.clicks.size(), 1U);
     // Esc is the dialog's, and posted to it as well.
     focus(edit);
     MSG escape{edit.m_hWnd, WM_KEYDOWN, VK_ESCAPE, 0, 0, {}};

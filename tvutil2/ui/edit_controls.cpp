@@ -20,12 +20,6 @@ constexpr int kButtonGap = 2;
 constexpr std::u16string_view kNotInNames = u"\"*/:<>?\\|";
 constexpr COLORREF kHintColor = 0xACACAC;
 
-// As drop-down lists are opened: the focus never comes to the button itself.
-bool is_browse_key(const MSG& message) {
-    return (message.message == WM_KEYDOWN && message.wParam == VK_F4) ||
-           (message.message == WM_SYSKEYDOWN && message.wParam == VK_DOWN);
-}
-
 }  // namespace
 
 IMPLEMENT_DYNAMIC(CTvEdit, CEdit)
@@ -132,10 +126,6 @@ ON_BN_CLICKED(kButton, &CBrowseEdit::OnButtonClick)
 END_MESSAGE_MAP()
 
 BOOL CBrowseEdit::PreTranslateMessage(MSG* message) {
-    if (message->hwnd == m_hWnd && is_browse_key(*message) && IsWindowEnabled()) {
-        m_btnBrowse.SendMessage(BM_CLICK);
-        return TRUE;
-    }
     if (message->message == WM_KEYDOWN && message->wParam == VK_ESCAPE) {
         auto* const parent = GetParent();
         if (parent != nullptr && parent->IsKindOf(RUNTIME_CLASS(CDialog))) {

@@ -66,8 +66,7 @@ class TVUTIL_API CHintEdit : public CEdit {
 inline constexpr WORD TV_BROWSE_CLICKED = 0x0720;
 
 /// Has a button "..." inside its right edge, whose click it tells its parent. The button is a child
-/// of the edit, with id 100; where a message loop asks PreTranslateMessage, F4 and Alt+Down click
-/// it as well. In a dialog Esc is the dialog's.
+/// of the edit, with id 100. In a dialog Esc is the dialog's; all other keys are the product's.
 class TVUTIL_API CBrowseEdit : public CEdit {
   public:
     CBrowseEdit() = default;
