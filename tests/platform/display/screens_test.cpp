@@ -70,17 +70,18 @@ class Offscreen : public Screen {
     }
 };
 
-class OnDesktop : public Screen {
+// Keys and pointer are those of an X server.
+class OnServer : public Screen {
   public:
-    OnDesktop() : m_desktop(PrivateDesktop::start()) {}
+    explicit OnServer(PrivateDesktop& desktop) : m_desktop(desktop) {}
     void click(POINT point, int button) override {
         constexpr int kButtons[] = {1, 3, 2};
-        m_desktop.move_pointer(point);
+        m_desktop.move_pointer(real(point));
         m_desktop.press_button(kButtons[button]);
         m_desktop.release_button(kButtons[button]);
     }
     void turn_wheel(POINT point, int notches) override {
-        m_desktop.move_pointer(point);
+        m_desktop.move_pointer(real(point));
         for (int i = 0; i < std::abs(notches); ++i) {
             m_desktop.press_button(notches > 0 ? 4 : 5);
             m_desktop.release_button(notches > 0 ? 4 : 5);
@@ -93,14 +94,23 @@ class OnDesktop : public Screen {
     void hold(int /*key*/, unsigned long symbol, bool is_down) override {
         is_down ? m_desktop.press_key(symbol) : m_desktop.release_key(symbol);
     }
-    void close(HWND /*window*/) override { m_desktop.close(m_desktop.clients().at(0)); }
-    std::uint32_t pixel(HWND /*window*/, POINT point) override {
-        return m_desktop.picture()->row(point.y)[point.x];
-    }
     PrivateDesktop& desktop() { return m_desktop; }
+
+  protected:
+    // Where what the program has at a place is on the server's screen.
+    [[nodiscard]] virtual POINT real(POINT point) const { return point; }
 
   private:
     PrivateDesktop& m_desktop;
+};
+
+class OnDesktop : public OnServer {
+  public:
+    OnDesktop() : OnServer(PrivateDesktop::start()) {}
+    void close(HWND /*window*/) override { desktop().close(desktop().clients().at(0)); }
+    std::uint32_t pixel(HWND /*window*/, POINT point) override {
+        return desktop().picture()->row(point.y)[point.x];
+    }
 };
 
 RECT place_of(HWND window) {
@@ -110,29 +120,9 @@ RECT place_of(HWND window) {
 }
 
 // Here the program doesn't know where its window is: it is found by what it paints.
-class OnWayland : public Screen {
+class OnWayland : public OnServer {
   public:
-    explicit OnWayland(PrivateDesktop& desktop) : m_desktop(desktop) {}
-    void click(POINT point, int button) override {
-        constexpr int kButtons[] = {1, 3, 2};
-        m_desktop.move_pointer(real(point));
-        m_desktop.press_button(kButtons[button]);
-        m_desktop.release_button(kButtons[button]);
-    }
-    void turn_wheel(POINT point, int notches) override {
-        m_desktop.move_pointer(real(point));
-        for (int i = 0; i < std::abs(notches); ++i) {
-            m_desktop.press_button(notches > 0 ? 4 : 5);
-            m_desktop.release_button(notches > 0 ? 4 : 5);
-        }
-    }
-    void type(int /*key*/, unsigned long symbol, std::u16string_view /*writes*/) override {
-        m_desktop.press_key(symbol);
-        m_desktop.release_key(symbol);
-    }
-    void hold(int /*key*/, unsigned long symbol, bool is_down) override {
-        is_down ? m_desktop.press_key(symbol) : m_desktop.release_key(symbol);
-    }
+    using OnServer::OnServer;
     // With the button in the frame that the desktop's library paints.
     void close(HWND window) override {
         RECT client{};
@@ -144,16 +134,16 @@ class OnWayland : public Screen {
     std::uint32_t pixel(HWND window, POINT point) override {
         // The compositor paints the pointer, and counts its way from where it believes that to be:
         // behind two corners it knows.
-        m_desktop.move_pointer({0, 0});
-        m_desktop.move_pointer({1279, 1023});
-        const auto picture = m_desktop.picture();
+        desktop().move_pointer({0, 0});
+        desktop().move_pointer({1279, 1023});
+        const auto picture = desktop().picture();
         if (!m_is_found && !find(*picture, window)) return 0;
         const auto at = real(point);
         return picture->row(at.y)[at.x];
     }
 
   private:
-    [[nodiscard]] POINT real(POINT point) const {
+    [[nodiscard]] POINT real(POINT point) const override {
         return {point.x + m_offset.x, point.y + m_offset.y};
     }
     bool find(const tvutil2::Surface& picture, HWND window) {
@@ -169,7 +159,6 @@ class OnWayland : public Screen {
         return false;
     }
 
-    PrivateDesktop& m_desktop;
     bool m_is_found = false;
     POINT m_offset{};
 };
